@@ -18,6 +18,7 @@ class PEGASUS_COMMON_LINKAGE CIMName
 {
 public:
     CIMName();
+    CIMName(const CIMName& name) : cimName(name.cimName) {}
     // An illegal name, including "", throws InvalidNameException.
     CIMName(const String& name);
     CIMName(const char* name);
@@ -54,6 +55,7 @@ class PEGASUS_COMMON_LINKAGE CIMNamespaceName
 {
 public:
     CIMNamespaceName();
+    CIMNamespaceName(const CIMNamespaceName& name) : cimNamespaceName(name.cimNamespaceName) {}
     // One or more legal names separated by '/', optionally with a leading
     // '/' that is not stored. Anything else, including "", throws
     // InvalidNamespaceNameException.
