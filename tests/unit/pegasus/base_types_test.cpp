@@ -229,7 +229,7 @@ TEST(ExceptionTest, MessagesAndStatusCodes)
 
     EXPECT_STREQ(cimStatusCodeToString(CIM_ERR_SERVER_IS_SHUTTING_DOWN), "CIM_ERR_SERVER_IS_SHUTTING_DOWN");
     EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(18)), "Unrecognized CIM status code");
-    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(-1)), "Unrecognized CIM status code");
+    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(32768)), "Unrecognized CIM status code");
 }
 
 TEST(ExceptionTest, BooleanThirdArgumentAttachesUninitializedInstances)
