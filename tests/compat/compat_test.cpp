@@ -13,12 +13,11 @@
 #include <gtest/gtest.h>
 
 #include "RecordingResponseHandler.h"
-#include "ScriptedFakes.h"
+#include "RecordingFakes.h"
 #include "SdkText.h"
 
 #include <dlfcn.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
 
@@ -34,54 +33,42 @@ typedef CIMProvider* (*CreateProviderFunction)(const String&);
 const CIMNamespaceName NS("root/compat");
 
 // The host side the providers see through their CIMOMHandle.
-class CompatBackend : public zda_test::ScriptedCIMOMBackend
+class CompatBackend : public zda_test::RecordingCIMOMBackend
 {
 public:
-    std::atomic<int> enumerateCalls{0};
-    std::atomic<int> invokeCalls{0};
-    std::string lastUser;
-
     Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& context,
-        const CIMNamespaceName&, const CIMName& className) override
+        const CIMNamespaceName& nameSpace, const CIMName& className) override
     {
-        enumerateCalls++;
-        lastUser = zda_test::userOf(context);
+        RecordingCIMOMBackend::enumerateInstanceNames(context, nameSpace, className);
         Array<CIMObjectPath> paths;
         for (int i = 1; i <= 3; i++)
-            paths.append(CIMObjectPath((text(className.getString()) + ".Name=\"sys" +
-                std::to_string(i) + "\"").c_str()));
+            paths.append(CIMObjectPath((text(className) + ".Name=\"sys" + std::to_string(i) +
+                "\"").c_str()));
         return paths;
     }
 
-    CIMValue invokeMethod(const OperationContext&, const CIMNamespaceName&,
-        const CIMObjectPath&, const CIMName& methodName, const Array<CIMParamValue>&,
-        Array<CIMParamValue>& out) override
+    CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& methodName,
+        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
-        invokeCalls++;
-        if (methodName.equal("GetSystemName"))
-            out.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
+        RecordingCIMOMBackend::invokeMethod(context, nameSpace, instanceName, methodName, in, out);
+        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
         return CIMValue(Uint32(0));
-    }
-
-    CIMInstance getInstance(const OperationContext&, const CIMNamespaceName&,
-        const CIMObjectPath& instanceName, Boolean, Boolean, Boolean,
-        const CIMPropertyList&) override
-    {
-        CIMInstance instance(instanceName.getClassName());
-        instance.setPath(instanceName);
-        return instance;
     }
 };
 
-class LocalServerTransport : public zda_test::ScriptedClientTransport
+// The local server a CIMClient reaches through connectLocal().
+class LocalServerTransport : public zda_test::RecordingClientTransport
 {
 public:
-    CIMValue invokeMethod(const CIMNamespaceName&, const CIMObjectPath&,
-        const CIMName& methodName, const Array<CIMParamValue>&,
+    LocalServerTransport() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
+
+    CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& in,
         Array<CIMParamValue>& out) override
     {
-        if (methodName.equal("GetSystemName"))
-            out.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
+        RecordingClientTransport::invokeMethod(nameSpace, instanceName, methodName, in, out);
+        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
         return CIMValue(Uint32(0));
     }
 };
@@ -303,7 +290,8 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
     Uint32 systems = 0;
     count.returnValues()[0].get(systems);
     EXPECT_EQ(3u, systems);
-    EXPECT_EQ("<none>", backend->lastUser) << "the provider passed an empty context";
+    EXPECT_EQ("enumerateInstanceNames root/compat Compat_System", backend->lastCall().call);
+    EXPECT_EQ("<none>", backend->lastCall().user) << "the provider passed an empty context";
 
     auto systemName = [&] {
         RecordingResponseHandler handler;
@@ -316,13 +304,13 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
 
     // No local server: connectLocal fails and the provider asks its CIMOMHandle.
     EXPECT_EQ("S-from-cimom", systemName());
-    EXPECT_EQ(1, backend->invokeCalls.load());
+    const size_t upcalls = backend->calls().size();
 
     CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
         return std::unique_ptr<CIMClientTransport>(new LocalServerTransport);
     });
     EXPECT_EQ("S-from-local-client", systemName());
-    EXPECT_EQ(1, backend->invokeCalls.load());
+    EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
 }
 
 TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)

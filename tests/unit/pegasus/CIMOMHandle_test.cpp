@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include "RecordingFakes.h"
 #include "SdkText.h"
 
 #include <atomic>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -20,170 +20,39 @@
 
 PEGASUS_USING_PEGASUS;
 using zda_test::text;
-using zda_test::userOf;
 
 namespace
 {
 
-// Records each call as "<operation> <arguments...>" with the identity of the
-// context it received, and answers with recognisable results.
-class RecordingBackend : public CIMOMHandleBackend
+// Answers a few operations with recognisable results and can run a hook
+// inside getInstance, before it answers.
+class HostBackend : public zda_test::RecordingCIMOMBackend
 {
 public:
-    struct Call
-    {
-        std::string call;
-        std::string user;
-    };
-
-    std::vector<Call> calls() const
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        return _calls;
-    }
-
-    // Runs inside the next getInstance, before it answers.
     std::function<void(const OperationContext&)> duringGetInstance;
 
-    CIMClass getClass(const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn,
-        Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
-    {
-        note(c, "getClass " + text(ns) + " " + text(cn) + " " + text(lo) + text(iq) + text(ico) +
-            " " + text(pl));
-        return CIMClass(cn);
-    }
-    Array<CIMClass> enumerateClasses(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico) override
-    {
-        note(c, "enumerateClasses " + text(ns) + " " + text(cn) + " " + text(di) + text(lo) +
-            text(iq) + text(ico));
-        return Array<CIMClass>();
-    }
-    Array<CIMName> enumerateClassNames(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMName& cn, Boolean di) override
-    {
-        note(c, "enumerateClassNames " + text(ns) + " " + text(cn) + " " + text(di));
-        Array<CIMName> names;
-        names.append(CIMName("Sub_Class"));
-        return names;
-    }
-    void createClass(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMClass& cls) override
-    {
-        note(c, "createClass " + text(ns) + " " + text(cls.getClassName()));
-    }
-    void modifyClass(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMClass& cls) override
-    {
-        note(c, "modifyClass " + text(ns) + " " + text(cls.getClassName()));
-    }
-    void deleteClass(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMName& cn) override
-    {
-        note(c, "deleteClass " + text(ns) + " " + text(cn));
-    }
     CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, Boolean lo, Boolean iq, Boolean ico,
         const CIMPropertyList& pl) override
     {
-        note(c, "getInstance " + text(ns) + " " + text(path) + " " + text(lo) + text(iq) +
-            text(ico) + " " + text(pl));
+        CIMInstance answer = RecordingCIMOMBackend::getInstance(c, ns, path, lo, iq, ico, pl);
         if (duringGetInstance)
             duringGetInstance(c);
-        return CIMInstance(path.getClassName());
-    }
-    Array<CIMInstance> enumerateInstances(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
-        const CIMPropertyList& pl) override
-    {
-        note(c, "enumerateInstances " + text(ns) + " " + text(cn) + " " + text(di) + text(lo) +
-            text(iq) + text(ico) + " " + text(pl));
-        return Array<CIMInstance>();
+        return answer;
     }
     Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c,
         const CIMNamespaceName& ns, const CIMName& cn) override
     {
-        note(c, "enumerateInstanceNames " + text(ns) + " " + text(cn));
+        RecordingCIMOMBackend::enumerateInstanceNames(c, ns, cn);
         Array<CIMObjectPath> paths;
         paths.append(CIMObjectPath((text(cn) + ".Name=\"one\"").c_str()));
         return paths;
-    }
-    CIMObjectPath createInstance(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMInstance& instance) override
-    {
-        note(c, "createInstance " + text(ns) + " " + text(instance.getClassName()));
-        return CIMObjectPath((text(instance.getClassName()) + ".Name=\"new\"").c_str());
-    }
-    void modifyInstance(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMInstance& instance, Boolean iq, const CIMPropertyList& pl) override
-    {
-        note(c, "modifyInstance " + text(ns) + " " + text(instance.getClassName()) + " " +
-            text(iq) + " " + text(pl));
-    }
-    void deleteInstance(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path) override
-    {
-        note(c, "deleteInstance " + text(ns) + " " + text(path));
-    }
-    Array<CIMObject> execQuery(const OperationContext& c, const CIMNamespaceName& ns,
-        const String& language, const String& query) override
-    {
-        note(c, "execQuery " + text(ns) + " " + text(language) + " " + text(query));
-        return Array<CIMObject>();
-    }
-    Array<CIMObject> associators(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& assoc, const CIMName& result,
-        const String& role, const String& resultRole, Boolean iq, Boolean ico,
-        const CIMPropertyList& pl) override
-    {
-        note(c, "associators " + text(ns) + " " + text(path) + " " + text(assoc) + " " +
-            text(result) + " " + text(role) + " " + text(resultRole) + " " + text(iq) +
-            text(ico) + " " + text(pl));
-        return Array<CIMObject>();
-    }
-    Array<CIMObjectPath> associatorNames(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& assoc, const CIMName& result,
-        const String& role, const String& resultRole) override
-    {
-        note(c, "associatorNames " + text(ns) + " " + text(path) + " " + text(assoc) + " " +
-            text(result) + " " + text(role) + " " + text(resultRole));
-        return Array<CIMObjectPath>();
-    }
-    Array<CIMObject> references(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& result, const String& role, Boolean iq,
-        Boolean ico, const CIMPropertyList& pl) override
-    {
-        note(c, "references " + text(ns) + " " + text(path) + " " + text(result) + " " +
-            text(role) + " " + text(iq) + text(ico) + " " + text(pl));
-        return Array<CIMObject>();
-    }
-    Array<CIMObjectPath> referenceNames(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& result, const String& role) override
-    {
-        note(c, "referenceNames " + text(ns) + " " + text(path) + " " + text(result) + " " +
-            text(role));
-        return Array<CIMObjectPath>();
-    }
-    CIMValue getProperty(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& property) override
-    {
-        note(c, "getProperty " + text(ns) + " " + text(path) + " " + text(property));
-        return CIMValue(String("value"));
-    }
-    void setProperty(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& property, const CIMValue& value) override
-    {
-        note(c, "setProperty " + text(ns) + " " + text(path) + " " + text(property) + " " +
-            text(value.toString()));
     }
     CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, const CIMName& method, const Array<CIMParamValue>& in,
         Array<CIMParamValue>& out) override
     {
-        std::string inNames;
-        for (Uint32 i = 0; i < in.size(); i++)
-            inNames += " " + text(in[i].getParameterName());
-        note(c, "invokeMethod " + text(ns) + " " + text(path) + " " + text(method) + inNames);
+        RecordingCIMOMBackend::invokeMethod(c, ns, path, method, in, out);
         out.append(CIMParamValue("Job", CIMValue(String("job-1"))));
         return CIMValue(Uint32(4096));
     }
@@ -193,16 +62,6 @@ public:
         response.insert(UserRoleContainer("from-backend"));
         return response;
     }
-
-private:
-    void note(const OperationContext& context, std::string call)
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        _calls.push_back(Call{std::move(call), userOf(context)});
-    }
-
-    mutable std::mutex _mutex;
-    std::vector<Call> _calls;
 };
 
 struct Operation
@@ -226,10 +85,10 @@ std::vector<Operation> everyOperation()
     return {
         {"getClass", [=](CIMOMHandle& h, const OperationContext& c) {
              h.getClass(c, NS, "ZDA_StorageVolume", true, false, true, someProperties);
-         }, "getClass root/zda ZDA_StorageVolume 101 [ElementName]"},
+         }, "getClass root/zda ZDA_StorageVolume 1 0 1 [ElementName]"},
         {"enumerateClasses", [=](CIMOMHandle& h, const OperationContext& c) {
              h.enumerateClasses(c, NS, CIMName(), true, false, true, false);
-         }, "enumerateClasses root/zda - 1010"},
+         }, "enumerateClasses root/zda - 1 0 1 0"},
         {"enumerateClassNames", [=](CIMOMHandle& h, const OperationContext& c) {
              h.enumerateClassNames(c, NS, "CIM_ManagedElement", false);
          }, "enumerateClassNames root/zda CIM_ManagedElement 0"},
@@ -244,11 +103,11 @@ std::vector<Operation> everyOperation()
          }, "deleteClass root/zda ZDA_New"},
         {"getInstance", [=](CIMOMHandle& h, const OperationContext& c) {
              h.getInstance(c, NS, VOLUME, false, true, false, CIMPropertyList());
-         }, "getInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" 010 all"},
+         }, "getInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" 0 1 0 all"},
         {"enumerateInstances", [=](CIMOMHandle& h, const OperationContext& c) {
              h.enumerateInstances(c, NS, "ZDA_StorageVolume", true, false, false, true,
                  CIMPropertyList(Array<CIMName>()));
-         }, "enumerateInstances root/zda ZDA_StorageVolume 1001 []"},
+         }, "enumerateInstances root/zda ZDA_StorageVolume 1 0 0 1 []"},
         {"enumerateInstanceNames", [=](CIMOMHandle& h, const OperationContext& c) {
              h.enumerateInstanceNames(c, NS, "ZDA_StorageSystem");
          }, "enumerateInstanceNames root/zda ZDA_StorageSystem"},
@@ -263,25 +122,25 @@ std::vector<Operation> everyOperation()
          }, "deleteInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\""},
         {"execQuery", [=](CIMOMHandle& h, const OperationContext& c) {
              h.execQuery(c, NS, "WQL", "SELECT * FROM ZDA_StorageVolume");
-         }, "execQuery root/zda WQL SELECT * FROM ZDA_StorageVolume"},
+         }, "execQuery root/zda \"WQL\" \"SELECT * FROM ZDA_StorageVolume\""},
         {"associators", [=](CIMOMHandle& h, const OperationContext& c) {
              h.associators(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", CIMName(), "Member",
                  String(), false, true, CIMPropertyList());
          }, "associators root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "ZDA_MemberOfReplicationGroup - Member  01 all"},
+            "ZDA_MemberOfReplicationGroup - \"Member\" \"\" 0 1 all"},
         {"associatorNames", [=](CIMOMHandle& h, const OperationContext& c) {
              h.associatorNames(c, NS, VOLUME, CIMName(), "ZDA_ReplicationGroup", String(),
                  "Collection");
          }, "associatorNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "- ZDA_ReplicationGroup  Collection"},
+            "- ZDA_ReplicationGroup \"\" \"Collection\""},
         {"references", [=](CIMOMHandle& h, const OperationContext& c) {
              h.references(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", "Member", true, false,
                  someProperties);
          }, "references root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "ZDA_MemberOfReplicationGroup Member 10 [ElementName]"},
+            "ZDA_MemberOfReplicationGroup \"Member\" 1 0 [ElementName]"},
         {"referenceNames", [=](CIMOMHandle& h, const OperationContext& c) {
              h.referenceNames(c, NS, VOLUME, CIMName(), "Member");
-         }, "referenceNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" - Member"},
+         }, "referenceNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" - \"Member\""},
         {"getProperty", [=](CIMOMHandle& h, const OperationContext& c) {
              h.getProperty(c, NS, VOLUME, "ElementName");
          }, "getProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" ElementName"},
@@ -293,7 +152,7 @@ std::vector<Operation> everyOperation()
              Array<CIMParamValue> out;
              h.invokeMethod(c, NS, VOLUME, "CreateElementReplica", in, out);
          }, "invokeMethod root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "CreateElementReplica ElementName"},
+            "CreateElementReplica (ElementName)"},
         {"getResponseContext", [=](CIMOMHandle& h, const OperationContext&) {
              h.getResponseContext();
          }, nullptr},
@@ -311,7 +170,7 @@ OperationContext contextOf(const String& user)
 
 TEST(CIMOMHandleTest, ForwardsEveryOperationWithItsArgumentsAndTheCallersContext)
 {
-    auto backend = std::make_shared<RecordingBackend>();
+    auto backend = std::make_shared<HostBackend>();
     CIMOMHandle handle;
     attachCIMOMHandleBackend(handle, backend);
 
@@ -323,7 +182,7 @@ TEST(CIMOMHandleTest, ForwardsEveryOperationWithItsArgumentsAndTheCallersContext
         op.call(handle, alice);
         if (!op.expected)
             continue;
-        std::vector<RecordingBackend::Call> calls = backend->calls();
+        std::vector<zda_test::RecordingCIMOMBackend::Call> calls = backend->calls();
         ASSERT_EQ(recorded + 1, calls.size());
         EXPECT_EQ(op.expected, calls.back().call);
         EXPECT_EQ("alice", calls.back().user);
@@ -338,7 +197,7 @@ TEST(CIMOMHandleTest, ForwardsEveryOperationWithItsArgumentsAndTheCallersContext
 TEST(CIMOMHandleTest, ReturnsWhatTheBackendAnswered)
 {
     CIMOMHandle handle;
-    attachCIMOMHandleBackend(handle, std::make_shared<RecordingBackend>());
+    attachCIMOMHandleBackend(handle, std::make_shared<HostBackend>());
     const OperationContext context;
 
     Array<CIMObjectPath> names = handle.enumerateInstanceNames(context, NS, "ZDA_StorageSystem");
@@ -388,7 +247,7 @@ TEST(CIMOMHandleTest, CopiesShareTheAttachmentAndADetachedHandleFails)
     CIMOMHandle assigned;
     assigned = original;
 
-    auto backend = std::make_shared<RecordingBackend>();
+    auto backend = std::make_shared<HostBackend>();
     attachCIMOMHandleBackend(original, backend);
     EXPECT_EQ(backend, getCIMOMHandleBackend(copy));
     copy.deleteClass(OperationContext(), NS, "A_Class");
@@ -423,7 +282,7 @@ TEST(CIMOMHandleTest, LetsCIMErrorsThroughAndHidesEverythingElse)
         {"anything else", [] { throw 42; }, CIM_ERR_FAILED, "Exception caught in CIMOMHandle"},
     };
 
-    auto backend = std::make_shared<RecordingBackend>();
+    auto backend = std::make_shared<HostBackend>();
     CIMOMHandle handle;
     attachCIMOMHandleBackend(handle, backend);
     for (const Case& c : cases)
@@ -454,7 +313,7 @@ TEST(CIMOMHandleTest, LetsCIMErrorsThroughAndHidesEverythingElse)
 
 TEST(CIMOMHandleTest, ServesManyThreadsAndReentrantCalls)
 {
-    auto backend = std::make_shared<RecordingBackend>();
+    auto backend = std::make_shared<HostBackend>();
     CIMOMHandle handle;
     attachCIMOMHandleBackend(handle, backend);
 
@@ -481,7 +340,7 @@ TEST(CIMOMHandleTest, ServesManyThreadsAndReentrantCalls)
     attachCIMOMHandleBackend(handle, nullptr);
 
     std::map<std::string, int> perUser;
-    for (const RecordingBackend::Call& call : backend->calls())
+    for (const zda_test::RecordingCIMOMBackend::Call& call : backend->calls())
         perUser[call.user + " " + call.call.substr(0, call.call.find(' '))]++;
     ASSERT_EQ(size_t(2 * threads), perUser.size());
     for (int t = 0; t < threads; t++)
@@ -495,7 +354,7 @@ TEST(CIMOMHandleTest, ServesManyThreadsAndReentrantCalls)
 
 TEST(CIMOMHandleTest, DetachingWhileCallsRunIsSafe)
 {
-    auto backend = std::make_shared<RecordingBackend>();
+    auto backend = std::make_shared<HostBackend>();
     CIMOMHandle handle;
     std::atomic<bool> stop{false};
     std::atomic<int> served{0}, refused{0};
