@@ -31,6 +31,7 @@ void ArrayModel::clear() {
     volumes_.clear();
     volumeByName_.clear();
     volumeByWwn_.clear();
+    children_.clear();
     sets_.clear();
     setByName_.clear();
     nextVolumeId_ = 1;
@@ -83,6 +84,7 @@ Volume& ArrayModel::addVolume(Volume v) {
     v.wwnText = wwnToText(v.wwnRe, v.wwn);
     volumeByName_[v.name] = v.id;
     volumeByWwn_[v.wwnText] = v.id;
+    if (v.copyOfId != 0 && v.copyOfId != v.id) children_[v.copyOfId].push_back(v.id);
     return volumes_[v.id] = std::move(v);
 }
 
@@ -92,18 +94,25 @@ void ArrayModel::removeVolume(uint32_t id) {
     const std::string name = it->second.name;
     volumeByName_.erase(name);
     volumeByWwn_.erase(it->second.wwnText);
+    if (it->second.copyOfId != 0) {
+        auto c = children_.find(it->second.copyOfId);
+        if (c != children_.end()) {
+            c->second.erase(std::remove(c->second.begin(), c->second.end(), id), c->second.end());
+            if (c->second.empty()) children_.erase(c);
+        }
+    }
     volumes_.erase(it);
+    children_.erase(id);
     for (auto& [sid, set] : sets_) {
         auto& m = set.members;
         m.erase(std::remove(m.begin(), m.end(), name), m.end());
     }
 }
 
-std::vector<uint32_t> ArrayModel::childrenOf(uint32_t id) const {
-    std::vector<uint32_t> out;
-    for (const auto& [vid, v] : volumes_)
-        if (v.copyOfId == id && vid != id) out.push_back(vid);
-    return out;
+const std::vector<uint32_t>& ArrayModel::childrenOf(uint32_t id) const {
+    static const std::vector<uint32_t> none;
+    auto it = children_.find(id);
+    return it == children_.end() ? none : it->second;
 }
 
 VVSet* ArrayModel::findSet(const std::string& name) {
@@ -157,6 +166,14 @@ void ArrayModel::recordEvent(time_t when, const char* call, const api_evtparam_t
 std::string ArrayModel::volumeUse(const Volume& v) const {
     for (const ModelPart* p : parts_) {
         std::string why = p->volumeUse(v);
+        if (!why.empty()) return why;
+    }
+    return {};
+}
+
+std::string ArrayModel::setUse(const VVSet& s) const {
+    for (const ModelPart* p : parts_) {
+        std::string why = p->setUse(s);
         if (!why.empty()) return why;
     }
     return {};

@@ -126,6 +126,8 @@ public:
     // Why `volume` cannot be removed or changed because this part uses it,
     // or "" when it is free.
     virtual std::string volumeUse(const Volume& volume) const { (void)volume; return {}; }
+    // Why `set` cannot be removed because this part uses it, or "".
+    virtual std::string setUse(const VVSet& set) const { (void)set; return {}; }
 };
 
 class ArrayModel {
@@ -156,8 +158,8 @@ public:
     Volume& addVolume(Volume v);
     // Removes the volume and its vvset memberships.
     void removeVolume(uint32_t id);
-    // Ids of the volumes whose parent is `id`.
-    std::vector<uint32_t> childrenOf(uint32_t id) const;
+    // Ids of the volumes whose parent is `id` (copies made of it).
+    const std::vector<uint32_t>& childrenOf(uint32_t id) const;
 
     // ---- vvsets
     const std::map<uint32_t, VVSet>& sets() const { return sets_; }
@@ -176,12 +178,14 @@ public:
     const std::vector<ModelPart*>& parts() const { return parts_; }
     // Why a part keeps the volume from being removed, or "".
     std::string volumeUse(const Volume& v) const;
+    std::string setUse(const VVSet& s) const;
     void advanceTo(time_t now);
 
 private:
     std::map<uint32_t, Volume> volumes_;
     std::unordered_map<std::string, uint32_t> volumeByName_;
     std::unordered_map<std::string, uint32_t> volumeByWwn_;
+    std::unordered_map<uint32_t, std::vector<uint32_t>> children_;
     std::map<uint32_t, VVSet> sets_;
     std::unordered_map<std::string, uint32_t> setByName_;
     uint32_t nextVolumeId_ = 1;

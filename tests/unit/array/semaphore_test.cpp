@@ -1,0 +1,127 @@
+// The array semaphore: one holder at a time across threads, the time-out
+// path in both forms, and the ledger's view of unbalanced use.
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "sim_fixture.h"
+
+using namespace zdatest;
+
+using SemaphoreTest = ArrayTest;
+
+TEST_F(SemaphoreTest, NeverTwoHoldersUnderContention) {
+    constexpr int kThreads = 8;
+    constexpr int kRounds = 300;
+    std::atomic<int> inside{0};
+    std::atomic<int> maxInside{0};
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kRounds; ++i) {
+                if (cim_sem_wait() != 0) {
+                    ++failures;
+                    continue;
+                }
+                int now = ++inside;
+                int seen = maxInside.load();
+                while (now > seen && !maxInside.compare_exchange_weak(seen, now)) {
+                }
+                // A real call under the semaphore, alternating kinds.
+                if ((i + t) % 2 == 0) {
+                    api_sets_t sets{};
+                    if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0) ++failures;
+                    api_freeSets(&sets);
+                } else {
+                    int count = 0;
+                    api_VVObj_t* list = nullptr;
+                    if (api_getVVs("vol2", nullptr, &count, &list, 1) != 0 || count != 1) ++failures;
+                    free_if_not_null(list);
+                }
+                --inside;
+                cim_sem_post();
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(maxInside.load(), 1);
+    EXPECT_EQ(failures.load(), 0);
+    zdasim_sem_ledger_t sem;
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.acquired, kThreads * kRounds);
+    EXPECT_EQ(sem.posts, kThreads * kRounds);
+    EXPECT_EQ(sem.unbalancedPosts, 0);
+    EXPECT_EQ(sem.unguardedCalls, 0);
+    EXPECT_EQ(sem.timeouts, 0);
+}
+
+TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds) {
+    zdasim_sem_set_timeout_ms(50);
+    ASSERT_EQ(cim_sem_wait(), 0);
+    std::atomic<int> rc{-1};
+    api_Status_t st{};
+    int intRc = -1;
+    std::thread other([&] {
+        const auto start = std::chrono::steady_clock::now();
+        rc = cim_sem_wait();
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(45));
+        st = statusForm([] { api_sets_t s{}; api_Status_t r = api_getVVSets("set1", nullptr, 0, &s); api_freeSets(&s); return r; });
+        char buf[256];
+        intRc = intForm([&] { return api_getSystemContact(buf); });
+    });
+    other.join();
+    cim_sem_post();
+    EXPECT_EQ(rc.load(), CIM_SEM_TIMEDOUT);
+    EXPECT_EQ(st.code, 29);
+    EXPECT_EQ(text(st), "Semaphore Timed-Out");
+    EXPECT_EQ(intRc, CIM_SEM_TIMEDOUT) << "the int form takes the wait's code";
+    zdasim_sem_ledger_t sem;
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.timeouts, 3);
+    EXPECT_EQ(sem.unbalancedPosts, 0) << "no post after a time-out";
+    EXPECT_EQ(zdasim_journal_count_of("api_getVVSets"), 0u) << "the call never reached the array";
+}
+
+TEST_F(SemaphoreTest, InjectedTimeoutsAndUnbalancedUseAreCounted) {
+    zdasim_fault_sem_timeouts(2);
+    EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
+    EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
+    ASSERT_EQ(cim_sem_wait(), 0);
+    zdasim_sem_ledger_t sem;
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.held, 1);
+    EXPECT_EQ(sem.heldByCaller, 1);
+
+    // A post from a thread that does not hold it must not free it.
+    std::thread([] { cim_sem_post(); }).join();
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.held, 1);
+    EXPECT_EQ(sem.unbalancedPosts, 1);
+
+    cim_sem_post();
+    cim_sem_post();  // post without a wait
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.held, 0);
+    EXPECT_EQ(sem.posts, 1);
+    EXPECT_EQ(sem.unbalancedPosts, 2);
+    EXPECT_EQ(sem.timeouts, 2);
+}
+
+TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted) {
+    zdasim_sem_set_timeout_ms(20);
+    ASSERT_EQ(cim_sem_wait(), 0);
+    EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT) << "not reentrant";
+    cim_sem_post();
+
+    char buf[256];
+    EXPECT_EQ(api_getOwnerName(buf), 0);                        // needs it, made without
+    EXPECT_EQ(api_authorizeCIMUser("admin", "::1", "zda_replicationservicecapabilities"), 0);  // takes none
+    api_sets_t sets{};
+    api_freeSets(&sets);                                          // releases take none
+    zdasim_sem_ledger_t sem;
+    zdasim_sem_ledger(&sem);
+    EXPECT_EQ(sem.selfWaits, 1);
+    EXPECT_EQ(sem.unguardedCalls, 1);
+}
