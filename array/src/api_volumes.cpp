@@ -75,30 +75,37 @@ std::vector<std::string> splitValues(const char* values) {
     return out;
 }
 
-bool matchesEntry(const Volume& v, const api_getvv_filter_entry_t& e) {
-    const std::string want = v.wwnText;
-    for (const std::string& value : splitValues(e.values)) {
-        if (e.attribute == API_VVFILTER_ATTR_NAME && value == v.name) return true;
-        if (e.attribute == API_VVFILTER_ATTR_WWN && upperCase(value) == want) return true;
-    }
-    return false;
-}
+// A filter read once: the values of each attribute, for exact look-ups.
+struct ParsedFilter {
+    int firstAttribute = 0;
+    std::vector<std::string> firstValues;  // in order, for the candidates
+    bool hasNames = false, hasWwns = false;
+    std::unordered_set<std::string> names, wwns;  // WWNs upper-case
 
-// Whether v meets the filter: any entry of each attribute that has entries.
-bool matchesFilter(const Volume& v, const _api_getvv_filter_t& f) {
-    bool nameSeen = false, nameHit = false, wwnSeen = false, wwnHit = false;
-    for (int i = 0; i < f.count; ++i) {
-        const auto& e = f.entries[i];
-        if (e.attribute == API_VVFILTER_ATTR_NAME) {
-            nameSeen = true;
-            nameHit = nameHit || matchesEntry(v, e);
-        } else if (e.attribute == API_VVFILTER_ATTR_WWN) {
-            wwnSeen = true;
-            wwnHit = wwnHit || matchesEntry(v, e);
+    explicit ParsedFilter(const _api_getvv_filter_t& f) {
+        for (int i = 0; i < f.count; ++i) {
+            const auto& e = f.entries[i];
+            if (i == 0) firstAttribute = e.attribute;
+            for (std::string& value : splitValues(e.values)) {
+                if (e.attribute == firstAttribute) firstValues.push_back(value);
+                if (e.attribute == API_VVFILTER_ATTR_NAME) {
+                    hasNames = true;
+                    names.insert(std::move(value));
+                } else if (e.attribute == API_VVFILTER_ATTR_WWN) {
+                    hasWwns = true;
+                    wwns.insert(upperCase(std::move(value)));
+                }
+            }
+            hasNames = hasNames || e.attribute == API_VVFILTER_ATTR_NAME;
+            hasWwns = hasWwns || e.attribute == API_VVFILTER_ATTR_WWN;
         }
     }
-    return (!nameSeen || nameHit) && (!wwnSeen || wwnHit);
-}
+
+    // Any value of each attribute that has entries.
+    bool matches(const Volume& v) const {
+        return (!hasNames || names.count(v.name)) && (!hasWwns || wwns.count(v.wwnText));
+    }
+};
 
 std::string joinNames(const api_name_t* names, int count) {
     std::string out;
@@ -226,22 +233,18 @@ int api_getVVs_chunk(api_getvv_cursor_t* cursor, int maxCount, const _api_getvv_
 
     std::vector<const Volume*> found;
     if (filtered) {
-        // The values of the first entry name the candidates exactly, in
-        // their order; the other entries then narrow them down.
-        const auto& first = filter->entries[0];
+        // The values of the first attribute name the candidates exactly, in
+        // their order; entries of the other attribute then narrow them down.
+        const ParsedFilter parsed(*filter);
         std::unordered_set<uint32_t> seen;
         std::vector<const Volume*> candidates;
-        for (int i = 0; i < filter->count; ++i) {
-            const auto& e = filter->entries[i];
-            if (e.attribute != first.attribute) continue;
-            for (const std::string& value : splitValues(e.values)) {
-                const Volume* v = e.attribute == API_VVFILTER_ATTR_NAME ? m.findVolume(value) : m.findVolumeByWwn(value);
-                if (v && seen.insert(v->id).second) candidates.push_back(v);
-            }
+        for (const std::string& value : parsed.firstValues) {
+            const Volume* v = parsed.firstAttribute == API_VVFILTER_ATTR_NAME ? m.findVolume(value) : m.findVolumeByWwn(value);
+            if (v && seen.insert(v->id).second) candidates.push_back(v);
         }
         size_t pos = cursor->nextId;
         for (; pos < candidates.size() && found.size() < limit; ++pos)
-            if (matchesFilter(*candidates[pos], *filter)) found.push_back(candidates[pos]);
+            if (parsed.matches(*candidates[pos])) found.push_back(candidates[pos]);
         cursor->nextId = static_cast<uint32_t>(pos);
         cursor->done = pos >= candidates.size() ? 1 : 0;
     } else {

@@ -83,13 +83,6 @@ api_Status_t statusFromFault(const Fault& f) {
     return s;
 }
 
-void copyText(char* dst, size_t size, const std::string& src) {
-    if (size == 0) return;
-    size_t n = src.size() < size - 1 ? src.size() : size - 1;
-    std::memcpy(dst, src.data(), n);
-    dst[n] = '\0';
-}
-
 std::string fieldName(const char* field, size_t size) {
     return std::string(field, strnlen(field, size));
 }

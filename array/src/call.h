@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstring>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -60,7 +61,12 @@ api_Status_t statusError(int code, const char* format, ...)
 api_Status_t statusFromFault(const Fault& f);
 
 // strncpy that always terminates; copies at most size - 1 bytes.
-void copyText(char* dst, size_t size, const std::string& src);
+inline void copyText(char* dst, size_t size, const std::string& src) {
+    if (size == 0) return;
+    const size_t n = src.size() < size - 1 ? src.size() : size - 1;
+    std::memcpy(dst, src.data(), n);
+    dst[n] = '\0';
+}
 template <size_t N>
 void copyText(char (&dst)[N], const std::string& src) { copyText(dst, N, src); }
 
