@@ -125,3 +125,54 @@ TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted) {
     EXPECT_EQ(sem.selfWaits, 1);
     EXPECT_EQ(sem.unguardedCalls, 1);
 }
+
+// The library itself is safe to call from many threads at once, with or
+// without the semaphore: writers and readers of the same sets, the
+// controls and the log all interleave.
+TEST_F(SemaphoreTest, LibraryIsThreadSafeWithoutTheSemaphore) {
+    constexpr int kRounds = 150;
+    std::atomic<int> failures{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&, t] {
+            api_evtparam_t e = event("churn");
+            const std::string name = "churn" + std::to_string(t);
+            auto members = names({"vol1", "vol2"});
+            for (int i = 0; i < kRounds; ++i) {
+                api_okv_opts_t okv{};
+                api_okv_addSetKV(&okv, "parentRCGroup", name.c_str());
+                if (api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "", &okv).code != 0) ++failures;
+                api_free_okv_opts(&okv);
+                if (api_removeVVSet(&e, name.c_str()).code != 0) ++failures;
+            }
+        });
+    }
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < kRounds; ++i) {
+                api_sets_t sets{};
+                if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0 || sets.count < 5) ++failures;
+                for (uint32_t s = 0; s < sets.count; ++s)
+                    if (sets.sets[s].memberCount > 0 && sets.sets[s].members[0].name[0] == '\0') ++failures;
+                api_freeSets(&sets);
+                _api_getvv_filter_t f;
+                api_getvv_filter_init(&f, 1);
+                api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, "vol1|vol2|vol3");
+                api_getvv_cursor_t cursor{};
+                int count = 0;
+                api_VVObj_t* list = nullptr;
+                if (api_getVVs_chunk(&cursor, 0, &f, &count, &list, 1) != 0 || count != 3) ++failures;
+                free_if_not_null(list);
+                api_getvv_filter_free(&f);
+                log_message(LOG_LEVEL_TRACE, "reader %d", i);
+                zdasim_ledger_outstanding(nullptr);
+                zdasim_journal_count();
+                zdasim_event_count();
+            }
+        });
+    }
+    for (auto& th : threads) th.join();
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(zdasim_log_count(), 3u * kRounds);
+    EXPECT_EQ(zdasim_event_count(), 3u * 2 * kRounds);
+}
