@@ -187,7 +187,7 @@ void api_freeSets(api_sets_t* list) {
 
 api_Status_t api_createVVSet(_api_evtparam_t* event, const char* name, api_name_t* vvNames, int count, int flags,
                              const char* comment, const api_okv_opts_t* okv) {
-    ApiCall call("api_createVVSet", Sem::Needed, event);
+    ApiCall call("api_createVVSet", Sem::Needed, Changing{event});
     call.arg("name", name).arg("members", joinNames(vvNames, count)).arg("count", count).arg("flags", flags)
         .arg("comment", comment).arg("kv", conditionText(okv));
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -216,7 +216,7 @@ api_Status_t api_createVVSet(_api_evtparam_t* event, const char* name, api_name_
 
 api_Status_t api_setVVSet(_api_evtparam_t* event, const char* setName, const char* newName, const char* comment,
                           int renameFlag, int commentFlag) {
-    ApiCall call("api_setVVSet", Sem::Needed, event);
+    ApiCall call("api_setVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("newName", renameFlag == 1 ? newName : nullptr)
         .arg("comment", commentFlag == 1 ? comment : nullptr).arg("renameFlag", renameFlag).arg("commentFlag", commentFlag);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -240,7 +240,7 @@ api_Status_t api_setVVSet(_api_evtparam_t* event, const char* setName, const cha
 }
 
 api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) {
-    ApiCall call("api_removeVVSet", Sem::Needed, event);
+    ApiCall call("api_removeVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     ArrayModel& m = call.model();
@@ -253,7 +253,7 @@ api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) {
 }
 
 api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) {
-    ApiCall call("api_addToVVSet", Sem::Needed, event);
+    ApiCall call("api_addToVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("members", joinNames(names, count)).arg("count", count);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     ArrayModel& m = call.model();
@@ -276,7 +276,7 @@ api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_nam
 }
 
 api_Status_t api_removeFromVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) {
-    ApiCall call("api_removeFromVVSet", Sem::Needed, event);
+    ApiCall call("api_removeFromVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("members", joinNames(names, count)).arg("count", count);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     ArrayModel& m = call.model();

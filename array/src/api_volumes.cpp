@@ -259,7 +259,7 @@ int api_getVVs_chunk(api_getvv_cursor_t* cursor, int maxCount, const _api_getvv_
 }
 
 int api_removeVVs(_api_evtparam_t* event, api_name_t* names, int count, int noWait, int flags) {
-    ApiCall call("api_removeVVs", Sem::Needed, event);
+    ApiCall call("api_removeVVs", Sem::Needed, Changing{event});
     call.arg("names", joinNames(names, count)).arg("count", count).arg("noWait", noWait).arg("flags", flags);
     if (call.fault()) return call.done(call.fault()->code);
     if (!names || count <= 0) return call.done(API_E_INVALID);
@@ -384,7 +384,7 @@ int api_wwnStringToInt(const char* text, api_u64_t* wwn_re, api_u64_t* wwn) {
 }
 
 api_Status_t api_createGroupSV(_api_evtparam_t* event, api_groupsv_t* groupsv) {
-    ApiCall call("api_createGroupSV", Sem::Needed, event);
+    ApiCall call("api_createGroupSV", Sem::Needed, Changing{event});
     if (groupsv) {
         std::string pairs;
         for (uint32_t i = 0; groupsv->svs && i < groupsv->count; ++i) {

@@ -5,8 +5,12 @@
 
 namespace zdasim {
 
-ApiCall::ApiCall(const char* function, Sem sem, const api_evtparam_t* event)
-    : rt_(runtime()), function_(function), event_(event) {
+ApiCall::ApiCall(const char* function, Sem sem, Changing change) : ApiCall(function, sem) {
+    event_ = change.event;
+    changing_ = true;
+}
+
+ApiCall::ApiCall(const char* function, Sem sem) : rt_(runtime()), function_(function) {
     if (sem == Sem::Needed && !rt_.sem.heldByCaller()) rt_.sem.noteUnguardedCall();
     fault_ = rt_.faults.take(function);
     lock_ = std::unique_lock<std::mutex>(rt_.modelMutex);
@@ -41,6 +45,7 @@ ApiCall& ApiCall::arg(const char* key, long long value) {
 
 int ApiCall::done(int code) {
     finished_ = true;
+    if (changing_) rt_.model.noteChanged(now_);
     if (event_) {
         rt_.model.recordEvent(now_, function_, event_, code);
         arg("evt.user", event_->user).arg("evt.addr", event_->addr).arg("evt.method", event_->method)

@@ -17,9 +17,16 @@ namespace zdasim {
 
 enum class Sem { Needed, NotNeeded };
 
+// Marks a call that changes the array, with the audit record it received
+// (may be null).
+struct Changing {
+    const api_evtparam_t* event;
+};
+
 class ApiCall {
 public:
-    ApiCall(const char* function, Sem sem, const api_evtparam_t* event = nullptr);
+    ApiCall(const char* function, Sem sem);
+    ApiCall(const char* function, Sem sem, Changing change);
     ~ApiCall();
     ApiCall(const ApiCall&) = delete;
     ApiCall& operator=(const ApiCall&) = delete;
@@ -43,7 +50,8 @@ public:
 private:
     Runtime& rt_;
     const char* function_;
-    const api_evtparam_t* event_;
+    const api_evtparam_t* event_ = nullptr;
+    bool changing_ = false;
     std::string args_;
     std::optional<Fault> fault_;
     std::unique_lock<std::mutex> lock_;

@@ -77,9 +77,13 @@ Volume& ArrayModel::addVolume(Volume v) {
         v.id = nextVolumeId_++;
     }
     if (v.type == API_VV_TYPE_BASE) v.baseId = v.id;
+    constexpr api_u64_t kSerialMask = 0xFFFFFFFFFFFFull;
     if (v.wwn == 0 && v.wwnRe == 0) {
         v.wwnRe = system.wwnPrefix();
         v.wwn = (0x2000ull << 48) | nextWwnSerial_++;
+    } else if (v.wwnRe == system.wwnPrefix() && (v.wwn & kSerialMask) >= nextWwnSerial_) {
+        // A volume loaded with a WWN of this array: new WWNs must not repeat it.
+        nextWwnSerial_ = (v.wwn & kSerialMask) + 1;
     }
     v.wwnText = wwnToText(v.wwnRe, v.wwn);
     volumeByName_[v.name] = v.id;
@@ -181,6 +185,10 @@ std::string ArrayModel::setUse(const VVSet& s) const {
 
 void ArrayModel::advanceTo(time_t now) {
     for (ModelPart* p : parts_) p->advanceTo(*this, now);
+}
+
+void ArrayModel::noteChanged(time_t now) {
+    for (ModelPart* p : parts_) p->changed(*this, now);
 }
 
 }  // namespace zdasim

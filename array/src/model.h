@@ -121,8 +121,11 @@ public:
     virtual ~ModelPart() = default;
     // The array was emptied.
     virtual void clear() = 0;
-    // The clock moved forward to `now` (called before every call).
-    virtual void advanceTo(const ArrayModel& model, time_t now) { (void)model; (void)now; }
+    // The clock moved forward to `now` (called before every call); a part
+    // may update the local objects it drives (e.g. a finished copy).
+    virtual void advanceTo(ArrayModel& model, time_t now) { (void)model; (void)now; }
+    // A call that changes the array has finished (whatever its result).
+    virtual void changed(ArrayModel& model, time_t now) { (void)model; (void)now; }
     // Why `volume` cannot be removed or changed because this part uses it,
     // or "" when it is free.
     virtual std::string volumeUse(const Volume& volume) const { (void)volume; return {}; }
@@ -180,6 +183,7 @@ public:
     std::string volumeUse(const Volume& v) const;
     std::string setUse(const VVSet& s) const;
     void advanceTo(time_t now);
+    void noteChanged(time_t now);
 
 private:
     std::map<uint32_t, Volume> volumes_;
