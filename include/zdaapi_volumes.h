@@ -157,7 +157,9 @@ int api_getVVs_chunk(api_getvv_cursor_t* cursor, int maxCount, const _api_getvv_
  * volume is busy and nothing was removed; API_E_PARTIAL_REMOVE (1119)
  * some were removed and some not; any other code: nothing was removed
  * (API_E_NOT_FOUND, API_E_IN_USE for a volume with copies or in a remote
- * copy group, API_E_INVALID). Int form of the semaphore. */
+ * copy group, API_E_ACCESS for a system volume, API_E_INVALID). The code
+ * is that of the first volume that could not go. Int form of the
+ * semaphore. */
 int api_removeVVs(_api_evtparam_t* event, api_name_t* names, int count, int noWait, int flags);
 
 /* ---- WWN texts ---------------------------------------------------------------- */

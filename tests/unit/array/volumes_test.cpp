@@ -1,5 +1,6 @@
 // Volume look-ups, filters and chunked queries, removal, group snapshots.
 #include <cstring>
+#include <map>
 
 #include "sim_fixture.h"
 
@@ -276,4 +277,19 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
     const std::string j = lastJournalOf("api_createGroupSV");
     EXPECT_NE(j.find("svs=\"vol2>again_1|vol2>again_2\""), std::string::npos) << j;
     EXPECT_NE(j.find("evt.op=\"snapshot\""), std::string::npos) << j;
+}
+
+TEST_F(VolumeTest, CpgsWithDomainsAndUse) {
+    int count = 0;
+    api_cpg_t* cpgs = nullptr;
+    ASSERT_EQ(api_getCPGs(&count, &cpgs), 0);
+    std::map<std::string, api_cpg_t> byName;
+    for (int i = 0; i < count; ++i) byName[cpgs[i].name] = cpgs[i];
+    free_if_not_null(cpgs);
+    ASSERT_EQ(byName.size(), 4u);
+    EXPECT_STREQ(byName["FC_r5"].domain, "dom1");
+    EXPECT_STREQ(byName["NL_r6"].domain, "dom2");
+    EXPECT_STREQ(byName["SSD_r1"].domain, "");
+    EXPECT_EQ(byName["FC_r5"].volumeCount, 6) << "vol1, vol2, vol3 and their three copies";
+    EXPECT_EQ(byName["FC_r5"].usedMiB, 10240u + 20480u + 5120u + 20480u) << "copies' user space; snapshots use none";
 }
