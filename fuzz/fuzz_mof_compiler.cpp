@@ -4,6 +4,7 @@
 // handling and its cycle check are reached too.
 #include "MofError.h"
 #include "MofParser.h"
+#include "MofSchema.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         throw zda::mof::MofError(from, "cannot open \"" + path + "\"");
     };
     try {
-        zda::mof::parseMof(text, "input.mof", "root/fuzz", reader);
+        zda::mof::resolveSchema(zda::mof::parseMof(text, "input.mof", "root/fuzz", reader));
     } catch (const zda::mof::MofError&) {
     }
     return 0;
