@@ -1,0 +1,260 @@
+// String, Array, CIMName/CIMNamespaceName and the exception family: the
+// behaviour providers rely on and a straightforward implementation misses.
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#define PEGASUS_USE_EXPERIMENTAL_INTERFACES
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/InternalException.h>
+#include <Pegasus/Common/MessageLoader.h>
+
+using namespace Pegasus;
+
+namespace
+{
+
+std::string utf8(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
+
+} // namespace
+
+TEST(StringTest, Utf8RoundTripCountsUtf16Units)
+{
+    // a, e-acute (2 bytes), euro sign (3 bytes), G clef (4 bytes: a surrogate pair)
+    const char* text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E";
+    String s(text);
+    EXPECT_EQ(s.size(), 5u);
+    EXPECT_EQ(Uint16(s[1]), 0x00E9);
+    EXPECT_EQ(Uint16(s[3]), 0xD834);
+    EXPECT_EQ(Uint16(s[4]), 0xDD1E);
+    EXPECT_EQ(utf8(s), text);
+}
+
+TEST(StringTest, InvalidUtf8Throws)
+{
+    const char* bad[] = {
+        "\x80",              // continuation byte without a lead
+        "\xC3",              // truncated sequence
+        "\xC0\x80",          // overlong NUL
+        "\xE0\x80\xAF",      // overlong '/'
+        "\xED\xA0\x80",      // encoded surrogate
+        "\xF4\x90\x80\x80",  // beyond U+10FFFF
+        "ab\xFF",            // never valid
+    };
+    for (const char* text : bad)
+    {
+        SCOPED_TRACE(text);
+        EXPECT_THROW(String s(text), Exception);
+    }
+    EXPECT_THROW(String(static_cast<const char*>(nullptr)), NullPointer);
+}
+
+TEST(StringTest, CaseFoldingIsAsciiOnly)
+{
+    String s("AbC-\xC3\x84\xC3\x96");  // "AbC-ÄÖ"
+    s.toLower();
+    EXPECT_EQ(utf8(s), "abc-\xC3\x84\xC3\x96");
+
+    EXPECT_TRUE(String::equalNoCase("HeLLo", "hello"));
+    EXPECT_FALSE(String::equalNoCase("\xC3\x84", "\xC3\xA4"));  // Ä vs ä
+    EXPECT_FALSE(String::equalNoCase("abc", "abcd"));
+    EXPECT_FALSE(String::equal("abc", "ABC"));
+    EXPECT_LT(String::compareNoCase("apple", "BANANA"), 0);
+    EXPECT_LT(String::compare("B", "a"), 0);  // code-unit order
+    EXPECT_LT(String::compare("ab", "abc"), 0);
+    EXPECT_EQ(String::compare("abX", "abY", 2), 0);
+}
+
+TEST(StringTest, BoundsOfRemoveSubStringAndIndex)
+{
+    String s("hello");
+    EXPECT_EQ(s.subString(10), String());
+    EXPECT_EQ(s.subString(3, 100), String("lo"));
+    EXPECT_THROW(s[5], IndexOutOfBoundsException);
+    EXPECT_THROW(s.remove(3, 3), IndexOutOfBoundsException);
+    s.remove(1, 2);
+    EXPECT_EQ(s, "hlo");
+    s.remove(1);
+    EXPECT_EQ(s, "h");
+    EXPECT_EQ(String("a,b,c").find(2, Char16(',')), 3u);
+    EXPECT_EQ(String("a,b,c").reverseFind(Char16('a')), 0u);
+    EXPECT_EQ(String("abc").find(String("bd")), PEG_NOT_FOUND);
+}
+
+TEST(StringTest, AppendOfItselfAndImplicitConversions)
+{
+    String s("ab");
+    s.append(s);
+    s.append(s);
+    EXPECT_EQ(s, "abababab");
+    EXPECT_EQ("x" + String("y") + "z", String("xyz"));
+    String p;
+    p.appendPrintf("%s=%d", "n", 42);
+    EXPECT_EQ(p, "n=42");
+}
+
+TEST(ArrayTest, CopiesDoNotSeeLaterChanges)
+{
+    Array<String> a;
+    a.append("one");
+    Array<String> b(a);
+    b.append("two");
+    a[0] = "changed";
+    EXPECT_EQ(a.size(), 1u);
+    EXPECT_EQ(b.size(), 2u);
+    EXPECT_EQ(b[0], "one");
+
+    Array<Uint32> c(3, 7);
+    Array<Uint32> d;
+    d = c;
+    d.remove(0, 2);
+    EXPECT_EQ(c.size(), 3u);
+    EXPECT_EQ(d.size(), 1u);
+}
+
+TEST(ArrayTest, InsertingElementsOfItselfAndBounds)
+{
+    Array<String> a;
+    for (int i = 0; i < 9; i++)  // past the first capacity, so appends reallocate
+        a.append(a.size() ? a[a.size() - 1] + "x" : String("x"));
+    EXPECT_EQ(a[8], "xxxxxxxxx");
+    a.insert(0, a[8]);
+    a.prepend(a[1]);
+    a.appendArray(a);
+    EXPECT_EQ(a.size(), 22u);
+    EXPECT_EQ(a[0], "x");
+    EXPECT_EQ(a[1], "xxxxxxxxx");
+    EXPECT_EQ(a[12], "xxxxxxxxx");
+
+    EXPECT_THROW(a[22], IndexOutOfBoundsException);
+    EXPECT_THROW(a.remove(20, 3), IndexOutOfBoundsException);
+    EXPECT_THROW(a.insert(23, String()), IndexOutOfBoundsException);
+    const Array<String>& ca = a;
+    EXPECT_THROW(ca[100], IndexOutOfBoundsException);
+}
+
+TEST(ArrayTest, ImplicitSizeConstructorAndGrow)
+{
+    Array<Boolean> flags = 3;  // Array(Uint32) is not explicit
+    EXPECT_EQ(flags.size(), 3u);
+    EXPECT_FALSE(flags[2]);
+    flags.grow(2, true);
+    EXPECT_EQ(flags.size(), 5u);
+    EXPECT_TRUE(flags[4]);
+}
+
+TEST(ArrayTest, CopiesShareSafelyAcrossThreads)
+{
+    Array<String> shared;
+    for (int i = 0; i < 50; i++)
+        shared.append("v");
+    std::atomic<int> mismatches{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; t++)
+    {
+        threads.emplace_back([&shared, &mismatches] {
+            for (int i = 0; i < 2000; i++)
+            {
+                Array<String> mine(shared);
+                mine.append("w");  // copy on write, never visible to others
+                if (mine.size() != 51 || shared.size() != 50)
+                    mismatches++;
+            }
+        });
+    }
+    for (auto& t : threads)
+        t.join();
+    EXPECT_EQ(mismatches.load(), 0);
+}
+
+TEST(CIMNameTest, Legality)
+{
+    struct Case { const char* name; bool legal; };
+    const Case cases[] = {
+        { "CIM_System", true },
+        { "_x9", true },
+        { "\xC3\x84rger", true },  // non-ASCII letters are allowed
+        { "", false },
+        { "9lives", false },
+        { "my-set", false },
+        { "a b", false },
+        { "a.b", false },
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(CIMName::legal(c.name), c.legal);
+        if (c.legal)
+            EXPECT_EQ(CIMName(c.name).getString(), String(c.name));
+        else
+            EXPECT_THROW(CIMName(c.name), InvalidNameException);
+    }
+    EXPECT_TRUE(CIMName().isNull());
+    EXPECT_THROW(CIMName{String()}, InvalidNameException);
+    CIMName n;
+    EXPECT_THROW(n = String("1x"), InvalidNameException);
+    EXPECT_TRUE(CIMName("Name") == CIMName("NAME"));
+}
+
+TEST(CIMNameTest, NamespaceNames)
+{
+    EXPECT_EQ(CIMNamespaceName("/root/zda").getString(), "root/zda");
+    EXPECT_EQ(CIMNamespaceName("root").getString(), "root");
+    EXPECT_TRUE(CIMNamespaceName("ROOT/Zda") == CIMNamespaceName("root/zda"));
+    const char* bad[] = { "", "/", "root/", "root//x", "//root", "root/9x", "root x" };
+    for (const char* text : bad)
+    {
+        SCOPED_TRACE(text);
+        EXPECT_THROW(CIMNamespaceName n(text), InvalidNamespaceNameException);
+    }
+}
+
+TEST(ExceptionTest, MessagesAndStatusCodes)
+{
+    EXPECT_EQ(TypeMismatchException().getMessage(), "type mismatch");
+    EXPECT_EQ(InvalidNameException("1x").getMessage(), "The CIM name is not valid: 1x");
+    EXPECT_EQ(DateTimeOutOfRangeException("x").getMessage(), "DateTime is out of range : x");
+    EXPECT_EQ(AlreadyExistsException("property \"b\"").getMessage(), "already exists: property \"b\"");
+
+    CIMException e(CIM_ERR_NOT_FOUND, "X not found");
+    EXPECT_EQ(e.getMessage(), "X not found");  // no status prefix
+    EXPECT_EQ(e.getCode(), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(CIMException(CIMStatusCode(4096), "x").getCode(), 4096);
+
+    EXPECT_STREQ(cimStatusCodeToString(CIM_ERR_SERVER_IS_SHUTTING_DOWN), "CIM_ERR_SERVER_IS_SHUTTING_DOWN");
+    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(18)), "Unrecognized CIM status code");
+    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(-1)), "Unrecognized CIM status code");
+}
+
+TEST(ExceptionTest, BooleanThirdArgumentAttachesUninitializedInstances)
+{
+    CIMException withTrue(CIM_ERR_INVALID_PARAMETER, String::EMPTY, true);
+    EXPECT_EQ(withTrue.getErrorCount(), 1u);
+    EXPECT_TRUE(withTrue.getError(0).isUninitialized());
+    CIMException copy(withTrue);
+    EXPECT_EQ(copy.getErrorCount(), 1u);
+
+    CIMException withFalse(CIM_ERR_INVALID_PARAMETER, "m", false);
+    EXPECT_EQ(withFalse.getErrorCount(), 0u);
+    EXPECT_THROW(withFalse.getError(0), IndexOutOfBoundsException);
+}
+
+TEST(ExceptionTest, TraceableDescriptions)
+{
+    TraceableCIMException e = PEGASUS_CIM_EXCEPTION(CIM_ERR_NOT_SUPPORTED, "nope");
+    EXPECT_EQ(e.getMessage(), "nope");
+    EXPECT_EQ(e.getDescription(), "CIM_ERR_NOT_SUPPORTED: nope");
+    EXPECT_EQ(e.getLine(), Uint32(__LINE__ - 3));
+    EXPECT_EQ(TraceableCIMException(CIMException(CIM_ERR_FAILED)).getDescription(), "CIM_ERR_FAILED");
+    EXPECT_EQ(TraceableCIMException(CIMException(CIMStatusCode(4096), "m")).getDescription(),
+              "Unrecognized CIM status code \"4096\": m");
+
+    MessageLoaderParms parms("id", "value $0 of $1 is bad", String("x"), Uint32(3));
+    EXPECT_EQ(CIMException(CIM_ERR_FAILED, parms).getMessage(), "value x of 3 is bad");
+}

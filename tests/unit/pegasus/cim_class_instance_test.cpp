@@ -1,0 +1,348 @@
+// Classes and instances: building instances from classes, filtering,
+// property and path rules, key handling.
+#include <gtest/gtest.h>
+
+#include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/InternalException.h>
+
+#include "object_model_fixtures.h"
+
+using namespace Pegasus;
+using namespace objtest;
+
+using Names = std::vector<std::string>;
+
+TEST(BuildInstance, NullListGivesEveryPropertyWithItsDefaultAndDeclaredType)
+{
+    CIMClass cls = makeDiskClass();
+    CIMInstance inst = cls.buildInstance(false, false, CIMPropertyList());
+
+    EXPECT_EQ(propertyNames(inst), (Names{"Name", "Size", "Tags", "Owner", "Comment"}));
+    EXPECT_TRUE(inst.getClassName().equal(CIMName("Test_Disk")));
+
+    // The path names the class only.
+    const CIMObjectPath& path = inst.getPath();
+    EXPECT_TRUE(path.getClassName().equal(CIMName("Test_Disk")));
+    EXPECT_EQ(path.getHost(), String());
+    EXPECT_TRUE(path.getNameSpace().isNull());
+    EXPECT_EQ(path.getKeyBindings().size(), 0u);
+
+    CIMConstProperty size = inst.getProperty(inst.findProperty(CIMName("Size")));
+    EXPECT_TRUE(size.getValue().equal(CIMValue(Uint64(100))));
+
+    CIMConstProperty name = inst.getProperty(0);
+    EXPECT_TRUE(name.getValue().isNull());
+    EXPECT_EQ(name.getType(), CIMTYPE_STRING);
+
+    CIMConstProperty tags = inst.getProperty(2);
+    EXPECT_TRUE(tags.isArray());
+
+    CIMConstProperty owner = inst.getProperty(3);
+    EXPECT_EQ(owner.getType(), CIMTYPE_REFERENCE);
+    EXPECT_TRUE(owner.getReferenceClassName().equal(CIMName("Test_Host")));
+
+    // Without qualifiers and class origins; the propagated flag is kept.
+    CIMConstProperty comment = inst.getProperty(4);
+    EXPECT_EQ(inst.getQualifierCount(), 0u);
+    EXPECT_EQ(comment.getQualifierCount(), 0u);
+    EXPECT_EQ(inst.getProperty(0).getQualifierCount(), 0u);
+    EXPECT_TRUE(comment.getClassOrigin().isNull());
+    EXPECT_TRUE(comment.getPropagated());
+}
+
+TEST(BuildInstance, QualifiersAndClassOriginOnlyWhenAsked)
+{
+    CIMClass cls = makeDiskClass();
+    CIMInstance inst = cls.buildInstance(true, true, CIMPropertyList());
+
+    EXPECT_NE(inst.findQualifier(CIMName("description")), PEG_NOT_FOUND);
+    CIMConstProperty comment = inst.getProperty(4);
+    EXPECT_NE(comment.findQualifier(CIMName("Description")), PEG_NOT_FOUND);
+    EXPECT_TRUE(comment.getClassOrigin().equal(CIMName("Test_Base")));
+    EXPECT_NE(inst.getProperty(0).findQualifier(CIMName("KEY")), PEG_NOT_FOUND);
+}
+
+TEST(BuildInstance, PropertyListSelectsInClassOrderIgnoringCase)
+{
+    CIMClass cls = makeDiskClass();
+
+    EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({"size", "NAME", "Unknown"}))),
+              (Names{"Name", "Size"}));
+    EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({}))), Names{});
+    // The const view builds the same way.
+    CIMConstClass view(cls);
+    EXPECT_EQ(propertyNames(view.buildInstance(false, false, listOf({"owner"}))),
+              (Names{"Owner"}));
+}
+
+TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
+{
+    CIMClass cls = makeDiskClass();
+    CIMInstance first = cls.buildInstance(false, false, CIMPropertyList());
+    CIMInstance second = cls.buildInstance(false, false, CIMPropertyList());
+
+    Uint32 pos = first.findProperty(CIMName("Size"));
+    first.getProperty(pos).setValue(CIMValue(Uint64(7)));
+    first.removeProperty(0);
+
+    EXPECT_TRUE(second.getProperty(pos).getValue().equal(CIMValue(Uint64(100))));
+    EXPECT_TRUE(cls.getProperty(pos).getValue().equal(CIMValue(Uint64(100))));
+    EXPECT_EQ(cls.getPropertyCount(), 5u);
+
+    // The skeleton keeps the declared type: a value of another type is refused.
+    CIMProperty size = second.getProperty(pos);
+    EXPECT_THROW(size.setValue(CIMValue(Uint32(7))), TypeMismatchException);
+    EXPECT_THROW(second.getProperty(0).setValue(CIMValue(Uint32(1))), TypeMismatchException);
+    EXPECT_NO_THROW(second.getProperty(0).setValue(CIMValue(String("disk1"))));
+
+    EXPECT_THROW(CIMClass().buildInstance(false, false, CIMPropertyList()),
+                 UninitializedObjectException);
+}
+
+// --- filter / instanceFilter --------------------------------------------------
+
+struct FilterCase
+{
+    const char* title;
+    bool nullList;
+    std::vector<const char*> names;
+    Names expected;
+};
+
+void PrintTo(const FilterCase& c, std::ostream* os)
+{
+    *os << c.title;
+}
+
+class InstanceFilter : public ::testing::TestWithParam<FilterCase>
+{
+};
+
+TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInBothForms)
+{
+    const FilterCase& c = GetParam();
+    CIMPropertyList list;
+    if (!c.nullList)
+    {
+        Array<CIMName> names;
+        for (const char* n : c.names)
+            names.append(CIMName(n));
+        list.set(names);
+    }
+    CIMClass cls = makeDiskClass();
+
+    CIMInstance viaFilter = cls.buildInstance(true, true, CIMPropertyList());
+    viaFilter.filter(true, true, list);
+    EXPECT_EQ(propertyNames(viaFilter), c.expected);
+
+    CIMInstance viaInstanceFilter = cls.buildInstance(true, true, CIMPropertyList());
+    viaInstanceFilter.instanceFilter(true, true, list);
+    EXPECT_EQ(propertyNames(viaInstanceFilter), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, InstanceFilter,
+    ::testing::Values(
+        FilterCase{"NullKeepsAll", true, {}, {"Name", "Size", "Tags", "Owner", "Comment"}},
+        FilterCase{"EmptyKeepsNone", false, {}, {}},
+        FilterCase{"NamesIgnoreCase", false, {"COMMENT", "name"}, {"Name", "Comment"}},
+        FilterCase{"UnknownNamesIgnored", false, {"Nope", "tags"}, {"Tags"}}),
+    [](const ::testing::TestParamInfo<FilterCase>& info) { return info.param.title; });
+
+TEST(InstanceFilter, DropsQualifiersAndClassOriginsWhenNotIncluded)
+{
+    CIMInstance inst = makeDiskClass().buildInstance(true, true, CIMPropertyList());
+    CIMInstance kept = inst.clone();
+
+    kept.filter(true, true, CIMPropertyList());
+    EXPECT_EQ(kept.getQualifierCount(), 1u);
+    EXPECT_TRUE(kept.getProperty(4).getClassOrigin().equal(CIMName("Test_Base")));
+
+    inst.filter(false, false, CIMPropertyList());
+    EXPECT_EQ(inst.getQualifierCount(), 0u);
+    for (Uint32 i = 0; i < inst.getPropertyCount(); ++i)
+    {
+        EXPECT_EQ(inst.getProperty(i).getQualifierCount(), 0u);
+        EXPECT_TRUE(inst.getProperty(i).getClassOrigin().isNull());
+    }
+}
+
+// --- properties of an object --------------------------------------------------
+
+TEST(ObjectProperties, AddFindRemoveFollowNameAndIndexRules)
+{
+    CIMInstance inst(CIMName("Test_Disk"));
+    inst.addProperty(CIMProperty(CIMName("a"), CIMValue(Uint32(1))))
+        .addProperty(CIMProperty(CIMName("b"), CIMValue(Uint32(2))))
+        .addProperty(CIMProperty(CIMName("c"), CIMValue(Uint32(3))));
+
+    try
+    {
+        inst.addProperty(CIMProperty(CIMName("B"), CIMValue(Uint32(9))));
+        FAIL() << "duplicate accepted";
+    }
+    catch (const AlreadyExistsException& e)
+    {
+        EXPECT_EQ(e.getMessage(), String("already exists: property \"B\""));
+    }
+    EXPECT_THROW(inst.addProperty(CIMProperty()), UninitializedObjectException);
+
+    EXPECT_EQ(inst.findProperty(CIMName("C")), 2u);
+    EXPECT_EQ(inst.findProperty(CIMName("d")), PEG_NOT_FOUND);
+    EXPECT_THROW(inst.getProperty(3), IndexOutOfBoundsException);
+    EXPECT_THROW(inst.removeProperty(3), IndexOutOfBoundsException);
+
+    inst.removeProperty(0);
+    EXPECT_EQ(propertyNames(inst), (Names{"b", "c"}));
+    EXPECT_EQ(inst.findProperty(CIMName("c")), 1u);
+}
+
+TEST(ObjectProperties, AddedHandleStaysSharedAndCannotBeRenamedWhileOwned)
+{
+    CIMInstance inst(CIMName("Test_Disk"));
+    CIMProperty p(CIMName("Size"), CIMValue(Uint64(1)));
+    inst.addProperty(p);
+
+    p.setValue(CIMValue(Uint64(2)));
+    EXPECT_TRUE(inst.getProperty(0).getValue().equal(CIMValue(Uint64(2))));
+    inst.getProperty(0).setValue(CIMValue(Uint64(3)));
+    EXPECT_TRUE(p.getValue().equal(CIMValue(Uint64(3))));
+
+    EXPECT_THROW(p.setName(CIMName("Other")), Exception);
+    inst.removeProperty(0);
+    EXPECT_NO_THROW(p.setName(CIMName("Other")));
+
+    CIMQualifier q = keyQualifier();
+    p.addQualifier(q);
+    EXPECT_THROW(q.setName(CIMName("Renamed")), Exception);
+    EXPECT_THROW(p.addQualifier(CIMQualifier(CIMName("key"), CIMValue(false))),
+                 AlreadyExistsException);
+}
+
+TEST(PropertyRules, ConstructorRejectsInconsistentDeclarations)
+{
+    Array<CIMObjectPath> refs;
+    refs.append(CIMObjectPath("Test_Host.Name=\"h\""));
+    Array<Uint32> three(3u, Uint32(0));
+
+    EXPECT_THROW(CIMProperty(CIMName(), CIMValue(Uint32(1))), UninitializedObjectException);
+    EXPECT_THROW(CIMProperty(CIMName("R"), CIMValue(refs)), TypeMismatchException);
+    EXPECT_THROW(CIMProperty(CIMName("S"), CIMValue(String("x")), 0, CIMName("Test_Host")),
+                 TypeMismatchException);
+    EXPECT_THROW(CIMProperty(CIMName("A"), CIMValue(Uint32(1)), 2), TypeMismatchException);
+    EXPECT_THROW(CIMProperty(CIMName("A"), CIMValue(three), 2), TypeMismatchException);
+
+    EXPECT_NO_THROW(CIMProperty(CIMName("A"), CIMValue(three), 3));
+    EXPECT_NO_THROW(CIMProperty(CIMName("A"), CIMValue(CIMTYPE_UINT32, true), 3));
+    EXPECT_NO_THROW(CIMProperty(CIMName("R"), CIMValue(refs[0]), 0, CIMName("Test_Host")));
+}
+
+TEST(PropertyRules, SetValueKeepsTypeAndArrayness)
+{
+    CIMProperty p(CIMName("Port"), CIMValue(Uint16(80)));
+    EXPECT_THROW(p.setValue(CIMValue(Uint32(80))), TypeMismatchException);
+    EXPECT_THROW(p.setValue(CIMValue(Array<Uint16>())), TypeMismatchException);
+    EXPECT_THROW(p.setValue(CIMValue()), TypeMismatchException);  // null, but boolean
+    EXPECT_NO_THROW(p.setValue(CIMValue(CIMTYPE_UINT16, false)));
+    EXPECT_TRUE(p.getValue().isNull());
+    EXPECT_EQ(p.getType(), CIMTYPE_UINT16);
+}
+
+TEST(PropertyRules, IdenticalComparesContentNotHandles)
+{
+    CIMProperty a(CIMName("Name"), CIMValue(String("x")));
+    a.addQualifier(keyQualifier());
+    CIMProperty b = a.clone();
+    EXPECT_TRUE(a.identical(b));
+    b.setClassOrigin(CIMName("Elsewhere"));  // bookkeeping only
+    EXPECT_TRUE(a.identical(b));
+    b.setValue(CIMValue(String("y")));
+    EXPECT_FALSE(a.identical(b));
+    CIMProperty c = a.clone();
+    c.removeQualifier(0);
+    EXPECT_FALSE(a.identical(c));
+}
+
+// --- paths and keys --------------------------------------------------------
+
+TEST(ObjectPath, SetPathChecksTheClassAndStoresThePathAsGiven)
+{
+    CIMInstance inst(CIMName("Test_Disk"));
+    EXPECT_THROW(inst.setPath(CIMObjectPath()), UninitializedObjectException);
+    EXPECT_THROW(inst.setPath(CIMObjectPath("Other.Name=\"d\"")), TypeMismatchException);
+
+    CIMObjectPath path("//host1/root/zda:test_disk.Name=\"d1\"");
+    inst.setPath(path);
+    EXPECT_TRUE(inst.getPath().identical(path));
+    EXPECT_EQ(inst.getPath().getHost(), String("host1"));
+}
+
+TEST(ClassKeys, KeyNamesBuildPathAndQualifierHelpers)
+{
+    CIMClass cls = makeDiskClass();
+    Array<CIMName> keys;
+    keys.append(CIMName("stale"));
+    cls.getKeyNames(keys);
+    ASSERT_EQ(keys.size(), 1u);
+    EXPECT_TRUE(keys[0].equal(CIMName("Name")));
+    EXPECT_TRUE(cls.hasKeys());
+    EXPECT_FALSE(CIMClass(CIMName("Test_Keyless")).hasKeys());
+
+    CIMInstance inst = cls.buildInstance(false, false, CIMPropertyList());
+    inst.getProperty(0).setValue(CIMValue(String("d1")));
+    CIMObjectPath path = inst.buildPath(cls);
+    EXPECT_EQ(path.toString(), String("Test_Disk.Name=\"d1\""));
+
+    inst.removeProperty(0);
+    EXPECT_THROW(inst.buildPath(cls), NoSuchProperty);
+
+    EXPECT_FALSE(cls.isAssociation());
+    cls.addQualifier(CIMQualifier(CIMName("Association"), CIMValue(true)));
+    cls.addQualifier(CIMQualifier(CIMName("Abstract"), CIMValue(false)));
+    EXPECT_TRUE(cls.isAssociation());
+    EXPECT_FALSE(cls.isAbstract());
+}
+
+TEST(ClassMethods, MethodsAndParametersKeepOrderAndUniqueNames)
+{
+    CIMClass cls(CIMName("Test_Service"));
+    CIMMethod m(CIMName("Create"), CIMTYPE_UINT32);
+    m.addParameter(CIMParameter(CIMName("Name"), CIMTYPE_STRING))
+        .addParameter(CIMParameter(CIMName("Target"), CIMTYPE_REFERENCE, false, 0,
+                                   CIMName("Test_Disk")))
+        .addParameter(CIMParameter(CIMName("Sizes"), CIMTYPE_UINT64, true));
+    cls.addMethod(m);
+
+    EXPECT_THROW(cls.addMethod(CIMMethod(CIMName("create"), CIMTYPE_UINT32)),
+                 AlreadyExistsException);
+    EXPECT_THROW(m.addParameter(CIMParameter(CIMName("NAME"), CIMTYPE_STRING)),
+                 AlreadyExistsException);
+    EXPECT_THROW(CIMParameter(CIMName("P"), CIMTYPE_STRING, false, 0, CIMName("Test_Disk")),
+                 TypeMismatchException);
+
+    CIMConstMethod found = CIMConstClass(cls).getMethod(cls.findMethod(CIMName("CREATE")));
+    EXPECT_EQ(found.getParameterCount(), 3u);
+    EXPECT_EQ(found.findParameter(CIMName("sizes")), 2u);
+    EXPECT_TRUE(found.getParameter(2).isArray());
+    EXPECT_TRUE(found.getParameter(1).getReferenceClassName().equal(CIMName("Test_Disk")));
+
+    // A cloned class has its own methods.
+    CIMClass copy = cls.clone();
+    copy.getMethod(0).removeParameter(0);
+    EXPECT_EQ(cls.getMethod(0).getParameterCount(), 3u);
+    EXPECT_FALSE(copy.identical(cls));
+    EXPECT_TRUE(cls.clone().identical(cls));
+}
+
+TEST(ObjectText, ToStringShowsClassAndValues)
+{
+    CIMInstance inst = makeDiskClass().buildInstance(false, false, listOf({"Name", "Size"}));
+    inst.getProperty(0).setValue(CIMValue(String("d\"1")));
+    String text = CIMObject(inst).toString();
+    EXPECT_NE(text.find(String("instance of Test_Disk")), PEG_NOT_FOUND);
+    EXPECT_NE(text.find(String("Name = \"d\\\"1\";")), PEG_NOT_FOUND);
+    EXPECT_NE(text.find(String("Size = 100;")), PEG_NOT_FOUND);
+}
