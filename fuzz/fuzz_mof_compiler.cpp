@@ -1,10 +1,11 @@
-// Feeds arbitrary bytes to the MOF compiler. Any input must end in either a
-// result or a MofError; crashes, leaks, hangs and undefined behaviour are
+// Feeds arbitrary bytes to the MOF compiler and builds a class repository
+// from what it accepts. Any input must end in either a repository or a
+// MofError; crashes, leaks, hangs and undefined behaviour are
 // faults. An include of "self.mof" reads the input again, so that include
 // handling and its cycle check are reached too.
+#include "ClassRepository.h"
 #include "MofError.h"
 #include "MofParser.h"
-#include "MofSchema.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         throw zda::mof::MofError(from, "cannot open \"" + path + "\"");
     };
     try {
-        zda::mof::resolveSchema(zda::mof::parseMof(text, "input.mof", "root/fuzz", reader));
+        zda::server::ClassRepository repository(zda::mof::parseMof(text, "input.mof", "root/fuzz", reader));
     } catch (const zda::mof::MofError&) {
     }
     return 0;
