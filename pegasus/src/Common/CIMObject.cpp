@@ -231,7 +231,7 @@ String objectToString(const CIMObjectRep* rep)
             out.append(Char16(' '));
         }
         out.append(p.getName().getString());
-        if (p.isArray())
+        if (isClass && p.isArray())
             out.append(String("[]"));
         if (!isClass || !p.getValue().isNull())
         {

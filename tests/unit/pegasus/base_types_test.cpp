@@ -9,8 +9,10 @@
 #define PEGASUS_USE_EXPERIMENTAL_INTERFACES
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Common/AcceptLanguageList.h>
 
 using namespace Pegasus;
 
@@ -97,6 +99,24 @@ TEST(StringTest, AppendOfItselfAndImplicitConversions)
     String p;
     p.appendPrintf("%s=%d", "n", 42);
     EXPECT_EQ(p, "n=42");
+}
+
+TEST(StringTest, CStringOwnsItsCopy)
+{
+    CString c;
+    EXPECT_STREQ(c, "");
+    {
+        String s("temporary \xE2\x82\xAC");
+        c = s.getCString();
+        s.clear();
+        s.append(String("overwritten"));
+    }
+    CString d(c);
+    EXPECT_STREQ(d, "temporary \xE2\x82\xAC");
+    EXPECT_EQ(String("abc").getChar16Data()[3], Char16(0));  // NUL-terminated
+    String u("mIxEd");
+    u.toUpper();
+    EXPECT_EQ(u, "MIXED");
 }
 
 TEST(ArrayTest, CopiesDoNotSeeLaterChanges)
@@ -229,7 +249,7 @@ TEST(ExceptionTest, MessagesAndStatusCodes)
 
     EXPECT_STREQ(cimStatusCodeToString(CIM_ERR_SERVER_IS_SHUTTING_DOWN), "CIM_ERR_SERVER_IS_SHUTTING_DOWN");
     EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(18)), "Unrecognized CIM status code");
-    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(-1)), "Unrecognized CIM status code");
+    EXPECT_STREQ(cimStatusCodeToString(CIMStatusCode(32768)), "Unrecognized CIM status code");
 }
 
 TEST(ExceptionTest, BooleanThirdArgumentAttachesUninitializedInstances)
@@ -245,6 +265,38 @@ TEST(ExceptionTest, BooleanThirdArgumentAttachesUninitializedInstances)
     EXPECT_THROW(withFalse.getError(0), IndexOutOfBoundsException);
 }
 
+TEST(ExceptionTest, AddedErrorsAreNotSharedWithEarlierCopies)
+{
+    CIMException e(CIM_ERR_FAILED, "m");
+    CIMException before(e);
+    CIMInstance error{CIMName("CIM_Error")};
+    e.addError(error);
+    e.addError(error);
+    EXPECT_EQ(e.getErrorCount(), 2u);
+    EXPECT_EQ(before.getErrorCount(), 0u);
+    error.addProperty(CIMProperty(CIMName("Message"), CIMValue(String("later"))));
+    EXPECT_EQ(e.getError(0).getPropertyCount(), 0u);  // stored as a clone
+    EXPECT_EQ(e.getError(1).getClassName().getString(), "CIM_Error");
+}
+
+TEST(ExceptionTest, LanguageLists)
+{
+    AcceptLanguageList accept;
+    accept.insert(LanguageTag("de"), 0.5f);
+    accept.insert(LanguageTag("en-US"), 1.0f);
+    accept.insert(LanguageTag("fr"), 0.5f);
+    EXPECT_EQ(accept.getLanguageTag(0).toString(), "en-US");  // highest quality first
+    EXPECT_EQ(accept.getLanguageTag(2).toString(), "fr");     // equal quality keeps order
+    EXPECT_EQ(accept.getLanguageTag(0).getCountry(), "US");
+    EXPECT_EQ(accept.find(LanguageTag("EN-us")), 0u);
+
+    ContentLanguageList a, b;
+    a.append(LanguageTag("en"));
+    b.append(LanguageTag("EN"));
+    EXPECT_TRUE(a == b);
+    EXPECT_THROW(a.getLanguageTag(1), IndexOutOfBoundsException);
+}
+
 TEST(ExceptionTest, TraceableDescriptions)
 {
     TraceableCIMException e = PEGASUS_CIM_EXCEPTION(CIM_ERR_NOT_SUPPORTED, "nope");
@@ -257,4 +309,5 @@ TEST(ExceptionTest, TraceableDescriptions)
 
     MessageLoaderParms parms("id", "value $0 of $1 is bad", String("x"), Uint32(3));
     EXPECT_EQ(CIMException(CIM_ERR_FAILED, parms).getMessage(), "value x of 3 is bad");
+    EXPECT_EQ(Formatter::format("\\$0 $1 $2 $9", true, Sint64(-5), Real64(0.5)), "$0 -5 0.5 ");
 }

@@ -346,3 +346,57 @@ TEST(ObjectText, ToStringShowsClassAndValues)
     EXPECT_NE(text.find(String("Name = \"d\\\"1\";")), PEG_NOT_FOUND);
     EXPECT_NE(text.find(String("Size = 100;")), PEG_NOT_FOUND);
 }
+
+TEST(ObjectText, ClassRenderingShowsDeclarations)
+{
+    CIMClass cls = makeDiskClass();
+    CIMMethod create(CIMName("Create"), CIMTYPE_UINT32);
+    create.addParameter(CIMParameter(CIMName("Names"), CIMTYPE_STRING, true));
+    cls.addMethod(create);
+    String text = CIMObject(cls).toString();
+
+    for (const char* part : {"[Description(\"a disk\")] class Test_Disk : Test_Base",
+                             "[Key(TRUE)] string Name;", "uint64 Size = 100;",
+                             "string Tags[];", "Test_Host REF Owner;",
+                             "uint32 Create(string Names[]);"})
+        EXPECT_NE(text.find(String(part)), PEG_NOT_FOUND) << part << "\n" << text;
+}
+
+TEST(ObjectIdentity, IdenticalComparesKindPathQualifiersAndProperties)
+{
+    CIMInstance a = makeDiskClass().buildInstance(false, false, CIMPropertyList());
+    CIMInstance b = makeDiskClass().buildInstance(false, false, CIMPropertyList());
+    EXPECT_TRUE(a.identical(b));
+
+    b.setPath(CIMObjectPath("Test_Disk.Name=\"d\""));
+    EXPECT_FALSE(a.identical(b));
+    a.setPath(CIMObjectPath("test_disk.name=\"d\""));
+    EXPECT_TRUE(a.identical(b));
+
+    a.addQualifier(description("x"));
+    EXPECT_FALSE(a.identical(b));
+
+    // A class and an instance of the same name and content differ in kind.
+    CIMObject cls = CIMClass(CIMName("Test_Empty"));
+    CIMObject inst = CIMInstance(CIMName("Test_Empty"));
+    EXPECT_FALSE(cls.identical(inst));
+}
+
+TEST(ObjectQualifiers, ElementsShareTheNameAndIndexRules)
+{
+    CIMClass cls(CIMName("Test_Assoc"));
+    cls.addQualifier(CIMQualifier(CIMName("Association"), CIMValue(true)))
+        .addQualifier(CIMQualifier(CIMName("Version"), CIMValue(String("1.0"))));
+    EXPECT_THROW(cls.addQualifier(CIMQualifier(CIMName("ASSOCIATION"), CIMValue(false))),
+                 AlreadyExistsException);
+    EXPECT_THROW(cls.addQualifier(CIMQualifier()), UninitializedObjectException);
+    EXPECT_THROW(cls.getQualifier(2), IndexOutOfBoundsException);
+
+    // A qualifier taken from the class writes through.
+    cls.getQualifier(cls.findQualifier(CIMName("association"))).setValue(CIMValue(false));
+    EXPECT_FALSE(cls.isAssociation());
+
+    cls.removeQualifier(0);
+    EXPECT_EQ(cls.findQualifier(CIMName("Version")), 0u);
+    EXPECT_EQ(cls.findQualifier(CIMName("Association")), PEG_NOT_FOUND);
+}

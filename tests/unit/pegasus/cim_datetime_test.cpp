@@ -1,6 +1,8 @@
 // CIMDateTime text forms, range checks and arithmetic.
 #include <gtest/gtest.h>
 
+#define PEGASUS_USE_EXPERIMENTAL_INTERFACES
+
 #include <Pegasus/Common/CIMDateTime.h>
 
 using namespace Pegasus;
@@ -130,6 +132,20 @@ TEST(CIMDateTimeTest, Arithmetic)
     EXPECT_THROW(start * 2, TypeMismatchException);
     EXPECT_THROW(step - (step * 2), DateTimeOutOfRangeException);
     EXPECT_THROW(CIMDateTime(String("99991231235959.999999+000")) + step, DateTimeOutOfRangeException);
+}
+
+TEST(CIMDateTimeTest, FieldConstructors)
+{
+    EXPECT_EQ(CIMDateTime(2021, 2, 28, 23, 5, 9, 123456, 6, -90).toString(), "20210228230509.123456-090");
+    EXPECT_EQ(CIMDateTime(2021, 2, 28, 23, 5, 9, 123456, 2, 0).toString(), "20210228230509.12****+000");
+    EXPECT_EQ(CIMDateTime(2021, 2, CIMDateTime::WILDCARD, 1, 1, 1, 0, 6, 60).toString(),
+              "202102********.******+060");
+    EXPECT_EQ(CIMDateTime(3, 4, 5, 6, 7, 6).toString(), "00000003040506.000007:000");
+    EXPECT_TRUE(CIMDateTime(3, 4, 5, 6, 7, 6).isInterval());
+    EXPECT_TRUE(CIMDateTime(2021, 1, 1, 0, 0, 0, 0, 6, 0).isTimeStamp());
+    EXPECT_THROW(CIMDateTime(2021, 2, 29, 0, 0, 0, 0, 6, 0), DateTimeOutOfRangeException);
+    EXPECT_THROW(CIMDateTime(2021, 1, 1, 0, 0, 0, 0, 6, 1000), DateTimeOutOfRangeException);
+    EXPECT_THROW(CIMDateTime(12345, 1, 1, 0, 0, 0, 0, 6, 0), DateTimeOutOfRangeException);
 }
 
 TEST(CIMDateTimeTest, CurrentTimeIsATimeStamp)

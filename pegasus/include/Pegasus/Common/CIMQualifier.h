@@ -49,6 +49,8 @@ public:
     Boolean isArray() const;
     const CIMValue& getValue() const;
     void setValue(const CIMValue& value);
+    // setFlavor adds the given flavors to those present; unsetFlavor
+    // removes them.
     void setFlavor(const CIMFlavor& flavor);
     void unsetFlavor(const CIMFlavor& flavor);
     const CIMFlavor& getFlavor() const;

@@ -8,7 +8,8 @@
 PEGASUS_NAMESPACE_BEGIN
 
 // Integers do not convert to this type implicitly: write CIMStatusCode(n).
-// Values outside the list are carried unchanged where a code is stored.
+// Values outside the list (0 .. 2^31-1) are carried unchanged where a code
+// is stored.
 enum CIMStatusCode
 {
     CIM_ERR_SUCCESS = 0,
@@ -37,7 +38,12 @@ enum CIMStatusCode
     CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED = 25,
     CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED = 26,
     CIM_ERR_SERVER_LIMITS_EXCEEDED = 27,
-    CIM_ERR_SERVER_IS_SHUTTING_DOWN = 28
+    CIM_ERR_SERVER_IS_SHUTTING_DOWN = 28,
+
+    // Not a status code. It widens the enumeration's range of values to
+    // every non-negative 32-bit integer, so that codes outside the list
+    // (method results such as 4096 or 32768) are well-defined values.
+    CIM_STATUS_CODE_RANGE_END_ = 0x7FFFFFFF
 };
 
 // The enumerator's name ("CIM_ERR_NOT_FOUND"), or

@@ -1,0 +1,360 @@
+// Loads the compatibility provider module the way a server does (dlopen,
+// PegasusCreateProvider by registered name, initialize with a host-attached
+// CIMOMHandle) and drives it through its interfaces.
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Provider/CIMMethodProvider.h>
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMOMHandleBackend.h>
+#include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Client/CIMClientTransport.h>
+#include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Common/InternalException.h>
+
+#include <gtest/gtest.h>
+
+#include "RecordingResponseHandler.h"
+#include "RecordingFakes.h"
+#include "SdkText.h"
+
+#include <dlfcn.h>
+
+#include <memory>
+#include <string>
+
+PEGASUS_USING_PEGASUS;
+using zda_test::RecordingResponseHandler;
+using zda_test::text;
+
+namespace
+{
+
+typedef CIMProvider* (*CreateProviderFunction)(const String&);
+
+const CIMNamespaceName NS("root/compat");
+
+// The host side the providers see through their CIMOMHandle.
+class CompatBackend : public zda_test::RecordingCIMOMBackend
+{
+public:
+    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMName& className) override
+    {
+        RecordingCIMOMBackend::enumerateInstanceNames(context, nameSpace, className);
+        Array<CIMObjectPath> paths;
+        for (int i = 1; i <= 3; i++)
+            paths.append(CIMObjectPath((text(className) + ".Name=\"sys" + std::to_string(i) +
+                "\"").c_str()));
+        return paths;
+    }
+
+    CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& methodName,
+        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    {
+        RecordingCIMOMBackend::invokeMethod(context, nameSpace, instanceName, methodName, in, out);
+        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
+        return CIMValue(Uint32(0));
+    }
+};
+
+// The local server a CIMClient reaches through connectLocal().
+class LocalServerTransport : public zda_test::RecordingClientTransport
+{
+public:
+    LocalServerTransport() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
+
+    CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& in,
+        Array<CIMParamValue>& out) override
+    {
+        RecordingClientTransport::invokeMethod(nameSpace, instanceName, methodName, in, out);
+        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
+        return CIMValue(Uint32(0));
+    }
+};
+
+class CompatModuleTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        module = dlopen(COMPAT_PROVIDER_MODULE, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(nullptr, module) << dlerror();
+        createProvider = reinterpret_cast<CreateProviderFunction>(
+            dlsym(module, "PegasusCreateProvider"));
+        ASSERT_NE(nullptr, createProvider) << "the entry point must be exported unmangled";
+    }
+
+    static void TearDownTestSuite()
+    {
+        if (module)
+            dlclose(module);
+        module = nullptr;
+    }
+
+    void SetUp() override
+    {
+        backend = std::make_shared<CompatBackend>();
+        attachCIMOMHandleBackend(cimom, backend);
+        CIMClientTransports::setLoopbackTransportFactory(nullptr);
+    }
+
+    void TearDown() override
+    {
+        for (CIMProvider* provider : created)
+            provider->terminate();
+        attachCIMOMHandleBackend(cimom, nullptr);
+        CIMClientTransports::setLoopbackTransportFactory(nullptr);
+    }
+
+    // Creates and initializes a provider as a server does.
+    CIMProvider* load(const char* name)
+    {
+        CIMProvider* provider = createProvider(name);
+        if (provider)
+        {
+            provider->initialize(cimom);
+            created.push_back(provider);
+        }
+        return provider;
+    }
+
+    static OperationContext requestFrom(const String& user)
+    {
+        OperationContext context;
+        context.insert(IdentityContainer(user));
+        return context;
+    }
+
+    static CIMObjectPath volume(const char* name)
+    {
+        return CIMObjectPath((std::string("//server1/root/compat:Compat_Volume.Name=\"") + name +
+            "\",SystemName=\"S1\"").c_str());
+    }
+
+    static void* module;
+    static CreateProviderFunction createProvider;
+
+    CIMOMHandle cimom;
+    std::shared_ptr<CompatBackend> backend;
+    std::vector<CIMProvider*> created;
+};
+
+void* CompatModuleTest::module = nullptr;
+CreateProviderFunction CompatModuleTest::createProvider = nullptr;
+
+// Runs call and returns the CIMException it throws (code 0 if none).
+CIMException thrownBy(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const CIMException& e)
+    {
+        return e;
+    }
+    return CIMException(CIM_ERR_SUCCESS, "nothing thrown");
+}
+
+}  // namespace
+
+TEST_F(CompatModuleTest, CreatesProvidersByNameWithTheirInterfaces)
+{
+    EXPECT_EQ(nullptr, createProvider("No_SuchProvider"));
+
+    CIMProvider* volumes = load("compat_volumeprovider");
+    ASSERT_NE(nullptr, volumes) << "names compare without regard to case";
+    EXPECT_NE(nullptr, dynamic_cast<CIMInstanceProvider*>(volumes));
+    EXPECT_NE(nullptr, dynamic_cast<CIMMethodProvider*>(volumes));
+    EXPECT_EQ(nullptr, dynamic_cast<CIMAssociationProvider*>(volumes));
+
+    CIMProvider* members = load("Compat_MemberOfGroupProvider");
+    ASSERT_NE(nullptr, members);
+    EXPECT_NE(nullptr, dynamic_cast<CIMAssociationProvider*>(members));
+    EXPECT_EQ(nullptr, dynamic_cast<CIMMethodProvider*>(members));
+}
+
+TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
+{
+    auto* provider = dynamic_cast<CIMInstanceProvider*>(load("Compat_VolumeProvider"));
+    ASSERT_NE(nullptr, provider);
+    const OperationContext context = requestFrom("alice");
+    const CIMObjectPath classPath("//server1/root/compat:Compat_Volume");
+
+    RecordingResponseHandler names;
+    provider->enumerateInstanceNames(context, classPath, names);
+    EXPECT_EQ("processing deliver(path) deliver(path) complete", names.sequence());
+    EXPECT_TRUE(names.objectPaths()[1].identical(volume("vol2")));
+
+    RecordingResponseHandler one;
+    provider->getInstance(context, volume("vol1"), false, false, CIMPropertyList(), one);
+    ASSERT_EQ("processing deliver(instance) complete", one.sequence());
+    CIMInstance instance = one.instances()[0];
+    Uint64 blockSize = 0;
+    instance.getProperty(instance.findProperty("BlockSize")).getValue().get(blockSize);
+    EXPECT_EQ(512u, blockSize);
+    EXPECT_EQ(CIMTYPE_DATETIME,
+        instance.getProperty(instance.findProperty("Created")).getValue().getType());
+    EXPECT_TRUE(instance.getPath().identical(volume("vol1")));
+
+    Array<CIMName> nameOnly;
+    nameOnly.append("Name");
+    RecordingResponseHandler filtered;
+    provider->enumerateInstances(context, classPath, false, false, CIMPropertyList(nameOnly),
+        filtered);
+    ASSERT_EQ(2u, filtered.instances().size());
+    for (const CIMInstance& each : filtered.instances())
+        EXPECT_EQ(1u, each.getPropertyCount());
+
+    RecordingResponseHandler unused;
+    CIMException missing = thrownBy([&] {
+        provider->getInstance(context, volume("vol9"), false, false, CIMPropertyList(), unused);
+    });
+    EXPECT_EQ(CIM_ERR_NOT_FOUND, missing.getCode());
+    EXPECT_EQ(String("Compat_Volume CIM Object not found."), missing.getMessage());
+
+    CIMException badKeys = thrownBy([&] {
+        provider->getInstance(context, CIMObjectPath("Compat_Volume.Name=\"vol1\""), false,
+            false, CIMPropertyList(), unused);
+    });
+    EXPECT_EQ(CIM_ERR_INVALID_PARAMETER, badKeys.getCode());
+
+    CIMException refused = thrownBy([&] {
+        provider->deleteInstance(context, volume("vol1"), unused);
+    });
+    EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, refused.getCode());
+    EXPECT_EQ(String("Compat_Volume does not support deleteInstance."), refused.getMessage());
+    EXPECT_EQ("", unused.sequence());
+}
+
+TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
+{
+    auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
+    ASSERT_NE(nullptr, provider);
+    const OperationContext context = requestFrom("alice");
+
+    RecordingResponseHandler describe;
+    provider->invokeMethod(context, volume("vol1"), "Describe", Array<CIMParamValue>(), describe);
+    EXPECT_EQ("processing deliverParamValue deliverParamValue deliver(value) complete",
+        describe.sequence());
+    CIMValue embedded = describe.paramValues()[0].getValue();
+    ASSERT_EQ(CIMTYPE_INSTANCE, embedded.getType());
+    CIMInstance volumeInstance;
+    embedded.get(volumeInstance);
+    String name;
+    volumeInstance.getProperty(volumeInstance.findProperty("Name")).getValue().get(name);
+    EXPECT_EQ(String("vol1"), name);
+    String caller;
+    describe.paramValues()[1].getValue().get(caller);
+    EXPECT_EQ(String("alice"), caller);
+
+    // A failed method with a text travels as its return number.
+    RecordingResponseHandler rename;
+    CIMException failed = thrownBy([&] {
+        provider->invokeMethod(context, volume("vol1"), "Rename", Array<CIMParamValue>(), rename);
+    });
+    EXPECT_EQ(CIMStatusCode(5), failed.getCode());
+    EXPECT_EQ(String("Invalid number of parameters"), failed.getMessage());
+    EXPECT_EQ("", rename.sequence());
+
+    RecordingResponseHandler refuse;
+    try
+    {
+        provider->invokeMethod(context, volume("vol1"), "Refuse", Array<CIMParamValue>(), refuse);
+        ADD_FAILURE() << "no exception";
+    }
+    catch (const TraceableCIMException& e)
+    {
+        EXPECT_EQ(CIM_ERR_ACCESS_DENIED, e.getCode());
+        EXPECT_EQ(String("Insufficient privilege for the user"), e.getMessage());
+        EXPECT_NE(std::string::npos, text(e.getFile()).find("CompatProviders.cpp"));
+        EXPECT_GT(e.getLine(), 0u);
+    }
+
+    CIMException unknown = thrownBy([&] {
+        provider->invokeMethod(context, volume("vol1"), "NoSuchMethod", Array<CIMParamValue>(),
+            refuse);
+    });
+    EXPECT_EQ(CIM_ERR_METHOD_NOT_FOUND, unknown.getCode());
+}
+
+TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
+{
+    auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
+    ASSERT_NE(nullptr, provider);
+    const OperationContext context = requestFrom("alice");
+
+    RecordingResponseHandler count;
+    provider->invokeMethod(context, volume("vol1"), "CountSystems", Array<CIMParamValue>(), count);
+    Uint32 systems = 0;
+    count.returnValues()[0].get(systems);
+    EXPECT_EQ(3u, systems);
+    EXPECT_EQ("enumerateInstanceNames root/compat Compat_System", backend->lastCall().call);
+    EXPECT_EQ("<none>", backend->lastCall().user) << "the provider passed an empty context";
+
+    auto systemName = [&] {
+        RecordingResponseHandler handler;
+        provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(),
+            handler);
+        String value;
+        handler.paramValues().at(0).getValue().get(value);
+        return text(value);
+    };
+
+    // No local server: connectLocal fails and the provider asks its CIMOMHandle.
+    EXPECT_EQ("S-from-cimom", systemName());
+    const size_t upcalls = backend->calls().size();
+
+    CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
+        return std::unique_ptr<CIMClientTransport>(new LocalServerTransport);
+    });
+    EXPECT_EQ("S-from-local-client", systemName());
+    EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
+}
+
+TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
+{
+    CIMProvider* loaded = load("Compat_MemberOfGroupProvider");
+    auto* provider = dynamic_cast<CIMAssociationProvider*>(loaded);
+    auto* instances = dynamic_cast<CIMInstanceProvider*>(loaded);
+    ASSERT_NE(nullptr, provider);
+    const OperationContext context = requestFrom("bob");
+    const CIMObjectPath group("//server1/root/compat:Compat_Group.InstanceID=\"S1:group1\"");
+
+    RecordingResponseHandler referenceNames;
+    provider->referenceNames(context, volume("vol1"), CIMName(), "Member", referenceNames);
+    ASSERT_EQ(1u, referenceNames.objectPaths().size());
+    const CIMObjectPath association = referenceNames.objectPaths()[0];
+    Array<CIMKeyBinding> keys = association.getKeyBindings();
+    ASSERT_EQ(2u, keys.size());
+    EXPECT_EQ(CIMKeyBinding::REFERENCE, keys[0].getType());
+    EXPECT_TRUE(CIMObjectPath(keys[1].getValue()).identical(volume("vol1")));
+    // The path survives a text round trip, as it does on the wire.
+    EXPECT_TRUE(CIMObjectPath(association.toString()).identical(association));
+
+    RecordingResponseHandler byPath;
+    instances->getInstance(context, CIMObjectPath(association.toString()), false, false,
+        CIMPropertyList(), byPath);
+    EXPECT_EQ("processing deliver(instance) complete", byPath.sequence());
+
+    RecordingResponseHandler wrongRole;
+    provider->associatorNames(context, volume("vol1"), CIMName(), CIMName(), "Collection",
+        String::EMPTY, wrongRole);
+    EXPECT_EQ("processing complete", wrongRole.sequence());
+
+    RecordingResponseHandler associators;
+    provider->associators(context, group, CIMName(), CIMName(), String::EMPTY, String::EMPTY,
+        false, false, CIMPropertyList(), associators);
+    ASSERT_EQ(1u, associators.objects().size());
+    EXPECT_TRUE(associators.objects()[0].getPath().identical(volume("vol1")));
+
+    RecordingResponseHandler references;
+    provider->references(context, group, CIMName(), String::EMPTY, false, false,
+        CIMPropertyList(), references);
+    ASSERT_EQ(1u, references.objects().size());
+    CIMObject reference = references.objects()[0];
+    EXPECT_TRUE(reference.isInstance());
+    EXPECT_EQ(CIMTYPE_REFERENCE,
+        reference.getProperty(reference.findProperty("Member")).getValue().getType());
+}
