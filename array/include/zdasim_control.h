@@ -1,0 +1,162 @@
+/*
+ * zdasim_control.h - controls of the array simulator behind libzdaapi.
+ *
+ * For tests and for the server: reset the array, describe users and
+ * rights, make calls fail, read the ledgers (allocations, semaphore), the
+ * journal of calls, the event log and the captured log lines, and drive
+ * the clock. Every function is thread-safe. Strings returned through
+ * caller buffers are cut to the buffer and always terminated.
+ */
+#ifndef ZDASIM_CONTROL_H
+#define ZDASIM_CONTROL_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <time.h>
+
+#include "zdaapi.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- the array ------------------------------------------------------------ */
+
+/* Empties the array: no users, CPGs, volumes, sets or remote copy. The
+ * system identity keeps its defaults. Ledgers, journal, faults and the
+ * clock are left alone (see zdasim_clear_records). */
+void zdasim_reset_empty(void);
+
+/* Loads the built-in small test array (see array/src/test_array.cpp for
+ * what it holds: users admin/operator/viewer/noaccess, 3 CPGs in 2 domains,
+ * a few base volumes, copies and vvsets). */
+void zdasim_reset_test_array(void);
+
+/* Clears ledgers, journal, event log, captured log lines and faults. Does
+ * not touch allocations still outstanding (they stay counted). */
+void zdasim_clear_records(void);
+
+/* ---- users and rights ------------------------------------------------------ */
+
+/* Adds or replaces a role; `defaultAnswer` answers keys the role has no
+ * entry for (API_AUTH_*). */
+void zdasim_role_set(const char* role, int defaultAnswer);
+/* Sets the answer of `role` for the exact key (trailing blanks count). */
+void zdasim_role_set_right(const char* role, const char* key, int answer);
+/* Adds or replaces a user with a role. 0, or API_E_NOT_FOUND for an
+ * unknown role. */
+int zdasim_user_set(const char* user, const char* role);
+/* Makes api_zdaOpenForCimserver refuse (1) or accept (0) the user. */
+int zdasim_user_refuse_open(const char* user, int refuse);
+
+/* ---- system ----------------------------------------------------------------- */
+
+void zdasim_system_set_policy(uint32_t policyFlags);
+void zdasim_system_set_nodes_alive(int nodes);
+/* Sets the IPv4 and IPv6 management addresses ("" for none). 0 or
+ * API_E_INVALID. */
+int zdasim_system_set_addresses(const char* ipv4, const char* ipv6);
+
+/* ---- volumes -------------------------------------------------------------------- */
+
+/* Makes the volume busy for its next `removals` removal attempts (-1: until
+ * told otherwise, 0: not busy). 0 or API_E_NOT_FOUND. */
+int zdasim_volume_set_busy(const char* name, int removals);
+
+/* Adds a base volume (for tests that need many volumes): `usrCpg` and
+ * `snapCpg` must exist ("" for no snapshot space). 0 or an API_E_* code. */
+int zdasim_volume_add(const char* name, const char* usrCpg, const char* snapCpg,
+                      unsigned long long sizeMiB);
+
+/* Sets a key-value of a vvset. 0 or API_E_NOT_FOUND. */
+int zdasim_vvset_set_key(const char* set, const char* key, const char* value);
+
+/* ---- fault injection ------------------------------------------------------------- */
+
+/* The next `count` calls of `function` (the call's name, e.g. "api_getVVSets")
+ * fail with `code` and `text`, without doing anything. Status calls return
+ * them as the status, int calls return `code`. count -1: until cleared. */
+void zdasim_fault_add(const char* function, int count, int code, const char* text);
+/* The next `count` cim_sem_wait calls time out at once. */
+void zdasim_fault_sem_timeouts(int count);
+void zdasim_faults_clear(void);
+
+/* ---- the semaphore ------------------------------------------------------------------ */
+
+/* Time a cim_sem_wait waits before it times out (default 30000 ms, or
+ * ZDA_SEM_TIMEOUT_MS in the environment). */
+void zdasim_sem_set_timeout_ms(long ms);
+
+typedef struct zdasim_sem_ledger {
+    int  held;              /* 1 while some thread holds the semaphore */
+    int  heldByCaller;      /* 1 when the calling thread holds it */
+    long waits;             /* cim_sem_wait calls */
+    long acquired;          /* waits that returned 0 */
+    long timeouts;          /* waits that timed out */
+    long posts;             /* balanced posts */
+    long unbalancedPosts;   /* posts without a held semaphore or by another thread */
+    long selfWaits;         /* waits by the thread that already held it */
+    long unguardedCalls;    /* calls that need the semaphore made without holding it */
+} zdasim_sem_ledger_t;
+
+void zdasim_sem_ledger(zdasim_sem_ledger_t* out);
+
+/* ---- allocation ledger ------------------------------------------------------------- */
+
+/* Outstanding allocations of one kind (NULL: all kinds). Kinds: "vv_list",
+ * "sets", "vv_filter", "okv", "kv_query", "cpg_list", "port_list" and the
+ * remote copy and task kinds. */
+long zdasim_ledger_outstanding(const char* kind);
+/* Releases of pointers the library did not hand out, or handed to the
+ * wrong release call (double releases included). */
+long zdasim_ledger_bad_releases(void);
+/* "kind=n kind=n ..." for every kind with outstanding allocations. */
+void zdasim_ledger_report(char* buffer, size_t size);
+
+/* ---- journal of calls -------------------------------------------------------------- */
+
+/* Each call of the library is journaled with its key arguments and result:
+ * "api_getVVSets name=set1 -> 0". */
+size_t zdasim_journal_count(void);
+/* Copies entry i; returns 0, or -1 when there is no entry i. */
+int zdasim_journal_entry(size_t i, char* buffer, size_t size);
+/* Number of journaled calls of `function`. */
+size_t zdasim_journal_count_of(const char* function);
+void zdasim_journal_clear(void);
+
+/* ---- event log -------------------------------------------------------------------- */
+
+/* The audit records the array received, oldest first (at most 10000 kept). */
+size_t zdasim_event_count(void);
+/* Copies event i; `call` gets the call's name. 0 or -1. */
+int zdasim_event_get(size_t i, api_evtparam_t* event, char* call, size_t callSize,
+                     int* result);
+
+/* ---- log ---------------------------------------------------------------------------- */
+
+/* Lines at or below `level` are written (default 3, or ZDA_LOG_LEVEL). */
+void zdasim_log_set_threshold(int level);
+/* Writes the log to `path` (appended), or to stderr with NULL. 0 or -1. */
+int zdasim_log_to_file(const char* path);
+/* Keeps every log_message line (all levels, whatever the threshold) for
+ * tests (on 1) or stops (0). */
+void zdasim_log_capture(int on);
+size_t zdasim_log_count(void);
+/* Copies captured line i (without its newline); *level gets its level. */
+int zdasim_log_line(size_t i, int* level, char* buffer, size_t size);
+void zdasim_log_clear(void);
+
+/* ---- clock ------------------------------------------------------------------------------ */
+
+/* The array's time: the real time by default; stepped time from `start`
+ * after zdasim_clock_set, moved only by zdasim_clock_advance. */
+void   zdasim_clock_set(time_t start);
+void   zdasim_clock_advance(long seconds);
+void   zdasim_clock_use_real(void);
+time_t zdasim_clock_now(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZDASIM_CONTROL_H */

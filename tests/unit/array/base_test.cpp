@@ -1,0 +1,185 @@
+// Status records, logging, helpers and fault injection basics.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include <unistd.h>
+
+#include "sim_fixture.h"
+
+using namespace zdatest;
+
+using BaseTest = ArrayTest;
+
+TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut) {
+    api_Status_t st;
+    api_initStatus(&st);
+    EXPECT_EQ(st.code, 0);
+    EXPECT_EQ(text(st), "");
+
+    struct Case { int code; const char* in; int size; const char* out; };
+    const Case cases[] = {
+        {29, "Semaphore Timed-Out", 512, "Semaphore Timed-Out"},
+        {78, "The rcopy group g1 is not found\n", 512, "The rcopy group g1 is not found"},
+        {78, "two newlines\n\n", 512, "two newlines"},
+        {5, "abcdefgh", 5, "abcd"},
+        {4, nullptr, 512, "Array error 4"},  // code without text of its own
+    };
+    for (const Case& c : cases) {
+        errinfo_set_str(&st, c.code, c.in);
+        EXPECT_EQ(st.code, c.code);
+        char buf[512];
+        EXPECT_STREQ(api_getErrorTextNoNL(buf, c.size, &st), c.out);
+    }
+    // A caller that stores a code directly gets a text that names it.
+    api_initStatus(&st);
+    st.code = 32768;
+    EXPECT_EQ(text(st), "Array error 32768");
+}
+
+TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured) {
+    char path[] = "/tmp/zdasim-log-XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    close(fd);
+    ASSERT_EQ(zdasim_log_to_file(path), 0);
+    zdasim_log_set_threshold(LOG_LEVEL_WARNING);
+    log_message(LOG_LEVEL_ERROR, "error %d\n", 1);
+    log_message(LOG_LEVEL_WARNING, "warning %s", "two");
+    log_message(LOG_LEVEL_TRACE, "--> trace");
+    zdasim_log_to_file(nullptr);
+
+    std::ifstream in(path);
+    std::stringstream content;
+    content << in.rdbuf();
+    EXPECT_EQ(content.str(), "error 1\nwarning two\n");
+    std::remove(path);
+
+    ASSERT_EQ(zdasim_log_count(), 3u);  // capture keeps every level
+    int level = 0;
+    char line[256];
+    ASSERT_EQ(zdasim_log_line(2, &level, line, sizeof line), 0);
+    EXPECT_EQ(level, LOG_LEVEL_TRACE);
+    EXPECT_STREQ(line, "--> trace");
+    EXPECT_EQ(zdasim_log_line(3, &level, line, sizeof line), -1);
+
+    // A line longer than any fixed buffer arrives whole.
+    std::string longText(3000, 'x');
+    log_message(LOG_LEVEL_ERROR, "%s", longText.c_str());
+    std::vector<char> big(4000);
+    ASSERT_EQ(zdasim_log_line(3, &level, big.data(), big.size()), 0);
+    EXPECT_EQ(std::string(big.data()), longText);
+}
+
+TEST_F(BaseTest, ValidateConvertIP) {
+    struct Case { const char* in; int family; const char* normal; };
+    const Case cases[] = {
+        {"2001:DB8:0:0:0:0:0:1", 10, "2001:db8::1"},
+        {"::1", 10, "::1"},
+        {"192.0.2.1", 2, "192.0.2.1"},
+        {"300.1.1.1", -1, ""},
+        {"not an address", -1, ""},
+        {"", -1, ""},
+    };
+    for (const Case& c : cases) {
+        char buf[46] = "";
+        EXPECT_EQ(validateConvertIP(c.in, buf, sizeof buf), c.family) << c.in;
+        if (c.family > 0) {
+            EXPECT_STREQ(buf, c.normal);
+        }
+    }
+}
+
+TEST_F(BaseTest, WwnTextsRoundTrip) {
+    struct Case { api_u64_t re, lo; const char* txt; };
+    const Case cases[] = {
+        {0, 0x50002ACFF7000001ull, "50002ACFF7000001"},
+        {0x60002D1A0013D621ull, 0x2000000000000001ull, "60002D1A0013D6212000000000000001"},
+    };
+    for (const Case& c : cases) {
+        char buf[33];
+        ASSERT_EQ(api_wwnIntToString(c.re, c.lo, buf, sizeof buf), 0);
+        EXPECT_STREQ(buf, c.txt);
+        api_u64_t re = 1, lo = 1;
+        ASSERT_EQ(api_wwnStringToInt(c.txt, &re, &lo), 0);
+        EXPECT_EQ(re, c.re);
+        EXPECT_EQ(lo, c.lo);
+    }
+    api_u64_t re = 0, lo = 0;
+    EXPECT_EQ(api_wwnStringToInt("60002d1a0013d6212000000000000001", &re, &lo), 0) << "lower case is read too";
+    EXPECT_EQ(re, 0x60002D1A0013D621ull);
+    for (const char* bad : {"", "XYZ", "50002ACFF700000", "50002ACFF7000001AB", "G0002ACFF7000001"}) {
+        re = lo = 7;
+        EXPECT_NE(api_wwnStringToInt(bad, &re, &lo), 0) << bad;
+        EXPECT_EQ(re, 0u);
+        EXPECT_EQ(lo, 0u);
+    }
+    char small[16];
+    EXPECT_NE(api_wwnIntToString(0, 1, small, sizeof small), 0) << "16 digits need 17 bytes";
+}
+
+TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory) {
+    free_if_not_null(nullptr);
+    free_if_not_null(std::malloc(10));  // memory of the caller's own
+    int count = 0;
+    api_VVObj_t* list = nullptr;
+    ASSERT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0);
+    EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 1);
+    free_if_not_null(list);
+    EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 0);
+}
+
+TEST_F(BaseTest, ReleasingTwiceIsCounted) {
+    api_sets_t list{};
+    ASSERT_EQ(api_getVVSets("set1", nullptr, 0, &list).code, 0);
+    api_sets_t copy = list;
+    api_freeSets(&list);
+    api_freeSets(&list);  // cleared by the first release: fine
+    EXPECT_EQ(zdasim_ledger_bad_releases(), 0);
+    api_freeSets(&copy);  // the same memory again
+    EXPECT_EQ(zdasim_ledger_bad_releases(), 1);
+    zdasim_clear_records();
+}
+
+TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut) {
+    zdasim_fault_add("api_getVVs", 2, 4, "injected failure");
+    int count = 0;
+    api_VVObj_t* list = nullptr;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 4);
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(list, nullptr);
+    }
+    api_sets_t sets{};
+    EXPECT_EQ(api_getVVSets("set1", nullptr, 0, &sets).code, 0) << "another call is not affected";
+    api_freeSets(&sets);
+    EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0) << "the fault ran out";
+    free_if_not_null(list);
+    EXPECT_NE(lastJournalOf("api_getVVs").find("-> 0"), std::string::npos);
+    EXPECT_EQ(zdasim_journal_count_of("api_getVVs"), 3u);
+
+    zdasim_fault_add("api_removeVVSet", -1, 68, "VV set is in use");
+    api_evtparam_t e = event("remove");
+    for (int i = 0; i < 3; ++i) {
+        api_Status_t st = api_removeVVSet(&e, "set1");
+        EXPECT_EQ(st.code, 68);
+        EXPECT_EQ(text(st), "VV set is in use");
+    }
+    zdasim_faults_clear();
+    EXPECT_EQ(api_removeVVSet(&e, "set1").code, 0);
+}
+
+TEST_F(BaseTest, ClockIsSteppedInTests) {
+    EXPECT_EQ(zdasim_clock_now(), kT0);
+    zdasim_clock_advance(90);
+    EXPECT_EQ(zdasim_clock_now(), kT0 + 90);
+    zdasim_clock_use_real();
+    EXPECT_GT(zdasim_clock_now(), kT0 - 86400 * 365 * 10);
+    EXPECT_LE(std::labs(zdasim_clock_now() - time(nullptr)), 2);
+    zdasim_clock_set(kT0);
+}
+
+TEST(BaseDeathTest, PanicStopsTheProcess) {
+    EXPECT_DEATH(zda_panic("Assertion point: file: %s, line: %d\n", "x.cpp", 7), "Assertion point: file: x.cpp, line: 7");
+}

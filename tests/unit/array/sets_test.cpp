@@ -1,0 +1,204 @@
+// VVsets: listing with and without conditions, creation with key-values,
+// changes, membership, key-value queries.
+#include <cstring>
+#include <map>
+
+#include "sim_fixture.h"
+
+using namespace zdatest;
+
+namespace {
+
+struct SetView {
+    uint32_t id = 0;
+    std::string comment, domain;
+    std::vector<std::string> members;
+};
+
+// The sets api_getVVSets returns, by name; the list is released here.
+std::map<std::string, SetView> listSets(const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr) {
+    api_sets_t list;
+    std::memset(&list, 0, sizeof list);
+    api_Status_t st = api_getVVSets(name, cond, 0, &list);
+    if (status) *status = st;
+    std::map<std::string, SetView> out;
+    for (uint32_t i = 0; i < list.count; ++i) {
+        const api_set_t& s = list.sets[i];
+        SetView v{s.id, s.comment, s.domain, {}};
+        for (int m = 0; m < s.memberCount; ++m) v.members.push_back(s.members[m].name);
+        out[s.name] = v;
+    }
+    api_freeSets(&list);
+    return out;
+}
+
+std::vector<std::string> v(std::initializer_list<const char*> l) { return {l.begin(), l.end()}; }
+
+using SetTest = ArrayTest;
+
+}  // namespace
+
+TEST_F(SetTest, ListingAllOneOrByKeyValue) {
+    auto all = listSets(nullptr, nullptr);
+    ASSERT_EQ(all.size(), 5u);
+    EXPECT_EQ(all["set1"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(all["set1"].comment, "first set");
+    EXPECT_EQ(all["set1"].domain, "dom1");
+    EXPECT_TRUE(all["set_empty"].members.empty());
+
+    api_Status_t st;
+    EXPECT_EQ(listSets("set_one", nullptr, &st).size(), 1u);
+    EXPECT_EQ(st.code, 0);
+    EXPECT_TRUE(listSets("nosuch", nullptr, &st).empty());
+    EXPECT_EQ(st.code, API_E_NOT_FOUND);
+    EXPECT_NE(text(st).find("nosuch"), std::string::npos);
+
+    api_okv_opts_t cond;
+    std::memset(&cond, 0, sizeof cond);
+    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "rcg1"), 0);
+    auto byKey = listSets(nullptr, &cond, &st);
+    EXPECT_EQ(st.code, 0);
+    ASSERT_EQ(byKey.size(), 1u);
+    EXPECT_EQ(byKey.begin()->first, "set_dom2");
+    EXPECT_TRUE(listSets("set1", &cond, &st).empty()) << "a named set that misses the condition";
+    EXPECT_EQ(st.code, 0);
+    api_free_okv_opts(&cond);
+    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "other"), 0);
+    EXPECT_TRUE(listSets(nullptr, &cond, &st).empty());
+    EXPECT_EQ(st.code, 0);
+    api_free_okv_opts(&cond);
+    EXPECT_EQ(cond.entries, nullptr);
+
+    EXPECT_NE(lastJournalOf("api_getVVSets").find("if=\"parentRCGroup==other\""), std::string::npos);
+}
+
+TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
+    api_okv_opts_t okv;
+    std::memset(&okv, 0, sizeof okv);
+    for (int i = 0; i < 6; ++i)  // grows past its first block
+        ASSERT_EQ(api_okv_addSetKV(&okv, ("k" + std::to_string(i)).c_str(), "x"), 0);
+    ASSERT_EQ(api_okv_addSetKV(&okv, "parentRCGroup", "rcg9"), 0);
+    auto members = names({"vol4", "vol5"});
+    api_evtparam_t e = event("create");
+    api_Status_t st = api_createVVSet(&e, "child", members.data(), 2, 0, "", &okv);
+    api_free_okv_opts(&okv);
+    ASSERT_EQ(st.code, 0) << text(st);
+
+    auto made = listSets("child", nullptr);
+    ASSERT_EQ(made.size(), 1u);
+    EXPECT_EQ(made["child"].members, v({"vol4", "vol5"}));
+    EXPECT_EQ(made["child"].domain, "dom2");
+
+    api_okv_opts_t cond;
+    std::memset(&cond, 0, sizeof cond);
+    api_okv_addIfKV(&cond, "parentRCGroup", "rcg9");
+    EXPECT_EQ(listSets(nullptr, &cond).size(), 1u);
+    api_free_okv_opts(&cond);
+
+    // The key-value query reads it by set id.
+    for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}}) {
+        api_keyvalue_query_t q;
+        std::memset(&q, 0, sizeof q);
+        q.objType = 1;
+        q.objId = listSets(name.c_str(), nullptr)[name].id;
+        EXPECT_EQ(api_addKeyValueOpt(&q, "parentRCGroup").code, 0);
+        EXPECT_EQ(api_getKeyValues(&q).code, 0);
+        EXPECT_EQ(q.found, wants) << name;
+        api_freeKeyValueOpt(&q);
+    }
+    api_keyvalue_query_t q;
+    std::memset(&q, 0, sizeof q);
+    q.objType = 1;
+    q.objId = 9999;
+    api_addKeyValueOpt(&q, "parentRCGroup");
+    EXPECT_EQ(api_getKeyValues(&q).code, API_E_NOT_FOUND);
+    EXPECT_EQ(q.found, 0);
+    api_freeKeyValueOpt(&q);
+
+    // A group may start empty.
+    EXPECT_EQ(api_createVVSet(&e, "empty2", nullptr, 0, 0, nullptr, nullptr).code, 0);
+    EXPECT_TRUE(listSets("empty2", nullptr)["empty2"].members.empty());
+}
+
+TEST_F(SetTest, CreateRefusals) {
+    api_evtparam_t e = event("create");
+    struct Case { const char* name; std::vector<std::string> members; int code; const char* words; };
+    const Case cases[] = {
+        {"set1", {}, API_E_EXISTS, "set1 already exists"},
+        {"", {}, API_E_INVALID, "1 to 31"},
+        {"a_name_that_is_far_too_long_to_fit", {}, API_E_INVALID, "1 to 31"},
+        {"s", {"vol1", "ghost"}, API_E_NOT_FOUND, "ghost does not exist"},
+        {"s", {"vol1", "vol1"}, API_E_INVALID, "vol1 is listed twice"},
+        {"s", {"vol1", "vol4"}, API_E_INVALID, "vol4 is in domain"},
+    };
+    for (const Case& c : cases) {
+        auto n = names(c.members);
+        api_Status_t st = api_createVVSet(&e, c.name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
+        EXPECT_EQ(st.code, c.code) << c.name;
+        EXPECT_NE(text(st).find(c.words), std::string::npos) << text(st);
+    }
+    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
+    api_okv_opts_t okv;
+    std::memset(&okv, 0, sizeof okv);
+    EXPECT_NE(api_okv_addSetKV(&okv, "", "x"), 0);
+    EXPECT_NE(api_okv_addSetKV(&okv, std::string(64, 'k').c_str(), "x"), 0);
+    EXPECT_NE(api_okv_addSetKV(&okv, "k", std::string(256, 'v').c_str()), 0);
+    api_free_okv_opts(&okv);
+}
+
+TEST_F(SetTest, RenameCommentAndRemove) {
+    api_evtparam_t e = event("modify");
+    // A string counts only where its flag is 1.
+    EXPECT_EQ(api_setVVSet(&e, "set1", "ignored", "new words", 0, 1).code, 0);
+    EXPECT_EQ(listSets("set1", nullptr)["set1"].comment, "new words");
+    EXPECT_EQ(api_setVVSet(&e, "set1", "renamed", "ignored", 1, 0).code, 0);
+    auto renamed = listSets("renamed", nullptr);
+    EXPECT_EQ(renamed["renamed"].comment, "new words");
+    EXPECT_EQ(renamed["renamed"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(api_setVVSet(&e, "set1", nullptr, nullptr, 0, 0).code, API_E_NOT_FOUND);
+    EXPECT_EQ(api_setVVSet(&e, "renamed", "set_one", nullptr, 1, 0).code, API_E_EXISTS);
+    EXPECT_EQ(api_setVVSet(&e, "renamed", "", nullptr, 1, 0).code, API_E_INVALID);
+    EXPECT_EQ(api_setVVSet(&e, "renamed", nullptr, std::string(257, 'c').c_str(), 0, 1).code, API_E_INVALID);
+
+    // Removing a set keeps its volumes.
+    EXPECT_EQ(api_removeVVSet(&e, "renamed").code, 0);
+    EXPECT_EQ(api_removeVVSet(&e, "renamed").code, API_E_NOT_FOUND);
+    int count = 0;
+    api_VVObj_t* list = nullptr;
+    EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0);
+    free_if_not_null(list);
+    EXPECT_EQ(zdasim_event_count(), 8u) << "every change keeps its audit record";
+}
+
+TEST_F(SetTest, AddAndRemoveMembers) {
+    api_evtparam_t e = event("members");
+    auto add = [&](const char* set, std::vector<std::string> l) {
+        auto n = names(l);
+        return api_addToVVSet(&e, set, n.data(), static_cast<int>(n.size()));
+    };
+    auto drop = [&](const char* set, std::vector<std::string> l) {
+        auto n = names(l);
+        return api_removeFromVVSet(&e, set, n.data(), static_cast<int>(n.size()));
+    };
+    EXPECT_EQ(add("set_empty", {"vol4"}).code, 0);
+    EXPECT_EQ(listSets("set_empty", nullptr)["set_empty"].domain, "dom2") << "an empty set takes its first member's domain";
+    EXPECT_EQ(add("set_empty", {"vol1"}).code, API_E_INVALID) << "another domain";
+    EXPECT_EQ(add("set1", {"vol3", "vol1.rw"}).code, 0);
+    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol1", "vol2", "vol3", "vol1.rw"}));
+    EXPECT_EQ(add("set1", {"vol2"}).code, API_E_EXISTS);
+    EXPECT_EQ(add("set1", {"ghost"}).code, API_E_NOT_FOUND);
+    EXPECT_EQ(add("nosuch", {"vol1"}).code, API_E_NOT_FOUND);
+
+    // Removal is all or nothing: one non-member leaves the set as it was.
+    api_Status_t st = drop("set1", {"vol1", "vol5"});
+    EXPECT_EQ(st.code, API_E_NOT_FOUND);
+    EXPECT_NE(text(st).find("vol5 is not a member of VV set set1"), std::string::npos);
+    EXPECT_EQ(listSets("set1", nullptr)["set1"].members.size(), 4u);
+    EXPECT_EQ(drop("set1", {"vol1", "vol3"}).code, 0);
+    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol2", "vol1.rw"}));
+    EXPECT_EQ(drop("set1", {"vol2", "vol1.rw"}).code, 0);
+    EXPECT_TRUE(listSets("set1", nullptr)["set1"].members.empty());
+
+    const std::string j = lastJournalOf("api_removeFromVVSet");
+    EXPECT_NE(j.find("members=\"vol2|vol1.rw\" count=2"), std::string::npos) << j;
+}

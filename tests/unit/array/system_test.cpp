@@ -1,0 +1,117 @@
+// Sessions, rights, system identity, limits and ports.
+#include <arpa/inet.h>
+
+#include "sim_fixture.h"
+
+using namespace zdatest;
+
+using SystemTest = ArrayTest;
+
+TEST_F(SystemTest, OpenAcceptsKnownUsersOnly) {
+    struct Case { const char* user; bool ok; };
+    const Case cases[] = {{"admin", true}, {"operator", true}, {"viewer", true},
+                          {"noaccess", false}, {"nobody", false}, {"Admin", false}, {nullptr, false}};
+    for (const Case& c : cases)
+        EXPECT_EQ(api_zdaOpenForCimserver(c.user) == 0, c.ok) << (c.user ? c.user : "(null)");
+    ASSERT_EQ(zdasim_user_refuse_open("admin", 1), 0);
+    EXPECT_NE(api_zdaOpenForCimserver("admin"), 0);
+    EXPECT_NE(lastJournalOf("api_zdaOpenForCimserver").find("user=\"admin\""), std::string::npos);
+}
+
+TEST_F(SystemTest, RightsAreMatchedByExactKey) {
+    const char* abortBlank = "zda_replicationservice.modifyreplicasynchronization.abort ";
+    const char* abortBare = "zda_replicationservice.modifyreplicasynchronization.abort";
+    struct Case { const char* user; const char* key; int answer; };
+    const Case cases[] = {
+        {"admin", "zda_storagesetting.modifyinstance", 0},
+        {"admin", "anything at all", 0},
+        {"operator", abortBlank, 0},
+        {"operator", abortBare, 1},  // the key the operator has ends with a blank
+        {"operator", "zda_replicationservice.creategroup", 0},
+        {"operator", "ZDA_ReplicationService.CreateGroup", 1},
+        {"operator", "zda_storagesetting.modifyinstance", 1},
+        {"viewer", "zda_replicationservice.creategroup", 1},
+        {"stranger", "zda_replicationservice.creategroup", 2},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(api_authorizeCIMUser(c.user, "192.0.2.7", c.key), c.answer) << c.user << " / '" << c.key << "'";
+
+    zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
+    EXPECT_EQ(api_authorizeCIMUser("viewer", "::1", "zda_replicationservicecapabilities"), 3);
+    ASSERT_EQ(zdasim_user_set("viewer", "edit"), 0);
+    EXPECT_EQ(api_authorizeCIMUser("viewer", "::1", abortBlank), 0);
+    EXPECT_EQ(zdasim_user_set("x", "no-such-role"), API_E_NOT_FOUND);
+
+    const std::string j = lastJournalOf("api_authorizeCIMUser");
+    EXPECT_NE(j.find("key=\"" + std::string(abortBlank) + "\""), std::string::npos) << j;
+    EXPECT_NE(j.find("addr=\"::1\""), std::string::npos) << j;
+}
+
+TEST_F(SystemTest, IdentityContactOwnerAndAddresses) {
+    char buf[256];
+    EXPECT_EQ(api_getSystemContact(buf), 0);
+    EXPECT_STREQ(buf, "storage-admin@example.com");
+    EXPECT_EQ(api_getOwnerName(buf), 0);
+    EXPECT_STREQ(buf, "Example Storage Team");
+    zdasim_fault_add("api_getOwnerName", 1, 4, "array busy");
+    EXPECT_EQ(api_getOwnerName(buf), 4);
+    EXPECT_STREQ(buf, "");
+
+    api_system_info_t info;
+    zdasim_system_set_policy(API_POLICY_NO_REPLICATION_ENTITY);
+    zdasim_system_set_nodes_alive(1);
+    ASSERT_EQ(api_getSystemInfo(&info), 0);
+    EXPECT_STREQ(info.name, "zda-sim");
+    EXPECT_EQ(info.policyFlags, API_POLICY_NO_REPLICATION_ENTITY);
+    EXPECT_EQ(info.nodesAlive, 1);
+    EXPECT_EQ(cluster_num_nodes_alive(), 1);
+
+    _api_ipaddr_t ip;
+    ASSERT_EQ(api_getSystemDualIP(&ip), 0);
+    EXPECT_EQ(ip.dual_flag, 2);
+    in_addr v4{ip.ipv4_addr};
+    EXPECT_STREQ(inet_ntoa(v4), "192.0.2.10");
+    char v6[128];
+    ASSERT_NE(inet_ntop(10, ip.ipv6_addr, v6, sizeof v6), nullptr);
+    EXPECT_STREQ(v6, "2001:db8::10");
+
+    ASSERT_EQ(zdasim_system_set_addresses("198.51.100.1", ""), 0);
+    ASSERT_EQ(api_getSystemDualIP(&ip), 0);
+    EXPECT_NE(ip.dual_flag, 2);
+    ASSERT_EQ(zdasim_system_set_addresses("", ""), 0);
+    EXPECT_NE(api_getSystemDualIP(&ip), 0) << "no address at all";
+    EXPECT_EQ(zdasim_system_set_addresses("bogus", ""), API_E_INVALID);
+}
+
+TEST_F(SystemTest, Limits) {
+    uint32_t maxVol = 0, maxBase = 0, perBase = 0, rw = 0;
+    EXPECT_EQ(api_getMaxVolumeNumbers(&maxVol, &maxBase, &perBase, &rw), 0);
+    EXPECT_GT(maxVol, maxBase);
+    EXPECT_GT(perBase, 0u);
+    EXPECT_GT(rw, 0u);
+    for (int var = ZDA_RM_MAX_GROUPS_SYNC; var <= ZDA_RM_GROUP_MAX_VOLUMES; ++var) {
+        uint32_t v = 0;
+        EXPECT_EQ(api_getmvar(var, &v), 0);
+        EXPECT_GT(v, 0u) << var;  // callers ask again while a limit reads 0
+    }
+    uint32_t v = 9;
+    EXPECT_NE(api_getmvar(7, &v), 0);
+    EXPECT_EQ(v, 0u);
+    EXPECT_NE(api_getmvar(-1, &v), 0);
+}
+
+TEST_F(SystemTest, PortsAndTheirLogicalIds) {
+    int count = 0;
+    api_port_t* ports = nullptr;
+    ASSERT_EQ(api_getFCPorts(&count, &ports), 0);
+    ASSERT_EQ(count, 2);
+    EXPECT_EQ(api_getFCPortLPID(ports[1].wwn), ports[1].lpid);
+    free_if_not_null(ports);
+    ASSERT_EQ(api_getRCIPPorts(&count, &ports), 0);
+    ASSERT_EQ(count, 2);
+    EXPECT_STREQ(ports[0].ipAddr, "198.51.100.5");
+    free_if_not_null(ports);
+    EXPECT_EQ(api_getFCPortLPID(0x1234), -1);
+    EXPECT_EQ(api_getiSCSIPortLPID("iqn.2026-01.local.zda-sim:0.2.1"), 3);
+    EXPECT_EQ(api_getiSCSIPortLPID("iqn.nope"), -1);
+}

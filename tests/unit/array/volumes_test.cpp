@@ -1,0 +1,295 @@
+// Volume look-ups, filters and chunked queries, removal, group snapshots.
+#include <cstring>
+#include <map>
+
+#include "sim_fixture.h"
+
+using namespace zdatest;
+
+namespace {
+
+struct Query {
+    int rc = -1;
+    std::vector<std::string> names;
+    std::vector<api_VVObj_t> records;
+};
+
+Query getVVs(const char* name, const char* wwn, int max = 1) {
+    Query q;
+    int count = -1;
+    api_VVObj_t* list = nullptr;
+    q.rc = api_getVVs(name, wwn, &count, &list, max);
+    if (q.rc != 0) {
+        EXPECT_EQ(list, nullptr);
+        EXPECT_EQ(count, 0);
+    }
+    q.names = vvNames(list, count > 0 ? count : 0);
+    if (list) q.records.assign(list, list + count);
+    free_if_not_null(list);
+    return q;
+}
+
+// One filter of the given entries, queried to the end in chunks of maxCount.
+Query chunked(const std::vector<std::pair<int, std::string>>& entries, int maxCount = 0, int flags = 1) {
+    Query q;
+    _api_getvv_filter_t filter;
+    EXPECT_EQ(api_getvv_filter_init(&filter, static_cast<int>(entries.size()) + 1), 0);
+    for (const auto& [attr, values] : entries) EXPECT_EQ(api_getvv_filter_add(&filter, attr, 1, values.c_str()), 0);
+    api_getvv_cursor_t cursor{};
+    int rounds = 0;
+    do {
+        int count = 0;
+        api_VVObj_t* list = nullptr;
+        q.rc = api_getVVs_chunk(&cursor, maxCount, &filter, &count, &list, flags);
+        for (const auto& n : vvNames(list, count)) q.names.push_back(n);
+        if (list) q.records.insert(q.records.end(), list, list + count);
+        free_if_not_null(list);
+    } while (q.rc == 0 && !cursor.done && ++rounds < 1000);
+    api_getvv_filter_free(&filter);
+    return q;
+}
+
+using VolumeTest = ArrayTest;
+
+}  // namespace
+
+TEST_F(VolumeTest, LookUpByNameOrWwn) {
+    Query vol2 = getVVs("vol2", nullptr);
+    ASSERT_EQ(vol2.rc, 0);
+    const api_VVObj_t& r = vol2.records.at(0);
+    EXPECT_EQ(r.type, API_VV_TYPE_BASE);
+    EXPECT_STREQ(r.usrCpgName, "FC_r5");
+    EXPECT_STREQ(r.cpgName, "FC_r1");
+    EXPECT_STREQ(r.domain, "dom1");
+    EXPECT_EQ(std::strlen(r.wwnText), 32u);
+    // The WWN text is where callers read it, and agrees with the numbers.
+    EXPECT_STREQ(reinterpret_cast<const char*>(&r) + 102, r.wwnText);
+    char wwn[33];
+    api_wwnIntToString(r.wwn_re, r.wwn, wwn, sizeof wwn);
+    EXPECT_STREQ(wwn, r.wwnText);
+
+    std::string lower = r.wwnText;
+    for (char& c : lower) c = static_cast<char>(tolower(c));
+    Query byWwn = getVVs(nullptr, lower.c_str());
+    EXPECT_EQ(byWwn.rc, 0);
+    EXPECT_EQ(byWwn.names, std::vector<std::string>{"vol2"});
+
+    // Types of the test array's volumes.
+    const std::pair<const char*, int> types[] = {{"vol1", 1}, {"vol2.clone", 2}, {"vol1.rw", 3}, {"vol1.ro", 3}};
+    for (const auto& [name, type] : types) EXPECT_EQ(getVVs(name, nullptr).records.at(0).type, type) << name;
+    const api_VVObj_t ro = getVVs("vol1.ro", nullptr).records.at(0);
+    EXPECT_EQ(ro.readOnly, 1);
+    EXPECT_STREQ(ro.copyOfName, "vol1");
+    EXPECT_EQ(getVVs("vol1", nullptr).records.at(0).snapCount, 2u);
+    EXPECT_NE(getVVs("admvv", nullptr).records.at(0).policy & VV_POLICY_SYSTEM, 0u);
+
+    // A name that does not exist answers non-zero: a free-name search ends.
+    int suffix = -1;
+    for (int i = -1; i < 10; ++i) {
+        const std::string candidate = i < 0 ? "vol1.rw" : "vol1.rw" + std::to_string(i);
+        if (getVVs(candidate.c_str(), nullptr).rc != 0) {
+            suffix = i;
+            break;
+        }
+    }
+    EXPECT_EQ(suffix, 0);
+    EXPECT_EQ(getVVs(nullptr, "60002D1A0013D621FFFFFFFFFFFFFFFF").rc, API_E_NOT_FOUND);
+    EXPECT_EQ(getVVs(nullptr, nullptr, 0).names.size(), 9u) << "no name and no WWN: all volumes";
+    EXPECT_EQ(getVVs(nullptr, nullptr, 4).names.size(), 4u);
+}
+
+TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn) {
+    // Names in the filter's order; unknown names and repeats are skipped.
+    Query q = chunked({{API_VVFILTER_ATTR_NAME, "vol4|nosuch|vol1|vol4|vol2.clone"}});
+    EXPECT_EQ(q.rc, 0);
+    EXPECT_EQ(q.names, (std::vector<std::string>{"vol4", "vol1", "vol2.clone"}));
+
+    // By WWN, as callers resolve paths to names.
+    const std::string w1 = getVVs("vol1", nullptr).records.at(0).wwnText;
+    const std::string w3 = getVVs("vol3", nullptr).records.at(0).wwnText;
+    q = chunked({{API_VVFILTER_ATTR_WWN, w3 + "|" + w1 + "|"}});
+    EXPECT_EQ(q.names, (std::vector<std::string>{"vol3", "vol1"}));
+
+    // Two attributes narrow: names that also match the WWNs.
+    q = chunked({{API_VVFILTER_ATTR_NAME, "vol1|vol2|vol3"}, {API_VVFILTER_ATTR_WWN, w3}});
+    EXPECT_EQ(q.names, std::vector<std::string>{"vol3"});
+
+    // Nothing matches: success with an empty answer.
+    q = chunked({{API_VVFILTER_ATTR_NAME, "a|b|c"}});
+    EXPECT_EQ(q.rc, 0);
+    EXPECT_TRUE(q.names.empty());
+
+    // Paging: small chunks give the same answer as one.
+    EXPECT_EQ(chunked({}, 2, 0).names, chunked({}, 0, 1).names);
+    EXPECT_EQ(chunked({}, 2, 0).names.size(), 9u);
+    EXPECT_EQ(chunked({{API_VVFILTER_ATTR_NAME, "vol1|vol2|vol3|vol4|vol5"}}, 2, 0).names.size(), 5u);
+
+    const std::string j = lastJournalOf("api_getVVs_chunk");
+    EXPECT_NE(j.find("names=\"vol1|vol2|vol3|vol4|vol5\""), std::string::npos) << j;
+}
+
+TEST_F(VolumeTest, FilterRefusesWhatItCannotHold) {
+    _api_getvv_filter_t f;
+    ASSERT_EQ(api_getvv_filter_init(&f, 1), 0);
+    const std::string full(255, 'a');
+    EXPECT_NE(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, (full + "a").c_str()), 0) << "256 characters";
+    EXPECT_NE(api_getvv_filter_add(&f, 9, 1, "vol1"), 0) << "unknown attribute";
+    EXPECT_EQ(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, full.c_str()), 0);
+    EXPECT_NE(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, "vol1"), 0) << "full";
+    api_getvv_filter_free(&f);
+    EXPECT_NE(api_getvv_filter_init(&f, 0), 0);
+    api_getvv_filter_free(&f);
+
+    zdasim_fault_add("api_getvv_filter_init", 1, 12, "");
+    EXPECT_EQ(api_getvv_filter_init(&f, 2), 12);
+    api_getvv_filter_free(&f);
+    zdasim_fault_add("api_getVVs_chunk", 1, 4, "");
+    Query q = chunked({{API_VVFILTER_ATTR_NAME, "vol1"}});
+    EXPECT_EQ(q.rc, 4);
+    EXPECT_TRUE(q.names.empty());
+}
+
+TEST_F(VolumeTest, RemovalAnswers) {
+    api_evtparam_t e = event("return");
+    auto remove = [&](std::vector<std::string> list, int flags = 0) {
+        auto n = names(list);
+        return api_removeVVs(&e, n.data(), static_cast<int>(n.size()), 0, flags);
+    };
+    auto exists = [](const char* name) { return getVVs(name, nullptr).rc == 0; };
+
+    // Busy: nothing goes until the volume is free; each attempt counts.
+    ASSERT_EQ(zdasim_volume_set_busy("vol3", 2), 0);
+    EXPECT_EQ(remove({"vol3", "vol5"}), API_E_BUSY);
+    EXPECT_EQ(remove({"vol3", "vol5"}), API_E_BUSY);
+    EXPECT_TRUE(exists("vol5"));
+    EXPECT_EQ(remove({"vol3", "vol5"}), 0);
+    EXPECT_FALSE(exists("vol3"));
+    EXPECT_FALSE(exists("vol5"));
+
+    // Partial: one of two does not exist.
+    EXPECT_EQ(remove({"vol4", "ghost"}), API_E_PARTIAL_REMOVE);
+    EXPECT_FALSE(exists("vol4"));
+    EXPECT_EQ(remove({"ghost"}), API_E_NOT_FOUND);
+
+    // A volume with copies stays unless its copies go too.
+    EXPECT_EQ(remove({"vol1"}), API_E_IN_USE);
+    EXPECT_EQ(remove({"vol1", "vol1.rw"}), API_E_PARTIAL_REMOVE) << "vol1.ro is left";
+    EXPECT_TRUE(exists("vol1"));
+    EXPECT_FALSE(exists("vol1.rw"));
+    EXPECT_EQ(remove({"vol1"}, API_REMOVEVV_WITH_COPIES), 0);
+    EXPECT_FALSE(exists("vol1.ro"));
+    EXPECT_EQ(remove({"admvv"}), API_E_ACCESS);
+
+    // Removed volumes leave their vvsets.
+    api_sets_t sets{};
+    ASSERT_EQ(api_getVVSets("set1", nullptr, 0, &sets).code, 0);
+    ASSERT_EQ(sets.sets[0].memberCount, 1);
+    EXPECT_STREQ(sets.sets[0].members[0].name, "vol2");
+    api_freeSets(&sets);
+
+    // Each attempt is journaled with its names and kept in the event log.
+    EXPECT_EQ(zdasim_journal_count_of("api_removeVVs"), 9u);
+    ASSERT_EQ(zdasim_event_count(), 9u);
+    api_evtparam_t got;
+    char call[64];
+    int result = 0;
+    ASSERT_EQ(zdasim_event_get(0, &got, call, sizeof call, &result), 0);
+    EXPECT_STREQ(call, "api_removeVVs");
+    EXPECT_STREQ(got.inst_op, "return");
+    EXPECT_STREQ(got.addr, "192.0.2.99");
+    EXPECT_EQ(result, API_E_BUSY);
+    EXPECT_NE(journal().size(), 0u);
+    EXPECT_NE(lastJournalOf("api_removeVVs").find("names=\"admvv\""), std::string::npos);
+}
+
+TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
+    zdasim_clock_set(kT0 + 500);
+    std::vector<api_groupsv_entry_t> svs(2);
+    std::memset(svs.data(), 0, svs.size() * sizeof svs[0]);
+    std::strcpy(svs[0].parentVolName, "vol1");
+    std::strcpy(svs[0].childVolName, "rel_1");
+    std::strcpy(svs[1].parentVolName, "vol4");
+    std::strcpy(svs[1].childVolName, "rel_2");
+    api_groupsv_t req;
+    std::memset(&req, 0, sizeof req);
+    req.baseID = API_BASEID_ANY;
+    req.expirationTime = 7200;
+    req.retentionTime = 3600;
+    std::strcpy(req.comment, "nightly");
+    req.count = 2;
+    req.svs = svs.data();
+    api_evtparam_t e = event("snapshot");
+
+    api_Status_t st = api_createGroupSV(&e, &req);
+    ASSERT_EQ(st.code, 0) << text(st);
+    for (int i = 0; i < 2; ++i) {
+        Query child = getVVs(svs[i].childVolName, nullptr);
+        ASSERT_EQ(child.rc, 0);
+        const api_VVObj_t& c = child.records[0];
+        EXPECT_STREQ(svs[i].childVolWWN, c.wwnText);
+        EXPECT_STREQ(svs[i].parentVolWWN, getVVs(svs[i].parentVolName, nullptr).records.at(0).wwnText);
+        EXPECT_EQ(c.type, API_VV_TYPE_VIRTUAL_COPY);
+        EXPECT_STREQ(c.copyOfName, svs[i].parentVolName);
+        EXPECT_EQ(c.creationTime, kT0 + 500);
+        EXPECT_EQ(c.expirationTime, kT0 + 500 + 7200);
+        EXPECT_EQ(c.retentionTime, kT0 + 500 + 3600);
+        EXPECT_STREQ(c.comment, "nightly");
+        EXPECT_EQ(c.readOnly, 0);
+    }
+
+    // All or nothing: a bad entry makes no snapshot at all.
+    struct Bad { const char* parent; const char* child; int code; const char* words; };
+    const Bad bad[] = {
+        {"ghost", "x_1", API_E_NOT_FOUND, "ghost"},
+        {"vol3", "x_1", API_E_INVALID, "vol3 has no snapshot space"},
+        {"vol2", "rel_1", API_E_EXISTS, "rel_1 already exists"},
+        {"vol2", "", API_E_INVALID, "empty"},
+    };
+    for (const Bad& b : bad) {
+        std::memset(svs.data(), 0, svs.size() * sizeof svs[0]);
+        std::strcpy(svs[0].parentVolName, "vol2");
+        std::strcpy(svs[0].childVolName, "fresh_1");
+        std::strcpy(svs[1].parentVolName, b.parent);
+        std::strcpy(svs[1].childVolName, b.child);
+        st = api_createGroupSV(&e, &req);
+        EXPECT_EQ(st.code, b.code) << b.parent << " " << b.child;
+        EXPECT_NE(text(st).find(b.words), std::string::npos) << text(st);
+        EXPECT_NE(getVVs("fresh_1", nullptr).rc, 0) << "nothing was made";
+    }
+    std::memset(svs[1].childVolName, 'n', sizeof svs[1].childVolName);  // 32 characters, no terminator
+    std::strcpy(svs[1].parentVolName, "vol2");
+    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_INVALID);
+
+    req.retentionTime = 9000;  // longer than expiration
+    std::strcpy(svs[1].childVolName, "fresh_2");
+    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_INVALID);
+
+    // A chosen id for the first snapshot; ids in use are refused.
+    req.retentionTime = 0;
+    req.baseID = 500;
+    ASSERT_EQ(api_createGroupSV(&e, &req).code, 0);
+    EXPECT_EQ(getVVs("fresh_1", nullptr).records.at(0).id, 500u);
+    EXPECT_EQ(getVVs("fresh_2", nullptr).records.at(0).id, 501u);
+    std::strcpy(svs[0].childVolName, "again_1");
+    std::strcpy(svs[1].childVolName, "again_2");
+    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_EXISTS);
+
+    const std::string j = lastJournalOf("api_createGroupSV");
+    EXPECT_NE(j.find("svs=\"vol2>again_1|vol2>again_2\""), std::string::npos) << j;
+    EXPECT_NE(j.find("evt.op=\"snapshot\""), std::string::npos) << j;
+}
+
+TEST_F(VolumeTest, CpgsWithDomainsAndUse) {
+    int count = 0;
+    api_cpg_t* cpgs = nullptr;
+    ASSERT_EQ(api_getCPGs(&count, &cpgs), 0);
+    std::map<std::string, api_cpg_t> byName;
+    for (int i = 0; i < count; ++i) byName[cpgs[i].name] = cpgs[i];
+    free_if_not_null(cpgs);
+    ASSERT_EQ(byName.size(), 4u);
+    EXPECT_STREQ(byName["FC_r5"].domain, "dom1");
+    EXPECT_STREQ(byName["NL_r6"].domain, "dom2");
+    EXPECT_STREQ(byName["SSD_r1"].domain, "");
+    EXPECT_EQ(byName["FC_r5"].volumeCount, 6) << "vol1, vol2, vol3 and their three copies";
+    EXPECT_EQ(byName["FC_r5"].usedMiB, 10240u + 20480u + 5120u + 20480u) << "copies' user space; snapshots use none";
+}
