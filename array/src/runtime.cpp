@@ -298,8 +298,11 @@ void LogSink::clearCaptured() {
 // ---- Runtime --------------------------------------------------------------------------
 
 Runtime::Runtime() {
-    // Parts kept in files of their own register here with model.addPart.
-    loadTestArray(model, clock.now());
+    model.addPart(&tasks);
+    model.addPart(&rcopy);
+    model.addPart(&stateFile);
+    const std::string error = loadDemoArray(*this);
+    if (!error.empty()) log.write(LOG_LEVEL_ERROR, "demo array: " + error);
 }
 
 Runtime& runtime() {
