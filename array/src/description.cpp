@@ -603,11 +603,18 @@ void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
                 map.syncLength = mo.u64("syncLength", map.status == RM_GROUP_VV_SYNCING ? vol->sizeMiB << 20 : 0);
                 map.syncOffset = mo.u64("syncOffset");
                 if (map.syncOffset > map.syncLength) fail(mo.at("syncOffset"), "lies beyond syncLength");
-                const auto [re, lo] = wwn(mo, "remoteWwn");
+                auto [re, lo] = wwn(mo, "remoteWwn");
+                if (!re && !lo) {
+                    // The far volume's WWN as the array works it out.
+                    re = (0x60002D1Aull << 32) | s.findTarget(target)->remoteSysId;
+                    lo = vol->wwn;
+                }
                 map.remoteWwnRe = re;
                 map.remoteWwn = lo;
-                map.wwnStatus = static_cast<uint8_t>(mo.choice("wwnStatus", kWwnStatus,
-                                                                 (re || lo) ? RM_VV_WWN_VALID : RM_VV_WWN_INVALID, 0, 2));
+                // A volume that has been synchronised once has its far volume known.
+                const bool known = map.status != RM_GROUP_VV_NEW || map.lastSync != 0;
+                map.wwnStatus = static_cast<uint8_t>(
+                    mo.choice("wwnStatus", kWwnStatus, known ? RM_VV_WWN_VALID : RM_VV_WWN_INVALID, 0, 2));
                 mo.done();
             });
             for (size_t i = 0; i < r.targets.size(); ++i) {
@@ -690,7 +697,7 @@ json writeVolume(const ArrayModel& m, const Volume& v) {
     return o;
 }
 
-json writeRemoteCopy(const RcState& s) {
+json writeRemoteCopy(const ArrayModel& m, const RcState& s) {
     json o = {{"mode", named(kSysModes, s.system.mode)}, {"status", s.system.status}};
     o["targets"] = json::array();
     for (const RcTarget& t : s.targets)
@@ -709,6 +716,7 @@ json writeRemoteCopy(const RcState& s) {
                    {"snapCpg", g.snapCpg}, {"role", named(kRoles, g.primary)}, {"natural", named(kRoles, g.natural)},
                    {"drState", named(kDrStates, g.drState)}, {"drStepEnds", static_cast<long long>(g.drStepEnds)},
                    {"autoSetId", g.autoSetId}, {"flags", g.flags}};
+        if (const VVSet* set = m.setById(g.setId)) jg["vvset"] = set->name;
         jg["targets"] = json::array();
         for (const RcGroupTarget& gt : g.targets) {
             json t = {{"target", gt.target}, {"remoteGroup", gt.remoteGroup}, {"mode", named(kModes, gt.mode)},
@@ -844,7 +852,7 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
                                 {"end", static_cast<long long>(t.end)}, {"percentAtEnd", t.percentAtEnd},
                                 {"failAtPercent", t.failAtPercent}, {"failPending", t.failPending},
                                 {"failText", t.failText}, {"detail", t.detail}});
-    doc["remoteCopy"] = writeRemoteCopy(rc);
+    doc["remoteCopy"] = writeRemoteCopy(m, rc);
     return doc.dump(1) + "\n";
 }
 

@@ -289,6 +289,8 @@ std::string RemoteCopy::makeAutoSetName(const ArrayModel& m, const std::string& 
 void RemoteCopy::addLoadedGroup(ArrayModel& m, RcGroup g) {
     if (g.id == 0) g.id = state.nextGroupId;
     state.nextGroupId = static_cast<uint16_t>(std::max<int>(state.nextGroupId, g.id + 1));
+    for (RcGroupTarget& gt : g.targets)
+        if (gt.remoteGroupId == 0) gt.remoteGroupId = g.id;
     if (g.autoSetId == 0) g.autoSetId = state.nextAutoSetId;
     state.nextAutoSetId = std::max(state.nextAutoSetId, g.autoSetId + 1);
     const VVSet* set = g.setId ? m.setById(g.setId) : nullptr;
