@@ -301,8 +301,7 @@ Runtime::Runtime() {
     model.addPart(&tasks);
     model.addPart(&rcopy);
     model.addPart(&stateFile);
-    const std::string error = loadDemoArray(*this);
-    if (!error.empty()) log.write(LOG_LEVEL_ERROR, "demo array: " + error);
+    startArray(*this);
 }
 
 Runtime& runtime() {

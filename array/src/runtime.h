@@ -158,7 +158,7 @@ struct Runtime {
     // clock advances them: tasks end before remote copy reads them.
     Tasks tasks;
     RemoteCopy rcopy{tasks};
-    StateFile stateFile{rcopy, tasks};
+    StateFile stateFile{rcopy, tasks, faults, log};
 };
 
 // The one instance, made on first use.

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -53,7 +54,7 @@ std::string StateFile::save(const ArrayModel& model) {
     if (fd < 0) {
         error = sysError("cannot create", tmp);
     } else {
-        std::optional<Fault> crash = runtime().faults.take("zdasim_state_write");
+        std::optional<Fault> crash = faults_.take("zdasim_state_write");
         if (crash) {
             // Stop half-way through, as a process killed while writing would.
             writeAll(fd, text.data(), text.size() / 2);
@@ -78,8 +79,32 @@ std::string StateFile::save(const ArrayModel& model) {
             }
         }
     }
-    if (!error.empty()) runtime().log.write(LOG_LEVEL_ERROR, "array state file: " + error);
+    if (!error.empty()) log_.write(LOG_LEVEL_ERROR, "array state file: " + error);
     return error;
+}
+
+void startArray(Runtime& rt) {
+    std::string error;
+    const char* description = std::getenv("ZDA_ARRAY_DESCRIPTION");
+    if (description && *description) {
+        std::ifstream in(description, std::ios::binary);
+        std::ostringstream text;
+        text << in.rdbuf();
+        LoadedArray loaded;
+        error = in ? parseDescription(text.str(), description, rt.clock.now(), loaded)
+                   : std::string(description) + ": cannot open: " + std::strerror(errno);
+        if (error.empty()) installArray(rt, std::move(loaded));
+        else rt.log.write(LOG_LEVEL_ERROR, "array description: " + error + "; starting with the demo array");
+    }
+    if (!description || !*description || !error.empty()) {
+        error = loadDemoArray(rt);
+        if (!error.empty()) rt.log.write(LOG_LEVEL_ERROR, "demo array: " + error);
+    }
+    const char* state = std::getenv("ZDA_ARRAY_STATE");
+    if (state && *state) {
+        error = rt.stateFile.open(rt, state);
+        if (!error.empty()) rt.log.write(LOG_LEVEL_ERROR, "array state file: " + error);
+    }
 }
 
 std::string StateFile::open(Runtime& rt, const std::string& path) {

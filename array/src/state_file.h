@@ -16,10 +16,14 @@
 namespace zdasim {
 
 struct Runtime;
+class Faults;
+class LogSink;
 
 class StateFile : public ModelPart {
 public:
-    StateFile(const RemoteCopy& rcopy, const Tasks& tasks) : rcopy_(rcopy), tasks_(tasks) {}
+    // `faults` may stop writes (see save); failures are written to `log`.
+    StateFile(const RemoteCopy& rcopy, const Tasks& tasks, Faults& faults, LogSink& log)
+        : rcopy_(rcopy), tasks_(tasks), faults_(faults), log_(log) {}
 
     // The path is a setting, not part of the array: emptying the array keeps it.
     void clear() override {}
@@ -40,7 +44,15 @@ public:
 private:
     const RemoteCopy& rcopy_;
     const Tasks& tasks_;
+    Faults& faults_;
+    LogSink& log_;
     std::string path_;
 };
+
+// Sets up the array a new process starts with: the description in the file
+// named by ZDA_ARRAY_DESCRIPTION, or the demo array when that is not set
+// (or does not load: the reason is logged); then, when ZDA_ARRAY_STATE
+// names a state file, it is opened as StateFile::open does.
+void startArray(Runtime& rt);
 
 }  // namespace zdasim
