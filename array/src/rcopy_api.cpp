@@ -181,14 +181,18 @@ std::string userOf(const api_evtparam_t* event) {
 }
 
 // The group operations that may start tasks share their frame.
+// `setting` (selector and value of api_setRCopyGroup) is journaled when given.
 template <class Op>
 api_Status_t groupOp(const char* function, api_evtparam_t* event, api_rcopy_groupop_t* rec, Op op,
-                     bool withTarget = false) {
+                     const std::pair<int, int>* setting = nullptr) {
     ApiCall call(function, Sem::Needed, Changing{event});
     if (!rec) return call.done(statusError(API_E_INVALID, "No group record"));
     const std::string name = fieldName(rec->name, sizeof rec->name);
     call.arg("name", name).arg("flags", rec->flags);
-    if (withTarget) call.arg("target", fieldName(rec->target, sizeof rec->target));
+    if (setting)
+        call.arg("target", fieldName(rec->target, sizeof rec->target))
+            .arg("selector", setting->first)
+            .arg("value", setting->second);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     RcResult r = op(call, name);
     if (!r.ok()) return result(call, r);
@@ -242,11 +246,11 @@ api_Status_t api_createRCopyGroup(_api_evtparam_t* event, api_rcopy_group_t* gro
 
 api_Status_t api_setRCopyGroup(_api_evtparam_t* event, api_rcopy_groupop_t* rcopygroup, int selector, int value) {
     const std::string user = userOf(event);
+    const std::pair<int, int> setting(selector, value);
     return groupOp("api_setRCopyGroup", event, rcopygroup, [&](ApiCall& call, const std::string& name) {
-        call.arg("selector", selector).arg("value", value);
         const std::string target = fieldName(rcopygroup->target, sizeof rcopygroup->target);
         return runtime().rcopy.set(call.model(), name, target, selector, value, user, call.now());
-    }, true);
+    }, &setting);
 }
 
 api_Status_t api_admitRCopyVV(_api_evtparam_t* event, api_rcopy_vv_t* rcvv) {

@@ -292,6 +292,10 @@ TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason) {
         EXPECT_EQ(st.code, c.code) << c.what << ": " << text(st);
         EXPECT_TRUE(hasText(st, c.textPart)) << c.what << ": " << text(st);
     }
+    bool journaled = false;
+    for (const std::string& e : journal())
+        journaled = journaled || e.find("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300") == 0;
+    EXPECT_TRUE(journaled);
     // None of them changed the groups.
     RcopyView rc = readRcopy();
     EXPECT_EQ(rc.groups.size(), 3u);
