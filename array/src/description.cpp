@@ -582,6 +582,8 @@ void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
             const Volume* vol = m.findVolume(v.name);
             if (!vol) fail(vo.at("name"), "volume " + q(v.name) + " is not described under volumes");
             if (r.findVolume(v.name)) fail(vo.at("name"), "volume " + q(v.name) + " is in this group twice");
+            v.wwn = vol->wwn;
+            v.wwnRe = vol->wwnRe;
             if (const RcGroup* other = s.groupOfVolume(v.name))
                 fail(vo.at("name"), "volume " + q(v.name) + " is already in remote copy group " + q(other->name));
             if (!r.domain.empty() && vol->domain != r.domain)

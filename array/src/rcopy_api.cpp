@@ -133,10 +133,8 @@ api_Status_t snapshot(const ArrayModel& m, const RcState& s, Ledger& ledger, api
         for (const RcVolume& v : g.volumes) {
             rm_group_vv_wrapper& vw = *vvOut++;
             copyText(vw.gvv.rm_local_name, v.name);
-            if (const Volume* vol = m.findVolume(v.name)) {
-                vw.gvv.rm_local_wwn = vol->wwn;
-                vw.gvv.rm_local_wwn_re = vol->wwnRe;
-            }
+            vw.gvv.rm_local_wwn = v.wwn;
+            vw.gvv.rm_local_wwn_re = v.wwnRe;
             vw.map_count = static_cast<int>(v.maps.size());
             vw.maps = mapOut;
             for (const RcMap& map : v.maps) fillMap(map, g.primary != 0, *mapOut++);

@@ -391,6 +391,8 @@ RcResult RemoteCopy::admit(ArrayModel& m, const api_rcopy_vv_t& req, time_t now)
 
     RcVolume rv;
     rv.name = vname;
+    rv.wwn = vol->wwn;
+    rv.wwnRe = vol->wwnRe;
     rv.maps.resize(g->targets.size());
     std::vector<bool> given(g->targets.size(), false);
     for (uint32_t j = 0; j < req.nummaps; ++j) {

@@ -78,6 +78,8 @@ struct RcMap {
 
 struct RcVolume {
     std::string name;
+    api_u64_t wwn = 0;                // the local volume's WWN, which never changes while
+    api_u64_t wwnRe = 0;              // the volume is in a group (it cannot be removed)
     std::vector<RcMap> maps;          // one per target of the group, in its order
 };
 
