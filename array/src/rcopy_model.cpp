@@ -173,6 +173,8 @@ void RemoteCopy::advanceGroup(RcGroup& g, time_t now) {
                 continue;
             }
         }
+        // Nothing (left) to move: a starting target has started.
+        if (gt.state == kGtStarting && gt.syncTid == 0) gt.state = kGtStarted;
         if (gt.state != kGtStarted) continue;
         if (gt.mode == RM_TARGET_MODE_PERIODIC) {
             // Periodic groups catch up at every period boundary.

@@ -1,7 +1,9 @@
 // Remote copy life cycles under stepped time, read back through
 // api_getRCopy as the module reads them.
 #include <algorithm>
+#include <atomic>
 #include <functional>
+#include <thread>
 
 #include "rcopy_support.h"
 
@@ -321,6 +323,44 @@ TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller) {
     ASSERT_EQ(stop("g2").code, 0);
     for (uint32_t tid : started) EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
     EXPECT_NE(lastJournalOf("api_startRCopyGroup").find("tasks="), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zdatest
+
+namespace zdatest {
+namespace {
+
+// Readers see whole snapshots while another thread changes the groups and
+// the clock moves.
+TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange) {
+    ASSERT_EQ(createGroup("busy", {{"tA", RM_TARGET_MODE_PERIODIC}, {"tSync", RM_TARGET_MODE_SYNC}}).code, 0);
+    std::atomic<bool> done{false};
+    std::atomic<int> broken{0};
+    std::vector<std::thread> readers;
+    for (int r = 0; r < 3; ++r)
+        readers.emplace_back([&] {
+            while (!done) {
+                api_rcopy_t rc;
+                std::memset(&rc, 0, sizeof rc);
+                api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
+                if (st.code != 0) ++broken;
+                for (rm_group_wrapper* g = rc.groups; g; g = g->next)
+                    for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
+                        if (v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets) ++broken;
+                api_freeRCopy(&rc);
+            }
+        });
+    for (int i = 0; i < 30; ++i) {
+        EXPECT_EQ(admit("busy", "v4").code, 0);
+        EXPECT_EQ(start("busy").code, 0);
+        zdasim_clock_advance(3);
+        EXPECT_EQ(stop("busy").code, 0);
+        EXPECT_EQ(dismiss("busy", "v4").code, 0);
+    }
+    done = true;
+    for (std::thread& t : readers) t.join();
+    EXPECT_EQ(broken, 0);
 }
 
 }  // namespace
