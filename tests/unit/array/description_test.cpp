@@ -124,7 +124,8 @@ std::vector<api_VVObj_t> allVolumes() {
     int count = 0;
     api_VVObj_t* vv = nullptr;
     EXPECT_EQ(intForm([&] { return api_getVVs(nullptr, nullptr, &count, &vv, 0); }), 0);
-    std::vector<api_VVObj_t> out(vv, vv + count);
+    std::vector<api_VVObj_t> out;
+    if (vv != nullptr && count > 0) out.assign(vv, vv + static_cast<size_t>(count));
     free_if_not_null(vv);
     return out;
 }

@@ -66,7 +66,7 @@ inline api_Status_t createGroup(const std::string& name, const std::vector<std::
         g.targets[i].rm_mode = targets[i].second;
     }
     g.numtargets = static_cast<uint32_t>(targets.size());
-    api_evtparam_t e = event("create_rcopy_group");
+    api_evtparam_t e = event("createRcopyGrp");
     return statusForm([&] { return api_createRCopyGroup(&e, &g); });
 }
 
