@@ -1,6 +1,5 @@
 // Audit event records and conversions: times in zones behind and ahead of
-// UTC, instance IDs, generated names, node pairs, remote copy target names
-// and port ids.
+// UTC, instance IDs and generated names.
 #include "common_sim_fixture.h"
 
 #include <cstdlib>
@@ -155,34 +154,6 @@ TEST_F(ConversionTest, RandomStringStopsTheProcessOnBadArguments) {
     char buf[4];
     EXPECT_DEATH(ZDA_Common::generate_random_string(buf, 0), "");
     EXPECT_DEATH(ZDA_Common::generate_random_string(nullptr, 8), "");
-}
-
-TEST_F(ConversionTest, NodePairsTargetNamesAndPortIds) {
-    const int pairs[][2] = {{0, 0}, {1, 0}, {2, 1}, {5, 2}, {7, 3}, {8, -1}, {-1, -1}};
-    for (const auto& p : pairs) EXPECT_EQ(ZDA_Common::getNodePairIndex(p[0]), p[1]) << p[0];
-
-    rm_target targets[2];
-    std::memset(targets, 0, sizeof targets);
-    std::strcpy(targets[0].rm_hdr.rm_name, "target1");
-    std::strcpy(targets[0].rm_remote_sysname, "remote-a");
-    std::strcpy(targets[1].rm_hdr.rm_name, "target2");
-    std::strcpy(targets[1].rm_remote_sysname, "remote-b");
-    api_rcopy_t rcopy;
-    std::memset(&rcopy, 0, sizeof rcopy);
-    rcopy.target_count = 2;
-    rcopy.targets = targets;
-    EXPECT_EQ(str(ZDA_Common::RCTargetToSysname(rcopy, "target2")), "remote-b");
-    EXPECT_EQ(str(ZDA_Common::RCTargetToSysname(rcopy, "TARGET2")), "");
-    EXPECT_EQ(str(ZDA_Common::RCTargetToSysname(rcopy, "target3")), "");
-
-    EXPECT_EQ(ZDA_Common::getPortLPID(Uint64(0x21000011AA000002ull)), 2);
-    EXPECT_EQ(ZDA_Common::getPortLPID(Uint64(0x21000011AA0000FFull)), -1);
-    String iscsi = "iqn.2026-01.local.zda-sim:0.2.1";
-    EXPECT_EQ(ZDA_Common::getPortLPID(iscsi), 3);
-
-    EXPECT_EQ(ZDA_Common::getInstanceThreshold(0), 0u);
-    EXPECT_TRUE(logged(4, "soft limit = " + std::to_string(ZDA_Common::getInstanceThreshold(1)) +
-                              ", maxInstScale factor = 1"));
 }
 
 }  // namespace

@@ -271,9 +271,4 @@ TEST_F(IdentityTest, ConcurrentProvidersShareTheClassCache) {
     EXPECT_LE(upcalls_->getClassCalls.load(), 16);  // at most one fetch per thread and class
 }
 
-TEST_F(IdentityTest, InternalCachePath) {
-    EXPECT_EQ(str(ZDA_Common::buildInternalCacheObjectPath("localhost", "localhost").toString()),
-              "//localhost/root/PG_Internal:ZDA_InternalCache.InstanceID=\"localhost-InternalCache\"");
-}
-
 }  // namespace

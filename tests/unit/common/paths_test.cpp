@@ -143,13 +143,6 @@ TEST_F(PathsTest, IsInstanceValidReferenceChecksTheRoleProperty) {
 }
 
 TEST_F(PathsTest, MembershipTestsAndPoolPaths) {
-    Array<String> names;
-    names.append("vol1");
-    EXPECT_TRUE(ZDA_Common::isPartOfArray(String("vol1"), names));
-    EXPECT_FALSE(ZDA_Common::isPartOfArray(String("VOL1"), names));  // case counts
-    Array<CIMName> classes;
-    classes.append("ZDA_StorageVolume");
-    EXPECT_TRUE(ZDA_Common::isPartOfArray(CIMName("zda_storagevolume"), classes));
     Array<CIMObjectPath> paths;
     paths.append(kVol2);
     EXPECT_TRUE(ZDA_Common::isPartOfArray(CIMObjectPath("//elsewhere/root/zda:ZDA_StorageVolume.DeviceID=\"60-02\""), paths));
