@@ -14,4 +14,8 @@ CurrentRequestScope::~CurrentRequestScope() { innermost = _previous; }
 
 const Pegasus::OperationContext* CurrentRequestScope::current() { return innermost; }
 
+OutsideRequestScope::OutsideRequestScope() : _previous(innermost) { innermost = nullptr; }
+
+OutsideRequestScope::~OutsideRequestScope() { innermost = _previous; }
+
 }  // namespace zda::server

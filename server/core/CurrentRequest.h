@@ -29,6 +29,21 @@ private:
     const Pegasus::OperationContext* _previous;
 };
 
+// Marks the thread as serving no request, for work that belongs to no
+// request even when a request triggered it (a provider's initialize): its
+// upcalls then run as the local identity, whoever came first.
+class OutsideRequestScope {
+public:
+    OutsideRequestScope();
+    ~OutsideRequestScope();
+
+    OutsideRequestScope(const OutsideRequestScope&) = delete;
+    OutsideRequestScope& operator=(const OutsideRequestScope&) = delete;
+
+private:
+    const Pegasus::OperationContext* _previous;
+};
+
 }  // namespace zda::server
 
 #endif

@@ -82,16 +82,17 @@ InProcessHost::InProcessHost(HostOptions options) {
     }
 }
 
-InProcessHost::~InProcessHost() { shutdown(); }
+InProcessHost::~InProcessHost() {
+    shutdown();
+    // Handles or clients kept beyond shutdown now fail cleanly.
+    _dispatcher.reset();
+}
 
 void InProcessHost::shutdown() {
     if (_shutDown) return;
     _shutDown = true;
     if (_loopbackInstalled) CIMClientTransports::setLoopbackTransportFactory(CIMClientLoopbackTransportFactory());
     _providers->shutdown();
-    // Handles providers kept beyond terminate() (they should not) reach a
-    // dispatcher that is gone and fail cleanly.
-    _dispatcher.reset();
 }
 
 }  // namespace zda::server

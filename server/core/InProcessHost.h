@@ -67,7 +67,9 @@ public:
                                                 const Pegasus::String& ipAddress = Pegasus::String());
 
     // Removes the loopback, terminates the providers and stops serving:
-    // later operations fail. Idempotent; not to be called from a provider.
+    // later operations that need a provider fail with
+    // CIM_ERR_SERVER_IS_SHUTTING_DOWN. Idempotent; not to be called from a
+    // provider.
     void shutdown();
 
 private:

@@ -1,5 +1,6 @@
 #include "ProviderManager.h"
 
+#include "CurrentRequest.h"
 #include "SchemaObjects.h"
 
 #include <Pegasus/Common/Exception.h>
@@ -206,6 +207,7 @@ void ProviderManager::load(Entry& entry) {
 
     CIMOMHandle handle = _makeHandle();
     try {
+        OutsideRequestScope noRequest;
         provider->initialize(handle);
     } catch (abi::__forced_unwind&) {
         throw;

@@ -16,6 +16,8 @@
 // initializations, for the requesting thread (a provider reaching itself
 // from its own initialize, or two providers reaching each other from
 // theirs) is refused at once with CIM_ERR_FAILED instead of deadlocking.
+// initialize() runs outside any request, even when a request caused it, so
+// its upcalls carry the local identity.
 #ifndef ZDA_SERVER_PROVIDER_MANAGER_H
 #define ZDA_SERVER_PROVIDER_MANAGER_H
 
