@@ -492,10 +492,6 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     requireNamespace(nameSpace);
     const CIMName objectClass = objectName.getClassName();
     requireClass(nameSpace, objectClass, CIM_ERR_INVALID_PARAMETER, "The object name's class");
-    if (objectName.getKeyBindings().size() == 0)
-        throw CIMException(CIM_ERR_NOT_SUPPORTED,
-                           "Association operations on classes are not supported: the object name " +
-                               objectName.toString() + " has no keys.");
     if (!assocClass.isNull()) requireClass(nameSpace, assocClass, CIM_ERR_INVALID_PARAMETER, "The association class");
     if (!resultClass.isNull()) requireClass(nameSpace, resultClass, CIM_ERR_INVALID_PARAMETER, "The result class");
 
@@ -524,6 +520,22 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
         return false;
     };
 
+    // An object name without keys names a class: the answer is classes,
+    // from the repository alone.
+    const bool ofClass = objectName.getKeyBindings().size() == 0;
+    std::set<std::string> classesSeen;
+    auto addClass = [&](const CIMName& cls) {
+        if (!classesSeen.insert(folded(cls)).second) return;
+        if (op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames) {
+            results.paths.append(serverPath(nameSpace, cls));
+        } else {
+            CIMClass found = _repository.getClass(nameSpace, cls, false, includeQualifiers, includeClassOrigin,
+                                                  propertyList);
+            found.setPath(serverPath(nameSpace, cls));
+            results.objects.append(CIMObject(found));
+        }
+    };
+
     Array<CIMName> candidates = _repository.getAssociationClassNames(nameSpace, objectClass, role);
     for (Uint32 a = 0; a < candidates.size(); ++a) {
         const CIMName& association = candidates[a];
@@ -531,6 +543,26 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
             continue;
         std::shared_ptr<const ClassShape> associationShape = shape(nameSpace, association);
         if (toAssociators && !canLead(*associationShape)) continue;
+
+        if (ofClass) {
+            if (!toAssociators) {
+                addClass(association);
+                continue;
+            }
+            // The classes at the far ends that the filters allow.
+            for (const ClassShape::Reference& near : associationShape->references) {
+                if (!roleName.empty() && near.name != roleName) continue;
+                if (!_repository.isSubclassOf(nameSpace, objectClass, near.referenceClass)) continue;
+                for (const ClassShape::Reference& far : associationShape->references) {
+                    if (&far == &near) continue;
+                    if (!resultRoleName.empty() && far.name != resultRoleName) continue;
+                    if (!resultClass.isNull() && !_repository.isSubclassOf(nameSpace, far.referenceClass, resultClass))
+                        continue;
+                    addClass(far.referenceClass);
+                }
+            }
+            continue;
+        }
 
         if (std::optional<ProviderId> id = _registry.find(nameSpace, association, ProviderType::Association)) {
             callProvider<CIMAssociationProvider>(*id, providerCtx, [&](CIMAssociationProvider& provider) {
@@ -615,6 +647,7 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     // Only results of the requested result class (for References and
     // ReferenceNames, the association class) are returned; objects of
     // classes another namespace defines are kept.
+    if (ofClass) return;
     const CIMName wanted = resultClass;
     auto wantedClass = [&](const CIMName& cls, const CIMNamespaceName& where) {
         if (wanted.isNull()) return true;

@@ -149,9 +149,10 @@ public:
                                                  const Pegasus::String& queryLanguage, const Pegasus::String& query);
 
     // ---- associations -----------------------------------------------------
-    // objectName must name an instance (with keys) of a class of the
-    // namespace; otherwise, and for unknown AssocClass / ResultClass:
-    // CIM_ERR_INVALID_PARAMETER.
+    // objectName names an instance (with keys) or, without keys, a class
+    // of the namespace; the answer is then classes (as paths for the Names
+    // forms), taken from the repository. An unknown class in objectName,
+    // AssocClass or ResultClass: CIM_ERR_INVALID_PARAMETER.
     Pegasus::Array<Pegasus::CIMObject> associators(const Pegasus::OperationContext& context,
                                                    const Pegasus::CIMNamespaceName& nameSpace,
                                                    const Pegasus::CIMObjectPath& objectName,

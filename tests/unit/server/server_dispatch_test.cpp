@@ -387,7 +387,29 @@ TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
     std::string message;
     EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("Disk1"), "Test_Nothing"); }), CIM_ERR_INVALID_PARAMETER);
     EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("X", "Test_Nothing")); }), CIM_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(cimErrorOf([&] { associatorNames(CIMObjectPath("Test_Disk")); }), CIM_ERR_NOT_SUPPORTED);
+}
+
+TEST_F(DispatchTest, AssociationOperationsOnAClassAnswerWithClasses)
+{
+    auto names = [](const Array<CIMObjectPath>& paths) {
+        std::vector<std::string> out;
+        for (Uint32 i = 0; i < paths.size(); ++i)
+            out.push_back((const char*)paths[i].toString().getCString());
+        std::sort(out.begin(), out.end());
+        return out;
+    };
+    const CIMObjectPath diskClass("Test_Disk");
+    EXPECT_THAT(names(associatorNames(diskClass)),
+        ElementsAre("//testhost/root/test:Test_Pool", "//testhost/root/test:Test_Tape"));
+    EXPECT_THAT(names(associatorNames(diskClass, "", "", "Source")), ElementsAre("//testhost/root/test:Test_Tape"));
+    EXPECT_THAT(names(server().referenceNames(alice, TEST_NS, diskClass, CIMName(), "Part")),
+        ElementsAre("//testhost/root/test:Test_Component"));
+    Array<CIMObject> classes = server().associators(alice, TEST_NS, CIMObjectPath("Test_Pool"), CIMName(),
+        CIMName(), String(), String(), false, false, CIMPropertyList());
+    ASSERT_EQ(classes.size(), 1u);
+    EXPECT_TRUE(classes[0].isClass());
+    EXPECT_EQ(classes[0].getClassName().getString(), "Test_Element");
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_ComponentProvider"), ::testing::IsEmpty());
 }
 
 TEST_F(DispatchTest, AssociatorsReturnCompleteFilteredInstancesAndSkipDanglingLinks)
