@@ -9,6 +9,16 @@
 // test MOF folders, modules from the build's library folder) and checks the
 // ledgers after each outermost operation the host serves, naming the
 // operation in the failure.
+//
+// A provider test in a few lines (the module's registration MOF is part of
+// the project's MOF, its library is built into the modules folder):
+//
+//   class ReplicationServiceTest : public zda_test::ServerHostFixture {};
+//   TEST_F(ReplicationServiceTest, ServiceIsEnumerated) {
+//       auto names = server().enumerateInstanceNames(
+//           zda::server::InProcessHost::contextFor("admin"), "root/zda", "ZDA_ReplicationService");
+//       EXPECT_EQ(names.size(), 1u);
+//   }
 #ifndef ZDA_TESTS_SERVER_HOST_FIXTURE_H
 #define ZDA_TESTS_SERVER_HOST_FIXTURE_H
 
