@@ -235,6 +235,11 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
         EXPECT_EQ(message, c.message);
         EXPECT_EQ(out.size(), 0u);
     }
+    // Failures that are not CIM errors are provider faults and are logged.
+    std::vector<std::string> logged = log();
+    EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [](const std::string& line) {
+        return line.rfind("2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception", 0) == 0;
+    }), 3);
 
     // A client sees the code and the description text.
     CIMClient client;
