@@ -1,0 +1,754 @@
+#include "Dispatcher.h"
+
+#include "ClassRepository.h"
+#include "CurrentRequest.h"
+#include "ParameterTyping.h"
+#include "ProviderErrors.h"
+#include "ResponseCollectors.h"
+#include "SchemaObjects.h"
+
+#include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Provider/CIMMethodProvider.h>
+
+using namespace Pegasus;
+
+namespace zda::server {
+
+namespace {
+
+thread_local int operationDepth = 0;
+thread_local OperationContext lastResponse;
+
+std::string folded(const CIMName& name) { return foldedKey(name.getString()); }
+
+String nameText(const CIMName& name) { return name.getString(); }
+String nameText(const CIMNamespaceName& name) { return name.getString(); }
+
+// Same object: class and keys equal; host ignored, an empty namespace
+// taken as `nameSpace`.
+bool samePath(const CIMObjectPath& a, const CIMObjectPath& b, const CIMNamespaceName& nameSpace) {
+    CIMObjectPath x(String(), a.getNameSpace().isNull() ? nameSpace : a.getNameSpace(), a.getClassName(),
+                    a.getKeyBindings());
+    CIMObjectPath y(String(), b.getNameSpace().isNull() ? nameSpace : b.getNameSpace(), b.getClassName(),
+                    b.getKeyBindings());
+    return x.identical(y);
+}
+
+}  // namespace
+
+// The parts of a class the dispatcher filters and routes by; computed once
+// per class (the repository never changes).
+struct Dispatcher::ClassShape {
+    struct Reference {
+        std::string name;  // folded
+        CIMName referenceClass;
+    };
+    CIMClass full;               // every property and method, with qualifiers and origins
+    std::set<std::string> all;   // folded property names
+    std::set<std::string> local; // defined or overridden by the class itself
+    std::vector<Reference> references;
+};
+
+struct Dispatcher::AssociationResults {
+    Array<CIMObject> objects;
+    Array<CIMObjectPath> paths;
+};
+
+// Counts nesting per thread so that the observer hears only of outermost
+// operations.
+class Dispatcher::OperationScope {
+public:
+    OperationScope(const Dispatcher& dispatcher, const char* name) : _dispatcher(dispatcher), _name(name) {
+        ++operationDepth;
+    }
+    ~OperationScope() {
+        if (--operationDepth == 0 && _dispatcher._observer) {
+            try {
+                _dispatcher._observer(_name);
+            } catch (...) {
+                // An observer's failure must not replace the operation's outcome.
+            }
+        }
+    }
+
+private:
+    const Dispatcher& _dispatcher;
+    const char* _name;
+};
+
+Dispatcher::Dispatcher(const ClassRepository& repository, const ProviderRegistry& registry,
+                       ProviderManager& providers, DispatcherOptions options)
+    : _repository(repository), _registry(registry), _providers(providers), _options(std::move(options)) {}
+
+OperationContext Dispatcher::lastResponseContext() { return lastResponse; }
+
+// ---- helpers ----------------------------------------------------------------
+
+void Dispatcher::requireNamespace(const CIMNamespaceName& nameSpace) const {
+    if (nameSpace.isNull() || !_repository.namespaceExists(nameSpace))
+        throw CIMException(CIM_ERR_INVALID_NAMESPACE, "The namespace " + nameText(nameSpace) + " does not exist.");
+}
+
+void Dispatcher::requireClass(const CIMNamespaceName& nameSpace, const CIMName& className, CIMStatusCode code,
+                              const char* what) const {
+    if (className.isNull() || !_repository.classExists(nameSpace, className))
+        throw CIMException(code, String(what) + " " + nameText(className) + " does not exist in namespace " +
+                                     nameText(nameSpace) + ".");
+}
+
+std::shared_ptr<const Dispatcher::ClassShape> Dispatcher::shape(const CIMNamespaceName& nameSpace,
+                                                                const CIMName& className) const {
+    if (nameSpace.isNull() || className.isNull()) return nullptr;
+    const std::string key = foldedKey(nameSpace.getString()) + "\n" + folded(className);
+    {
+        std::lock_guard<std::mutex> lock(_shapesMutex);
+        auto it = _shapes.find(key);
+        if (it != _shapes.end()) return it->second;
+    }
+    if (!_repository.namespaceExists(nameSpace) || !_repository.classExists(nameSpace, className)) return nullptr;
+    auto built = std::make_shared<ClassShape>();
+    built->full = _repository.getClass(nameSpace, className, false, true, true);
+    for (Uint32 i = 0; i < built->full.getPropertyCount(); ++i) {
+        CIMConstProperty p = built->full.getProperty(i);
+        const std::string name = folded(p.getName());
+        built->all.insert(name);
+        if (!p.getPropagated()) built->local.insert(name);
+        if (p.getType() == CIMTYPE_REFERENCE) built->references.push_back({name, p.getReferenceClassName()});
+    }
+    std::lock_guard<std::mutex> lock(_shapesMutex);
+    return _shapes.emplace(key, std::move(built)).first->second;
+}
+
+OperationContext Dispatcher::providerContext(const OperationContext& context) const {
+    OperationContext out(context);
+    if (!out.contains(IdentityContainer::NAME)) out.insert(IdentityContainer(_options.localUser));
+    return out;
+}
+
+CIMObjectPath Dispatcher::serverPath(const CIMNamespaceName& nameSpace, const CIMName& className,
+                                     const Array<CIMKeyBinding>& keys) const {
+    return CIMObjectPath(_options.hostName, nameSpace, className, keys);
+}
+
+void Dispatcher::completePath(CIMObjectPath& path, const CIMNamespaceName& nameSpace) const {
+    if (path.getHost().size() == 0) path.setHost(_options.hostName);
+    if (path.getNameSpace().isNull()) path.setNameSpace(nameSpace);
+}
+
+CIMObjectPath Dispatcher::finishPath(const CIMObjectPath& delivered, const CIMNamespaceName& nameSpace) const {
+    CIMObjectPath path(delivered);
+    completePath(path, nameSpace);
+    return path;
+}
+
+template <class Interface, class Call>
+void Dispatcher::callProvider(const ProviderId& id, const OperationContext& context, Call&& call) {
+    ProviderManager::Lease lease = _providers.acquire(id);
+    Interface* provider = dynamic_cast<Interface*>(&lease.provider());
+    if (!provider) throw CIMException(CIM_ERR_NOT_SUPPORTED, "Invalid provider interface.");
+    CurrentRequestScope scope(context);
+    try {
+        call(*provider);
+    } catch (...) {
+        rethrowAsCIMException();
+    }
+}
+
+CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
+                                       const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                       bool includeQualifiers, bool includeClassOrigin,
+                                       const CIMPropertyList& propertyList) const {
+    // Providers may deliver the same object to several requests: work on a copy.
+    CIMInstance instance = delivered.clone();
+    const CIMNamespaceName where =
+        instance.getPath().getNameSpace().isNull() ? nameSpace : instance.getPath().getNameSpace();
+    std::shared_ptr<const ClassShape> own = shape(where, instance.getClassName());
+
+    CIMObjectPath path = instance.getPath();
+    if (path.getClassName().isNull()) path.setClassName(instance.getClassName());
+    if (path.getKeyBindings().size() == 0 && own) {
+        try {
+            path.setKeyBindings(instance.buildPath(own->full).getKeyBindings());
+        } catch (const Exception&) {
+            // A key the provider did not set: the path stays without keys.
+        }
+    }
+    completePath(path, nameSpace);
+    instance.setPath(path);
+
+    // Which properties the request allows: those of the requested class
+    // (only its own with localOnly), plus, with deepInheritance, those the
+    // instance's subclass adds.
+    std::set<std::string> allowed;
+    if (own) {
+        std::shared_ptr<const ClassShape> requested = shape(where, requestedClass);
+        if (!requested) requested = own;
+        allowed = localOnly ? requested->local : requested->all;
+        if (deepInheritance)
+            for (const std::string& name : own->all)
+                if (!requested->all.count(name)) allowed.insert(name);
+    }
+    for (Uint32 i = instance.getPropertyCount(); i-- > 0;) {
+        const CIMName name = instance.getProperty(i).getName();
+        if ((own && !allowed.count(folded(name))) || (!propertyList.isNull() && !propertyList.contains(name)))
+            instance.removeProperty(i);
+    }
+    instance.instanceFilter(includeQualifiers, includeClassOrigin, CIMPropertyList());
+    return instance;
+}
+
+// ---- classes ----------------------------------------------------------------
+
+CIMClass Dispatcher::getClass(const OperationContext&, const CIMNamespaceName& nameSpace, const CIMName& className,
+                              bool localOnly, bool includeQualifiers, bool includeClassOrigin,
+                              const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "GetClass");
+    requireNamespace(nameSpace);
+    return _repository.getClass(nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
+                                propertyList);
+}
+
+Array<CIMClass> Dispatcher::enumerateClasses(const OperationContext&, const CIMNamespaceName& nameSpace,
+                                             const CIMName& className, bool deepInheritance, bool localOnly,
+                                             bool includeQualifiers, bool includeClassOrigin) {
+    OperationScope scope(*this, "EnumerateClasses");
+    requireNamespace(nameSpace);
+    return _repository.enumerateClasses(nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                                        includeClassOrigin);
+}
+
+Array<CIMName> Dispatcher::enumerateClassNames(const OperationContext&, const CIMNamespaceName& nameSpace,
+                                               const CIMName& className, bool deepInheritance) {
+    OperationScope scope(*this, "EnumerateClassNames");
+    requireNamespace(nameSpace);
+    return _repository.enumerateClassNames(nameSpace, className, deepInheritance);
+}
+
+void Dispatcher::createClass(const OperationContext&, const CIMNamespaceName& nameSpace, const CIMClass&) {
+    OperationScope scope(*this, "CreateClass");
+    requireNamespace(nameSpace);
+    throw CIMException(CIM_ERR_NOT_SUPPORTED, "Classes cannot be created: the class repository is read-only.");
+}
+
+void Dispatcher::modifyClass(const OperationContext&, const CIMNamespaceName& nameSpace, const CIMClass&) {
+    OperationScope scope(*this, "ModifyClass");
+    requireNamespace(nameSpace);
+    throw CIMException(CIM_ERR_NOT_SUPPORTED, "Classes cannot be modified: the class repository is read-only.");
+}
+
+void Dispatcher::deleteClass(const OperationContext&, const CIMNamespaceName& nameSpace, const CIMName&) {
+    OperationScope scope(*this, "DeleteClass");
+    requireNamespace(nameSpace);
+    throw CIMException(CIM_ERR_NOT_SUPPORTED, "Classes cannot be deleted: the class repository is read-only.");
+}
+
+// ---- instances --------------------------------------------------------------
+
+CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                    const CIMObjectPath& instanceName, bool localOnly, bool includeQualifiers,
+                                    bool includeClassOrigin, const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "GetInstance");
+    requireNamespace(nameSpace);
+    requireClass(nameSpace, instanceName.getClassName(), CIM_ERR_INVALID_CLASS, "The class");
+    return getInstanceFor(providerContext(context), nameSpace, instanceName, localOnly, includeQualifiers,
+                          includeClassOrigin, propertyList);
+}
+
+CIMInstance Dispatcher::getInstanceFor(const OperationContext& providerCtx, const CIMNamespaceName& nameSpace,
+                                       const CIMObjectPath& instanceName, bool localOnly, bool includeQualifiers,
+                                       bool includeClassOrigin, const CIMPropertyList& propertyList) {
+    const CIMName className = instanceName.getClassName();
+    CIMInstance found;
+    if (std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance)) {
+        InstanceCollector collector(true);
+        const CIMObjectPath reference = serverPath(nameSpace, className, instanceName.getKeyBindings());
+        callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+            provider.getInstance(providerCtx, reference, includeQualifiers, includeClassOrigin, propertyList,
+                                 collector);
+        });
+        lastResponse = collector.responseContext();
+        if (collector.instances().size() == 0) throw CIMException(CIM_ERR_FAILED, "Too few objects delivered.");
+        found = collector.instances()[0];
+    } else {
+        found = _repository.getInstance(nameSpace, instanceName);
+    }
+    return finishInstance(found, nameSpace, className, true, localOnly, includeQualifiers, includeClassOrigin,
+                          propertyList);
+}
+
+Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                                  const CIMName& className, bool deepInheritance, bool localOnly,
+                                                  bool includeQualifiers, bool includeClassOrigin,
+                                                  const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "EnumerateInstances");
+    requireNamespace(nameSpace);
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    const OperationContext providerCtx = providerContext(context);
+
+    Array<CIMName> classes;
+    classes.append(className);
+    classes.appendArray(_repository.enumerateClassNames(nameSpace, className, true));
+    Array<CIMInstance> out;
+    for (Uint32 c = 0; c < classes.size(); ++c) {
+        Array<CIMInstance> delivered;
+        if (std::optional<ProviderId> id = _registry.find(nameSpace, classes[c], ProviderType::Instance)) {
+            InstanceCollector collector(false);
+            const CIMObjectPath reference = serverPath(nameSpace, classes[c]);
+            callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+                provider.enumerateInstances(providerCtx, reference, includeQualifiers, includeClassOrigin,
+                                            propertyList, collector);
+            });
+            lastResponse = collector.responseContext();
+            delivered = collector.instances();
+        } else {
+            delivered = _repository.enumerateInstances(nameSpace, classes[c], false);
+        }
+        for (Uint32 i = 0; i < delivered.size(); ++i)
+            out.append(finishInstance(delivered[i], nameSpace, className, deepInheritance, localOnly,
+                                      includeQualifiers, includeClassOrigin, propertyList));
+    }
+    return out;
+}
+
+Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(const OperationContext& context,
+                                                        const CIMNamespaceName& nameSpace,
+                                                        const CIMName& className) {
+    OperationScope scope(*this, "EnumerateInstanceNames");
+    requireNamespace(nameSpace);
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    const OperationContext providerCtx = providerContext(context);
+
+    Array<CIMName> classes;
+    classes.append(className);
+    classes.appendArray(_repository.enumerateClassNames(nameSpace, className, true));
+    Array<CIMObjectPath> out;
+    for (Uint32 c = 0; c < classes.size(); ++c) {
+        if (std::optional<ProviderId> id = _registry.find(nameSpace, classes[c], ProviderType::Instance)) {
+            ObjectPathCollector collector;
+            const CIMObjectPath reference = serverPath(nameSpace, classes[c]);
+            callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+                provider.enumerateInstanceNames(providerCtx, reference, collector);
+            });
+            lastResponse = collector.responseContext();
+            for (Uint32 i = 0; i < collector.objectPaths().size(); ++i)
+                out.append(finishPath(collector.objectPaths()[i], nameSpace));
+        } else {
+            Array<CIMInstance> stored = _repository.enumerateInstances(nameSpace, classes[c], false);
+            for (Uint32 i = 0; i < stored.size(); ++i) out.append(finishPath(stored[i].getPath(), nameSpace));
+        }
+    }
+    return out;
+}
+
+CIMObjectPath Dispatcher::createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                         const CIMInstance& newInstance) {
+    OperationScope scope(*this, "CreateInstance");
+    requireNamespace(nameSpace);
+    if (newInstance.isUninitialized())
+        throw CIMException(CIM_ERR_INVALID_PARAMETER, "CreateInstance needs an instance.");
+    const CIMName className = newInstance.getClassName();
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance);
+    if (!id)
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, "No instance provider is registered for class " +
+                                                      nameText(className) + " in namespace " + nameText(nameSpace) +
+                                                      ": its instances cannot be created.");
+    Array<CIMKeyBinding> keys = newInstance.getPath().getKeyBindings();
+    if (keys.size() == 0) {
+        try {
+            keys = newInstance.buildPath(shape(nameSpace, className)->full).getKeyBindings();
+        } catch (const Exception&) {
+            // Keys the client left out are the provider's to choose.
+        }
+    }
+    const OperationContext providerCtx = providerContext(context);
+    const CIMObjectPath reference = serverPath(nameSpace, className, keys);
+    ObjectPathCollector collector;
+    callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+        provider.createInstance(providerCtx, reference, newInstance, collector);
+    });
+    lastResponse = collector.responseContext();
+    if (collector.objectPaths().size() == 0)
+        throw CIMException(CIM_ERR_FAILED, "The provider delivered no path for the created instance.");
+    return finishPath(collector.objectPaths()[0], nameSpace);
+}
+
+void Dispatcher::modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                const CIMInstance& modifiedInstance, bool includeQualifiers,
+                                const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "ModifyInstance");
+    requireNamespace(nameSpace);
+    if (modifiedInstance.isUninitialized())
+        throw CIMException(CIM_ERR_INVALID_PARAMETER, "ModifyInstance needs an instance.");
+    requireClass(nameSpace, modifiedInstance.getClassName(), CIM_ERR_INVALID_CLASS, "The class");
+    modifyInstanceFor(providerContext(context), nameSpace, modifiedInstance, includeQualifiers, propertyList);
+}
+
+void Dispatcher::modifyInstanceFor(const OperationContext& providerCtx, const CIMNamespaceName& nameSpace,
+                                   const CIMInstance& modifiedInstance, bool includeQualifiers,
+                                   const CIMPropertyList& propertyList) {
+    const CIMName className = modifiedInstance.getClassName();
+    const Array<CIMKeyBinding>& keys = modifiedInstance.getPath().getKeyBindings();
+    if (keys.size() == 0)
+        throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                           "The modified instance of " + nameText(className) + " has no path with keys.");
+    std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance);
+    if (!id)
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, "No instance provider is registered for class " +
+                                                      nameText(className) + " in namespace " + nameText(nameSpace) +
+                                                      ": its instances cannot be modified.");
+    const CIMObjectPath reference = serverPath(nameSpace, className, keys);
+    NoResultCollector collector;
+    callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+        provider.modifyInstance(providerCtx, reference, modifiedInstance, includeQualifiers, propertyList,
+                                collector);
+    });
+    lastResponse = collector.responseContext();
+}
+
+void Dispatcher::deleteInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                const CIMObjectPath& instanceName) {
+    OperationScope scope(*this, "DeleteInstance");
+    requireNamespace(nameSpace);
+    const CIMName className = instanceName.getClassName();
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance);
+    if (!id)
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, "No instance provider is registered for class " +
+                                                      nameText(className) + " in namespace " + nameText(nameSpace) +
+                                                      ": its instances cannot be deleted.");
+    const OperationContext providerCtx = providerContext(context);
+    const CIMObjectPath reference = serverPath(nameSpace, className, instanceName.getKeyBindings());
+    NoResultCollector collector;
+    callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
+        provider.deleteInstance(providerCtx, reference, collector);
+    });
+    lastResponse = collector.responseContext();
+}
+
+CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                 const CIMObjectPath& instanceName, const CIMName& propertyName) {
+    OperationScope scope(*this, "GetProperty");
+    requireNamespace(nameSpace);
+    const CIMName className = instanceName.getClassName();
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    if (propertyName.isNull() || !shape(nameSpace, className)->all.count(folded(propertyName)))
+        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY,
+                           "The class " + nameText(className) + " has no property " + nameText(propertyName) + ".");
+    Array<CIMName> names;
+    names.append(propertyName);
+    CIMInstance instance = getInstanceFor(providerContext(context), nameSpace, instanceName, false, false, false,
+                                          CIMPropertyList(names));
+    Uint32 index = instance.findProperty(propertyName);
+    if (index == PEG_NOT_FOUND)
+        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY, "The instance " + instanceName.toString() +
+                                                         " has no property " + nameText(propertyName) + ".");
+    return instance.getProperty(index).getValue();
+}
+
+void Dispatcher::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                             const CIMObjectPath& instanceName, const CIMName& propertyName,
+                             const CIMValue& newValue) {
+    OperationScope scope(*this, "SetProperty");
+    requireNamespace(nameSpace);
+    const CIMName className = instanceName.getClassName();
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    std::shared_ptr<const ClassShape> own = shape(nameSpace, className);
+    Uint32 index = propertyName.isNull() ? PEG_NOT_FOUND : own->full.findProperty(propertyName);
+    if (index == PEG_NOT_FOUND)
+        throw CIMException(CIM_ERR_NO_SUCH_PROPERTY,
+                           "The class " + nameText(className) + " has no property " + nameText(propertyName) + ".");
+    CIMConstProperty declared = own->full.getProperty(index);
+    CIMValue value = newValue;
+    if (value.isNull()) value.setNullValue(declared.getType(), declared.isArray());
+    if (value.getType() != declared.getType() || value.isArray() != declared.isArray())
+        throw CIMException(CIM_ERR_TYPE_MISMATCH, "The property " + nameText(declared.getName()) + " is declared " +
+                                                      cimTypeToString(declared.getType()) +
+                                                      (declared.isArray() ? "[]" : "") + ".");
+    CIMInstance instance(className);
+    instance.addProperty(CIMProperty(declared.getName(), value, 0, declared.getReferenceClassName()));
+    instance.setPath(serverPath(nameSpace, className, instanceName.getKeyBindings()));
+    Array<CIMName> names;
+    names.append(declared.getName());
+    modifyInstanceFor(providerContext(context), nameSpace, instance, false, CIMPropertyList(names));
+}
+
+Array<CIMObject> Dispatcher::execQuery(const OperationContext&, const CIMNamespaceName& nameSpace,
+                                       const String& queryLanguage, const String&) {
+    OperationScope scope(*this, "ExecQuery");
+    requireNamespace(nameSpace);
+    throw CIMException(CIM_ERR_NOT_SUPPORTED, "ExecQuery is not supported (query language " + queryLanguage + ").");
+}
+
+// ---- associations -----------------------------------------------------------
+
+void Dispatcher::associate(AssociationOp op, const OperationContext& context, const CIMNamespaceName& nameSpace,
+                           const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+                           const String& role, const String& resultRole, bool includeQualifiers,
+                           bool includeClassOrigin, const CIMPropertyList& propertyList,
+                           AssociationResults& results) {
+    requireNamespace(nameSpace);
+    const CIMName objectClass = objectName.getClassName();
+    requireClass(nameSpace, objectClass, CIM_ERR_INVALID_PARAMETER, "The object name's class");
+    if (!assocClass.isNull()) requireClass(nameSpace, assocClass, CIM_ERR_INVALID_PARAMETER, "The association class");
+    if (!resultClass.isNull()) requireClass(nameSpace, resultClass, CIM_ERR_INVALID_PARAMETER, "The result class");
+
+    const bool toAssociators = op == AssociationOp::Associators || op == AssociationOp::AssociatorNames;
+    const CIMName associationFilter = toAssociators ? assocClass : resultClass;
+    const std::string roleName = foldedKey(role);
+    const std::string resultRoleName = toAssociators ? foldedKey(resultRole) : std::string();
+    const OperationContext providerCtx = providerContext(context);
+    const CIMObjectPath objectRef = serverPath(nameSpace, objectClass, objectName.getKeyBindings());
+
+    // Whether association class `shape` has a reference that can hold the
+    // object and another that can lead to the requested result.
+    auto canLead = [&](const ClassShape& association) {
+        for (const ClassShape::Reference& near : association.references) {
+            if (!roleName.empty() && near.name != roleName) continue;
+            if (!_repository.isSubclassOf(nameSpace, objectClass, near.referenceClass)) continue;
+            for (const ClassShape::Reference& far : association.references) {
+                if (&far == &near) continue;
+                if (!resultRoleName.empty() && far.name != resultRoleName) continue;
+                if (!resultClass.isNull() && !_repository.isSubclassOf(nameSpace, far.referenceClass, resultClass) &&
+                    !_repository.isSubclassOf(nameSpace, resultClass, far.referenceClass))
+                    continue;
+                return true;
+            }
+        }
+        return false;
+    };
+
+    // An object name without keys names a class: the answer is classes,
+    // from the repository alone.
+    const bool ofClass = objectName.getKeyBindings().size() == 0;
+    std::set<std::string> classesSeen;
+    auto addClass = [&](const CIMName& cls) {
+        if (!classesSeen.insert(folded(cls)).second) return;
+        if (op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames) {
+            results.paths.append(serverPath(nameSpace, cls));
+        } else {
+            CIMClass found = _repository.getClass(nameSpace, cls, false, includeQualifiers, includeClassOrigin,
+                                                  propertyList);
+            found.setPath(serverPath(nameSpace, cls));
+            results.objects.append(CIMObject(found));
+        }
+    };
+
+    Array<CIMName> candidates = _repository.getAssociationClassNames(nameSpace, objectClass, role);
+    for (Uint32 a = 0; a < candidates.size(); ++a) {
+        const CIMName& association = candidates[a];
+        if (!associationFilter.isNull() && !_repository.isSubclassOf(nameSpace, association, associationFilter))
+            continue;
+        std::shared_ptr<const ClassShape> associationShape = shape(nameSpace, association);
+        if (toAssociators && !canLead(*associationShape)) continue;
+
+        if (ofClass) {
+            if (!toAssociators) {
+                addClass(association);
+                continue;
+            }
+            // The classes at the far ends that the filters allow.
+            for (const ClassShape::Reference& near : associationShape->references) {
+                if (!roleName.empty() && near.name != roleName) continue;
+                if (!_repository.isSubclassOf(nameSpace, objectClass, near.referenceClass)) continue;
+                for (const ClassShape::Reference& far : associationShape->references) {
+                    if (&far == &near) continue;
+                    if (!resultRoleName.empty() && far.name != resultRoleName) continue;
+                    if (!resultClass.isNull() && !_repository.isSubclassOf(nameSpace, far.referenceClass, resultClass))
+                        continue;
+                    addClass(far.referenceClass);
+                }
+            }
+            continue;
+        }
+
+        if (std::optional<ProviderId> id = _registry.find(nameSpace, association, ProviderType::Association)) {
+            callProvider<CIMAssociationProvider>(*id, providerCtx, [&](CIMAssociationProvider& provider) {
+                switch (op) {
+                case AssociationOp::Associators: {
+                    ObjectCollector collector;
+                    provider.associators(providerCtx, objectRef, association, resultClass, role, resultRole,
+                                         includeQualifiers, includeClassOrigin, propertyList, collector);
+                    lastResponse = collector.responseContext();
+                    results.objects.appendArray(collector.objects());
+                    break;
+                }
+                case AssociationOp::AssociatorNames: {
+                    ObjectPathCollector collector;
+                    provider.associatorNames(providerCtx, objectRef, association, resultClass, role, resultRole,
+                                             collector);
+                    lastResponse = collector.responseContext();
+                    results.paths.appendArray(collector.objectPaths());
+                    break;
+                }
+                case AssociationOp::References: {
+                    ObjectCollector collector;
+                    provider.references(providerCtx, objectRef, association, role, includeQualifiers,
+                                        includeClassOrigin, propertyList, collector);
+                    lastResponse = collector.responseContext();
+                    results.objects.appendArray(collector.objects());
+                    break;
+                }
+                case AssociationOp::ReferenceNames: {
+                    ObjectPathCollector collector;
+                    provider.referenceNames(providerCtx, objectRef, association, role, collector);
+                    lastResponse = collector.responseContext();
+                    results.paths.appendArray(collector.objectPaths());
+                    break;
+                }
+                }
+            });
+            continue;
+        }
+
+        // No provider: the association instances declared in MOF.
+        Array<CIMInstance> links = _repository.enumerateInstances(nameSpace, association, false);
+        for (Uint32 l = 0; l < links.size(); ++l) {
+            const CIMInstance& link = links[l];
+            for (Uint32 n = 0; n < link.getPropertyCount(); ++n) {
+                CIMConstProperty near = link.getProperty(n);
+                if (near.getType() != CIMTYPE_REFERENCE || near.getValue().isNull()) continue;
+                if (!roleName.empty() && folded(near.getName()) != roleName) continue;
+                CIMObjectPath nearPath;
+                near.getValue().get(nearPath);
+                if (!samePath(nearPath, objectName, nameSpace)) continue;
+                if (op == AssociationOp::References) results.objects.append(CIMObject(link));
+                if (op == AssociationOp::ReferenceNames) results.paths.append(link.getPath());
+                if (toAssociators) {
+                    for (Uint32 f = 0; f < link.getPropertyCount(); ++f) {
+                        CIMConstProperty far = link.getProperty(f);
+                        if (f == n || far.getType() != CIMTYPE_REFERENCE || far.getValue().isNull()) continue;
+                        if (!resultRoleName.empty() && folded(far.getName()) != resultRoleName) continue;
+                        CIMObjectPath farPath;
+                        far.getValue().get(farPath);
+                        if (op == AssociationOp::AssociatorNames) {
+                            results.paths.append(farPath);
+                            continue;
+                        }
+                        const CIMNamespaceName farNamespace =
+                            farPath.getNameSpace().isNull() ? nameSpace : farPath.getNameSpace();
+                        try {
+                            results.objects.append(CIMObject(
+                                getInstanceFor(providerCtx, farNamespace, farPath, false, includeQualifiers,
+                                               includeClassOrigin, propertyList)));
+                        } catch (const CIMException& e) {
+                            // A link to an object that is gone is no result.
+                            if (e.getCode() != CIM_ERR_NOT_FOUND && e.getCode() != CIM_ERR_INVALID_CLASS) throw;
+                        }
+                    }
+                }
+                break;
+            }
+        }
+    }
+
+    // Only results of the requested result class (for References and
+    // ReferenceNames, the association class) are returned; objects of
+    // classes another namespace defines are kept.
+    if (ofClass) return;
+    const CIMName wanted = resultClass;
+    auto wantedClass = [&](const CIMName& cls, const CIMNamespaceName& where) {
+        if (wanted.isNull()) return true;
+        const CIMNamespaceName ns = where.isNull() ? nameSpace : where;
+        if (!ns.equal(nameSpace) || !_repository.classExists(nameSpace, cls)) return true;
+        return bool(_repository.isSubclassOf(nameSpace, cls, wanted));
+    };
+    Array<CIMObject> objects;
+    for (Uint32 i = 0; i < results.objects.size(); ++i) {
+        const CIMObject& object = results.objects[i];
+        if (!wantedClass(object.getClassName(), object.getPath().getNameSpace())) continue;
+        if (object.isInstance()) {
+            CIMInstance instance(object);
+            objects.append(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true, false,
+                                                    includeQualifiers, includeClassOrigin, propertyList)));
+        } else {
+            objects.append(object);
+        }
+    }
+    Array<CIMObjectPath> paths;
+    for (Uint32 i = 0; i < results.paths.size(); ++i) {
+        const CIMObjectPath& path = results.paths[i];
+        if (wantedClass(path.getClassName(), path.getNameSpace())) paths.append(finishPath(path, nameSpace));
+    }
+    results.objects = objects;
+    results.paths = paths;
+}
+
+Array<CIMObject> Dispatcher::associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                         const CIMObjectPath& objectName, const CIMName& assocClass,
+                                         const CIMName& resultClass, const String& role, const String& resultRole,
+                                         bool includeQualifiers, bool includeClassOrigin,
+                                         const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "Associators");
+    AssociationResults results;
+    associate(AssociationOp::Associators, context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
+              includeQualifiers, includeClassOrigin, propertyList, results);
+    return results.objects;
+}
+
+Array<CIMObjectPath> Dispatcher::associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                                 const CIMObjectPath& objectName, const CIMName& assocClass,
+                                                 const CIMName& resultClass, const String& role,
+                                                 const String& resultRole) {
+    OperationScope scope(*this, "AssociatorNames");
+    AssociationResults results;
+    associate(AssociationOp::AssociatorNames, context, nameSpace, objectName, assocClass, resultClass, role,
+              resultRole, false, false, CIMPropertyList(), results);
+    return results.paths;
+}
+
+Array<CIMObject> Dispatcher::references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                        const CIMObjectPath& objectName, const CIMName& resultClass,
+                                        const String& role, bool includeQualifiers, bool includeClassOrigin,
+                                        const CIMPropertyList& propertyList) {
+    OperationScope scope(*this, "References");
+    AssociationResults results;
+    associate(AssociationOp::References, context, nameSpace, objectName, CIMName(), resultClass, role, String(),
+              includeQualifiers, includeClassOrigin, propertyList, results);
+    return results.objects;
+}
+
+Array<CIMObjectPath> Dispatcher::referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                                const CIMObjectPath& objectName, const CIMName& resultClass,
+                                                const String& role) {
+    OperationScope scope(*this, "ReferenceNames");
+    AssociationResults results;
+    associate(AssociationOp::ReferenceNames, context, nameSpace, objectName, CIMName(), resultClass, role, String(),
+              false, false, CIMPropertyList(), results);
+    return results.paths;
+}
+
+// ---- methods ----------------------------------------------------------------
+
+CIMValue Dispatcher::invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                  const CIMObjectPath& instanceName, const CIMName& methodName,
+                                  const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters) {
+    OperationScope scope(*this, "InvokeMethod");
+    requireNamespace(nameSpace);
+    const CIMName className = instanceName.getClassName();
+    requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
+    std::shared_ptr<const ClassShape> own = shape(nameSpace, className);
+    Uint32 index = methodName.isNull() ? PEG_NOT_FOUND : own->full.findMethod(methodName);
+    if (index == PEG_NOT_FOUND)
+        throw CIMException(CIM_ERR_METHOD_NOT_FOUND,
+                           "The class " + nameText(className) + " has no method " + nameText(methodName) + ".");
+    const Array<CIMParamValue> typed = typeParameters(own->full.getMethod(index), inParameters);
+    std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Method);
+    if (!id)
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, "No method provider is registered for class " +
+                                                      nameText(className) + " in namespace " + nameText(nameSpace) +
+                                                      ".");
+    const OperationContext providerCtx = providerContext(context);
+    const CIMObjectPath reference = serverPath(nameSpace, className, instanceName.getKeyBindings());
+    MethodResultCollector collector;
+    callProvider<CIMMethodProvider>(*id, providerCtx, [&](CIMMethodProvider& provider) {
+        provider.invokeMethod(providerCtx, reference, methodName, typed, collector);
+    });
+    lastResponse = collector.responseContext();
+    outParameters.appendArray(collector.outParameters());
+    return collector.returnValue();
+}
+
+}  // namespace zda::server

@@ -1,0 +1,180 @@
+#include "ParameterTyping.h"
+
+#include "SchemaObjects.h"
+
+#include <Pegasus/Common/CIMDateTime.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMParameter.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+
+using namespace Pegasus;
+
+namespace zda::server {
+
+namespace {
+
+[[noreturn]] void badText(const String& text, CIMType type, const String& what) {
+    throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": \"" + text + "\" is not a valid " +
+                                                      cimTypeToString(type) + " value");
+}
+
+// Whole text as an unsigned or signed integer, decimal or 0x-hexadecimal.
+bool parseUnsigned(const std::string& s, unsigned long long& out) {
+    if (s.empty() || s[0] == '-' || s[0] == '+' || s[0] == ' ') return false;
+    const bool hex = s.size() > 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X');
+    errno = 0;
+    char* end = nullptr;
+    out = std::strtoull(s.c_str(), &end, hex ? 16 : 10);
+    return errno == 0 && end && *end == '\0';
+}
+
+bool parseSigned(const std::string& s, long long& out) {
+    if (s.empty() || s[0] == ' ') return false;
+    std::size_t digits = (s[0] == '-' || s[0] == '+') ? 1 : 0;
+    const bool hex = s.size() > digits + 2 && s[digits] == '0' && (s[digits + 1] == 'x' || s[digits + 1] == 'X');
+    errno = 0;
+    char* end = nullptr;
+    out = std::strtoll(s.c_str(), &end, hex ? 16 : 10);
+    return errno == 0 && end && *end == '\0' && s.size() > digits;
+}
+
+template <class T>
+CIMValue unsignedValue(const std::string& s, const String& text, CIMType type, const String& what) {
+    unsigned long long v = 0;
+    if (!parseUnsigned(s, v) || v > std::numeric_limits<T>::max()) badText(text, type, what);
+    return CIMValue(static_cast<T>(v));
+}
+
+template <class T>
+CIMValue signedValue(const std::string& s, const String& text, CIMType type, const String& what) {
+    long long v = 0;
+    if (!parseSigned(s, v) || v < std::numeric_limits<T>::min() || v > std::numeric_limits<T>::max())
+        badText(text, type, what);
+    return CIMValue(static_cast<T>(v));
+}
+
+template <class T>
+CIMValue arrayOf(const Array<String>& texts, CIMType type, const String& what) {
+    Array<T> out;
+    for (Uint32 i = 0; i < texts.size(); ++i) {
+        T element;
+        valueFromText(texts[i], type, what).get(element);
+        out.append(element);
+    }
+    return CIMValue(out);
+}
+
+CIMValue arrayFromText(const Array<String>& texts, CIMType type, const String& what) {
+    switch (type) {
+    case CIMTYPE_BOOLEAN: return arrayOf<Boolean>(texts, type, what);
+    case CIMTYPE_UINT8: return arrayOf<Uint8>(texts, type, what);
+    case CIMTYPE_SINT8: return arrayOf<Sint8>(texts, type, what);
+    case CIMTYPE_UINT16: return arrayOf<Uint16>(texts, type, what);
+    case CIMTYPE_SINT16: return arrayOf<Sint16>(texts, type, what);
+    case CIMTYPE_UINT32: return arrayOf<Uint32>(texts, type, what);
+    case CIMTYPE_SINT32: return arrayOf<Sint32>(texts, type, what);
+    case CIMTYPE_UINT64: return arrayOf<Uint64>(texts, type, what);
+    case CIMTYPE_SINT64: return arrayOf<Sint64>(texts, type, what);
+    case CIMTYPE_REAL32: return arrayOf<Real32>(texts, type, what);
+    case CIMTYPE_REAL64: return arrayOf<Real64>(texts, type, what);
+    case CIMTYPE_CHAR16: return arrayOf<Char16>(texts, type, what);
+    case CIMTYPE_STRING: return CIMValue(texts);
+    case CIMTYPE_DATETIME: return arrayOf<CIMDateTime>(texts, type, what);
+    case CIMTYPE_REFERENCE: return arrayOf<CIMObjectPath>(texts, type, what);
+    default:
+        throw CIMException(CIM_ERR_INVALID_PARAMETER,
+                           what + ": embedded objects cannot be given as text");
+    }
+}
+
+}  // namespace
+
+CIMValue valueFromText(const String& text, CIMType type, const String& what) {
+    const std::string s = toUtf8(text);
+    switch (type) {
+    case CIMTYPE_BOOLEAN:
+        if (String::equalNoCase(text, "true")) return CIMValue(Boolean(true));
+        if (String::equalNoCase(text, "false")) return CIMValue(Boolean(false));
+        badText(text, type, what);
+    case CIMTYPE_UINT8: return unsignedValue<Uint8>(s, text, type, what);
+    case CIMTYPE_UINT16: return unsignedValue<Uint16>(s, text, type, what);
+    case CIMTYPE_UINT32: return unsignedValue<Uint32>(s, text, type, what);
+    case CIMTYPE_UINT64: return unsignedValue<Uint64>(s, text, type, what);
+    case CIMTYPE_SINT8: return signedValue<Sint8>(s, text, type, what);
+    case CIMTYPE_SINT16: return signedValue<Sint16>(s, text, type, what);
+    case CIMTYPE_SINT32: return signedValue<Sint32>(s, text, type, what);
+    case CIMTYPE_SINT64: return signedValue<Sint64>(s, text, type, what);
+    case CIMTYPE_REAL32:
+    case CIMTYPE_REAL64: {
+        errno = 0;
+        char* end = nullptr;
+        double v = std::strtod(s.c_str(), &end);
+        if (s.empty() || errno != 0 || !end || *end != '\0') badText(text, type, what);
+        return type == CIMTYPE_REAL32 ? CIMValue(static_cast<Real32>(v)) : CIMValue(static_cast<Real64>(v));
+    }
+    case CIMTYPE_CHAR16:
+        if (text.size() != 1) badText(text, type, what);
+        return CIMValue(text[0]);
+    case CIMTYPE_STRING: return CIMValue(text);
+    case CIMTYPE_DATETIME:
+        try {
+            return CIMValue(CIMDateTime(text));
+        } catch (const Exception&) {
+            badText(text, type, what);
+        }
+    case CIMTYPE_REFERENCE:
+        try {
+            return CIMValue(CIMObjectPath(text));
+        } catch (const Exception&) {
+            badText(text, type, what);
+        }
+    default:
+        throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": embedded objects cannot be given as text");
+    }
+}
+
+Array<CIMParamValue> typeParameters(const CIMConstMethod& method, const Array<CIMParamValue>& inParameters) {
+    Array<CIMParamValue> out;
+    for (Uint32 i = 0; i < inParameters.size(); ++i) {
+        const CIMParamValue& given = inParameters[i];
+        if (given.isTyped()) {
+            out.append(given);
+            continue;
+        }
+        const String name = given.getParameterName();
+        const String what = "parameter " + name + " of method " + method.getName().getString();
+        Uint32 index = method.findParameter(CIMName(name));
+        if (index == PEG_NOT_FOUND)
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, "The method " + method.getName().getString() +
+                                                              " has no parameter " + name + ".");
+        CIMConstParameter declared = method.getParameter(index);
+        const CIMValue value = given.getValue();
+        CIMValue typed;
+        if (value.isNull()) {
+            typed.setNullValue(declared.getType(), declared.isArray());
+        } else if (value.isArray() != declared.isArray()) {
+            throw CIMException(CIM_ERR_TYPE_MISMATCH, what + (declared.isArray() ? " must be an array"
+                                                                                 : " must not be an array"));
+        } else if (value.getType() == declared.getType()) {
+            typed = value;
+        } else if (value.getType() != CIMTYPE_STRING) {
+            throw CIMException(CIM_ERR_TYPE_MISMATCH, what + " is declared " + cimTypeToString(declared.getType()) +
+                                                          " but was given as " + cimTypeToString(value.getType()));
+        } else if (value.isArray()) {
+            Array<String> texts;
+            value.get(texts);
+            typed = arrayFromText(texts, declared.getType(), what);
+        } else {
+            String text;
+            value.get(text);
+            typed = valueFromText(text, declared.getType(), what);
+        }
+        out.append(CIMParamValue(name, typed, true));
+    }
+    return out;
+}
+
+}  // namespace zda::server

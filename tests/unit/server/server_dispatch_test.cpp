@@ -1,0 +1,559 @@
+// The dispatcher, provider manager, CIMOMHandle backend and loopback, driven
+// through the in-process host with the test provider module.
+#include "server_test_fixture.h"
+
+#include "SemaphoreCheckingHandler.h"
+
+#include <ResponseCollectors.h>
+
+#include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Common/CIMProperty.h>
+
+#include <zdasim_control.h>
+
+using namespace Pegasus;
+using namespace zda_test;
+using ::testing::ElementsAre;
+
+namespace
+{
+
+class DispatchTest : public TestModuleFixture
+{
+protected:
+    OperationContext alice = zda::server::InProcessHost::contextFor("alice", "192.0.2.7");
+
+    Array<CIMObjectPath> associatorNames(const CIMObjectPath& object, const char* assocClass = "",
+        const char* resultClass = "", const char* role = "", const char* resultRole = "")
+    {
+        return server().associatorNames(alice, TEST_NS, object, *assocClass ? CIMName(assocClass) : CIMName(),
+            *resultClass ? CIMName(resultClass) : CIMName(), role, resultRole);
+    }
+
+    CIMValue invoke(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out,
+        const OperationContext& context = OperationContext())
+    {
+        return server().invokeMethod(context, TEST_NS, service(), method, in, out);
+    }
+};
+
+// ---- instances ----------------------------------------------------------------
+
+TEST_F(DispatchTest, DeepEnumerationAsksEveryProviderForItsOwnClassAndAddsStaticInstances)
+{
+    Array<CIMInstance> all = server().enumerateInstances(alice, TEST_NS, "Test_Element", true, false, false,
+        false, CIMPropertyList());
+    EXPECT_THAT(idsOf(all), ElementsAre("Disk1", "Disk2", "Fast1", "Tape1", "Tape2"));
+    for (Uint32 i = 0; i < all.size(); ++i)
+    {
+        EXPECT_EQ(all[i].getPath().getHost(), "testhost");
+        EXPECT_TRUE(all[i].getPath().getNameSpace().equal(TEST_NS));
+    }
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_DiskProvider.enumerateInstances"),
+        ElementsAre("Test_DiskProvider.enumerateInstances //testhost/root/test:Test_Disk user=alice"));
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_FastDiskProvider.enumerateInstances"),
+        ElementsAre("Test_FastDiskProvider.enumerateInstances //testhost/root/test:Test_FastDisk"));
+
+    EXPECT_THAT(ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk")),
+        ElementsAre("Disk1", "Disk2", "Fast1"));
+    EXPECT_THAT(ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Tape")), ElementsAre("Tape1", "Tape2"));
+}
+
+TEST_F(DispatchTest, PropertiesFollowDeepInheritanceLocalOnlyAndThePropertyList)
+{
+    struct Case
+    {
+        const char* what;
+        const char* className;
+        bool deep;
+        bool localOnly;
+        CIMPropertyList list;
+        std::vector<std::string> disk1;  // empty: Disk1 is not enumerated
+        std::vector<std::string> fast1;
+    };
+    const std::vector<std::string> none;
+    const Case cases[] = {
+        {"shallow", "Test_Disk", false, false, CIMPropertyList(), {"Id", "Name", "Size", "Speed"},
+            {"Id", "Name", "Size", "Speed"}},
+        {"deep", "Test_Disk", true, false, CIMPropertyList(), {"Id", "Name", "Size", "Speed"},
+            {"Id", "Name", "Size", "Speed", "Tier"}},
+        {"local, shallow", "Test_FastDisk", false, true, CIMPropertyList(), none, {"Size", "Tier"}},
+        {"local, deep", "Test_Disk", true, true, CIMPropertyList(), {"Speed"}, {"Speed", "Tier"}},
+        {"listed", "Test_Disk", true, false, propertyList({"name", "Tier", "NoSuch"}), {"Name"}, {"Name", "Tier"}},
+        {"empty list", "Test_Disk", true, false, propertyList({}), {"-"}, {"-"}},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        Array<CIMInstance> found =
+            server().enumerateInstances(alice, TEST_NS, c.className, c.deep, c.localOnly, false, false, c.list);
+        for (Uint32 i = 0; i < found.size(); ++i)
+        {
+            const std::string id = idsOf(Array<CIMInstance>(&found[i], 1))[0];
+            std::vector<std::string> names = propertyNames(found[i]);
+            if (names.empty())
+                names.push_back("-");
+            if (id == "Disk1")
+            {
+                EXPECT_EQ(names, c.disk1);
+            }
+            if (id == "Fast1")
+            {
+                EXPECT_EQ(names, c.fast1);
+            }
+        }
+    }
+}
+
+TEST_F(DispatchTest, QualifiersAndClassOriginsAreReturnedOnlyWhenAsked)
+{
+    for (bool asked : {false, true})
+    {
+        SCOPED_TRACE(asked);
+        CIMInstance d = server().getInstance(alice, TEST_NS, disk("Disk1"), false, asked, asked, CIMPropertyList());
+        CIMConstProperty name = d.getProperty(d.findProperty("Name"));
+        EXPECT_EQ(name.getQualifierCount(), asked ? 1u : 0u);
+        EXPECT_EQ(name.getClassOrigin().getString(), asked ? "Test_Element" : "");
+    }
+    // The provider's own objects are left alone.
+    CIMInstance again = server().getInstance(alice, TEST_NS, disk("Disk1"), false, true, true, CIMPropertyList());
+    EXPECT_EQ(again.getProperty(again.findProperty("Name")).getQualifierCount(), 1u);
+}
+
+TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreReadOnly)
+{
+    CIMInstance newDisk("Test_Disk");
+    newDisk.addProperty(CIMProperty("Id", String("Disk3")));
+    newDisk.addProperty(CIMProperty("Size", Uint32(30)));
+    CIMObjectPath created = server().createInstance(alice, TEST_NS, newDisk);
+    EXPECT_EQ(created.toString(), "//testhost/root/test:Test_Disk.Id=\"Disk3\"");
+
+    server().setProperty(alice, TEST_NS, disk("Disk3"), "Size", CIMValue(Uint32(33)));
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_DiskProvider.modifyInstance"),
+        ElementsAre("Test_DiskProvider.modifyInstance //testhost/root/test:Test_Disk.Id=\"Disk3\" pl=Size"));
+    EXPECT_EQ(server().getProperty(alice, TEST_NS, disk("Disk3"), "Size"), CIMValue(Uint32(33)));
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_DiskProvider.getInstance").back(),
+        ::testing::HasSubstr("pl=Size"));
+
+    server().deleteInstance(alice, TEST_NS, disk("Disk3"));
+    EXPECT_EQ(cimErrorOf([&] { server().getInstance(alice, TEST_NS, disk("Disk3"), false, false, false,
+                                   CIMPropertyList()); }),
+        CIM_ERR_NOT_FOUND);
+
+    CIMInstance tape = server().getInstance(alice, TEST_NS, disk("Tape1", "Test_Tape"), false, false, false,
+        CIMPropertyList());
+    EXPECT_EQ(tape.getProperty(tape.findProperty("Label")).getValue(), CIMValue(String("L1")));
+    EXPECT_EQ(server().getProperty(alice, TEST_NS, disk("Tape2", "Test_Tape"), "Label"), CIMValue(String("L2")));
+
+    CIMInstance keyless("Test_Disk");
+    keyless.addProperty(CIMProperty("Size", Uint32(1)));
+    CIMInstance newTape("Test_Tape");
+    newTape.addProperty(CIMProperty("Id", String("Tape3")));
+    struct Case
+    {
+        const char* what;
+        std::function<void()> call;
+        CIMStatusCode code;
+    };
+    const Case cases[] = {
+        {"unknown namespace", [&] { server().enumerateInstances(alice, "root/none", "Test_Disk", true, false,
+                                        false, false, CIMPropertyList()); }, CIM_ERR_INVALID_NAMESPACE},
+        {"unknown class", [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Nothing"); },
+            CIM_ERR_INVALID_CLASS},
+        {"no such disk", [&] { server().getInstance(alice, TEST_NS, disk("Disk9"), false, false, false,
+                                   CIMPropertyList()); }, CIM_ERR_NOT_FOUND},
+        {"no such tape", [&] { server().getInstance(alice, TEST_NS, disk("Tape9", "Test_Tape"), false, false,
+                                   false, CIMPropertyList()); }, CIM_ERR_NOT_FOUND},
+        {"undeclared property", [&] { server().getProperty(alice, TEST_NS, disk("Disk1"), "Colour"); },
+            CIM_ERR_NO_SUCH_PROPERTY},
+        {"wrong property type", [&] { server().setProperty(alice, TEST_NS, disk("Disk1"), "Size",
+                                          CIMValue(String("big"))); }, CIM_ERR_TYPE_MISMATCH},
+        {"modify without keys", [&] { server().modifyInstance(alice, TEST_NS, keyless, false,
+                                          CIMPropertyList()); }, CIM_ERR_INVALID_PARAMETER},
+        {"create a static instance", [&] { server().createInstance(alice, TEST_NS, newTape); },
+            CIM_ERR_NOT_SUPPORTED},
+        {"delete a static instance", [&] { server().deleteInstance(alice, TEST_NS, disk("Tape1", "Test_Tape")); },
+            CIM_ERR_NOT_SUPPORTED},
+        {"create a class", [&] { server().createClass(alice, TEST_NS, CIMClass("Test_New")); },
+            CIM_ERR_NOT_SUPPORTED},
+        {"query", [&] { server().execQuery(alice, TEST_NS, "WQL", "SELECT * FROM Test_Disk"); },
+            CIM_ERR_NOT_SUPPORTED},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(cimErrorOf(c.call), c.code);
+    }
+}
+
+TEST_F(DispatchTest, ResultsAreReturnedEvenWithoutComplete)
+{
+    EXPECT_THAT(idsOf(server().enumerateInstances(alice, TEST_NS, "Test_Pool", true, false, false, false,
+                    CIMPropertyList())),
+        ElementsAre("Pool1"));
+    CIMInstance pool = server().getInstance(alice, TEST_NS, disk("Pool1", "Test_Pool"), false, false, false,
+        CIMPropertyList());
+    EXPECT_EQ(pool.getPath().toString(), "//testhost/root/test:Test_Pool.Id=\"Pool1\"");
+
+    Array<CIMParamValue> out;
+    EXPECT_EQ(invoke("NoComplete", Array<CIMParamValue>(), out), CIMValue(Uint32(7)));
+    EXPECT_EQ(paramNamed(out, "Ignored"), CIMValue(String("out")));
+
+    Array<CIMParamValue> none;
+    EXPECT_TRUE(invoke("NoReturn", Array<CIMParamValue>(), none).isNull());
+    EXPECT_EQ(none.size(), 0u);
+}
+
+// ---- failures -------------------------------------------------------------------
+
+TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
+{
+    struct Case
+    {
+        Array<CIMParamValue> in;
+        const char* method;
+        int code;
+        const char* message;
+    };
+    const Case cases[] = {
+        {params({param("Code", CIMValue(Uint32(4096))), param("Text", CIMValue(String("job started")))}), "Fail",
+            4096, "job started"},
+        {params({param("Code", CIMValue(Uint32(5))), param("Text", CIMValue(String("bad volume")))}), "Fail", 5,
+            "bad volume"},
+        {params({param("Kind", CIMValue(String("notfound")))}), "Throw", CIM_ERR_NOT_FOUND, "gone away"},
+        {params({param("Kind", CIMValue(String("std")))}), "Throw", CIM_ERR_FAILED, "a standard failure"},
+        {params({param("Kind", CIMValue(String("pegasus")))}), "Throw", CIM_ERR_FAILED,
+            "DateTime is out of range : year 99999"},
+        {params({param("Kind", CIMValue(String("other")))}), "Throw", CIM_ERR_FAILED, "Unknown error."},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.message);
+        std::string message;
+        Array<CIMParamValue> out;
+        EXPECT_EQ(cimErrorOf([&] { invoke(c.method, c.in, out); }, &message), c.code);
+        EXPECT_EQ(message, c.message);
+        EXPECT_EQ(out.size(), 0u);
+    }
+
+    // A client sees the code and the description text.
+    CIMClient client;
+    client.connectLocal();
+    Array<CIMParamValue> out;
+    std::string message;
+    EXPECT_EQ(cimErrorOf([&] { client.invokeMethod(TEST_NS, service(), "Fail", cases[0].in, out); }, &message),
+        4096);
+    EXPECT_EQ(message, "Unrecognized CIM status code \"4096\": job started");
+    EXPECT_EQ(cimErrorOf([&] { client.getInstance(TEST_NS, disk("Disk9")); }, &message), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(message, "CIM_ERR_NOT_FOUND: no disk //testhost/root/test:Test_Disk.Id=\"Disk9\"");
+}
+
+TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
+{
+    struct Case
+    {
+        const char* className;
+        const char* provider;
+        const char* why;
+    };
+    const Case cases[] = {
+        {"Test_Broken", "ZdaMissingModule/Test_BrokenProvider", "libZdaNoSuchLibrary.so"},
+        {"Test_Nameless", "ZdaTestModule/Test_NoSuchProvider", "creates no provider of that name"},
+        {"Test_FailInit", "ZdaTestModule/Test_FailInitProvider", "its initialize failed: the device is not ready"},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.className);
+        for (int attempt = 0; attempt < 2; ++attempt)
+        {
+            std::string message;
+            EXPECT_EQ(cimErrorOf([&] { server().enumerateInstanceNames(alice, TEST_NS, c.className); }, &message),
+                CIM_ERR_FAILED);
+            EXPECT_THAT(message, ::testing::HasSubstr(c.provider));
+            EXPECT_THAT(message, ::testing::HasSubstr(c.why));
+        }
+        std::vector<std::string> logged = log();
+        EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [&](const std::string& line) {
+            return line.rfind("2 The provider " + std::string(c.provider), 0) == 0;
+        }), 1);
+    }
+    EXPECT_EQ(zda_test_providers::initializeCount("Test_FailInitProvider"), 1);
+    EXPECT_EQ(zda_test_providers::terminateCount("Test_FailInitProvider"), 1);
+
+    // A provider without the interface a class is registered for.
+    std::string message;
+    Array<CIMParamValue> out;
+    EXPECT_EQ(cimErrorOf([&] { server().invokeMethod(alice, TEST_NS, disk("Pool1", "Test_Pool"), "Reset",
+                                   Array<CIMParamValue>(), out); }, &message),
+        CIM_ERR_NOT_SUPPORTED);
+    EXPECT_EQ(message, "Invalid provider interface.");
+}
+
+// ---- methods ----------------------------------------------------------------------
+
+TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
+{
+    Array<CIMParamValue> out;
+    CIMValue result = invoke("Echo",
+        params({untypedParam("small", "7"), untypedParam("Big", {"1", "-2"}), untypedParam("Flag", "TRUE"),
+            untypedParam("When", "20240102030405.000000+000"),
+            untypedParam("Item", "root/test:Test_Disk.Id=\"Disk1\""), untypedParam("Text", "hi"),
+            untypedParam("Ratio", "0.5")}),
+        out);
+    EXPECT_EQ(result, CIMValue(Uint32(0)));
+    String summary;
+    paramNamed(out, "Summary").get(summary);
+    const std::string text = (const char*)summary.getCString();
+    for (const char* expected : {"small=uint16:7 ", "Big=sint64[]:", "Flag=boolean:", "When=datetime:20240102",
+             "Item=reference:", "Text=string:hi ", "Ratio=real64:"})
+        EXPECT_THAT(text, ::testing::HasSubstr(expected));
+    EXPECT_THAT(text, ::testing::Not(::testing::HasSubstr("?")));
+
+    struct Case
+    {
+        const char* what;
+        CIMParamValue given;
+        CIMStatusCode code;
+    };
+    const Case cases[] = {
+        {"out of range", untypedParam("Small", "70000"), CIM_ERR_INVALID_PARAMETER},
+        {"not a number", untypedParam("Small", "seven"), CIM_ERR_INVALID_PARAMETER},
+        {"not a date-time", untypedParam("When", "yesterday"), CIM_ERR_INVALID_PARAMETER},
+        {"array for a scalar", untypedParam("Small", {"1"}), CIM_ERR_TYPE_MISMATCH},
+        {"scalar for an array", untypedParam("Big", "1"), CIM_ERR_TYPE_MISMATCH},
+        {"undeclared", untypedParam("Bogus", "1"), CIM_ERR_INVALID_PARAMETER},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        Array<CIMParamValue> ignored;
+        EXPECT_EQ(cimErrorOf([&] { invoke("Echo", params({c.given}), ignored); }), c.code);
+    }
+    Array<CIMParamValue> ignored;
+    EXPECT_EQ(cimErrorOf([&] { invoke("Launch", Array<CIMParamValue>(), ignored); }), CIM_ERR_METHOD_NOT_FOUND);
+}
+
+// ---- associations -------------------------------------------------------------------
+
+TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
+{
+    struct Case
+    {
+        const char* assocClass;
+        const char* resultClass;
+        const char* role;
+        const char* resultRole;
+        std::vector<std::string> found;
+        bool providerAsked;
+    };
+    const Case fromDisk[] = {
+        {"", "", "", "", {"Pool1", "Tape1", "TapeGone"}, true},
+        {"Test_Component", "", "", "", {"Pool1"}, true},
+        {"Test_Backup", "", "", "", {"Tape1", "TapeGone"}, false},
+        {"", "Test_Tape", "", "", {"Tape1", "TapeGone"}, false},
+        {"", "Test_Pool", "", "", {"Pool1"}, true},
+        {"", "", "part", "", {"Pool1"}, true},
+        {"", "", "Source", "", {"Tape1", "TapeGone"}, false},
+        {"", "", "Group", "", {}, false},
+        {"", "", "", "Target", {"Tape1", "TapeGone"}, false},
+        {"", "", "", "Group", {"Pool1"}, true},
+        {"", "Test_Disk", "", "", {}, false},
+    };
+    for (const Case& c : fromDisk)
+    {
+        SCOPED_TRACE(std::string(c.assocClass) + "|" + c.resultClass + "|" + c.role + "|" + c.resultRole);
+        const size_t askedBefore = zda_test_providers::notesStartingWith("Test_ComponentProvider").size();
+        EXPECT_EQ(ids(associatorNames(disk("Disk1"), c.assocClass, c.resultClass, c.role, c.resultRole)), c.found);
+        EXPECT_EQ(zda_test_providers::notesStartingWith("Test_ComponentProvider").size() > askedBefore,
+            c.providerAsked);
+    }
+    // Each provider is asked with its own association class and the
+    // client's other filters; the server narrows to the result class.
+    EXPECT_EQ(ids(associatorNames(disk("Pool1", "Test_Pool"), "", "Test_Disk")),
+        (std::vector<std::string>{"Disk1", "Fast1"}));
+    EXPECT_EQ(zda_test_providers::notesStartingWith("Test_ComponentProvider").back(),
+        "Test_ComponentProvider.associatorNames assoc=Test_Component result=Test_Disk role= resultRole= user=alice");
+
+    Array<CIMObjectPath> references =
+        server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), String());
+    EXPECT_EQ(references.size(), 3u);
+    EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), "Test_Backup", String()).size(), 2u);
+    EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), "Part").size(), 1u);
+    Array<CIMObject> links = server().references(alice, TEST_NS, disk("Disk1"), "Test_Component", String(), false,
+        false, CIMPropertyList());
+    ASSERT_EQ(links.size(), 1u);
+    EXPECT_EQ(links[0].getPath().getHost(), "testhost");
+
+    std::string message;
+    EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("Disk1"), "Test_Nothing"); }), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("X", "Test_Nothing")); }), CIM_ERR_INVALID_PARAMETER);
+}
+
+TEST_F(DispatchTest, AssociationOperationsOnAClassAnswerWithClasses)
+{
+    auto names = [](const Array<CIMObjectPath>& paths) {
+        std::vector<std::string> out;
+        for (Uint32 i = 0; i < paths.size(); ++i)
+            out.push_back((const char*)paths[i].toString().getCString());
+        std::sort(out.begin(), out.end());
+        return out;
+    };
+    const CIMObjectPath diskClass("Test_Disk");
+    EXPECT_THAT(names(associatorNames(diskClass)),
+        ElementsAre("//testhost/root/test:Test_Pool", "//testhost/root/test:Test_Tape"));
+    EXPECT_THAT(names(associatorNames(diskClass, "", "", "Source")), ElementsAre("//testhost/root/test:Test_Tape"));
+    EXPECT_THAT(names(server().referenceNames(alice, TEST_NS, diskClass, CIMName(), "Part")),
+        ElementsAre("//testhost/root/test:Test_Component"));
+    Array<CIMObject> classes = server().associators(alice, TEST_NS, CIMObjectPath("Test_Pool"), CIMName(),
+        CIMName(), String(), String(), false, false, CIMPropertyList());
+    ASSERT_EQ(classes.size(), 1u);
+    EXPECT_TRUE(classes[0].isClass());
+    EXPECT_EQ(classes[0].getClassName().getString(), "Test_Element");
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_ComponentProvider"), ::testing::IsEmpty());
+}
+
+TEST_F(DispatchTest, AssociatorsReturnCompleteFilteredInstancesAndSkipDanglingLinks)
+{
+    Array<CIMObject> parts = server().associators(alice, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(), CIMName(),
+        String(), String(), false, false, propertyList({"Name"}));
+    EXPECT_THAT(idsOf(parts), ElementsAre("Disk1", "Fast1", "Tape1"));
+    for (Uint32 i = 0; i < parts.size(); ++i)
+    {
+        CIMInstance part(parts[i]);
+        EXPECT_THAT(propertyNames(part), ElementsAre("Name"));
+        EXPECT_EQ(part.getPath().getHost(), "testhost");
+    }
+    // The provider fetched the far ends through its handle, as alice.
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_DiskProvider.getInstance"),
+        ElementsAre(::testing::EndsWith("user=alice")));
+
+    Array<CIMObject> tapes = server().associators(alice, TEST_NS, disk("Disk1"), "Test_Backup", CIMName(),
+        String(), String(), false, false, CIMPropertyList());
+    EXPECT_THAT(idsOf(tapes), ElementsAre("Tape1"));
+}
+
+// ---- identities and callbacks ------------------------------------------------------
+
+TEST_F(DispatchTest, UpcallsCarryTheRequestsIdentityAndLocalClientsTheLocalOne)
+{
+    Array<CIMParamValue> out;
+    invoke("User", Array<CIMParamValue>(), out, alice);
+    EXPECT_EQ(paramNamed(out, "User"), CIMValue(String("alice")));
+    EXPECT_EQ(paramNamed(out, "Address"), CIMValue(String("192.0.2.7")));
+
+    Array<CIMParamValue> anonymous;
+    invoke("User", Array<CIMParamValue>(), anonymous);
+    EXPECT_EQ(paramNamed(anonymous, "User"), CIMValue(String("admin")));
+
+    Array<CIMParamValue> upcalls;
+    EXPECT_EQ(invoke("Upcalls", Array<CIMParamValue>(), upcalls, alice), CIMValue(Uint32(0)));
+    EXPECT_EQ(paramNamed(upcalls, "HandleUser"), CIMValue(String("alice")));
+    EXPECT_EQ(paramNamed(upcalls, "HandleDisks"), CIMValue(Uint32(3)));
+    EXPECT_EQ(paramNamed(upcalls, "ClientUser"), CIMValue(String("admin")));
+    EXPECT_EQ(paramNamed(upcalls, "ClientTapes"), CIMValue(Uint32(2)));
+
+    localUser = "operator";
+    restartHost();
+    Array<CIMParamValue> again;
+    invoke("Upcalls", Array<CIMParamValue>(), again, alice);
+    EXPECT_EQ(paramNamed(again, "ClientUser"), CIMValue(String("operator")));
+}
+
+TEST_F(DispatchTest, ProvidersMayCallBackDuringTheirOwnInitialize)
+{
+    // Initialization belongs to no request: its upcalls run as the local
+    // user even though alice's request set it off.
+    EXPECT_EQ(server().enumerateInstanceNames(alice, TEST_NS, "Test_InitCaller").size(), 1u);
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_InitCallerProvider"),
+        ElementsAre("Test_InitCallerProvider handle ok admin disks=3",
+            "Test_InitCallerProvider client ok admin tapes=2"));
+
+    // Reaching its own class from its initialize is refused, not a deadlock.
+    EXPECT_EQ(server().enumerateInstanceNames(alice, TEST_NS, "Test_SelfInit").size(), 1u);
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_SelfInitProvider"),
+        ElementsAre("Test_SelfInitProvider self failed 1"));
+}
+
+TEST_F(DispatchTest, ProvidersAreInitializedOnceAndTerminatedAtShutdown)
+{
+    for (int i = 0; i < 3; ++i)
+        server().getInstance(alice, TEST_NS, disk("Disk1"), false, false, false, CIMPropertyList());
+    server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk");
+    EXPECT_EQ(zda_test_providers::initializeCount("Test_DiskProvider"), 1);
+    EXPECT_EQ(zda_test_providers::initializeCount("Test_FastDiskProvider"), 1);
+    EXPECT_EQ(host().providers().initializedCount(), 2u);
+    EXPECT_THAT(host().registrationProblems(), ::testing::IsEmpty());
+
+    host().shutdown();
+    EXPECT_EQ(zda_test_providers::terminateCount("Test_DiskProvider"), 1);
+    EXPECT_EQ(zda_test_providers::terminateCount("Test_FastDiskProvider"), 1);
+    EXPECT_EQ(cimErrorOf([&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk"); }),
+        CIM_ERR_SERVER_IS_SHUTTING_DOWN);
+    CIMClient client;
+    EXPECT_THROW(client.connectLocal(), CannotConnectException);
+}
+
+// ---- response handlers ----------------------------------------------------------------
+
+TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
+{
+    const CIMInstance one = CIMInstance("Test_Disk");
+    struct Case
+    {
+        const char* what;
+        std::function<void()> call;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"second instance for getInstance", [&] {
+             zda::server::InstanceCollector c(true);
+             c.deliver(one);
+             c.deliver(one);
+         }, "Too many objects delivered."},
+        {"complete without an instance", [&] {
+             zda::server::InstanceCollector c(true);
+             c.complete();
+         }, "Too few objects delivered."},
+        {"uninitialized instance", [&] { zda::server::InstanceCollector(false).deliver(CIMInstance()); },
+            "The object is not initialized."},
+        {"path without a class", [&] { zda::server::ObjectPathCollector().deliver(CIMObjectPath()); },
+            "The object is not initialized."},
+        {"uninitialized object", [&] { zda::server::ObjectCollector().deliver(CIMObject()); },
+            "The object is not initialized."},
+        {"null return value", [&] { zda::server::MethodResultCollector().deliver(CIMValue()); },
+            "The object is not initialized."},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        std::string message;
+        EXPECT_EQ(cimErrorOf(c.call, &message), CIM_ERR_FAILED);
+        EXPECT_EQ(message, c.message);
+    }
+
+    zda::server::InstanceCollector many(false);
+    many.deliver(one);
+    Array<CIMInstance> two;
+    two.append(one);
+    two.append(one);
+    many.deliver(two);
+    EXPECT_EQ(many.instances().size(), 3u);
+    EXPECT_FALSE(many.completed());
+}
+
+// ---- test support ---------------------------------------------------------------------
+
+TEST(SemaphoreCheckingHandlerTest, NotesDeliveriesMadeWhileTheArraySemaphoreIsHeld)
+{
+    SemaphoreCheckingHandler handler;
+    handler.processing();
+    handler.deliver(CIMObjectPath("Test_Disk.Id=\"a\""));
+    ASSERT_EQ(cim_sem_wait(), 0);
+    handler.deliver(CIMObjectPath("Test_Disk.Id=\"b\""));
+    cim_sem_post();
+    handler.complete();
+    EXPECT_EQ(handler.deliveries(), 2);
+    EXPECT_EQ(handler.deliveriesUnderSemaphore(), 1);
+}
+
+}  // namespace
