@@ -1,17 +1,14 @@
-// What the companion provider tests share: the in-process host with the
-// project's MOF and the built provider libraries over the simulator's small
-// test array (ledgers checked after each operation), a fresh internal cache
-// service per test, and small readers of instances and CIM errors.
+// What the companion provider tests share: the in-process host over the
+// simulator's small test array (ledgers checked after each operation), a
+// fresh internal cache service per test, and readers of values and errors.
 #ifndef ZDA_COMPANIONS_FIXTURE_H
 #define ZDA_COMPANIONS_FIXTURE_H
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <Pegasus/Common/CIMInstance.h>
-#include <Pegasus/Common/Exception.h>
 #include <Pegasus/Provider/CIMOMHandleBackend.h>
 
 #include <zdasim_control.h>
@@ -25,14 +22,16 @@ namespace zda_companions_test
 
 using namespace Pegasus;
 
+const char ZDA_NS[] = "root/zda";
+
 class CompanionsTest : public zda_test::ServerHostFixture
 {
 protected:
+    // The cache lives in the loaded library and outlives hosts: each test
+    // starts it from the array as the test finds it.
     void SetUp() override
     {
         zda_test::ServerHostFixture::SetUp();
-        // The cache outlives hosts (it lives in the loaded library): start
-        // each test from the array as it is now.
         ZDA_InternalCacheService::destroy();
     }
     void TearDown() override
@@ -43,16 +42,7 @@ protected:
 
     static OperationContext admin() { return zda::server::InProcessHost::contextFor("admin"); }
 
-    // The class as a provider gets it from the server for these flags.
-    CIMClass storedClass(const char* nameSpace, const char* className,
-        const CIMPropertyList& propertyList = CIMPropertyList())
-    {
-        return host().repository().getClass(nameSpace, className, false, true, false,
-            propertyList);
-    }
-
-    // The status code of the CIMException `call` throws; -1 when it throws
-    // none.
+    // The status code of the CIMException `call` throws, -1 for none.
     static int cimErrorOf(const std::function<void()>& call)
     {
         try
@@ -67,7 +57,6 @@ protected:
     }
 };
 
-// Property values, by name.
 inline CIMValue valueOf(const CIMInstance& instance, const char* name)
 {
     const Uint32 at = instance.findProperty(name);
@@ -82,14 +71,10 @@ T get(const CIMInstance& instance, const char* name)
     return value;
 }
 
-// The values of a uint16 array property, as numbers a test can compare.
 inline std::vector<int> uint16s(const CIMInstance& instance, const char* name)
 {
     Array<Uint16> values = get<Array<Uint16>>(instance, name);
-    std::vector<int> out;
-    for (Uint32 i = 0; i < values.size(); i++)
-        out.push_back(values[i]);
-    return out;
+    return std::vector<int>(values.getData(), values.getData() + values.size());
 }
 
 inline std::string text(const String& s)
