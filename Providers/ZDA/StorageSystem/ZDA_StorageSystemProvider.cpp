@@ -202,7 +202,13 @@ void ZDA_StorageSystemProvider::_deliverInstances(const OperationContext&,
     {
         path = buildObjectPath(String(info.hostName), String(info.name));
         if (method == CIM_GET_INSTANCE)
-            found = ZDA_Common::matchObjectPath(reference, path);
+        {
+            // A reference without a namespace names one in the provider's.
+            CIMObjectPath wanted = reference;
+            if (wanted.getNameSpace().isNull())
+                wanted.setNameSpace(SYSTEM_NAMESPACE);
+            found = ZDA_Common::matchObjectPath(wanted, path);
+        }
     }
     if (method == CIM_GET_INSTANCE && !found)
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");

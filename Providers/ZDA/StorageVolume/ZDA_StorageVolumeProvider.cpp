@@ -265,9 +265,12 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
         else if (rc != API_E_NOT_FOUND)
             log_message(2, "ZDA_StorageVolumeProvider::getInstance(): api_getVVs error (%d)\n", rc);
     }
-    // The WWN finds the volume; the other keys must name it as well.
-    if (instance.isUninitialized()
-        || !ZDA_Common::matchObjectPath(instanceReference, instance.getPath()))
+    // The WWN finds the volume; the other keys must name it as well. A
+    // reference without a namespace names one in the provider's.
+    CIMObjectPath wanted = instanceReference;
+    if (wanted.getNameSpace().isNull())
+        wanted.setNameSpace(VOLUME_NAMESPACE);
+    if (instance.isUninitialized() || !ZDA_Common::matchObjectPath(wanted, instance.getPath()))
     {
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     }
