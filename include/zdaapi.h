@@ -15,5 +15,6 @@
 #include "zdaapi_sets.h"
 #include "zdaapi_rcopy.h"
 #include "zdaapi_tasks.h"
+#include "zdaapi_copies.h"
 
 #endif /* ZDAAPI_H */

@@ -14,6 +14,7 @@ extern "C" {
 /* Task types. */
 #define API_TASK_PHYSICAL_COPY 1
 #define API_TASK_RCOPY_SYNC 2
+#define API_TASK_COPY_RESTORE 3   /* a copy written back to its parent */
 
 /* Task states. */
 #define API_TASK_ACTIVE 1

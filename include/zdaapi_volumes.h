@@ -46,6 +46,8 @@ int api_getCPGs(int* count, api_cpg_t** cpgs);
 #define API_VV_STATE_NORMAL 0x1u
 #define API_VV_STATE_COPYING 0x2u          /* a physical copy is being made */
 #define API_VV_STATE_IN_RCOPY 0x4u         /* admitted to a remote copy group */
+#define API_VV_STATE_COPY_INACTIVE 0x8u    /* a physical copy left inactive once written */
+#define API_VV_STATE_RESTORING 0x10u       /* the parent is being restored from this copy */
 
 /* One volume. The layout is fixed: records come back as a contiguous
  * array, 1096 bytes apart, and the WWN text is at byte 102. The WWN text

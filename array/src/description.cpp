@@ -200,7 +200,8 @@ const Names kMapStatus{{{"new", RM_GROUP_VV_NEW}, {"syncing", RM_GROUP_VV_SYNCIN
                         {"new-sync", RM_GROUP_VV_NEW_SYNC}, {"repairing", RM_GROUP_VV_REPAIRING},
                         {"stopped", RM_GROUP_VV_STOPPED}, {"failsafe", RM_GROUP_VV_FAILSAFE}}};
 const Names kWwnStatus{{{"invalid", RM_VV_WWN_INVALID}, {"valid", RM_VV_WWN_VALID}, {"computed", RM_VV_WWN_COMPUTED}}};
-const Names kTaskTypes{{{"physical-copy", API_TASK_PHYSICAL_COPY}, {"rcopy-sync", API_TASK_RCOPY_SYNC}}};
+const Names kTaskTypes{{{"physical-copy", API_TASK_PHYSICAL_COPY}, {"rcopy-sync", API_TASK_RCOPY_SYNC},
+                        {"copy-restore", API_TASK_COPY_RESTORE}}};
 const Names kTaskStates{{{"active", API_TASK_ACTIVE}, {"done", API_TASK_DONE}, {"failed", API_TASK_FAILED},
                          {"cancelled", API_TASK_CANCELLED}}};
 
@@ -374,6 +375,10 @@ void readVolumes(Obj& top, ArrayModel& m, Tasks& tasks) {
         v.expirationTime = static_cast<uint32_t>(o.time("expiresAt"));
         v.retentionTime = static_cast<uint32_t>(o.time("retainedUntil"));
         v.readOnly = o.flag("readOnly");
+        if (o.flag("inactive")) {
+            if (v.type != API_VV_TYPE_PHYSICAL_COPY) fail(o.at("inactive"), "only physical copies are left inactive");
+            v.state |= API_VV_STATE_COPY_INACTIVE;
+        }
         v.comment = o.str("comment", "", 511);
         v.busyRemovals = static_cast<int>(o.num("busyRemovals", 0, -1, 1000000));
         v.copyProgress = static_cast<uint8_t>(o.num("copyProgress", v.type == API_VV_TYPE_PHYSICAL_COPY ? 100 : 0, 0, 100));
@@ -464,7 +469,7 @@ void readTasks(Obj& top, Tasks& tasks) {
         if (!tasks.state.tasks.empty() && t.tid <= tasks.state.tasks.back().tid)
             fail(o.at("tid"), "task ids must grow down the list");
         o.need("type");
-        t.type = static_cast<int>(o.choice("type", kTaskTypes, 0, 1, 2));
+        t.type = static_cast<int>(o.choice("type", kTaskTypes, 0, 1, 3));
         t.state = static_cast<int>(o.choice("state", kTaskStates, API_TASK_ACTIVE, 1, 4));
         t.name = o.name("name");
         t.target = o.str("target");
@@ -693,6 +698,7 @@ json writeVolume(const ArrayModel& m, const Volume& v) {
     o["expiresAt"] = v.expirationTime;
     o["retainedUntil"] = v.retentionTime;
     o["readOnly"] = v.readOnly;
+    if (v.state & API_VV_STATE_COPY_INACTIVE) o["inactive"] = true;
     o["comment"] = v.comment;
     o["busyRemovals"] = v.busyRemovals;
     o["copyProgress"] = v.copyProgress;

@@ -113,6 +113,24 @@ void ArrayModel::removeVolume(uint32_t id) {
     }
 }
 
+void ArrayModel::relinkVolume(uint32_t id, uint32_t parentId, int type) {
+    auto it = volumes_.find(id);
+    if (it == volumes_.end()) return;
+    Volume& v = it->second;
+    if (v.copyOfId != 0) {
+        auto c = children_.find(v.copyOfId);
+        if (c != children_.end()) {
+            c->second.erase(std::remove(c->second.begin(), c->second.end(), id), c->second.end());
+            if (c->second.empty()) children_.erase(c);
+        }
+    }
+    v.type = type;
+    v.copyOfId = parentId;
+    const Volume* parent = parentId ? volumeById(parentId) : nullptr;
+    v.baseId = parent ? parent->baseId : v.id;
+    if (parentId != 0) children_[parentId].push_back(id);
+}
+
 const std::vector<uint32_t>& ArrayModel::childrenOf(uint32_t id) const {
     static const std::vector<uint32_t> none;
     auto it = children_.find(id);

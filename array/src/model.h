@@ -161,6 +161,9 @@ public:
     Volume& addVolume(Volume v);
     // Removes the volume and its vvset memberships.
     void removeVolume(uint32_t id);
+    // Makes the volume `id` a copy of `parentId` of `type`, or with
+    // parentId 0 a base volume of its own; keeps its vvset memberships.
+    void relinkVolume(uint32_t id, uint32_t parentId, int type);
     // Ids of the volumes whose parent is `id` (copies made of it).
     const std::vector<uint32_t>& childrenOf(uint32_t id) const;
 

@@ -47,6 +47,18 @@ void Tasks::end(uint32_t tid, time_t now, int endState, const std::string& why) 
     t->detail = why;
 }
 
+void Tasks::cancel(uint32_t tid, ArrayModel& model, time_t now, const std::string& why) {
+    Task* t = find(tid);
+    if (t && t->state == API_TASK_ACTIVE) finish(*t, model, now, API_TASK_CANCELLED, why);
+}
+
+Task* Tasks::activeOn(int type, const std::string& name) {
+    for (Task& t : state.tasks)
+        if (t.state == API_TASK_ACTIVE && t.type == type && (type == API_TASK_COPY_RESTORE ? t.target : t.name) == name)
+            return &t;
+    return nullptr;
+}
+
 bool Tasks::failNext(uint32_t tid, const std::string& text) {
     Task* t = find(tid);
     if (!t || t->state != API_TASK_ACTIVE) return false;
@@ -74,6 +86,13 @@ void Tasks::finish(Task& t, ArrayModel& model, time_t when, int endState, const 
     t.state = endState;
     t.end = when;
     t.detail = detail;
+    if (t.type == API_TASK_COPY_RESTORE) {
+        if (Volume* copy = model.findVolume(t.target)) {
+            copy->state &= ~API_VV_STATE_RESTORING;
+            if (endState == API_TASK_DONE) copy->curWhenSynced = when;
+        }
+        return;
+    }
     if (t.type != API_TASK_PHYSICAL_COPY) return;
     Volume* v = model.findVolume(t.name);
     if (!v) return;
@@ -98,6 +117,8 @@ void Tasks::advanceTo(ArrayModel& model, time_t now) {
         } else if (now >= due) {
             finish(t, model, due, API_TASK_DONE, "");
             ended = true;
+        } else if (t.type == API_TASK_COPY_RESTORE) {
+            if (Volume* copy = model.findVolume(t.target)) copy->state |= API_VV_STATE_RESTORING;
         } else if (t.type == API_TASK_PHYSICAL_COPY) {
             if (Volume* v = model.findVolume(t.name)) {
                 v->state |= API_VV_STATE_COPYING;

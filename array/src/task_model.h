@@ -1,5 +1,5 @@
-// Background tasks of the array: physical copies and remote copy
-// synchronisations. A task runs from its start time for a fixed duration;
+// Background tasks of the array: physical copies, restores of copies and
+// remote copy synchronisations. A task runs from its start time for a fixed duration;
 // its progress is the share of that duration the clock has passed. A task
 // may be told to fail, which it does at the next step of the clock.
 //
@@ -19,8 +19,8 @@ struct Task {
     uint32_t tid = 0;
     int type = API_TASK_PHYSICAL_COPY;
     int state = API_TASK_ACTIVE;
-    std::string name;          // the volume (physical copy) or group (sync)
-    std::string target;        // the remote copy target of a sync; "" otherwise
+    std::string name;          // the volume (physical copy), parent (restore) or group (sync)
+    std::string target;        // the copy a restore reads, the remote copy target of a sync
     std::string user;
     time_t start = 0;
     long durationSeconds = 1;  // time from start to 100%
@@ -62,6 +62,13 @@ public:
     // Ends an active task now as API_TASK_CANCELLED or API_TASK_FAILED with
     // `why`; no-op for a task that is not active.
     void end(uint32_t tid, time_t now, int endState, const std::string& why);
+    // Ends an active task now as API_TASK_CANCELLED with `why`, leaving its
+    // volumes as a task that ended there would (a physical copy keeps what
+    // was written); no-op for a task that is not active.
+    void cancel(uint32_t tid, ArrayModel& model, time_t now, const std::string& why);
+    // The active task of `type` on `name` (the volume a physical copy writes,
+    // the copy a restore reads), or nullptr.
+    Task* activeOn(int type, const std::string& name);
     // Marks an active task to fail at the next step; false when it is not active.
     bool failNext(uint32_t tid, const std::string& text);
 

@@ -1,0 +1,169 @@
+// Copies of single volumes: physical copies made by tasks, resync,
+// restore, stop and promote, and snapshot space.
+#include "rcopy_support.h"
+
+namespace zdatest {
+namespace {
+
+api_VVObj_t volume(const std::string& name) {
+    int count = 0;
+    api_VVObj_t* vv = nullptr;
+    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
+    api_VVObj_t out{};
+    if (count == 1) out = vv[0];
+    free_if_not_null(vv);
+    return out;
+}
+
+api_Status_t physicalCopy(const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr) {
+    api_physcopy_t req{};
+    std::strncpy(req.parentVolName, parent.c_str(), sizeof req.parentVolName - 1);
+    std::strncpy(req.childVolName, child.c_str(), sizeof req.childVolName - 1);
+    req.flags = flags;
+    api_evtparam_t e{};
+    std::strcpy(e.user, "admin");
+    api_Status_t st = statusForm([&] { return api_createPhysicalCopy(&e, &req); });
+    if (tid) *tid = req.tid;
+    return st;
+}
+
+template <class Call>
+api_Status_t onCopy(Call call, const std::string& copy, uint32_t* tid) {
+    api_evtparam_t e{};
+    return statusForm([&] { return call(&e, copy.c_str(), tid); });
+}
+api_Status_t resync(const std::string& c, uint32_t* tid) { return onCopy(api_resyncCopy, c, tid); }
+api_Status_t restore(const std::string& c, uint32_t* tid) { return onCopy(api_restoreCopy, c, tid); }
+api_Status_t stopCopy(const std::string& c) {
+    api_evtparam_t e{};
+    return statusForm([&] { return api_stopCopy(&e, c.c_str()); });
+}
+api_Status_t promote(const std::string& c) {
+    api_evtparam_t e{};
+    return statusForm([&] { return api_promoteCopy(&e, c.c_str()); });
+}
+
+TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive) {
+    uint32_t tid = 0;
+    ASSERT_EQ(physicalCopy("vol1", "vol1.pc", API_PCOPY_CREATE_TARGET | API_PCOPY_INACTIVE, &tid).code, 0);
+    api_VVObj_t v = volume("vol1.pc");
+    EXPECT_EQ(v.type, API_VV_TYPE_PHYSICAL_COPY);
+    EXPECT_STREQ(v.copyOfName, "vol1");
+    EXPECT_STREQ(v.usrCpgName, "FC_r5");
+    EXPECT_EQ(v.sizeMiB, 10240u);
+    EXPECT_EQ(v.state & (API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE),
+              API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE);
+    api_task_t t = task(tid);
+    EXPECT_EQ(t.type, API_TASK_PHYSICAL_COPY);
+    EXPECT_STREQ(t.user, "admin");
+
+    // 10240 MiB at the array's copy speed.
+    zdasim_clock_advance(10240 / API_COPY_MIB_PER_SECOND);
+    v = volume("vol1.pc");
+    EXPECT_EQ(v.copyProgress, 100);
+    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(task(tid).state, API_TASK_DONE);
+}
+
+TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget) {
+    // vol3 (5120 MiB) is too small for vol1 (10240 MiB); vol2 has a copy of its own.
+    struct Case { const char* parent; const char* target; int code; };
+    const Case cases[] = {
+        {"vol1", "vol3", API_E_INVALID}, {"vol1", "vol2", API_E_IN_USE}, {"vol1", "admvv", API_E_ACCESS},
+        {"vol1", "nothere", API_E_NOT_FOUND}, {"vol1", "vol1.rw", API_E_INVALID}, {"vol1.rw", "vol2", API_E_INVALID},
+        {"vol1", "vol4", API_E_INVALID},  // another domain
+    };
+    for (const Case& c : cases) EXPECT_EQ(physicalCopy(c.parent, c.target, 0).code, c.code) << c.parent << " " << c.target;
+    EXPECT_EQ(physicalCopy("vol1", "vol2", API_PCOPY_CREATE_TARGET).code, API_E_EXISTS);
+
+    uint32_t tid = 0;
+    ASSERT_EQ(physicalCopy("vol3", "vol1", 0, &tid).code, API_E_IN_USE);  // vol1 has snapshots
+    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
+    // While it runs the copy takes part in no other copy.
+    EXPECT_EQ(physicalCopy("vol3.pc", "vol3.pc2", API_PCOPY_CREATE_TARGET).code, API_E_IN_USE);
+    EXPECT_EQ(resync("vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(restore("vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(promote("vol3.pc").code, API_E_IN_USE);
+}
+
+TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy) {
+    uint32_t tid = 0;
+    ASSERT_EQ(physicalCopy("vol2", "vol2.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
+    zdasim_clock_advance(20);  // 20480 MiB: 80 s in all
+    ASSERT_EQ(stopCopy("vol2.pc").code, 0);
+    EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
+    api_VVObj_t v = volume("vol2.pc");
+    EXPECT_EQ(v.copyProgress, 25);
+    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(stopCopy("vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(restore("vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
+
+    uint32_t again = 0;
+    ASSERT_EQ(resync("vol2.pc", &again).code, 0);
+    EXPECT_NE(again, tid);
+    EXPECT_EQ(volume("vol2.pc").copyProgress, 0);
+    zdasim_clock_advance(80);
+    EXPECT_EQ(volume("vol2.pc").copyProgress, 100);
+
+    uint32_t back = 0;
+    ASSERT_EQ(restore("vol2.pc", &back).code, 0);
+    EXPECT_TRUE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
+    EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
+    EXPECT_STREQ(task(back).name, "vol2->vol2.pc");
+    // The parent is busy: its other copy cannot be resynchronised meanwhile.
+    EXPECT_EQ(resync("vol2.clone", nullptr).code, API_E_IN_USE);
+    zdasim_clock_advance(80);
+    EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
+    EXPECT_EQ(task(back).state, API_TASK_DONE);
+
+    ASSERT_EQ(promote("vol2.pc").code, 0);
+    v = volume("vol2.pc");
+    EXPECT_EQ(v.type, API_VV_TYPE_BASE);
+    EXPECT_EQ(v.copyOfId, 0u);
+    EXPECT_EQ(v.baseId, v.id);
+    EXPECT_EQ(promote("vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(resync("vol2", nullptr).code, API_E_INVALID);
+    EXPECT_EQ(resync("gone", nullptr).code, API_E_NOT_FOUND);
+}
+
+TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask) {
+    zdasim_clock_advance(100);
+    uint32_t tid = 7;
+    ASSERT_EQ(resync("vol1.rw", &tid).code, 0);
+    EXPECT_EQ(tid, 0u);
+    EXPECT_EQ(volume("vol1.rw").creationTime, kT0 + 100);
+    ASSERT_EQ(restore("vol1.ro", &tid).code, 0);
+    EXPECT_NE(tid, 0u);
+    EXPECT_EQ(stopCopy("vol1.ro").code, 0);
+    EXPECT_FALSE(volume("vol1.ro").state & API_VV_STATE_RESTORING);
+    EXPECT_EQ(promote("vol1.ro").code, API_E_INVALID);
+}
+
+TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions) {
+    api_evtparam_t e{};
+    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "NL_r6"); }).code, API_E_INVALID);  // domain
+    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "none"); }).code, API_E_NOT_FOUND);
+    ASSERT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "FC_r1"); }).code, 0);
+    EXPECT_STREQ(volume("vol3").cpgName, "FC_r1");
+    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "FC_r5"); }).code, 0);
+    EXPECT_STREQ(volume("vol3").cpgName, "FC_r1");
+
+    // An inactive copy and a running restore survive a description round trip.
+    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET | API_PCOPY_INACTIVE).code, 0);
+    zdasim_clock_advance(100);
+    uint32_t back = 0;
+    ASSERT_EQ(restore("vol3.pc", &back).code, 0);
+    const std::string path = ::testing::TempDir() + "copies_round_trip.json";
+    char error[256] = "";
+    ASSERT_EQ(zdasim_save_description_file(path.c_str(), error, sizeof error), 0) << error;
+    zdasim_reset_test_array();
+    ASSERT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), 0) << error;
+    EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_COPY_INACTIVE);
+    EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
+    zdasim_clock_advance(1);
+    EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_RESTORING);
+    std::remove(path.c_str());
+}
+
+}  // namespace
+}  // namespace zdatest
