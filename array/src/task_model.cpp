@@ -47,6 +47,16 @@ void Tasks::end(uint32_t tid, time_t now, int endState, const std::string& why) 
     t->detail = why;
 }
 
+std::string Tasks::volumeUse(const Volume& volume) const {
+    for (const Task& t : state.tasks) {
+        if (t.state != API_TASK_ACTIVE) continue;
+        if (t.type == API_TASK_PHYSICAL_COPY && t.name == volume.name) return "VV " + volume.name + " is being copied";
+        if (t.type == API_TASK_COPY_RESTORE && (t.name == volume.name || t.target == volume.name))
+            return "VV " + volume.name + " takes part in a restore";
+    }
+    return {};
+}
+
 void Tasks::cancel(uint32_t tid, ArrayModel& model, time_t now, const std::string& why) {
     Task* t = find(tid);
     if (t && t->state == API_TASK_ACTIVE) finish(*t, model, now, API_TASK_CANCELLED, why);

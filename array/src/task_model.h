@@ -54,6 +54,10 @@ public:
     // progress into their volume.
     void advanceTo(ArrayModel& model, time_t now) override;
 
+    // A volume a running copy writes, or a restore reads or writes, cannot
+    // be removed or changed.
+    std::string volumeUse(const Volume& volume) const override;
+
     // Starts a task and returns its id.
     uint32_t start(int type, const std::string& name, const std::string& target,
                    const std::string& user, time_t now, long durationSeconds);

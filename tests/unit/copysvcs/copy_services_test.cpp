@@ -1,0 +1,274 @@
+// The copy operations of the storage configuration service as the
+// replication module calls them, seen through the in-process host: jobs,
+// synchronizations and volumes that follow the array as its clock steps.
+#include "copysvcs_fixture.h"
+
+#include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_StorageConfigurationServiceProvider.h"
+#include "ZDA_StorageSynchronizedProvider.h"
+#include "ZDA_StorageVolumeProvider.h"
+
+using namespace zda_copysvcs_test;
+
+namespace
+{
+
+using Service = ZDA_StorageConfigurationServiceProvider;
+
+class CopyOperationsTest : public CopyServicesTest
+{
+protected:
+    api_Status_t clone(const std::string& source, Uint16 copyType, const String& name,
+        const CIMObjectPath& target = CIMObjectPath(), const CIMObjectPath& pool = CIMObjectPath())
+    {
+        jobs.clear();
+        syncs.clear();
+        api_Status_t st = Service::createPhysicalCopy(&event, cimom, admin(), copyType,
+            volume(source), target, pool, CIMInstance(), jobs, syncs, systemName, host, name);
+        expectLedgersClean("createPhysicalCopy");
+        return st;
+    }
+    api_Status_t modify(Uint16 op, const CIMObjectPath& sync)
+    {
+        jobs.clear();
+        api_Status_t st = Service::modifySynchronization(&event, cimom, admin(), jobs, op, sync, host);
+        expectLedgersClean("modifySynchronization");
+        return st;
+    }
+    // The synchronization between two volumes as the module builds its path.
+    CIMObjectPath syncOf(const std::string& source, const std::string& copy)
+    {
+        return ZDA_StorageSynchronizedProvider::buildObjectPath(volume(source), volume(copy), host);
+    }
+    std::vector<int> states(const CIMObjectPath& sync)
+    {
+        CIMInstance s = getInstance(sync);
+        return {get<Uint16>(s, "CopyState"), get<Uint16>(s, "SyncState"),
+            get<Uint16>(s, "ProgressStatus")};
+    }
+    static std::string why(const api_Status_t& st)
+    {
+        char buffer[API_ERRTEXT_LEN];
+        return api_getErrorTextNoNL(buffer, sizeof buffer, &st);
+    }
+
+    Array<CIMObjectPath> jobs;
+    Array<CIMObjectPath> syncs;
+};
+
+TEST_F(CopyOperationsTest, ACloneShowsAsAJobAndASynchronizationThatFollowTheCopy)
+{
+    ASSERT_EQ(clone("vol1", Service::COPY_SYNCHRONIZED, "vol1.full").code, 0);
+    ASSERT_EQ(jobs.size(), 1u);
+    ASSERT_EQ(syncs.size(), 1u);
+    // The module reads the new volume's path out of the SyncedElement key.
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(syncs[0], "SyncedElement"), volume("vol1.full")));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(syncs[0], "SystemElement"), volume("vol1")));
+    EXPECT_EQ(text(jobs[0].getClassName().getString()), "ZDA_ConcreteJob");
+
+    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "JobState"), 4);
+    CIMInstance copying = getInstance(syncs[0]);
+    EXPECT_EQ(states(syncs[0]), std::vector<int>({3, 15, 6}));
+    EXPECT_EQ(get<Uint16>(copying, "SyncType"), 8);
+    EXPECT_EQ(get<Uint16>(copying, "Mode"), 2);
+    EXPECT_EQ(get<Uint16>(copying, "ReplicaType"), 2);
+    Uint16 syncType = 0;
+    server().getProperty(admin(), ZDA_NS, syncs[0], "SyncType").get(syncType);
+    EXPECT_EQ(syncType, 8);
+
+    zdasim_clock_advance(20);  // 10240 MiB: 40 s in all
+    EXPECT_EQ(get<Uint16>(getInstance(syncs[0]), "PercentSynced"), 50);
+    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "PercentComplete"), 50);
+    zdasim_clock_advance(20);
+    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "JobState"), 7);
+    EXPECT_EQ(states(syncs[0]), std::vector<int>({4, 6, 2}));
+}
+
+TEST_F(CopyOperationsTest, CopyTypesTargetsAndPoolsOfASingleClone)
+{
+    ASSERT_EQ(clone("vol3", Service::COPY_INACTIVE, "").code, 0);
+    const CIMObjectPath inactive = syncs[0];
+    zdasim_clock_advance(20);
+    EXPECT_EQ(states(inactive), std::vector<int>({8, 11, 3}));
+    EXPECT_EQ(get<Uint16>(getInstance(inactive), "Mode"), 3);
+    // The generated name starts with the source's.
+    EXPECT_EQ(text(get<String>(getInstance(endOf(inactive, "SyncedElement")), "ElementName"))
+                  .rfind("vol3.", 0), 0u);
+
+    // A copy into the CPG a pool names.
+    CIMObjectPath pool("ZDA_DynamicStoragePool.InstanceID=\"KX_ORLA:CPG:FC_r1\"");
+    ASSERT_EQ(clone("vol3", Service::COPY_SYNCHRONIZED, "vol3.r1", CIMObjectPath(), pool).code, 0);
+    zdasim_clock_advance(20);
+    EXPECT_EQ(text(get<String>(getInstance(volume("vol3.r1")), "ElementName")), "vol3.r1");
+
+    struct Refusal { Uint16 copyType; const char* source; const char* target; int code; };
+    const Refusal refusals[] = {
+        {3, "vol3", "", API_E_INVALID},                              // not a copy type of ours
+        {Service::COPY_SYNCHRONIZED, "vol3", "vol1", API_E_IN_USE},  // vol1 has snapshots
+        {Service::COPY_SYNCHRONIZED, "vol3", "admvv", API_E_ACCESS},
+        {Service::COPY_SYNCHRONIZED, "", "", API_E_INVALID},        // no source
+    };
+    for (const Refusal& r : refusals)
+    {
+        const api_Status_t st = clone(r.source, r.copyType, "x",
+            *r.target ? volume(r.target) : CIMObjectPath());
+        EXPECT_EQ(st.code, r.code) << r.source << "->" << r.target << ": " << why(st);
+        EXPECT_FALSE(why(st).empty());
+        EXPECT_EQ(jobs.size() + syncs.size(), 0u);
+    }
+    EXPECT_EQ(clone("vol3", Service::COPY_SYNCHRONIZED, "y", CIMObjectPath(),
+        CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"elsewhere\"")).code, API_E_INVALID);
+}
+
+TEST_F(CopyOperationsTest, ListAndGroupForms)
+{
+    Array<CIMObjectPath> sources;
+    sources.append(volume("vol3"));
+    sources.append(volume("vol1"));
+    Array<String> names;
+    names.append("");
+    names.append("vol1.listed");
+    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
+        sources, Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName,
+        host, names, true).code, 0);
+    EXPECT_EQ(jobs.size(), 2u);
+    ASSERT_EQ(syncs.size(), 2u);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(syncs[1], "SyncedElement"), volume("vol1.listed")));
+
+    // Checked first: a source that does not exist starts none of them.
+    const size_t before = volumePaths().size();
+    sources.append(ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000FFFFFFFFFFFFFFFF",
+        systemName, host));
+    jobs.clear();
+    syncs.clear();
+    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
+        sources, Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName,
+        host, Array<String>(), true).code, API_E_NOT_FOUND);
+    EXPECT_EQ(volumePaths().size(), before);
+    EXPECT_EQ(jobs.size(), 0u);
+    // Empty lists do nothing.
+    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
+        Array<CIMObjectPath>(), Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs,
+        syncs, systemName, host, Array<String>(), true).code, 0);
+
+    // A set into an empty set: new volumes that join the target set.
+    jobs.clear();
+    syncs.clear();
+    const CIMObjectPath set1("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\"");
+    const CIMObjectPath empty("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_empty\"");
+    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1,
+        empty, CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "rel").code, 0);
+    EXPECT_EQ(jobs.size(), 2u);
+    ASSERT_EQ(syncs.size(), 2u);
+    api_sets_t sets{};
+    ASSERT_EQ(cim_sem_wait(), 0);
+    api_Status_t st = api_getVVSets("set_empty", nullptr, 0, &sets);
+    cim_sem_post();
+    ASSERT_EQ(st.code, 0);
+    ASSERT_EQ(sets.count, 1u);
+    EXPECT_EQ(sets.sets[0].memberCount, 2);
+    api_freeSets(&sets);
+    // A target set of another size is refused.
+    const CIMObjectPath one("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_one\"");
+    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1,
+        one, CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "").code, API_E_INVALID);
+}
+
+TEST_F(CopyOperationsTest, ModifyingAClone)
+{
+    ASSERT_EQ(clone("vol1", Service::COPY_SYNCHRONIZED, "vol1.m").code, 0);
+    const CIMObjectPath sync = syncs[0];
+    zdasim_clock_advance(40);
+    EXPECT_EQ(modify(Service::OP_STOP_COPY, sync).code, API_E_INVALID);  // nothing runs
+
+    ASSERT_EQ(modify(Service::OP_RESYNC, sync).code, 0);
+    ASSERT_EQ(jobs.size(), 1u);
+    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "JobState"), 4);
+    zdasim_clock_advance(10);
+    ASSERT_EQ(modify(Service::OP_STOP_COPY, sync).code, 0);
+    EXPECT_EQ(jobs.size(), 0u);
+    EXPECT_EQ(states(sync), std::vector<int>({6, 13, 18}));
+    EXPECT_EQ(modify(Service::OP_RESTORE, sync).code, API_E_INVALID);  // incomplete copy
+
+    ASSERT_EQ(modify(Service::OP_START_COPY, sync).code, 0);
+    EXPECT_EQ(jobs.size(), 1u);
+    zdasim_clock_advance(40);
+    ASSERT_EQ(modify(Service::OP_RESTORE, sync).code, 0);
+    EXPECT_EQ(states(sync), std::vector<int>({3, 10, 8}));
+    // The source is being written: its other copies are in use.
+    EXPECT_EQ(modify(Service::OP_RESYNC, syncOf("vol1", "vol1.rw")).code, API_E_IN_USE);
+    zdasim_clock_advance(40);
+    EXPECT_EQ(states(sync), std::vector<int>({4, 6, 2}));
+
+    for (Uint16 op : {0, 3, 7, 14})
+    {
+        const api_Status_t st = modify(op, sync);
+        EXPECT_EQ(st.code, API_E_INVALID) << op;
+        EXPECT_NE(why(st).find("not supported"), std::string::npos) << op;
+    }
+
+    ASSERT_EQ(modify(Service::OP_DETACH, sync).code, 0);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(sync); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(get<Uint16>(getInstance(volume("vol1.m")), "VolumeType"), 1);
+    EXPECT_EQ(modify(Service::OP_RESYNC, sync).code, API_E_NOT_FOUND);
+}
+
+TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
+{
+    Array<CIMObjectPath> both;
+    both.append(syncOf("vol1", "vol1.rw"));
+    both.append(syncOf("vol1", "vol1.ro"));
+    ASSERT_EQ(Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_RESYNC,
+        both, host).code, 0);
+    EXPECT_EQ(jobs.size(), 0u);  // snapshots take the new point in time at once
+
+    EXPECT_EQ(modify(Service::OP_START_COPY, both[0]).code, API_E_INVALID);
+    ASSERT_EQ(modify(Service::OP_RESTORE, both[1]).code, 0);
+    EXPECT_EQ(jobs.size(), 1u);
+    EXPECT_EQ(states(both[1]), std::vector<int>({3, 10, 8}));
+    // The list fails with the first failure; what went before stays done:
+    // the first snapshot is detached (gone), the one being restored is in use.
+    EXPECT_EQ(Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_DETACH,
+        both, host).code, API_E_IN_USE);
+    EXPECT_TRUE(volume("vol1.rw").getClassName().isNull());
+    EXPECT_EQ(modify(Service::OP_STOP_COPY, both[1]).code, 0);
+    EXPECT_EQ(states(both[1]), std::vector<int>({4, 6, 2}));
+    ASSERT_EQ(modify(Service::OP_DETACH, both[1]).code, 0);
+    EXPECT_TRUE(volume("vol1.ro").getClassName().isNull());
+}
+
+TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssigned)
+{
+    Array<CIMParamValue> params;
+    params.append(CIMParamValue("Job", CIMValue(CIMObjectPath()), true));
+    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol1"),
+        "vol1.snap", CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    expectLedgersClean("createVirtualCopy");
+    ASSERT_EQ(params.size(), 2u);
+    EXPECT_EQ(text(params[1].getParameterName()), "TargetElement");
+    CIMObjectPath target;
+    params[1].getValue().get(target);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(target, volume("vol1.snap")));
+    CIMInstance sync = getInstance(syncOf("vol1", "vol1.snap"));
+    EXPECT_EQ(get<Uint16>(sync, "SyncType"), 7);
+    EXPECT_EQ(get<Uint16>(sync, "CopyState"), 4);
+
+    // vol3 has no snapshot space: refused, unless a delta pool names some.
+    EXPECT_NE(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "",
+        CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    EXPECT_EQ(params.size(), 2u);
+    const CIMObjectPath delta("ZDA_DeltaReplicaStoragePool.InstanceID=\"KX_ORLA:SNAP:FC_r1\"");
+    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "",
+        delta, CIMInstance(), systemName, host).code, 0);
+    EXPECT_EQ(params.size(), 3u);
+
+    Array<String> names;
+    names.append("vol5");
+    names.append("vol4");
+    EXPECT_EQ(Service::assignSnapPoolToVolume(&event, names), 0);
+    names.append("nothere");
+    EXPECT_EQ(Service::assignSnapPoolToVolume(&event, names), API_E_NOT_FOUND);
+    expectLedgersClean("assignSnapPoolToVolume");
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// Local copy relationships through the in-process host: instances,
+// association operations from either end, and the state mapping.
+#include "copysvcs_fixture.h"
+
+#include <set>
+
+#include "ZDA_StorageSynchronizedProvider.h"
+
+using namespace zda_copysvcs_test;
+
+namespace
+{
+
+const char SYNC[] = "ZDA_StorageSynchronized";
+
+class SynchronizedTest : public CopyServicesTest
+{
+protected:
+    std::string nameOf(const CIMObjectPath& volumePath)
+    {
+        return text(get<String>(getInstance(volumePath), "ElementName"));
+    }
+    std::set<std::string> names(const Array<CIMObjectPath>& paths)
+    {
+        std::set<std::string> out;
+        for (Uint32 i = 0; i < paths.size(); i++)
+            out.insert(nameOf(paths[i]));
+        return out;
+    }
+};
+
+TEST_F(SynchronizedTest, EveryLocalCopyOnceWithItsTypeAndPath)
+{
+    // The test array: two snapshots of vol1 and a finished clone of vol2.
+    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, SYNC, true, false,
+        false, false, CIMPropertyList());
+    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, SYNC);
+    ASSERT_EQ(all.size(), 3u);
+    ASSERT_EQ(paths.size(), 3u);
+    std::map<std::string, int> syncTypeOf;
+    for (Uint32 i = 0; i < all.size(); i++)
+    {
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(all[i].getPath(), paths[i]));
+        const std::string copy = nameOf(endOf(paths[i], "SyncedElement"));
+        syncTypeOf[nameOf(endOf(paths[i], "SystemElement")) + ">" + copy] =
+            get<Uint16>(all[i], "SyncType");
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
+    }
+    EXPECT_EQ(syncTypeOf, (std::map<std::string, int>{{"vol1>vol1.rw", 7}, {"vol1>vol1.ro", 7},
+        {"vol2>vol2.clone", 8}}));
+
+    // A path whose ends are not a copy and its source is not found.
+    const CIMObjectPath wrong = ZDA_StorageSynchronizedProvider::buildObjectPath(volume("vol2"),
+        volume("vol1.rw"), HOST);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(wrong); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, paths[0]); }),
+        CIM_ERR_NOT_SUPPORTED);
+}
+
+TEST_F(SynchronizedTest, AssociationsFromEitherEnd)
+{
+    const CIMObjectPath vol1 = volume("vol1");
+    const CIMObjectPath snap = volume("vol1.rw");
+    EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "", "")),
+        (std::set<std::string>{"vol1.rw", "vol1.ro"}));
+    EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, snap, SYNC, "CIM_StorageVolume",
+        "SyncedElement", "SystemElement")), (std::set<std::string>{"vol1"}));
+    // Roles that cannot match give nothing.
+    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SyncedElement",
+        "").size(), 0u);
+    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SystemElement",
+        "SystemElement").size(), 0u);
+
+    Array<CIMObject> objects = server().associators(admin(), ZDA_NS, snap, SYNC, CIMName(), "",
+        "", false, false, CIMPropertyList());
+    ASSERT_EQ(objects.size(), 1u);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(objects[0].getPath(), vol1));
+
+    // The module finds the relationship of a target by its SyncedElement role.
+    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, snap, SYNC,
+        "SyncedElement");
+    ASSERT_EQ(refs.size(), 1u);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(refs[0], "SystemElement"), vol1));
+    EXPECT_EQ(server().references(admin(), ZDA_NS, vol1, SYNC, "", false, false,
+        CIMPropertyList()).size(), 2u);
+    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, volume("vol3"), SYNC, "").size(), 0u);
+}
+
+TEST(SyncState, FollowsTheCopyRecord)
+{
+    struct Case { int type; Uint32 state; int progress; std::vector<int> expected; };
+    const Case cases[] = {
+        {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_NORMAL, 0, {4, 6, 2}},
+        {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_RESTORING, 0, {3, 10, 8}},
+        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_COPYING, 30, {3, 15, 6}},
+        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_NORMAL, 30, {6, 13, 18}},
+        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_COPY_INACTIVE, 100, {8, 11, 3}},
+        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_NORMAL, 100, {4, 6, 2}},
+        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_RESTORING, 100, {3, 10, 8}},
+    };
+    for (const Case& c : cases)
+    {
+        api_VVObj_t vv{};
+        vv.type = c.type;
+        vv.state = c.state;
+        vv.copyProgress = Uint8(c.progress);
+        Uint16 syncState = 0, copyState = 0, progress = 0;
+        ZDA_StorageSynchronizedProvider::getSyncState(&vv, &vv, syncState, copyState, progress);
+        EXPECT_EQ((std::vector<int>{copyState, syncState, progress}), c.expected)
+            << c.type << " " << c.state << " " << c.progress;
+    }
+}
+
+}  // namespace
