@@ -461,9 +461,10 @@ void writeQualifiers(XmlWriter& w, const Owner& owner)
         if (q.getPropagated())
             w.lit(" PROPAGATED=\"true\"");
         const CIMFlavor& f = q.getFlavor();
-        if (f.hasFlavor(CIMFlavor::DISABLEOVERRIDE))
+        // Overridable and propagated to subclasses unless the flavor says so.
+        if (!f.hasFlavor(CIMFlavor::OVERRIDABLE))
             w.lit(" OVERRIDABLE=\"false\"");
-        if (f.hasFlavor(CIMFlavor::RESTRICTED))
+        if (!f.hasFlavor(CIMFlavor::TOSUBCLASS))
             w.lit(" TOSUBCLASS=\"false\"");
         if (f.hasFlavor(CIMFlavor::TOINSTANCE))
             w.lit(" TOINSTANCE=\"true\"");
