@@ -9,6 +9,7 @@
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -21,108 +22,144 @@ namespace
 {
 // Bytes below 0x80 that need more than themselves: markup characters, and
 // whitespace that a reader would normalise (CR always, TAB/LF in attributes).
-inline bool needsEscape(unsigned c, bool attribute)
+struct EscapeTable
 {
-    if (c >= 0x20)
-        return c == '<' || c == '>' || c == '&' || (attribute && c == '"');
-    if (c == '\n' || c == '\t')
-        return attribute;
-    return true;
-}
+    bool text[128];
+    bool attribute[128];
+    EscapeTable()
+    {
+        for (unsigned c = 0; c < 128; c++)
+        {
+            bool markup = c == '<' || c == '>' || c == '&';
+            bool control = c < 0x20 && c != '\n' && c != '\t';
+            text[c] = markup || control;
+            attribute[c] = markup || c < 0x20 || c == '"';
+        }
+    }
+};
+const EscapeTable kEscape;
 
-void appendEscaped(std::string& out, unsigned c)
+// Writes the escaped form of ASCII c at out; returns its length (at most 6).
+std::size_t putEscaped(char* out, unsigned c)
 {
+    const char* entity = nullptr;
     switch (c)
     {
-    case '<': out.append("&lt;", 4); break;
-    case '>': out.append("&gt;", 4); break;
-    case '&': out.append("&amp;", 5); break;
-    case '"': out.append("&quot;", 6); break;
+    case '<': entity = "&lt;"; break;
+    case '>': entity = "&gt;"; break;
+    case '&': entity = "&amp;"; break;
+    case '"': entity = "&quot;"; break;
     default:
+        break;
+    }
+    if (entity)
     {
-        // Control characters travel as character references so that they
-        // survive; a reader that refuses them refuses them visibly.
-        char ref[8];
-        int n = std::snprintf(ref, sizeof ref, "&#%u;", c);
-        out.append(ref, std::size_t(n));
+        std::size_t n = std::strlen(entity);
+        std::memcpy(out, entity, n);
+        return n;
     }
-    }
+    // Control characters travel as character references so that they
+    // survive; a reader that refuses them refuses them visibly.
+    static const char digits[] = "0123456789";
+    std::size_t n = 0;
+    out[n++] = '&';
+    out[n++] = '#';
+    if (c >= 10)
+        out[n++] = digits[c / 10];
+    out[n++] = digits[c % 10];
+    out[n++] = ';';
+    return n;
 }
+
+// Longest output for one UTF-16 unit: an entity of 6 bytes, or 3 bytes of
+// UTF-8 (a surrogate pair gives 4 bytes for 2 units).
+const std::size_t kMaxBytesPerUnit = 6;
+const std::size_t kChunkUnits = 4096;
 }  // namespace
+
+void XmlWriter::grow(std::size_t needed)
+{
+    std::size_t capacity = std::max(needed, _capacity * 2);
+    std::unique_ptr<char[]> data(new char[capacity]);
+    std::memcpy(data.get(), _data.get(), _size);
+    _data = std::move(data);
+    _capacity = capacity;
+}
 
 void XmlWriter::escape(const Char16* s, std::size_t n, bool attribute)
 {
+    const bool* table = attribute ? kEscape.attribute : kEscape.text;
     std::size_t i = 0;
     while (i < n)
     {
-        // Runs of plain ASCII are copied in one go.
-        std::size_t start = _buffer.size();
-        _buffer.resize(start + (n - i));
-        char* out = &_buffer[start];
-        std::size_t k = 0;
-        while (i < n)
+        // Long strings go in chunks so that the buffer stays small.
+        std::size_t end = std::min(n, i + kChunkUnits);
+        reserve((end - i) * kMaxBytesPerUnit + 4);
+        char* out = _data.get() + _size;
+        char* const start = out;
+        while (i < end)
         {
-            unsigned c = s[i];
-            if (c >= 0x80 || needsEscape(c, attribute))
-                break;
-            out[k++] = char(c);
-            i++;
+            unsigned c = s[i++];
+            if (c < 0x80)
+            {
+                if (table[c])
+                    out += putEscaped(out, c);
+                else
+                    *out++ = char(c);
+                continue;
+            }
+            unsigned code = c;
+            if (c >= 0xD800 && c <= 0xDBFF && i < n && s[i] >= 0xDC00 && s[i] <= 0xDFFF)
+                code = 0x10000 + ((c - 0xD800) << 10) + (unsigned(s[i++]) - 0xDC00);
+            else if (c >= 0xD800 && c <= 0xDFFF)
+                code = 0xFFFD;  // a lone surrogate has no UTF-8 form
+            if (code < 0x800)
+            {
+                *out++ = char(0xC0 | (code >> 6));
+                *out++ = char(0x80 | (code & 0x3F));
+            }
+            else if (code < 0x10000)
+            {
+                *out++ = char(0xE0 | (code >> 12));
+                *out++ = char(0x80 | ((code >> 6) & 0x3F));
+                *out++ = char(0x80 | (code & 0x3F));
+            }
+            else
+            {
+                *out++ = char(0xF0 | (code >> 18));
+                *out++ = char(0x80 | ((code >> 12) & 0x3F));
+                *out++ = char(0x80 | ((code >> 6) & 0x3F));
+                *out++ = char(0x80 | (code & 0x3F));
+            }
         }
-        _buffer.resize(start + k);
-        if (i == n)
-            break;
-        unsigned c = s[i++];
-        if (c < 0x80)
-        {
-            appendEscaped(_buffer, c);
-            continue;
-        }
-        unsigned code = c;
-        if (c >= 0xD800 && c <= 0xDBFF && i < n && s[i] >= 0xDC00 && s[i] <= 0xDFFF)
-            code = 0x10000 + ((c - 0xD800) << 10) + (unsigned(s[i++]) - 0xDC00);
-        else if (c >= 0xD800 && c <= 0xDFFF)
-            code = 0xFFFD;  // a lone surrogate has no UTF-8 form
-        char u[4];
-        std::size_t len;
-        if (code < 0x800)
-        {
-            u[0] = char(0xC0 | (code >> 6));
-            u[1] = char(0x80 | (code & 0x3F));
-            len = 2;
-        }
-        else if (code < 0x10000)
-        {
-            u[0] = char(0xE0 | (code >> 12));
-            u[1] = char(0x80 | ((code >> 6) & 0x3F));
-            u[2] = char(0x80 | (code & 0x3F));
-            len = 3;
-        }
-        else
-        {
-            u[0] = char(0xF0 | (code >> 18));
-            u[1] = char(0x80 | ((code >> 12) & 0x3F));
-            u[2] = char(0x80 | ((code >> 6) & 0x3F));
-            u[3] = char(0x80 | (code & 0x3F));
-            len = 4;
-        }
-        _buffer.append(u, len);
+        _size += std::size_t(out - start);
+        if (_size >= _limit)
+            flush();
     }
-    if (_buffer.size() >= _limit)
-        flush();
 }
 
 void XmlWriter::escapeUtf8(const char* s, std::size_t n, bool attribute)
 {
-    for (std::size_t i = 0; i < n; i++)
+    const bool* table = attribute ? kEscape.attribute : kEscape.text;
+    std::size_t i = 0;
+    while (i < n)
     {
-        unsigned c = static_cast<unsigned char>(s[i]);
-        if (c < 0x80 && needsEscape(c, attribute))
-            appendEscaped(_buffer, c);
-        else
-            _buffer.push_back(char(c));
+        std::size_t end = std::min(n, i + kChunkUnits);
+        reserve((end - i) * kMaxBytesPerUnit);
+        char* out = _data.get() + _size;
+        char* const start = out;
+        for (; i < end; i++)
+        {
+            unsigned c = static_cast<unsigned char>(s[i]);
+            if (c < 0x80 && table[c])
+                out += putEscaped(out, c);
+            else
+                *out++ = char(c);
+        }
+        _size += std::size_t(out - start);
+        if (_size >= _limit)
+            flush();
     }
-    if (_buffer.size() >= _limit)
-        flush();
 }
 
 // ---- types ----

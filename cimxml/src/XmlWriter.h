@@ -8,6 +8,7 @@
 #include <cimxml/Codec.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 namespace cimxml
@@ -16,17 +17,21 @@ namespace cimxml
 class XmlWriter
 {
 public:
-    XmlWriter(Sink& sink, std::size_t bufferSize = 64 * 1024) : _sink(sink), _limit(bufferSize)
+    XmlWriter(Sink& sink, std::size_t bufferSize = 64 * 1024)
+        : _sink(sink), _limit(bufferSize), _capacity(bufferSize + 4096),
+          _data(new char[_capacity])
     {
-        _buffer.reserve(bufferSize + 1024);
     }
-    ~XmlWriter() = default;
+    XmlWriter(const XmlWriter&) = delete;
+    XmlWriter& operator=(const XmlWriter&) = delete;
 
     // Markup, written unchanged.
     void raw(const char* s, std::size_t n)
     {
-        _buffer.append(s, n);
-        if (_buffer.size() >= _limit)
+        reserve(n);
+        std::memcpy(_data.get() + _size, s, n);
+        _size += n;
+        if (_size >= _limit)
             flush();
     }
     void raw(const char* s) { raw(s, std::strlen(s)); }
@@ -47,7 +52,7 @@ public:
     // ` name="value"`
     void attr(const char* name, const String& value)
     {
-        raw(" ");
+        raw(" ", 1);
         raw(name);
         raw("=\"", 2);
         attrText(value);
@@ -55,7 +60,7 @@ public:
     }
     void attr(const char* name, const char* value)
     {
-        raw(" ");
+        raw(" ", 1);
         raw(name);
         raw("=\"", 2);
         attrText(value);
@@ -65,20 +70,29 @@ public:
     // Hands everything buffered to the sink.
     void flush()
     {
-        if (!_buffer.empty())
+        if (_size > 0)
         {
-            _sink.write(_buffer.data(), _buffer.size());
-            _buffer.clear();
+            _sink.write(_data.get(), _size);
+            _size = 0;
         }
     }
 
 private:
+    // Room for n more bytes.
+    void reserve(std::size_t n)
+    {
+        if (_size + n > _capacity)
+            grow(_size + n);
+    }
+    void grow(std::size_t needed);
     void escape(const Char16* s, std::size_t n, bool attribute);
     void escapeUtf8(const char* s, std::size_t n, bool attribute);
 
     Sink& _sink;
     std::size_t _limit;
-    std::string _buffer;
+    std::size_t _capacity;
+    std::unique_ptr<char[]> _data;
+    std::size_t _size = 0;
 };
 
 }  // namespace cimxml
