@@ -527,16 +527,39 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
 
 // ---- responses ----
 
+namespace
+{
+// Refusals quote what the client sent; never let that text fail again.
+String lossyString(const std::string& utf8)
+{
+    try
+    {
+        return String(utf8.data(), Uint32(utf8.size()));
+    }
+    catch (const Exception&)
+    {
+        std::string ascii;
+        for (char c : utf8)
+            ascii += (static_cast<unsigned char>(c) & 0x80) ? '?' : c;
+        return String(ascii.data(), Uint32(ascii.size()));
+    }
+}
+}  // namespace
+
 OperationResponse RequestRefused::response() const
 {
     OperationResponse r;
     r.messageId = messageId;
     r.intrinsic = intrinsic && findIntrinsic(methodName, r.operation);
     if (!r.intrinsic)
-        r.methodName = CIMName::legal(String(methodName.c_str())) ? CIMName(String(methodName.c_str()))
-                                                                   : CIMName("Unknown");
+    {
+        String name = lossyString(methodName);
+        // The response names the method; one the client misspelt cannot be
+        // echoed as a name, so a placeholder stands in.
+        r.methodName = CIMName::legal(name) ? CIMName(name) : CIMName("InvalidMethodName");
+    }
     r.errorCode = code;
-    r.errorDescription = String(what());
+    r.errorDescription = lossyString(what());
     return r;
 }
 

@@ -700,12 +700,58 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx)
 
 // ---- documents ----
 
+namespace
+{
+// Offset of the first byte that is not part of well-formed UTF-8, or size.
+std::size_t invalidUtf8At(const unsigned char* s, std::size_t size)
+{
+    std::size_t i = 0;
+    while (i < size)
+    {
+        unsigned c = s[i];
+        if (c < 0x80)
+        {
+            i++;
+            continue;
+        }
+        std::size_t length;
+        unsigned code;
+        if (c >= 0xC2 && c <= 0xDF)
+            length = 2, code = c & 0x1F;
+        else if (c >= 0xE0 && c <= 0xEF)
+            length = 3, code = c & 0x0F;
+        else if (c >= 0xF0 && c <= 0xF4)
+            length = 4, code = c & 0x07;
+        else
+            return i;
+        if (size - i < length)
+            return i;
+        for (std::size_t k = 1; k < length; k++)
+        {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return i;
+            code = (code << 6) | (s[i + k] & 0x3F);
+        }
+        if ((length == 3 && (code < 0x800 || (code >= 0xD800 && code <= 0xDFFF))) ||
+            (length == 4 && (code < 0x10000 || code > 0x10FFFF)))
+            return i;
+        i += length;
+    }
+    return size;
+}
+}  // namespace
+
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
                    const DecodeLimits& limits)
 {
     // parse_doctype keeps a document type in the tree so that it can be
     // refused; entities other than the five predefined ones and character
     // references are never expanded by the parser.
+    // Text becomes SDK strings, which hold Unicode only.
+    std::size_t bad = invalidUtf8At(reinterpret_cast<const unsigned char*>(data), size);
+    if (bad != size)
+        throw DecodeError(DecodeFailure::NotWellFormed,
+                          "the document is not UTF-8 (byte " + std::to_string(bad) + ")");
     unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single;
     pugi::xml_parse_result result = doc.load_buffer(data, size, options, pugi::encoding_utf8);
     if (!result)
