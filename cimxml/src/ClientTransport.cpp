@@ -106,7 +106,7 @@ public:
             _local.reset(new asio::local::stream_protocol::socket(_io));
             _local->async_connect(asio::local::stream_protocol::endpoint(_endpoint.socketPath),
                                   [&](error_code e) { ec = e; });
-            run("connecting");
+            run();
             if (ec)
                 cannotConnect(ec.message());
             return;
@@ -119,7 +119,7 @@ public:
                                    ec = e;
                                    addresses = r;
                                });
-        run("resolving the host name");
+        run();
         if (ec)
             cannotConnect(ec.message());
 
@@ -127,7 +127,7 @@ public:
         {
             _tcp.reset(new tcp::socket(_io));
             asio::async_connect(*_tcp, addresses, [&](error_code e, const tcp::endpoint&) { ec = e; });
-            run("connecting");
+            run();
             if (ec)
                 cannotConnect(ec.message());
             _tcp->set_option(tcp::no_delay(true), ec);
@@ -137,7 +137,7 @@ public:
         _tls.reset(new asio::ssl::stream<tcp::socket>(_io, _tlsContext));
         asio::async_connect(_tls->lowest_layer(), addresses,
                             [&](error_code e, const tcp::endpoint&) { ec = e; });
-        run("connecting");
+        run();
         if (ec)
             cannotConnect(ec.message());
         _tls->lowest_layer().set_option(tcp::no_delay(true), ec);
@@ -154,7 +154,7 @@ public:
                 X509_VERIFY_PARAM_set1_host(param, _endpoint.host.c_str(), 0);
         }
         _tls->async_handshake(asio::ssl::stream_base::client, [&](error_code e) { ec = e; });
-        run("the TLS handshake");
+        run();
         if (ec)
         {
             std::string reason = ec.message();
@@ -192,13 +192,13 @@ public:
         withStream([&](auto& stream) {
             bhttp::async_write(stream, request, [&](error_code e, std::size_t) { ec = e; });
         });
-        run("sending the request");
+        run();
         if (ec)
             return false;
         withStream([&](auto& stream) {
             bhttp::async_read(stream, _buffer, parser, [&](error_code e, std::size_t) { ec = e; });
         });
-        run("waiting for the response");
+        run();
         if (!ec)
             return true;
         if (!parser.got_some() &&
@@ -229,7 +229,7 @@ private:
 
     // Runs the pending operation to its end or until the timeout; on
     // timeout the connection is closed and ConnectionTimeoutException thrown.
-    void run(const char* what)
+    void run()
     {
         _io.restart();
         _io.run_for(_timeout);
@@ -238,7 +238,6 @@ private:
         close();
         _io.restart();
         _io.run();  // let the aborted operations finish
-        (void)what;
         throw ConnectionTimeoutException();
     }
 

@@ -67,6 +67,30 @@ std::string utf8(const String& s)
 }
 }  // namespace
 
+std::string extensionHeaderPrefix(const std::string& manHeader)
+{
+    std::string value = lower(manHeader);
+    if (value.find("http://www.dmtf.org/cim/mapping/http/v1.0") == std::string::npos)
+        return std::string();
+    std::size_t ns = value.find("ns");
+    while (ns != std::string::npos)
+    {
+        std::size_t eq = value.find_first_not_of(" \t", ns + 2);
+        if (eq != std::string::npos && value[eq] == '=')
+        {
+            std::size_t b = value.find_first_not_of(" \t", eq + 1);
+            std::size_t e = b;
+            while (e < value.size() && std::isdigit(static_cast<unsigned char>(value[e])))
+                e++;
+            if (b != std::string::npos && e > b && e - b <= 2)
+                return value.substr(b, e - b) + "-";
+            return std::string();
+        }
+        ns = value.find("ns", ns + 2);
+    }
+    return std::string();
+}
+
 bool isXmlContentType(const std::string& contentType)
 {
     std::string value = lower(contentType);

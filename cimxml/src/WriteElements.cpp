@@ -638,6 +638,14 @@ void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance)
 
 void writeObjectWithPath(XmlWriter& w, const CIMConstObject& object)
 {
+    if (object.getPath().getNameSpace().isNull())
+    {
+        // Without a namespace there is no path to give: the object alone.
+        w.lit("<VALUE.OBJECT>");
+        writeObject(w, object);
+        w.lit("</VALUE.OBJECT>");
+        return;
+    }
     w.lit("<VALUE.OBJECTWITHPATH>");
     const CIMObjectPath& path = object.getPath();
     if (object.isClass())

@@ -33,6 +33,12 @@ Refusal refusalFor(DecodeFailure failure);
 Refusal unsupportedOperation();   // no or wrong CIMOperation header: 400 unsupported-operation
 Refusal headerMismatch();         // CIMMethod/CIMObject disagree with the body: 400 header-mismatch
 
+// The prefix of the CIM headers of an M-POST request: "73-" for
+// `Man: http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73`; empty when the
+// Man header does not name the CIM mapping (the request is then no CIM
+// operation).
+std::string extensionHeaderPrefix(const std::string& manHeader);
+
 // True for application/xml and text/xml with no charset or a UTF-8 one,
 // quoted or not, in any letter case ("text/xml;charset=UTF-8").
 bool isXmlContentType(const std::string& contentType);

@@ -743,7 +743,7 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
                                 "</IPARAMVALUE></IMETHODCALL>");
     decodeRequestText(valid);  // the base line is accepted
 
-    std::string deep = request("<IMETHODCALL NAME=\"DeleteClass\">" + std::string(kZda) +
+    std::string withNuls = request("<IMETHODCALL NAME=\"DeleteClass\">" + std::string(kZda) +
                                std::string(100000, '\0') + "</IMETHODCALL>");
     std::string nest;
     for (int i = 0; i < 100000; i++)
@@ -797,7 +797,11 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
                  "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"9 bad\"/>"
                  "</IPARAMVALUE></IMETHODCALL>"),
          DecodeFailure::NotValid},
-        {"nul bytes", deep, DecodeFailure::NotWellFormed},
+        {"nul bytes", withNuls, DecodeFailure::NotWellFormed},
+        {"not utf-8", request("<IMETHODCALL NAME=\"Get\xC0\xAF" "Class\"/>"),
+         DecodeFailure::NotWellFormed},
+        {"utf-16 surrogate in utf-8", request("<IMETHODCALL NAME=\"\xED\xA0\x80\"/>"),
+         DecodeFailure::NotWellFormed},
     };
     for (const Case& c : cases)
     {
@@ -883,6 +887,11 @@ TEST(CimXmlHttp, HeaderRules)
     OperationRequest get = intrinsic(Intrinsic::GetClass);
     EXPECT_TRUE(http::headersMatch(get, "GetClass", "ROOT/zda"));
     EXPECT_FALSE(http::headersMatch(get, "GetClass", "root/other"));
+
+    EXPECT_EQ("73-", http::extensionHeaderPrefix(
+                         "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73"));
+    EXPECT_EQ("", http::extensionHeaderPrefix("http://example.com/other ; ns=73"));
+    EXPECT_EQ("", http::extensionHeaderPrefix("http://www.dmtf.org/cim/mapping/http/v1.0"));
 
     EXPECT_EQ(400u, http::refusalFor(DecodeFailure::NotWellFormed).status);
     EXPECT_EQ("request-not-well-formed", http::refusalFor(DecodeFailure::NotWellFormed).cimError);
