@@ -155,6 +155,53 @@ void   zdasim_clock_advance(long seconds);
 void   zdasim_clock_use_real(void);
 time_t zdasim_clock_now(void);
 
+/* ---- descriptions, the demo array, the state file -------------------------------- */
+
+/* Replaces the array with the demo array compiled into the library, the
+ * array a new process starts with (docs/demo-array.md). */
+void zdasim_reset_demo_array(void);
+
+/* Replaces the array with the array description in the file `path`
+ * (docs/array-description.md). Returns 0, or -1 with the reason in `error`
+ * ("<file>: <field>: <what is wrong>"); a description that does not load
+ * leaves the array as it was. Ledgers, journal, faults and the clock are
+ * left alone; relative times in the description count from the clock. */
+int zdasim_load_description_file(const char* path, char* error, size_t size);
+/* The same for a description held in `text`; `origin` names it in errors. */
+int zdasim_load_description_text(const char* text, const char* origin, char* error, size_t size);
+/* Writes the array as a description to `path` (atomically). 0, or -1 with
+ * the reason in `error`. */
+int zdasim_save_description_file(const char* path, char* error, size_t size);
+
+/* Keeps the array in the state file `path`: when the file exists the array
+ * is loaded from it (as zdasim_load_description_file; on failure nothing
+ * changes and no file is kept), otherwise the present array is written to
+ * it. From then on the file is rewritten atomically (write, flush, rename)
+ * after every call that changes the array and every control that replaces
+ * it. 0, or -1 with the reason in `error`. */
+int zdasim_state_file_open(const char* path, char* error, size_t size);
+/* Stops keeping the array in a file (the file stays as it is). */
+void zdasim_state_file_close(void);
+
+/* ---- remote copy and tasks ---------------------------------------------------------- */
+
+/* Sets the status (RM_TARGET_*) of a remote copy target, as a failing or
+ * repaired link would. A group started on a target that is not ready
+ * stops there at the next call, its synchronisation failing. 0 or
+ * API_E_NOT_FOUND. */
+int zdasim_rcopy_target_set_status(const char* target, int status);
+
+/* Starts a physical copy: a new volume `clone` copied from `source`, the
+ * copy running as a task for `seconds` of the array's clock. With
+ * failAtPercent 0..99 the copy fails on reaching that share (-1: never).
+ * *tid (when not NULL) gets the task id. 0 or an API_E_* code. */
+int zdasim_clone_start(const char* source, const char* clone, long seconds, int failAtPercent,
+                       uint32_t* tid);
+
+/* Makes an active task fail, with `text`, at the next step of the clock.
+ * 0, or API_E_NOT_FOUND when no such task is active. */
+int zdasim_task_fail(uint32_t tid, const char* text);
+
 #ifdef __cplusplus
 }
 #endif

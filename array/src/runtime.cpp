@@ -298,8 +298,10 @@ void LogSink::clearCaptured() {
 // ---- Runtime --------------------------------------------------------------------------
 
 Runtime::Runtime() {
-    // Parts kept in files of their own register here with model.addPart.
-    loadTestArray(model, clock.now());
+    model.addPart(&tasks);
+    model.addPart(&rcopy);
+    model.addPart(&stateFile);
+    startArray(*this);
 }
 
 Runtime& runtime() {

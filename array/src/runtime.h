@@ -18,6 +18,9 @@
 #include <vector>
 
 #include "model.h"
+#include "rcopy_model.h"
+#include "state_file.h"
+#include "task_model.h"
 #include "zdasim_control.h"
 
 namespace zdasim {
@@ -151,6 +154,11 @@ struct Runtime {
     Faults faults;
     LogSink log;
     Clock clock;
+    // Parts of the model kept in files of their own, in the order the
+    // clock advances them: tasks end before remote copy reads them.
+    Tasks tasks;
+    RemoteCopy rcopy{tasks};
+    StateFile stateFile{rcopy, tasks, faults, log};
 };
 
 // The one instance, made on first use.
@@ -158,5 +166,10 @@ Runtime& runtime();
 
 // Loads the built-in test array into `model` (which must be empty).
 void loadTestArray(ArrayModel& model, time_t now);
+
+// Replaces the array with the demo array compiled into the library; the
+// caller holds the model mutex (or is the Runtime being made). Returns ""
+// or why the demo array did not load.
+std::string loadDemoArray(Runtime& rt);
 
 }  // namespace zdasim

@@ -61,7 +61,9 @@ public:
     // without includeClassOrigin, no class origin on properties and
     // methods; a non-null propertyList keeps only the properties it names
     // (methods are not affected). Properties come inherited first, in
-    // superclass order. Throws CIMException CIM_ERR_INVALID_NAMESPACE or
+    // superclass order. Keys and the association flag are qualifiers: a
+    // class fetched without qualifiers reports neither (getKeyNames,
+    // isAssociation). Throws CIMException CIM_ERR_INVALID_NAMESPACE or
     // CIM_ERR_NOT_FOUND.
     Pegasus::CIMClass getClass(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
                                bool localOnly = true, bool includeQualifiers = true,

@@ -1,3 +1,6 @@
+#ifndef PEGASUS_USE_DEPRECATED_INTERFACES
+#define PEGASUS_USE_DEPRECATED_INTERFACES
+#endif
 #include "CIMValueRep.h"
 
 #include <cstdio>
@@ -178,6 +181,46 @@ PEGASUS_VALUE_MEMBERS(String, const String&)
 PEGASUS_VALUE_MEMBERS(CIMDateTime, const CIMDateTime&)
 PEGASUS_VALUE_MEMBERS(CIMObjectPath, const CIMObjectPath&)
 #undef PEGASUS_VALUE_MEMBERS
+
+// The deprecated char members treat char as sint8.
+namespace
+{
+
+Array<Sint8> toSint8(const Array<char>& x)
+{
+    Array<Sint8> result;
+    result.reserveCapacity(x.size());
+    for (Uint32 i = 0; i < x.size(); i++)
+        result.append(Sint8(x[i]));
+    return result;
+}
+
+} // namespace
+
+CIMValue::CIMValue(char x) : _rep(makeScalar<Sint8>(Sint8(x))) {}
+CIMValue::CIMValue(const Array<char>& x) : _rep(makeArray<Sint8>(toSint8(x))) {}
+void CIMValue::set(char x) { _rep = makeScalar<Sint8>(Sint8(x)); }
+void CIMValue::set(const Array<char>& x) { _rep = makeArray<Sint8>(toSint8(x)); }
+
+void CIMValue::get(char& x) const
+{
+    Sint8 value = Sint8(x);
+    get(value);
+    x = char(value);
+}
+
+void CIMValue::get(Array<char>& x) const
+{
+    Array<Sint8> values;
+    get(values);
+    if (isNull())
+        return;
+    Array<char> result;
+    result.reserveCapacity(values.size());
+    for (Uint32 i = 0; i < values.size(); i++)
+        result.append(char(values[i]));
+    x = result;
+}
 
 CIMValue::CIMValue(const CIMValue& x) : _rep(x._rep) {}
 

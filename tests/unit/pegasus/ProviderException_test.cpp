@@ -3,6 +3,8 @@
 // the broken exchange.
 #include <Pegasus/Provider/ProviderException.h>
 #include <Pegasus/Client/CIMClientException.h>
+#include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Common/InternalException.h>
 
 #include <gtest/gtest.h>
 
@@ -60,6 +62,9 @@ TEST(ProviderExceptionTest, EachFixesItsCodeAndKeepsTheMessage)
             const CIMException& asCIM = e;
             EXPECT_EQ(c.code, asCIM.getCode());
             EXPECT_EQ(message, asCIM.getMessage());
+            // The error description a client receives.
+            EXPECT_EQ(String(cimStatusCodeToString(c.code)) + ": " + message,
+                TraceableCIMException(asCIM).getDescription());
         }
     }
 }

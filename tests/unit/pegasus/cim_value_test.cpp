@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#define PEGASUS_USE_DEPRECATED_INTERFACES
+
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMProperty.h>
@@ -29,6 +31,19 @@ TEST(CIMValueTest, ConstructionTraps)
     EXPECT_EQ(CIMValue(Uint64(5)).getType(), CIMTYPE_UINT64);
     EXPECT_EQ(CIMValue(1.5f).getType(), CIMTYPE_REAL32);
     EXPECT_EQ(CIMValue(Char16('x')).getType(), CIMTYPE_CHAR16);
+}
+
+TEST(CIMValueTest, DeprecatedCharIsSint8)
+{
+    CIMValue v('a');
+    EXPECT_EQ(v.getType(), CIMTYPE_SINT8);
+    char c = 0;
+    v.get(c);
+    EXPECT_EQ(c, 'a');
+    Array<char> chars(2, 'x');
+    Array<Sint8> bytes;
+    CIMValue(chars).get(bytes);
+    EXPECT_EQ(bytes.size(), 2u);
 }
 
 TEST(CIMValueTest, DefaultAndTypedNulls)

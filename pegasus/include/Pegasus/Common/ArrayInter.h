@@ -5,6 +5,7 @@
 #include <Pegasus/Common/Array.h>
 
 #include <atomic>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -279,7 +280,8 @@ void Array<T>::_insert(Uint32 index, const T* items, Uint32 n)
 
     bool inPlace = _rep && index == oldSize && newSize <= _rep->capacity
         && _rep->refs.load(std::memory_order_acquire) == 1
-        && !(items >= _rep->items && items < _rep->items + oldSize);
+        && !(std::less_equal<const T*>()(_rep->items, items)
+             && std::less<const T*>()(items, _rep->items + oldSize));
     if (inPlace)
     {
         // Keep the array unchanged if a copy throws.

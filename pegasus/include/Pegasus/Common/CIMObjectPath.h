@@ -2,7 +2,8 @@
 // CIMObjectPath: the path of a class or instance:
 //   [//host/][namespace:]className[.key=value{,key=value}]
 //
-// Both are plain values (copies are independent). Key bindings of a path are
+// Both are plain values (copies are independent and may be used in
+// different threads; one object must not be changed by two threads at once). Key bindings of a path are
 // always kept sorted by name (ignoring case), and the text of every
 // REFERENCE key is kept in the canonical form of the path it holds.
 #ifndef Pegasus_CIMObjectPath_h

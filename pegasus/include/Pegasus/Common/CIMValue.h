@@ -1,7 +1,8 @@
 // CIMValue: a typed CIM value, scalar or array, possibly null.
 //
 // A plain value: copies share one representation until one of them is
-// changed. A default value is a null boolean scalar. Object and instance
+// changed, so copies may be used and changed in different threads; one
+// CIMValue object must not be changed by two threads at once. A default value is a null boolean scalar. Object and instance
 // values are cloned when stored and again when read, so a value never
 // aliases the caller's object.
 //
