@@ -567,7 +567,8 @@ TEST(CimXmlOperations, GetPropertyResultIsUntypedTextAndSetPropertyValueToo)
     set.parameters.append(CIMParamValue("InstanceName", CIMValue(volumePath())));
     set.parameters.append(CIMParamValue("PropertyName", CIMValue(String("Size"))));
     set.parameters.append(CIMParamValue("NewValue", CIMValue(Uint64(9)), false));
-    const CIMParamValue* v = requestRoundTrip(set).find("NewValue");
+    OperationRequest got = requestRoundTrip(set);
+    const CIMParamValue* v = got.find("NewValue");
     ASSERT_TRUE(v);
     EXPECT_FALSE(v->isTyped());
     EXPECT_TRUE(v->getValue() == CIMValue(String("9")));
