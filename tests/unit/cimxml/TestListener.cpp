@@ -217,6 +217,16 @@ public:
                 owner.keepAlive.push_back(this->shared_from_this());
                 return;
             }
+            if (!owner.options.rawAnswer.empty())
+            {
+                auto self = this->shared_from_this();
+                asio::async_write(stream, asio::buffer(owner.options.rawAnswer),
+                                  [self](error_code, std::size_t) {
+                                      error_code ignored;
+                                      beast::get_lowest_layer(self->stream).close(ignored);
+                                  });
+                return;
+            }
             response = owner.answer(request);
             auto self = this->shared_from_this();
             bhttp::async_write(stream, response, [self](error_code ec, std::size_t) {

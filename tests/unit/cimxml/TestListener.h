@@ -32,6 +32,7 @@ public:
         std::string requiredAuthorization;  // exact Authorization header, if not empty
         bool closeAfterEachResponse = false;
         bool neverAnswer = false;       // read requests, never respond
+        std::string rawAnswer;          // if set: sent verbatim to every request, then closed
     };
 
     // Starts listening at once; the destructor stops and joins.

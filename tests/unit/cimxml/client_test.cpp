@@ -287,6 +287,97 @@ TEST_F(CimXmlClient, ConnectionProblemsSurfaceAsTheSdksExceptions)
     }
 }
 
+TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
+{
+    const std::string xml = "application/xml; charset=utf-8";
+    auto answer = [&](const std::string& headers, const std::string& body) {
+        return "HTTP/1.1 200 OK\r\nContent-Type: " + xml + "\r\n" + headers +
+               "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    };
+    const std::string names =
+        "<?xml version=\"1.0\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
+        "PROTOCOLVERSION=\"1.0\"><SIMPLERSP><IMETHODRESPONSE NAME=\"EnumerateClassNames\">"
+        "<IRETURNVALUE><CLASSNAME NAME=\"ZDA_A\"/></IRETURNVALUE></IMETHODRESPONSE></SIMPLERSP>"
+        "</MESSAGE></CIM>";
+    std::string otherMessage = names;
+    otherMessage.replace(otherMessage.find("ID=\"1\""), 6, "ID=\"2\"");
+    std::string chunked = "HTTP/1.1 200 OK\r\nContent-Type: " + xml +
+                          "\r\nTransfer-Encoding: chunked\r\nTrailer: CIMStatusCode\r\n\r\n";
+    std::string firstHalf = names.substr(0, 100), secondHalf = names.substr(100);
+    auto chunk = [](const std::string& s) {
+        char size[16];
+        std::snprintf(size, sizeof size, "%zx\r\n", s.size());
+        return size + s + "\r\n";
+    };
+
+    enum Outcome { Works, CimError, HttpError, Malformed, BadXml, WrongAnswer };
+    struct Case
+    {
+        const char* label;
+        std::string raw;
+        Outcome outcome;
+    };
+    std::vector<Case> cases = {
+        {"plain", answer("", names), Works},
+        {"chunked", chunked + chunk(firstHalf) + chunk(secondHalf) + "0\r\n\r\n", Works},
+        {"error in the trailer",
+         chunked + chunk(firstHalf) + "0\r\nCIMStatusCode: 27\r\nCIMStatusCodeDescription: "
+                                      "out%20of%20memory\r\n\r\n",
+         CimError},
+        {"http error",
+         "HTTP/1.1 501 Not Implemented\r\nCIMError: unsupported-cim-version\r\n"
+         "Content-Length: 0\r\n\r\n",
+         HttpError},
+        {"not http", "SSH-2.0-OpenSSH_9.2\r\n\r\n", Malformed},
+        {"not xml content", "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n"
+                            "Content-Length: 2\r\n\r\nhi", Malformed},
+        {"not cim-xml", answer("", "<html/>"), BadXml},
+        {"truncated xml", answer("", names.substr(0, names.size() - 20)), BadXml},
+        {"another message", answer("", otherMessage), WrongAnswer},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.label);
+        TestListener::Options options;
+        options.rawAnswer = c.raw;
+        TestListener listener(backend, options);
+        CIMClient client;
+        client.connect("127.0.0.1", listener.port(), "", "");
+        Outcome got = Works;
+        std::string message;
+        try
+        {
+            Array<CIMName> result = client.enumerateClassNames(kNs, CIMName(), false);
+            EXPECT_EQ(1u, result.size());
+        }
+        catch (const CIMException& e)
+        {
+            got = CimError;
+            EXPECT_EQ(27, int(e.getCode()));
+            EXPECT_EQ("out of memory", str(e.getMessage()));
+        }
+        catch (const CIMClientHTTPErrorException& e)
+        {
+            got = HttpError;
+            EXPECT_EQ(501u, e.getCode());
+            EXPECT_EQ("unsupported-cim-version", str(e.getCIMError()));
+        }
+        catch (const CIMClientMalformedHTTPException&)
+        {
+            got = Malformed;
+        }
+        catch (const CIMClientXmlException&)
+        {
+            got = BadXml;
+        }
+        catch (const CIMClientResponseException&)
+        {
+            got = WrongAnswer;
+        }
+        EXPECT_EQ(c.outcome, got);
+    }
+}
+
 TEST_F(CimXmlClient, ReconnectsWhenTheServerClosesBetweenRequests)
 {
     TestListener::Options options;
