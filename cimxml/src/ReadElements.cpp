@@ -61,9 +61,38 @@ pugi::xml_node requireChild(const pugi::xml_node& e, const char* name)
     return c;
 }
 
+// The document was checked to be UTF-8 when it was parsed, so this decodes
+// without checks; most text is ASCII and is widened directly.
 String toString(const char* utf8)
 {
-    return String(utf8, Uint32(std::strlen(utf8)));
+    thread_local std::vector<Char16> units;
+    units.clear();
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(utf8);
+    while (*s)
+    {
+        unsigned c = *s++;
+        if (c < 0x80)
+        {
+            units.push_back(Char16(Uint16(c)));
+            continue;
+        }
+        unsigned extra = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : 1;
+        unsigned code = c & (0x3F >> extra);
+        for (unsigned k = 0; k < extra && *s; k++)
+            code = (code << 6) | (*s++ & 0x3F);
+        if (code >= 0x10000)
+        {
+            code -= 0x10000;
+            units.push_back(Char16(Uint16(0xD800 + (code >> 10))));
+            units.push_back(Char16(Uint16(0xDC00 + (code & 0x3FF))));
+        }
+        else
+            units.push_back(Char16(Uint16(code)));
+    }
+    String result = units.empty() ? String() : String(units.data(), Uint32(units.size()));
+    if (units.capacity() > (1u << 20))
+        std::vector<Char16>().swap(units);  // do not keep a huge buffer per thread
+    return result;
 }
 
 std::string trimmed(const char* s)
