@@ -7,6 +7,8 @@
 
 #include <pugixml.hpp>
 
+#include <cstring>
+
 namespace cimxml
 {
 
@@ -39,6 +41,14 @@ void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance);
 void writeObjectWithPath(XmlWriter& w, const CIMConstObject& object);
 
 // ---- reading ----
+
+// Element navigation that skips text, comments and processing instructions.
+inline bool isElement(const pugi::xml_node& e, const char* name)
+{
+    return std::strcmp(e.name(), name) == 0;
+}
+pugi::xml_node firstElement(const pugi::xml_node& parent);  // or an empty node
+pugi::xml_node nextElement(const pugi::xml_node& sibling);  // or an empty node
 
 // Reading state: the limits and how deep in embedded objects we are.
 struct ReadContext

@@ -15,23 +15,7 @@ namespace
 {
 inline bool is(const pugi::xml_node& e, const char* name)
 {
-    return std::strcmp(e.name(), name) == 0;
-}
-
-pugi::xml_node firstElement(const pugi::xml_node& e)
-{
-    for (pugi::xml_node c = e.first_child(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element)
-            return c;
-    return pugi::xml_node();
-}
-
-pugi::xml_node nextElement(const pugi::xml_node& e)
-{
-    for (pugi::xml_node c = e.next_sibling(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element)
-            return c;
-    return pugi::xml_node();
+    return isElement(e, name);
 }
 
 std::string utf8(const String& s)

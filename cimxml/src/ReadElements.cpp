@@ -24,19 +24,6 @@ void invalid(const std::string& message)
     throw DecodeError(DecodeFailure::NotValid, message);
 }
 
-namespace
-{
-inline bool is(const pugi::xml_node& e, const char* name)
-{
-    return std::strcmp(e.name(), name) == 0;
-}
-
-std::string elementName(const pugi::xml_node& e)
-{
-    return std::string(e.name());
-}
-
-// The first child element, or an empty node.
 pugi::xml_node firstElement(const pugi::xml_node& e)
 {
     for (pugi::xml_node c = e.first_child(); c; c = c.next_sibling())
@@ -51,6 +38,18 @@ pugi::xml_node nextElement(const pugi::xml_node& e)
         if (c.type() == pugi::node_element)
             return c;
     return pugi::xml_node();
+}
+
+namespace
+{
+inline bool is(const pugi::xml_node& e, const char* name)
+{
+    return isElement(e, name);
+}
+
+std::string elementName(const pugi::xml_node& e)
+{
+    return std::string(e.name());
 }
 
 pugi::xml_node requireChild(const pugi::xml_node& e, const char* name)
