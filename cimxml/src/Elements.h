@@ -88,8 +88,10 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx);
 
 // Parses a document with the reader's safety rules: no document type, no
 // entity declarations, depth and attribute sizes bounded. Throws DecodeError.
+// With writableData (the same bytes as data) the parser works in that buffer
+// instead of a copy; the buffer must then outlive doc.
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits);
+                   const DecodeLimits& limits, char* writableData = nullptr);
 
 }  // namespace cimxml
 

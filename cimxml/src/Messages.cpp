@@ -636,10 +636,29 @@ void encodeResponse(const OperationResponse& r, Sink& sink)
     w.flush();
 }
 
+namespace
+{
+OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits& limits);
+}
+
 OperationResponse decodeResponse(const char* data, std::size_t size, const DecodeLimits& limits)
 {
     pugi::xml_document doc;
     parseDocument(doc, data, size, limits);
+    return readResponse(doc, limits);
+}
+
+OperationResponse decodeResponseInPlace(char* data, std::size_t size, const DecodeLimits& limits)
+{
+    pugi::xml_document doc;
+    parseDocument(doc, data, size, limits, data);
+    return readResponse(doc, limits);
+}
+
+namespace
+{
+OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits& limits)
+{
     OperationResponse response;
     pugi::xml_node body = openEnvelope(doc, response.messageId);
     if (!is(body, "SIMPLERSP"))
@@ -716,6 +735,7 @@ OperationResponse decodeResponse(const char* data, std::size_t size, const Decod
     }
     return response;
 }
+}  // namespace
 
 // ---- streaming ----
 

@@ -770,18 +770,20 @@ std::size_t invalidUtf8At(const unsigned char* s, std::size_t size)
 }  // namespace
 
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits)
+                   const DecodeLimits& limits, char* writableData)
 {
-    // parse_doctype keeps a document type in the tree so that it can be
-    // refused; entities other than the five predefined ones and character
-    // references are never expanded by the parser.
     // Text becomes SDK strings, which hold Unicode only.
     std::size_t bad = invalidUtf8At(reinterpret_cast<const unsigned char*>(data), size);
     if (bad != size)
         throw DecodeError(DecodeFailure::NotWellFormed,
                           "the document is not UTF-8 (byte " + std::to_string(bad) + ")");
+    // parse_doctype keeps a document type in the tree so that it can be
+    // refused; entities other than the five predefined ones and character
+    // references are never expanded by the parser.
     unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single;
-    pugi::xml_parse_result result = doc.load_buffer(data, size, options, pugi::encoding_utf8);
+    pugi::xml_parse_result result =
+        writableData ? doc.load_buffer_inplace(writableData, size, options, pugi::encoding_utf8)
+                     : doc.load_buffer(data, size, options, pugi::encoding_utf8);
     if (!result)
         throw DecodeError(DecodeFailure::NotWellFormed,
                           std::string("XML error at offset ") + std::to_string(result.offset) +
