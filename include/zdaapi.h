@@ -16,5 +16,6 @@
 #include "zdaapi_rcopy.h"
 #include "zdaapi_tasks.h"
 #include "zdaapi_copies.h"
+#include "zdaapi_settings.h"
 
 #endif /* ZDAAPI_H */

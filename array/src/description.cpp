@@ -331,6 +331,32 @@ void readCpgs(Obj& top, ArrayModel& m) {
     });
 }
 
+void readSettings(Obj& top, ArrayModel& m) {
+    top.each("settings", [&](const json& j, const std::string& path) {
+        Obj o(j, path, top.now());
+        Setting s;
+        api_setting_t& r = s.record;
+        const std::string name = o.name("name");
+        if (m.settings.count(name)) fail(o.at("name"), "setting " + q(name) + " is described twice");
+        copyText(r.name, name);
+        copyText(r.comment, o.str("comment", "", 256));
+        r.baseId = o.u32("baseId");
+        r.expirationSeconds = o.u32("expirationSeconds");
+        r.retentionSeconds = o.u32("retentionSeconds");
+        for (auto [key, field] : {std::make_pair("userCpg", r.userCpg), std::make_pair("snapCpg", r.snapCpg)}) {
+            const std::string cpg = o.str(key);
+            if (!cpg.empty() && !m.findCpg(cpg)) fail(o.at(key), "CPG " + q(cpg) + " is not described under cpgs");
+            copyText(field, API_NAME_LEN, cpg);
+        }
+        r.dataRedundancyGoal = static_cast<uint16_t>(o.num("dataRedundancyGoal", 0, 0, 0xFFFF));
+        r.packageRedundancyGoal = static_cast<uint16_t>(o.num("packageRedundancyGoal", 0, 0, 0xFFFF));
+        r.deltaReservationGoal = static_cast<uint8_t>(o.num("deltaReservationGoal", 0, 0, 100));
+        r.noSinglePointOfFailure = o.flag("noSinglePointOfFailure") ? 1 : 0;
+        o.done();
+        m.settings[name] = s;
+    });
+}
+
 void readVolumes(Obj& top, ArrayModel& m, Tasks& tasks) {
     top.each("volumes", [&](const json& j, const std::string& path) {
         Obj o(j, path, top.now());
@@ -789,6 +815,7 @@ std::string parseDescription(const std::string& text, const std::string& origin,
         if (top.has("system")) readSystem(top.child("system"), m.system);
         readRoles(top, m);
         readCpgs(top, m);
+        readSettings(top, m);
         readTasks(top, tasks);
         readVolumes(top, m, tasks);
         readSets(top, m);
@@ -823,6 +850,17 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
     doc["cpgs"] = json::array();
     for (const auto& [id, c] : m.cpgs)
         doc["cpgs"].push_back({{"name", c.name}, {"domain", c.domain}, {"totalMiB", c.totalMiB}, {"raid", c.raidType}});
+    doc["settings"] = json::array();
+    for (const auto& [name, s] : m.settings) {
+        const api_setting_t& r = s.record;
+        doc["settings"].push_back({{"name", name}, {"comment", r.comment}, {"baseId", r.baseId},
+                                   {"expirationSeconds", r.expirationSeconds}, {"retentionSeconds", r.retentionSeconds},
+                                   {"userCpg", r.userCpg}, {"snapCpg", r.snapCpg},
+                                   {"dataRedundancyGoal", r.dataRedundancyGoal},
+                                   {"packageRedundancyGoal", r.packageRedundancyGoal},
+                                   {"deltaReservationGoal", r.deltaReservationGoal},
+                                   {"noSinglePointOfFailure", r.noSinglePointOfFailure != 0}});
+    }
     doc["volumes"] = json::array();
     // Parents before their copies, as a reader needs them.
     std::vector<const Volume*> order;

@@ -27,6 +27,7 @@ void ArrayModel::clear() {
     users.clear();
     cpgs.clear();
     ports.clear();
+    settings.clear();
     events.clear();
     volumes_.clear();
     volumeByName_.clear();

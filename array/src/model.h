@@ -65,6 +65,11 @@ struct Cpg {
     int raidType = 3;
 };
 
+// A storage setting: the record as callers read and write it.
+struct Setting {
+    api_setting_t record{};
+};
+
 struct Volume {
     uint32_t id = 0;
     std::string name;
@@ -140,6 +145,7 @@ public:
     std::map<std::string, User> users;
     std::map<uint32_t, Cpg> cpgs;
     std::vector<Port> ports;
+    std::map<std::string, Setting> settings;  // by name
     std::deque<EventRecord> events;
     static constexpr size_t kMaxEvents = 10000;
 

@@ -167,3 +167,79 @@ TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions) {
 
 }  // namespace
 }  // namespace zdatest
+
+namespace zdatest {
+namespace {
+
+api_setting_t setting(const char* name) {
+    api_setting_t s{};
+    std::strncpy(s.name, name, sizeof s.name - 1);
+    return s;
+}
+
+std::vector<api_setting_t> settings() {
+    int count = 0;
+    api_setting_t* list = nullptr;
+    EXPECT_EQ(intForm([&] { return api_getSettings(&count, &list); }), 0);
+    std::vector<api_setting_t> out(list, list + count);
+    free_if_not_null(list);
+    return out;
+}
+
+TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
+    api_evtparam_t e{};
+    api_setting_t gold = setting("gold");
+    gold.expirationSeconds = 3600;
+    gold.retentionSeconds = 600;
+    std::strcpy(gold.snapCpg, "FC_r1");
+    std::strcpy(gold.comment, "hourly snapshots");
+    ASSERT_EQ(statusForm([&] { return api_createSetting(&e, &gold); }).code, 0);
+    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &gold); }).code, API_E_EXISTS);
+
+    api_setting_t bad = setting("bad");
+    bad.retentionSeconds = 10;
+    bad.expirationSeconds = 5;
+    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &bad); }).code, API_E_INVALID);
+    bad = setting("bad");
+    std::strcpy(bad.userCpg, "nope");
+    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &bad); }).code, API_E_INVALID);
+    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &(bad = setting(""))); }).code, API_E_INVALID);
+    EXPECT_EQ(statusForm([&] { return api_modifySetting(&e, &(bad = setting("silver"))); }).code, API_E_NOT_FOUND);
+
+    gold.deltaReservationGoal = 20;
+    ASSERT_EQ(statusForm([&] { return api_modifySetting(&e, &gold); }).code, 0);
+    api_setting_t bronze = setting("bronze");
+    ASSERT_EQ(statusForm([&] { return api_createSetting(&e, &bronze); }).code, 0);
+    std::vector<api_setting_t> all = settings();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_STREQ(all[0].name, "bronze");
+    EXPECT_EQ(all[1].deltaReservationGoal, 20);
+
+    const std::string path = ::testing::TempDir() + "settings_round_trip.json";
+    char error[256] = "";
+    ASSERT_EQ(zdasim_save_description_file(path.c_str(), error, sizeof error), 0) << error;
+    zdasim_reset_test_array();
+    EXPECT_TRUE(settings().empty());
+    ASSERT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), 0) << error;
+    all = settings();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(std::memcmp(&all[1], &gold, sizeof gold), 0);
+    std::remove(path.c_str());
+
+    ASSERT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, 0);
+    EXPECT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, API_E_NOT_FOUND);
+    EXPECT_EQ(settings().size(), 1u);
+}
+
+TEST_F(ArrayTest, VolumesARunningTaskUsesAreNotRemoved) {
+    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);
+    api_name_t name{};
+    std::strcpy(name.name, "vol3.pc");
+    api_evtparam_t e{};
+    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), API_E_IN_USE);
+    zdasim_clock_advance(100);
+    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), 0);
+}
+
+}  // namespace
+}  // namespace zdatest
