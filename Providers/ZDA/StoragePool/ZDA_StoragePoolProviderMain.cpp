@@ -3,7 +3,10 @@
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Provider/CIMProvider.h>
 
+#include "ZDA_ReplicaPoolForStorageProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
+#include "ZDA_StoragePoolProvider.h"
+#include "ZDA_StorageSettingProvider.h"
 #include "ZDA_StorageSynchronizedProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
@@ -17,6 +20,12 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return new ZDA_StorageConfigurationServiceProvider();
     if (String::equalNoCase(providerName, "ZDA_StorageSynchronizedProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_StorageSynchronizedProvider());
+    if (String::equalNoCase(providerName, "ZDA_StoragePoolProvider"))
+        return new ZDA_StoragePoolProvider();
+    if (String::equalNoCase(providerName, "ZDA_ReplicaPoolForStorageProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicaPoolForStorageProvider());
+    if (String::equalNoCase(providerName, "ZDA_StorageSettingProvider"))
+        return new ZDA_StorageSettingProvider();
     return 0;
 }
 
