@@ -3,6 +3,8 @@
 // synchronizations and volumes that follow the array as its clock steps.
 #include "copysvcs_fixture.h"
 
+#include <set>
+
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
 #include "ZDA_StorageSynchronizedProvider.h"
@@ -269,6 +271,45 @@ TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssig
     names.append("nothere");
     EXPECT_EQ(Service::assignSnapPoolToVolume(&event, names), API_E_NOT_FOUND);
     expectLedgersClean("assignSnapPoolToVolume");
+}
+
+}  // namespace
+
+namespace
+{
+
+TEST_F(CopyOperationsTest, VirtualCopiesOfTheLocalSideOfARemoteCopyGroup)
+{
+    zdasim_reset_demo_array();
+    Array<CIMParamValue> params;
+    const CIMObjectPath group("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_fin_sync\"");
+    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, group, "relation",
+        CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    expectLedgersClean("createVirtualCopy of a remote copy group");
+    ASSERT_GE(params.size(), 1u);
+    std::set<std::string> parents;
+    for (Uint32 i = 0; i < params.size(); i++)
+    {
+        EXPECT_EQ(text(params[i].getParameterName()), "TargetElement");
+        CIMObjectPath target;
+        params[i].getValue().get(target);
+        const std::string wwn = text(ZDA_Common::getStringProperty(target, "DeviceID"));
+        api_VVObj_t* vv = nullptr;
+        int count = 0;
+        ASSERT_EQ(cim_sem_wait(), 0);
+        api_getVVs(nullptr, wwn.c_str(), &count, &vv, 1);
+        cim_sem_post();
+        ASSERT_EQ(count, 1);
+        EXPECT_EQ(vv[0].type, API_VV_TYPE_VIRTUAL_COPY);
+        EXPECT_EQ(std::string(vv[0].name).rfind("relation.", 0), 0u);
+        parents.insert(vv[0].copyOfName);
+        free_if_not_null(vv);
+    }
+    EXPECT_EQ(parents.size(), params.size());  // one snapshot of each volume
+
+    const CIMObjectPath unknown("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:nothere\"");
+    EXPECT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, unknown, "",
+        CIMObjectPath(), CIMInstance(), systemName, host).code, API_E_NOT_FOUND);
 }
 
 }  // namespace
