@@ -58,6 +58,18 @@ protected:
     Array<CIMObjectPath> syncs;
 };
 
+TEST_F(CopyOperationsTest, TheServiceHasOneInstanceOnThisSystem)
+{
+    Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS,
+        "ZDA_StorageConfigurationService");
+    ASSERT_EQ(names.size(), 1u);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(names[0], Service::buildObjectPath(SYSTEM_NAME, "h")));
+    CIMInstance service = getInstance(names[0]);
+    EXPECT_EQ(text(get<String>(service, "SystemName")), SYSTEM_NAME);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(Service::buildObjectPath("other", HOST)); }),
+        CIM_ERR_NOT_FOUND);
+}
+
 TEST_F(CopyOperationsTest, ACloneShowsAsAJobAndASynchronizationThatFollowTheCopy)
 {
     ASSERT_EQ(clone("vol1", Service::COPY_SYNCHRONIZED, "vol1.full").code, 0);
