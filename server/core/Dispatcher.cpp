@@ -151,8 +151,18 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
     CurrentRequestScope scope(context);
     try {
         call(*provider);
+    } catch (const CIMException&) {
+        throw;  // the provider's own answer
     } catch (...) {
-        rethrowAsCIMException();
+        // Anything else is a fault of the provider: worth a log line.
+        try {
+            rethrowAsCIMException();
+        } catch (const CIMException& e) {
+            if (_options.log)
+                _options.log(2, "provider " + id.text() + " failed with a non-CIM exception: " +
+                                    toUtf8(e.getMessage()));
+            throw;
+        }
     }
 }
 

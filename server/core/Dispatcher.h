@@ -64,6 +64,9 @@ struct DispatcherOptions {
     Pegasus::String hostName;
     // The identity of requests that come without one.
     Pegasus::String localUser = "admin";
+    // Receives a level-2 line for each provider that fails with something
+    // other than a CIMException (a provider fault); may be empty.
+    ProviderManager::LogSink log;
 };
 
 class Dispatcher {

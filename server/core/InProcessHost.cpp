@@ -74,6 +74,7 @@ InProcessHost::InProcessHost(HostOptions options) {
     DispatcherOptions dispatcherOptions;
     dispatcherOptions.hostName = options.hostName.size() ? options.hostName : systemHostName();
     dispatcherOptions.localUser = options.localUser;
+    dispatcherOptions.log = log;
     _dispatcher = std::make_shared<Dispatcher>(*_repository, _registry, *_providers, dispatcherOptions);
     _backend = std::make_shared<DispatcherBackend>(_dispatcher);
     if (options.installLoopback) {

@@ -156,15 +156,18 @@ ProviderRegistry ProviderRegistry::fromRepository(const ClassRepository& reposit
             }
         }
         std::vector<ProviderType> types;
-        for (Uint16 t : arrayProperty<Uint16>(cap, "ProviderType")) {
+        const std::vector<Uint16> declaredTypes = arrayProperty<Uint16>(cap, "ProviderType");
+        if (declaredTypes.empty()) problems.push_back("capability " + describe(cap) + " names no provider type");
+        for (Uint16 t : declaredTypes) {
             if (t == 2 || t == 3 || t == 5)
                 types.push_back(static_cast<ProviderType>(t));
             else
                 problems.push_back("capability " + describe(cap) + ": provider type " + std::to_string(t) +
                                    " is not served (only 2 instance, 3 association, 5 method)");
         }
-        if (namespaces.empty() || types.empty()) {
-            problems.push_back("capability " + describe(cap) + " has no namespace or no usable provider type");
+        if (types.empty()) continue;  // reported above
+        if (namespaces.empty()) {
+            problems.push_back("capability " + describe(cap) + " names no usable namespace");
             continue;
         }
         if (!registry.addCapability(ProviderId{*module, *provider}, CIMName(*className), namespaces, types))

@@ -235,6 +235,11 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
         EXPECT_EQ(message, c.message);
         EXPECT_EQ(out.size(), 0u);
     }
+    // Failures that are not CIM errors are provider faults and are logged.
+    std::vector<std::string> logged = log();
+    EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [](const std::string& line) {
+        return line.rfind("2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception", 0) == 0;
+    }), 3);
 
     // A client sees the code and the description text.
     CIMClient client;
@@ -491,6 +496,38 @@ TEST_F(DispatchTest, ProvidersAreInitializedOnceAndTerminatedAtShutdown)
         CIM_ERR_SERVER_IS_SHUTTING_DOWN);
     CIMClient client;
     EXPECT_THROW(client.connectLocal(), CannotConnectException);
+}
+
+TEST_F(DispatchTest, UnusableRegistrationsAreReportedAndLeftOut)
+{
+    zda::server::HostOptions o = options();
+    o.mofDirectories.push_back(ZDA_TEST_PROVIDER_MOF_DIR "/../bad-registrations");
+    host().shutdown();
+    zda::server::InProcessHost withBad(o);
+    std::vector<std::string> problems = withBad.registrationProblems();
+    ASSERT_EQ(problems.size(), 4u);
+    std::sort(problems.begin(), problems.end());
+    EXPECT_THAT(problems[0], ::testing::HasSubstr("CapabilityID=\"1\""));
+    EXPECT_THAT(problems[0], ::testing::HasSubstr("registers a class that already has a provider"));
+    EXPECT_THAT(problems[1], ::testing::HasSubstr("names a provider without a PG_Provider instance"));
+    EXPECT_THAT(problems[2], ::testing::HasSubstr("provider type 4 is not served"));
+    EXPECT_THAT(problems[3], ::testing::HasSubstr("Test_OrphanProvider names the unknown module ZdaUnknownModule"));
+    // The first registration of a class stays in force.
+    EXPECT_EQ(withBad.registry().find(TEST_NS, "Test_Disk", zda::server::ProviderType::Instance)->providerName,
+        "Test_DiskProvider");
+    EXPECT_FALSE(withBad.registry().find(TEST_NS, "Test_Tape", zda::server::ProviderType::Instance));
+}
+
+TEST_F(DispatchTest, TheObserverHearsOfOutermostOperationsOnly)
+{
+    std::vector<std::string> heard;
+    server().setOperationObserver([&](const char* operation) { heard.push_back(operation); });
+    Array<CIMParamValue> out;
+    invoke("Upcalls", Array<CIMParamValue>(), out, alice);
+    EXPECT_EQ(cimErrorOf([&] { server().getClass(alice, TEST_NS, "Test_Nothing", false, false, false,
+                                   CIMPropertyList()); }),
+        CIM_ERR_NOT_FOUND);
+    EXPECT_THAT(heard, ElementsAre("InvokeMethod", "GetClass"));
 }
 
 // ---- response handlers ----------------------------------------------------------------
