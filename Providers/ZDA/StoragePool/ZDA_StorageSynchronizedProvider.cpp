@@ -33,7 +33,7 @@ const char* const VOLUME_CLASSES[] = {"ZDA_StorageVolume", "CIM_StorageVolume",
 const char* const SYNC_CLASSES[] = {"ZDA_StorageSynchronized", "CIM_StorageSynchronized",
     "CIM_Synchronized"};
 
-// SMI-S values of the synchronization.
+// Values of the synchronization properties.
 const Uint16 SYNC_TYPE_SNAPSHOT = 7;
 const Uint16 SYNC_TYPE_CLONE = 8;
 const Uint16 MODE_SYNCHRONOUS = 2;
