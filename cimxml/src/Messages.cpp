@@ -139,11 +139,11 @@ CIMParamValue readParamValue(const pugi::xml_node& e, ReadContext& ctx)
 
 // ---- intrinsic parameters ----
 
-void writeIParamValue(XmlWriter& w, const ParamSpec& spec, const CIMValue& value)
+void writeIParamValue(XmlWriter& w, const ParamDescriptor& entry, const CIMValue& value)
 {
     if (value.isNull())
         return;  // absent and null mean the same
-    if (spec.kind == ParamKind::ClassName)
+    if (entry.kind == ParamKind::ClassName)
     {
         String s;
         value.get(s);
@@ -151,9 +151,9 @@ void writeIParamValue(XmlWriter& w, const ParamSpec& spec, const CIMValue& value
             return;
     }
     w.lit("<IPARAMVALUE NAME=\"");
-    w.raw(spec.name);
+    w.raw(entry.name);
     w.lit("\">");
-    switch (spec.kind)
+    switch (entry.kind)
     {
     case ParamKind::ClassName:
     {
@@ -169,7 +169,7 @@ void writeIParamValue(XmlWriter& w, const ParamSpec& spec, const CIMValue& value
     {
         CIMObjectPath path;
         value.get(path);
-        if (spec.kind == ParamKind::ObjectName && path.getKeyBindings().size() == 0)
+        if (entry.kind == ParamKind::ObjectName && path.getKeyBindings().size() == 0)
         {
             w.lit("<CLASSNAME NAME=\"");
             w.attrText(path.getClassName().getString());
@@ -210,43 +210,43 @@ void writeIParamValue(XmlWriter& w, const ParamSpec& spec, const CIMValue& value
     w.lit("</IPARAMVALUE>");
 }
 
-CIMParamValue readIParamValue(const ParamSpec& spec, const pugi::xml_node& e, ReadContext& ctx)
+CIMParamValue readIParamValue(const ParamDescriptor& entry, const pugi::xml_node& e, ReadContext& ctx)
 {
     pugi::xml_node v = firstElement(e);
     if (!v)
-        return defaultParameter(spec);  // a null value: as if absent
+        return defaultParameter(entry);  // a null value: as if absent
     auto expect = [&](const char* name) {
         if (!is(v, name))
             invalid(std::string("expected ") + name + ", found " + v.name());
     };
-    switch (spec.kind)
+    switch (entry.kind)
     {
     case ParamKind::ClassName:
         expect("CLASSNAME");
-        return CIMParamValue(spec.name,
+        return CIMParamValue(entry.name,
                              CIMValue(attrName(v, "NAME", true).getString()));
     case ParamKind::InstanceName:
     case ParamKind::ObjectName:
-        return CIMParamValue(spec.name, CIMValue(readAnyPath(v, ctx)));
+        return CIMParamValue(entry.name, CIMValue(readAnyPath(v, ctx)));
     case ParamKind::Flag:
-        return CIMParamValue(spec.name, readTypedValue(v, CIMTYPE_BOOLEAN, false, ctx));
+        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_BOOLEAN, false, ctx));
     case ParamKind::Text:
-        return CIMParamValue(spec.name, readTypedValue(v, CIMTYPE_STRING, false, ctx));
+        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, false, ctx));
     case ParamKind::PropertyList:
-        return CIMParamValue(spec.name, readTypedValue(v, CIMTYPE_STRING, true, ctx));
+        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, true, ctx));
     case ParamKind::Instance:
-        return CIMParamValue(spec.name, CIMValue(readInstance(v, ctx)));
+        return CIMParamValue(entry.name, CIMValue(readInstance(v, ctx)));
     case ParamKind::NamedInstance:
         // Some clients send a bare INSTANCE; the server then has no path.
-        return CIMParamValue(spec.name, CIMValue(is(v, "INSTANCE") ? readInstance(v, ctx)
+        return CIMParamValue(entry.name, CIMValue(is(v, "INSTANCE") ? readInstance(v, ctx)
                                                                    : readNamedInstance(v, ctx)));
     case ParamKind::Class:
-        return CIMParamValue(spec.name, CIMValue(CIMObject(readClass(v, ctx))));
+        return CIMParamValue(entry.name, CIMValue(CIMObject(readClass(v, ctx))));
     case ParamKind::AnyValue:
     {
         bool typed;
         CIMValue value = readUntypedValue(v, ctx, typed);
-        return CIMParamValue(spec.name, value, typed);
+        return CIMParamValue(entry.name, value, typed);
     }
     }
     invalid("unknown parameter kind");
@@ -363,16 +363,16 @@ void encodeRequest(const OperationRequest& request, Sink& sink)
     writeEnvelopeStart(w, request.messageId, "SIMPLEREQ");
     if (request.intrinsic)
     {
-        const OperationSpec& spec = operationSpec(request.operation);
+        const OperationDescriptor& entry = operationDescriptor(request.operation);
         w.lit("<IMETHODCALL NAME=\"");
-        w.raw(spec.name);
+        w.raw(entry.name);
         w.lit("\">");
         writeLocalNamespacePath(w, request.nameSpace);
-        for (unsigned i = 0; i < spec.paramCount; i++)
+        for (unsigned i = 0; i < entry.paramCount; i++)
         {
-            const CIMParamValue* p = request.find(spec.params[i].name);
+            const CIMParamValue* p = request.find(entry.params[i].name);
             if (p)
-                writeIParamValue(w, spec.params[i], p->getValue());
+                writeIParamValue(w, entry.params[i], p->getValue());
         }
         w.lit("</IMETHODCALL>");
     }
@@ -419,22 +419,22 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
         {
             if (!findIntrinsic(name, request.operation))
                 refuse(CIM_ERR_NOT_SUPPORTED, "operation " + name + " is not supported");
-            const OperationSpec& spec = operationSpec(request.operation);
+            const OperationDescriptor& entry = operationDescriptor(request.operation);
             pugi::xml_node e = firstElement(call);
             if (!e || !is(e, "LOCALNAMESPACEPATH"))
                 invalid("IMETHODCALL without LOCALNAMESPACEPATH");
             request.nameSpace = readLocalNamespacePath(e);
-            std::vector<bool> seen(spec.paramCount, false);
-            Array<CIMParamValue> given(spec.paramCount, CIMParamValue());
+            std::vector<bool> seen(entry.paramCount, false);
+            Array<CIMParamValue> given(entry.paramCount, CIMParamValue());
             for (e = nextElement(e); e; e = nextElement(e))
             {
                 if (!is(e, "IPARAMVALUE"))
                     invalid(std::string("IMETHODCALL holds ") + e.name());
                 std::string pname = e.attribute("NAME").value();
                 unsigned k = 0;
-                while (k < spec.paramCount && pname != spec.params[k].name)
+                while (k < entry.paramCount && pname != entry.params[k].name)
                     k++;
-                if (k == spec.paramCount)
+                if (k == entry.paramCount)
                     refuse(CIM_ERR_INVALID_PARAMETER,
                            name + " has no parameter '" + pname + "'");
                 if (seen[k])
@@ -442,7 +442,7 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                 seen[k] = true;
                 try
                 {
-                    given[k] = readIParamValue(spec.params[k], e, ctx);
+                    given[k] = readIParamValue(entry.params[k], e, ctx);
                 }
                 catch (const DecodeError& bad)
                 {
@@ -456,9 +456,9 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                            "parameter " + pname + ": " + messageOf(bad));
                 }
             }
-            for (unsigned k = 0; k < spec.paramCount; k++)
+            for (unsigned k = 0; k < entry.paramCount; k++)
             {
-                const ParamSpec& p = spec.params[k];
+                const ParamDescriptor& p = entry.params[k];
                 if (!seen[k] || given[k].getValue().isNull())
                 {
                     if (p.required)

@@ -11,35 +11,35 @@ namespace
 {
 using K = ParamKind;
 
-const ParamSpec kGetClass[] = {
+const ParamDescriptor kGetClass[] = {
     {"ClassName", K::ClassName, true, false},
     {"LocalOnly", K::Flag, false, true},
     {"IncludeQualifiers", K::Flag, false, true},
     {"IncludeClassOrigin", K::Flag, false, false},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kEnumerateClasses[] = {
+const ParamDescriptor kEnumerateClasses[] = {
     {"ClassName", K::ClassName, false, false},
     {"DeepInheritance", K::Flag, false, false},
     {"LocalOnly", K::Flag, false, true},
     {"IncludeQualifiers", K::Flag, false, true},
     {"IncludeClassOrigin", K::Flag, false, false},
 };
-const ParamSpec kEnumerateClassNames[] = {
+const ParamDescriptor kEnumerateClassNames[] = {
     {"ClassName", K::ClassName, false, false},
     {"DeepInheritance", K::Flag, false, false},
 };
-const ParamSpec kCreateClass[] = {{"NewClass", K::Class, true, false}};
-const ParamSpec kModifyClass[] = {{"ModifiedClass", K::Class, true, false}};
-const ParamSpec kDeleteClass[] = {{"ClassName", K::ClassName, true, false}};
-const ParamSpec kGetInstance[] = {
+const ParamDescriptor kCreateClass[] = {{"NewClass", K::Class, true, false}};
+const ParamDescriptor kModifyClass[] = {{"ModifiedClass", K::Class, true, false}};
+const ParamDescriptor kDeleteClass[] = {{"ClassName", K::ClassName, true, false}};
+const ParamDescriptor kGetInstance[] = {
     {"InstanceName", K::InstanceName, true, false},
     {"LocalOnly", K::Flag, false, true},
     {"IncludeQualifiers", K::Flag, false, false},
     {"IncludeClassOrigin", K::Flag, false, false},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kEnumerateInstances[] = {
+const ParamDescriptor kEnumerateInstances[] = {
     {"ClassName", K::ClassName, true, false},
     {"LocalOnly", K::Flag, false, true},
     {"DeepInheritance", K::Flag, false, true},
@@ -47,19 +47,19 @@ const ParamSpec kEnumerateInstances[] = {
     {"IncludeClassOrigin", K::Flag, false, false},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kEnumerateInstanceNames[] = {{"ClassName", K::ClassName, true, false}};
-const ParamSpec kCreateInstance[] = {{"NewInstance", K::Instance, true, false}};
-const ParamSpec kModifyInstance[] = {
+const ParamDescriptor kEnumerateInstanceNames[] = {{"ClassName", K::ClassName, true, false}};
+const ParamDescriptor kCreateInstance[] = {{"NewInstance", K::Instance, true, false}};
+const ParamDescriptor kModifyInstance[] = {
     {"ModifiedInstance", K::NamedInstance, true, false},
     {"IncludeQualifiers", K::Flag, false, true},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kDeleteInstance[] = {{"InstanceName", K::InstanceName, true, false}};
-const ParamSpec kExecQuery[] = {
+const ParamDescriptor kDeleteInstance[] = {{"InstanceName", K::InstanceName, true, false}};
+const ParamDescriptor kExecQuery[] = {
     {"QueryLanguage", K::Text, true, false},
     {"Query", K::Text, true, false},
 };
-const ParamSpec kAssociators[] = {
+const ParamDescriptor kAssociators[] = {
     {"ObjectName", K::ObjectName, true, false},
     {"AssocClass", K::ClassName, false, false},
     {"ResultClass", K::ClassName, false, false},
@@ -69,14 +69,14 @@ const ParamSpec kAssociators[] = {
     {"IncludeClassOrigin", K::Flag, false, false},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kAssociatorNames[] = {
+const ParamDescriptor kAssociatorNames[] = {
     {"ObjectName", K::ObjectName, true, false},
     {"AssocClass", K::ClassName, false, false},
     {"ResultClass", K::ClassName, false, false},
     {"Role", K::Text, false, false},
     {"ResultRole", K::Text, false, false},
 };
-const ParamSpec kReferences[] = {
+const ParamDescriptor kReferences[] = {
     {"ObjectName", K::ObjectName, true, false},
     {"ResultClass", K::ClassName, false, false},
     {"Role", K::Text, false, false},
@@ -84,47 +84,47 @@ const ParamSpec kReferences[] = {
     {"IncludeClassOrigin", K::Flag, false, false},
     {"PropertyList", K::PropertyList, false, false},
 };
-const ParamSpec kReferenceNames[] = {
+const ParamDescriptor kReferenceNames[] = {
     {"ObjectName", K::ObjectName, true, false},
     {"ResultClass", K::ClassName, false, false},
     {"Role", K::Text, false, false},
 };
-const ParamSpec kGetProperty[] = {
+const ParamDescriptor kGetProperty[] = {
     {"InstanceName", K::InstanceName, true, false},
     {"PropertyName", K::Text, true, false},
 };
-const ParamSpec kSetProperty[] = {
+const ParamDescriptor kSetProperty[] = {
     {"InstanceName", K::InstanceName, true, false},
     {"PropertyName", K::Text, true, false},
     {"NewValue", K::AnyValue, false, false},
 };
 
-#define SPEC(op, shape, params) \
+#define OPERATION(op, shape, params) \
     {Intrinsic::op, #op, ResultShape::shape, params, sizeof params / sizeof params[0]}
 
 // In the order of the Intrinsic enumeration.
-const OperationSpec kOperations[] = {
-    SPEC(GetClass, Class, kGetClass),
-    SPEC(EnumerateClasses, Classes, kEnumerateClasses),
-    SPEC(EnumerateClassNames, ClassNames, kEnumerateClassNames),
-    SPEC(CreateClass, Nothing, kCreateClass),
-    SPEC(ModifyClass, Nothing, kModifyClass),
-    SPEC(DeleteClass, Nothing, kDeleteClass),
-    SPEC(GetInstance, Instance, kGetInstance),
-    SPEC(EnumerateInstances, NamedInstances, kEnumerateInstances),
-    SPEC(EnumerateInstanceNames, InstanceNames, kEnumerateInstanceNames),
-    SPEC(CreateInstance, InstanceName, kCreateInstance),
-    SPEC(ModifyInstance, Nothing, kModifyInstance),
-    SPEC(DeleteInstance, Nothing, kDeleteInstance),
-    SPEC(ExecQuery, ObjectsWithPath, kExecQuery),
-    SPEC(Associators, ObjectsWithPath, kAssociators),
-    SPEC(AssociatorNames, ObjectPaths, kAssociatorNames),
-    SPEC(References, ObjectsWithPath, kReferences),
-    SPEC(ReferenceNames, ObjectPaths, kReferenceNames),
-    SPEC(GetProperty, PropertyValue, kGetProperty),
-    SPEC(SetProperty, Nothing, kSetProperty),
+const OperationDescriptor kOperations[] = {
+    OPERATION(GetClass, Class, kGetClass),
+    OPERATION(EnumerateClasses, Classes, kEnumerateClasses),
+    OPERATION(EnumerateClassNames, ClassNames, kEnumerateClassNames),
+    OPERATION(CreateClass, Nothing, kCreateClass),
+    OPERATION(ModifyClass, Nothing, kModifyClass),
+    OPERATION(DeleteClass, Nothing, kDeleteClass),
+    OPERATION(GetInstance, Instance, kGetInstance),
+    OPERATION(EnumerateInstances, NamedInstances, kEnumerateInstances),
+    OPERATION(EnumerateInstanceNames, InstanceNames, kEnumerateInstanceNames),
+    OPERATION(CreateInstance, InstanceName, kCreateInstance),
+    OPERATION(ModifyInstance, Nothing, kModifyInstance),
+    OPERATION(DeleteInstance, Nothing, kDeleteInstance),
+    OPERATION(ExecQuery, ObjectsWithPath, kExecQuery),
+    OPERATION(Associators, ObjectsWithPath, kAssociators),
+    OPERATION(AssociatorNames, ObjectPaths, kAssociatorNames),
+    OPERATION(References, ObjectsWithPath, kReferences),
+    OPERATION(ReferenceNames, ObjectPaths, kReferenceNames),
+    OPERATION(GetProperty, PropertyValue, kGetProperty),
+    OPERATION(SetProperty, Nothing, kSetProperty),
 };
-#undef SPEC
+#undef OPERATION
 
 [[noreturn]] void badParameter(const char* name, const char* what)
 {
@@ -149,23 +149,23 @@ CIMValue valueOf(const OperationRequest& r, const char* name, CIMType type, bool
 }
 }  // namespace
 
-const OperationSpec& operationSpec(Intrinsic op)
+const OperationDescriptor& operationDescriptor(Intrinsic op)
 {
     return kOperations[unsigned(op)];
 }
 
 const char* intrinsicName(Intrinsic op)
 {
-    return operationSpec(op).name;
+    return operationDescriptor(op).name;
 }
 
 bool findIntrinsic(const std::string& name, Intrinsic& op)
 {
-    for (const OperationSpec& spec : kOperations)
+    for (const OperationDescriptor& entry : kOperations)
     {
-        if (name == spec.name)
+        if (name == entry.name)
         {
-            op = spec.op;
+            op = entry.op;
             return true;
         }
     }
@@ -174,23 +174,23 @@ bool findIntrinsic(const std::string& name, Intrinsic& op)
 
 ResultShape resultShape(Intrinsic op)
 {
-    return operationSpec(op).shape;
+    return operationDescriptor(op).shape;
 }
 
-CIMParamValue defaultParameter(const ParamSpec& spec)
+CIMParamValue defaultParameter(const ParamDescriptor& entry)
 {
-    switch (spec.kind)
+    switch (entry.kind)
     {
-    case K::Flag: return CIMParamValue(spec.name, CIMValue(Boolean(spec.flagDefault)));
+    case K::Flag: return CIMParamValue(entry.name, CIMValue(Boolean(entry.flagDefault)));
     case K::ClassName:
-    case K::Text: return CIMParamValue(spec.name, CIMValue(CIMTYPE_STRING, false));
+    case K::Text: return CIMParamValue(entry.name, CIMValue(CIMTYPE_STRING, false));
     case K::InstanceName:
-    case K::ObjectName: return CIMParamValue(spec.name, CIMValue(CIMTYPE_REFERENCE, false));
-    case K::PropertyList: return CIMParamValue(spec.name, CIMValue(CIMTYPE_STRING, true));
+    case K::ObjectName: return CIMParamValue(entry.name, CIMValue(CIMTYPE_REFERENCE, false));
+    case K::PropertyList: return CIMParamValue(entry.name, CIMValue(CIMTYPE_STRING, true));
     case K::Instance:
-    case K::NamedInstance: return CIMParamValue(spec.name, CIMValue(CIMTYPE_INSTANCE, false));
-    case K::Class: return CIMParamValue(spec.name, CIMValue(CIMTYPE_OBJECT, false));
-    case K::AnyValue: return CIMParamValue(spec.name, CIMValue(CIMTYPE_STRING, false), false);
+    case K::NamedInstance: return CIMParamValue(entry.name, CIMValue(CIMTYPE_INSTANCE, false));
+    case K::Class: return CIMParamValue(entry.name, CIMValue(CIMTYPE_OBJECT, false));
+    case K::AnyValue: return CIMParamValue(entry.name, CIMValue(CIMTYPE_STRING, false), false);
     }
     return CIMParamValue();
 }

@@ -22,7 +22,7 @@ enum class ParamKind
     AnyValue,       // VALUE, VALUE.ARRAY, VALUE.REFERENCE; as sent
 };
 
-struct ParamSpec
+struct ParamDescriptor
 {
     const char* name;
     ParamKind kind;
@@ -30,19 +30,19 @@ struct ParamSpec
     bool flagDefault;  // for Flag parameters
 };
 
-struct OperationSpec
+struct OperationDescriptor
 {
     Intrinsic op;
     const char* name;
     ResultShape shape;
-    const ParamSpec* params;
+    const ParamDescriptor* params;
     unsigned paramCount;
 };
 
-const OperationSpec& operationSpec(Intrinsic op);
+const OperationDescriptor& operationDescriptor(Intrinsic op);
 
 // The value an absent parameter has.
-CIMParamValue defaultParameter(const ParamSpec& spec);
+CIMParamValue defaultParameter(const ParamDescriptor& entry);
 
 }  // namespace cimxml
 
