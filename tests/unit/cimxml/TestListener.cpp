@@ -1,0 +1,408 @@
+#include "TestListener.h"
+
+#include <cimxml/Http.h>
+
+#include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/OperationContext.h>
+
+#include <boost/asio.hpp>
+#include <boost/asio/ssl.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+
+#include <openssl/pem.h>
+#include <openssl/x509v3.h>
+
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace cimxml_test
+{
+
+using namespace Pegasus;
+using namespace cimxml;
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace bhttp = boost::beast::http;
+using boost::system::error_code;
+
+// ---- dispatch ----
+
+namespace
+{
+template <class T>
+CIMValue objects(const Array<T>& items)
+{
+    Array<CIMObject> out;
+    for (Uint32 i = 0; i < items.size(); i++)
+        out.append(CIMObject(items[i]));
+    return CIMValue(out);
+}
+}  // namespace
+
+OperationResponse dispatch(CIMOMHandleBackend& b, const OperationRequest& r)
+{
+    OperationResponse out;
+    out.messageId = r.messageId;
+    out.intrinsic = r.intrinsic;
+    out.operation = r.operation;
+    out.methodName = r.methodName;
+    OperationContext ctx;
+    const CIMNamespaceName& ns = r.nameSpace;
+    try
+    {
+        if (!r.intrinsic)
+        {
+            out.returnValue = b.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters,
+                                             out.outParameters);
+            return out;
+        }
+        switch (r.operation)
+        {
+        case Intrinsic::GetClass:
+            out.returnValue = CIMValue(CIMObject(
+                b.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
+                           r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
+                           r.propertyList())));
+            break;
+        case Intrinsic::EnumerateClasses:
+            out.returnValue = objects(b.enumerateClasses(
+                ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
+            break;
+        case Intrinsic::EnumerateClassNames:
+        {
+            Array<CIMName> names = b.enumerateClassNames(ctx, ns, r.className("ClassName"),
+                                                         r.flag("DeepInheritance"));
+            Array<String> texts;
+            for (Uint32 i = 0; i < names.size(); i++)
+                texts.append(names[i].getString());
+            out.returnValue = CIMValue(texts);
+            break;
+        }
+        case Intrinsic::CreateClass: b.createClass(ctx, ns, r.cimClass("NewClass")); break;
+        case Intrinsic::ModifyClass: b.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
+        case Intrinsic::DeleteClass: b.deleteClass(ctx, ns, r.className("ClassName")); break;
+        case Intrinsic::GetInstance:
+            out.returnValue = CIMValue(b.getInstance(
+                ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
+            break;
+        case Intrinsic::EnumerateInstances:
+            out.returnValue = CIMValue(b.enumerateInstances(
+                ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
+            break;
+        case Intrinsic::EnumerateInstanceNames:
+            out.returnValue = CIMValue(b.enumerateInstanceNames(ctx, ns, r.className("ClassName")));
+            break;
+        case Intrinsic::CreateInstance:
+            out.returnValue = CIMValue(b.createInstance(ctx, ns, r.instance("NewInstance")));
+            break;
+        case Intrinsic::ModifyInstance:
+            b.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
+                             r.propertyList());
+            break;
+        case Intrinsic::DeleteInstance: b.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
+        case Intrinsic::ExecQuery:
+            out.returnValue = CIMValue(b.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
+            break;
+        case Intrinsic::Associators:
+            out.returnValue = CIMValue(b.associators(
+                ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
+            break;
+        case Intrinsic::AssociatorNames:
+            out.returnValue = CIMValue(b.associatorNames(
+                ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                r.className("ResultClass"), r.text("Role"), r.text("ResultRole")));
+            break;
+        case Intrinsic::References:
+            out.returnValue = CIMValue(b.references(
+                ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
+            break;
+        case Intrinsic::ReferenceNames:
+            out.returnValue = CIMValue(b.referenceNames(ctx, ns, r.objectPath("ObjectName"),
+                                                        r.className("ResultClass"), r.text("Role")));
+            break;
+        case Intrinsic::GetProperty:
+            out.returnValue = b.getProperty(ctx, ns, r.objectPath("InstanceName"),
+                                            CIMName(r.text("PropertyName")));
+            break;
+        case Intrinsic::SetProperty:
+            b.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
+                          r.value("NewValue"));
+            break;
+        }
+    }
+    catch (const CIMException& e)
+    {
+        out.errorCode = Uint32(e.getCode());
+        out.errorDescription = e.getMessage();
+        out.returnValue = CIMValue();
+        out.outParameters.clear();
+    }
+    return out;
+}
+
+// ---- the listener ----
+
+class TestListener::Impl
+{
+public:
+    Impl(std::shared_ptr<CIMOMHandleBackend> backend, Options options)
+        : backend(std::move(backend)), options(std::move(options)),
+          tls(asio::ssl::context::tls_server), tcpAcceptor(io), localAcceptor(io)
+    {
+        if (this->options.kind == Kind::Unix)
+        {
+            std::remove(this->options.socketPath.c_str());
+            asio::local::stream_protocol::endpoint where(this->options.socketPath);
+            localAcceptor.open(where.protocol());
+            localAcceptor.bind(where);
+            localAcceptor.listen();
+            acceptLocal();
+        }
+        else
+        {
+            if (this->options.kind == Kind::Https)
+            {
+                tls.use_certificate_chain_file(this->options.certFile);
+                tls.use_private_key_file(this->options.keyFile, asio::ssl::context::pem);
+            }
+            asio::ip::tcp::endpoint where(asio::ip::make_address("127.0.0.1"), 0);
+            tcpAcceptor.open(where.protocol());
+            tcpAcceptor.bind(where);
+            tcpAcceptor.listen();
+            acceptTcp();
+        }
+        thread = std::thread([this] { io.run(); });
+    }
+
+    ~Impl()
+    {
+        io.stop();
+        thread.join();
+        if (options.kind == Kind::Unix)
+            std::remove(options.socketPath.c_str());
+    }
+
+    template <class Stream>
+    struct Session : std::enable_shared_from_this<Session<Stream>>
+    {
+        template <class... Args>
+        Session(Impl& owner, Args&&... args) : owner(owner), stream(std::forward<Args>(args)...)
+        {
+        }
+
+        void read()
+        {
+            request = {};
+            auto self = this->shared_from_this();
+            bhttp::async_read(stream, buffer, request, [self](error_code ec, std::size_t) {
+                if (!ec)
+                    self->respond();
+            });
+        }
+
+        void respond()
+        {
+            if (owner.options.neverAnswer)
+            {
+                owner.keepAlive.push_back(this->shared_from_this());
+                return;
+            }
+            if (!owner.options.rawAnswer.empty())
+            {
+                auto self = this->shared_from_this();
+                asio::async_write(stream, asio::buffer(owner.options.rawAnswer),
+                                  [self](error_code, std::size_t) {
+                                      error_code ignored;
+                                      beast::get_lowest_layer(self->stream).close(ignored);
+                                  });
+                return;
+            }
+            response = owner.answer(request);
+            auto self = this->shared_from_this();
+            bhttp::async_write(stream, response, [self](error_code ec, std::size_t) {
+                if (!ec && self->response.keep_alive())
+                    self->read();
+            });
+        }
+
+        Impl& owner;
+        Stream stream;
+        beast::flat_buffer buffer;
+        bhttp::request<bhttp::string_body> request;
+        bhttp::response<bhttp::string_body> response;
+    };
+
+    void acceptTcp()
+    {
+        tcpAcceptor.async_accept([this](error_code ec, asio::ip::tcp::socket socket) {
+            if (ec)
+                return;
+            accepted++;
+            if (options.kind == Kind::Https)
+            {
+                auto s = std::make_shared<Session<asio::ssl::stream<asio::ip::tcp::socket>>>(
+                    *this, std::move(socket), tls);
+                s->stream.async_handshake(asio::ssl::stream_base::server, [s](error_code e) {
+                    if (!e)
+                        s->read();
+                });
+            }
+            else
+                std::make_shared<Session<asio::ip::tcp::socket>>(*this, std::move(socket))->read();
+            acceptTcp();
+        });
+    }
+
+    void acceptLocal()
+    {
+        localAcceptor.async_accept([this](error_code ec, asio::local::stream_protocol::socket socket) {
+            if (ec)
+                return;
+            accepted++;
+            std::make_shared<Session<asio::local::stream_protocol::socket>>(*this, std::move(socket))
+                ->read();
+            acceptLocal();
+        });
+    }
+
+    bhttp::response<bhttp::string_body> answer(const bhttp::request<bhttp::string_body>& req)
+    {
+        bhttp::response<bhttp::string_body> res{bhttp::status::ok, req.version()};
+        res.keep_alive(req.keep_alive() && !options.closeAfterEachResponse);
+        auto refuse = [&](unsigned status, const std::string& cimError) {
+            res.result(status);
+            if (!cimError.empty())
+                res.set(http::CIM_ERROR, cimError);
+            res.body() = "";
+            res.prepare_payload();
+            return res;
+        };
+        if (!options.requiredAuthorization.empty() &&
+            std::string(req[bhttp::field::authorization]) != options.requiredAuthorization)
+        {
+            res.set(bhttp::field::www_authenticate, "Basic realm=\"test\"");
+            return refuse(401, "");
+        }
+        if (std::string(req[http::CIM_OPERATION]) != "MethodCall")
+            return refuse(400, http::unsupportedOperation().cimError);
+        if (!http::isXmlContentType(std::string(req[bhttp::field::content_type])))
+            return refuse(406, "");
+        OperationResponse response;
+        try
+        {
+            OperationRequest request = decodeRequest(req.body().data(), req.body().size());
+            if (!http::headersMatch(request, std::string(req[http::CIM_METHOD]),
+                                    std::string(req[http::CIM_OBJECT])))
+                return refuse(400, http::headerMismatch().cimError);
+            {
+                std::lock_guard<std::mutex> lock(mutex);
+                headers.push_back(std::string(req[http::CIM_METHOD]) + " " +
+                                  std::string(req[http::CIM_OBJECT]));
+            }
+            response = dispatch(*backend, request);
+        }
+        catch (const DecodeError& e)
+        {
+            http::Refusal r = http::refusalFor(e.failure);
+            return refuse(r.status, r.cimError);
+        }
+        catch (const RequestRefused& e)
+        {
+            response = e.response();
+        }
+        StringSink body;
+        encodeResponse(response, body);
+        res.set(bhttp::field::content_type, http::CONTENT_TYPE_XML);
+        res.set(http::CIM_OPERATION, "MethodResponse");
+        res.body() = std::move(body.text);
+        res.prepare_payload();
+        return res;
+    }
+
+    std::shared_ptr<CIMOMHandleBackend> backend;
+    Options options;
+    asio::io_context io;
+    asio::ssl::context tls;
+    asio::ip::tcp::acceptor tcpAcceptor;
+    asio::local::stream_protocol::acceptor localAcceptor;
+    std::vector<std::shared_ptr<void>> keepAlive;
+    std::atomic<unsigned> accepted{0};
+    mutable std::mutex mutex;
+    std::vector<std::string> headers;
+    std::thread thread;
+};
+
+TestListener::TestListener(std::shared_ptr<CIMOMHandleBackend> backend, Options options)
+    : _impl(new Impl(std::move(backend), std::move(options)))
+{
+}
+
+TestListener::~TestListener() = default;
+
+unsigned TestListener::port() const
+{
+    return _impl->tcpAcceptor.local_endpoint().port();
+}
+
+std::vector<std::string> TestListener::cimHeaders() const
+{
+    std::lock_guard<std::mutex> lock(_impl->mutex);
+    return _impl->headers;
+}
+
+unsigned TestListener::connectionsAccepted() const
+{
+    return _impl->accepted;
+}
+
+// ---- certificates ----
+
+std::pair<std::string, std::string> makeSelfSignedCertificate(const std::string& folder,
+                                                              const std::string& name)
+{
+    EVP_PKEY* key = EVP_EC_gen("P-256");
+    X509* cert = X509_new();
+    if (!key || !cert)
+        throw std::runtime_error("cannot make a key or certificate");
+    X509_set_version(cert, 2);
+    ASN1_INTEGER_set(X509_get_serialNumber(cert), long(std::time(nullptr) & 0x7FFFFFFF));
+    X509_gmtime_adj(X509_getm_notBefore(cert), -60);
+    X509_gmtime_adj(X509_getm_notAfter(cert), 3600);
+    X509_set_pubkey(cert, key);
+    X509_NAME* subject = X509_get_subject_name(cert);
+    X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC,
+                               reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
+    X509_set_issuer_name(cert, subject);
+    X509V3_CTX ctx;
+    X509V3_set_ctx_nodb(&ctx);
+    X509V3_set_ctx(&ctx, cert, cert, nullptr, nullptr, 0);
+    X509_EXTENSION* san = X509V3_EXT_conf_nid(nullptr, &ctx, NID_subject_alt_name,
+                                              "IP:127.0.0.1,DNS:localhost");
+    X509_add_ext(cert, san, -1);
+    X509_EXTENSION_free(san);
+    X509_sign(cert, key, EVP_sha256());
+
+    std::string certFile = folder + "/" + name + ".crt";
+    std::string keyFile = folder + "/" + name + ".key";
+    FILE* f = std::fopen(certFile.c_str(), "w");
+    PEM_write_X509(f, cert);
+    std::fclose(f);
+    f = std::fopen(keyFile.c_str(), "w");
+    PEM_write_PrivateKey(f, key, nullptr, nullptr, 0, nullptr, nullptr);
+    std::fclose(f);
+    X509_free(cert);
+    EVP_PKEY_free(key);
+    return {certFile, keyFile};
+}
+
+}  // namespace cimxml_test
