@@ -1,0 +1,105 @@
+// What the companion provider tests share: the in-process host over the
+// simulator's small test array (ledgers checked after each operation), a
+// fresh internal cache service per test, and readers of values and errors.
+#ifndef ZDA_COMPANIONS_FIXTURE_H
+#define ZDA_COMPANIONS_FIXTURE_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Provider/CIMOMHandleBackend.h>
+
+#include <zdasim_control.h>
+
+#include "RecordingFakes.h"
+#include "ServerHostFixture.h"
+#include "ZDA_InternalCacheService.h"
+
+namespace zda_companions_test
+{
+
+using namespace Pegasus;
+
+const char ZDA_NS[] = "root/zda";
+
+class CompanionsTest : public zda_test::ServerHostFixture
+{
+protected:
+    // The cache lives in the loaded library and outlives hosts: each test
+    // starts it from the array as the test finds it.
+    void SetUp() override
+    {
+        zda_test::ServerHostFixture::SetUp();
+        ZDA_InternalCacheService::destroy();
+    }
+    void TearDown() override
+    {
+        zda_test::ServerHostFixture::TearDown();
+        ZDA_InternalCacheService::destroy();
+    }
+
+    static OperationContext admin() { return zda::server::InProcessHost::contextFor("admin"); }
+
+    // The status code of the CIMException `call` throws, -1 for none.
+    static int cimErrorOf(const std::function<void()>& call)
+    {
+        try
+        {
+            call();
+        }
+        catch (const CIMException& e)
+        {
+            return e.getCode();
+        }
+        return -1;
+    }
+};
+
+inline CIMValue valueOf(const CIMInstance& instance, const char* name)
+{
+    const Uint32 at = instance.findProperty(name);
+    return at == PEG_NOT_FOUND ? CIMValue() : instance.getProperty(at).getValue();
+}
+
+template <class T>
+T get(const CIMInstance& instance, const char* name)
+{
+    T value = T();
+    valueOf(instance, name).get(value);
+    return value;
+}
+
+inline std::vector<int> uint16s(const CIMInstance& instance, const char* name)
+{
+    Array<Uint16> values = get<Array<Uint16>>(instance, name);
+    return std::vector<int>(values.getData(), values.getData() + values.size());
+}
+
+inline std::string text(const String& s)
+{
+    return (const char*)s.getCString();
+}
+
+// A CIMOMHandle backend answering getClass from the host's repository, for
+// tests that drive a provider object directly.
+class RepositoryBackend : public zda_test::RecordingCIMOMBackend
+{
+public:
+    explicit RepositoryBackend(zda::server::InProcessHost& host) : _host(host) {}
+    CIMClass getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
+    {
+        return _host.repository().getClass(nameSpace, className, localOnly, includeQualifiers,
+            includeClassOrigin, propertyList);
+    }
+
+private:
+    zda::server::InProcessHost& _host;
+};
+
+}  // namespace zda_companions_test
+
+#endif
