@@ -39,6 +39,7 @@ struct Settings {
     int logLevel = -1;
     std::string logFile;
     std::string addUser;
+    bool simulatorControl = false;
     std::string certificateFile;
     std::string keyFile;
     ListenerOptions limits;
@@ -98,6 +99,8 @@ void addOptions(CLI::App& app, Settings& s)
     app.add_option("--log-level", s.logLevel, "Log lines up to this level (2 errors, 3 warnings, 4 trace)")
         ->check(CLI::Range(0, 9));
     app.add_option("--log-file", s.logFile, "Append the log to this file instead of stderr");
+    app.add_flag("--simulator-control", s.simulatorControl,
+                 "Serve the simulator's controls (class ZDA_SimulatorControl in root/zda_sim)");
     app.set_config("--config", "", "Read options from this file (name = value lines)");
     app.add_option("--add-user", s.addUser,
                    "Add a user to the --users file, or change its password, reading the password from "
@@ -182,6 +185,8 @@ int serve(Settings& s)
 
     zda::server::HostOptions hostOptions;
     hostOptions.mofDirectories = s.mofDirs;
+    if (s.simulatorControl)
+        hostOptions.mofDirectories.push_back(ZDA_SIMULATOR_CONTROL_MOF_DIR);
     hostOptions.modulesDirectory = s.modulesDir;
     hostOptions.localUser = Pegasus::String(s.localUser.c_str());
     zda::server::InProcessHost host(hostOptions);
