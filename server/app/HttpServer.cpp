@@ -202,6 +202,11 @@ private:
 
     void onHeader(error_code ec)
     {
+        // A Content-Length beyond the body limit fails the header read.
+        if (ec == bhttp::error::body_limit) {
+            refuseTooLarge();
+            return;
+        }
         if (ec) {
             refuseBroken(ec);
             return;

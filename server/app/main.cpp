@@ -80,6 +80,9 @@ std::string defaultStateDir()
 
 void addOptions(CLI::App& app, Settings& s)
 {
+    // An option given twice takes its last value, so that scripts can
+    // override what they set before.
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     app.add_option("--bind", s.bind, "Address the HTTP and HTTPS listeners bind to")->capture_default_str();
     app.add_option("--http-port", s.httpPort, "HTTP port; 0 picks a free port, 'off' disables")
         ->capture_default_str();
@@ -90,7 +93,8 @@ void addOptions(CLI::App& app, Settings& s)
     app.add_option("--state", s.stateFile, "File that keeps the array's state across restarts");
     app.add_option("--users", s.usersFile, "Users file of name:crypt-hash lines (demo users without it)");
     app.add_option("--state-dir", s.stateDir, "Folder for the generated certificate and the local socket");
-    app.add_option("--mof-dir", s.mofDirs, "MOF folder (repeatable; the project's MOF without it)");
+    app.add_option("--mof-dir", s.mofDirs, "MOF folder (repeatable; the project's MOF without it)")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--modules-dir", s.modulesDir, "Folder of the provider modules (lib<Location>.so)");
     app.add_option("--local-user", s.localUser, "Identity of local-socket clients and of calls without one")
         ->capture_default_str();

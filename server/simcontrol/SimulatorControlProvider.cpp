@@ -63,10 +63,11 @@ public:
             result = zdasim_load_description_text(text.c_str(), "Description", error, sizeof error) == 0 ? 0 : 1;
             handler.deliverParamValue(CIMParamValue("Error", CIMValue(String(error))));
         } else if (method.equal("Reset")) {
+            // The real clock first: the demo array's times count from now.
+            zdasim_clock_use_real();
             zdasim_faults_clear();
             zdasim_reset_demo_array();
             zdasim_clear_records();
-            zdasim_clock_use_real();
         } else if (method.equal("InjectFault")) {
             std::string function = in.text("Function");
             std::string text = in.text("Text");
