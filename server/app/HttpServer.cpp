@@ -143,14 +143,16 @@ public:
 
     const CimRequestHandler& handler;
     const ListenerOptions options;
+    // Sessions still queued when the io_context goes touch these: they are
+    // declared (and so outlive it) before it.
+    std::atomic<unsigned> connections{0};
+    std::atomic<bool> stopped{false};
     asio::io_context io;
     asio::ssl::context tls;
     tcp::acceptor httpAcceptor;
     tcp::acceptor httpsAcceptor;
     local::acceptor localAcceptor;
     std::vector<std::thread> threads;
-    std::atomic<unsigned> connections{0};
-    std::atomic<bool> stopped{false};
 };
 
 // One connection: reads a request, answers it, and repeats while both sides
@@ -217,6 +219,22 @@ private:
             return;
         }
         beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
+        // A client that asks whether to send its body is told to go on.
+        if (beast::iequals(_parser->get()[bhttp::field::expect], "100-continue")) {
+            _continue = std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
+            bhttp::async_write(_stream, *_continue, [self = this->shared_from_this()](error_code ec, std::size_t) {
+                if (ec)
+                    self->close();
+                else
+                    self->readBody();
+            });
+            return;
+        }
+        readBody();
+    }
+
+    void readBody()
+    {
         bhttp::async_read(_stream, _buffer, *_parser, [self = this->shared_from_this()](error_code ec, std::size_t) {
             self->onBody(ec);
         });
@@ -295,6 +313,7 @@ private:
     beast::flat_buffer _buffer;
     std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
     HttpResponse _response;
+    std::shared_ptr<bhttp::response<bhttp::empty_body>> _continue;
 };
 
 void HttpServer::Impl::acceptTcp(tcp::acceptor& acceptor, bool secure)
