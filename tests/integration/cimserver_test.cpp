@@ -364,8 +364,14 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
     EXPECT_TRUE(std::regex_search(text, std::regex("^alice:\\$")));
     EXPECT_EQ(text.find("alice-secret"), std::string::npos);
 
+    std::string broken = folder.path() + "/broken-users";
+    std::ofstream(broken) << "# users\nalice\n";
+    CommandResult refused = runCommand({serverProgram(), "--users", broken, "--http-port", "0", "--https-port",
+                                        "off", "--state-dir", folder.path()});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.output.find("broken-users:2:"), std::string::npos) << refused.output;
+
     ServerProcess server(folder.path(), {"--users", users, "--https-port", "off"});
-    std::string disks = "root/test:Test_Disk";
     CommandResult alice = runCommand({"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
     EXPECT_EQ(alice.exitCode, 0) << alice.output;
     CommandResult bob = runCommand({"wbemcli", "ein", server.url("bob:bob-pw", "root/test") + "Test_Disk"});
