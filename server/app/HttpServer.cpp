@@ -173,8 +173,14 @@ public:
     {
         if (_counted > _owner.options.maxConnections) {
             log_message(3, "zda-cimserver: too many connections (%u), refusing one", _owner.options.maxConnections);
-            _response = CimRequestHandler::refusal(503, "", 11, false);
-            write();
+            if constexpr (std::is_same_v<Stream, TlsStream>) {
+                // No handshake is spent on a connection that is refused.
+                error_code ignored;
+                beast::get_lowest_layer(_stream).socket().close(ignored);
+            } else {
+                _response = CimRequestHandler::refusal(503, "", 11, false);
+                write();
+            }
             return;
         }
         if constexpr (std::is_same_v<Stream, TlsStream>) {
@@ -252,7 +258,17 @@ private:
         // The request runs on this pool thread; the connection's strand
         // keeps its other handlers away meanwhile.
         beast::get_lowest_layer(_stream).expires_never();
-        _response = _owner.handler.handle(_parser->get(), _peer);
+        try {
+            _response = _owner.handler.handle(_parser->get(), _peer);
+        } catch (const std::exception& e) {
+            // Out of memory while encoding, and the like: the pool thread
+            // carries on, the client learns that this request failed.
+            log_message(2, "zda-cimserver: request failed: %s", e.what());
+            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+        } catch (...) {
+            log_message(2, "zda-cimserver: request failed");
+            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+        }
         write();
     }
 
