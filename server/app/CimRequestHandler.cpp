@@ -32,8 +32,9 @@ CIMValue objects(const Array<T>& items)
     return CIMValue(out);
 }
 
-// Runs one decoded request on the dispatcher; CIM errors become the
-// response's error.
+// Runs one decoded request whose result is a single value (or an
+// extrinsic method) on the dispatcher; CIM errors become the response's
+// error.
 OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r)
 {
     OperationResponse out;
@@ -76,14 +77,6 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
                                                          r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
                                                          r.propertyList()));
                 break;
-            case Intrinsic::EnumerateInstances:
-                out.returnValue = CIMValue(d.enumerateInstances(
-                    ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                    r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
-                break;
-            case Intrinsic::EnumerateInstanceNames:
-                out.returnValue = CIMValue(d.enumerateInstanceNames(ctx, ns, r.className("ClassName")));
-                break;
             case Intrinsic::CreateInstance:
                 out.returnValue = CIMValue(d.createInstance(ctx, ns, r.instance("NewInstance")));
                 break;
@@ -95,30 +88,13 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
             case Intrinsic::ExecQuery:
                 out.returnValue = CIMValue(d.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
                 break;
-            case Intrinsic::Associators:
-                out.returnValue = CIMValue(d.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                                                         r.className("ResultClass"), r.text("Role"),
-                                                         r.text("ResultRole"), r.flag("IncludeQualifiers"),
-                                                         r.flag("IncludeClassOrigin"), r.propertyList()));
-                break;
-            case Intrinsic::AssociatorNames:
-                out.returnValue = CIMValue(d.associatorNames(ctx, ns, r.objectPath("ObjectName"),
-                                                             r.className("AssocClass"), r.className("ResultClass"),
-                                                             r.text("Role"), r.text("ResultRole")));
-                break;
-            case Intrinsic::References:
-                out.returnValue = CIMValue(d.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"),
-                                                        r.text("Role"), r.flag("IncludeQualifiers"),
-                                                        r.flag("IncludeClassOrigin"), r.propertyList()));
-                break;
-            case Intrinsic::ReferenceNames:
-                out.returnValue = CIMValue(
-                    d.referenceNames(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role")));
-                break;
             case Intrinsic::GetProperty:
                 out.returnValue =
                     d.getProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
                 break;
+            default:
+                // The list results are written by writeListResult().
+                throw std::logic_error("dispatch() called for a list operation");
             case Intrinsic::SetProperty:
                 d.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
                               r.value("NewValue"));
@@ -138,6 +114,68 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
         out.outParameters.clear();
     }
     return out;
+}
+
+// Writes each element of a list result as it goes, instead of packing the
+// list into a CIMValue first (which would copy every object once more).
+template <class T, class Add>
+void writeList(cimxml::Sink& sink, const OperationRequest& r, const Array<T>& items, Add add)
+{
+    cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
+    writer.begin();
+    for (Uint32 i = 0; i < items.size(); i++)
+        add(writer, items[i]);
+    writer.finish();
+}
+
+// Answers the operations whose results can be long lists straight into
+// `sink`; false for the others (and for extrinsic methods), which go
+// through dispatch(). CIM errors pass out before anything is written.
+bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r,
+                     cimxml::Sink& sink)
+{
+    if (!r.intrinsic)
+        return false;
+    const CIMNamespaceName& ns = r.nameSpace;
+    switch (r.operation) {
+    case Intrinsic::EnumerateInstances:
+        writeList(sink, r,
+                  d.enumerateInstances(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"),
+                                       r.flag("LocalOnly"), r.flag("IncludeQualifiers"),
+                                       r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMInstance& i) { w.addInstance(i); });
+        return true;
+    case Intrinsic::EnumerateInstanceNames:
+        writeList(sink, r, d.enumerateInstanceNames(ctx, ns, r.className("ClassName")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addInstanceName(p); });
+        return true;
+    case Intrinsic::Associators:
+        writeList(sink, r,
+                  d.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                                r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
+                                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
+        return true;
+    case Intrinsic::References:
+        writeList(sink, r,
+                  d.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                               r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
+        return true;
+    case Intrinsic::AssociatorNames:
+        writeList(sink, r,
+                  d.associatorNames(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                                    r.className("ResultClass"), r.text("Role"), r.text("ResultRole")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
+        return true;
+    case Intrinsic::ReferenceNames:
+        writeList(sink, r,
+                  d.referenceNames(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool decodeBase64(const std::string& in, std::string& out)
@@ -244,6 +282,20 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
     if (!xhttp::isXmlContentType(std::string(req[bhttp::field::content_type])))
         return refusal(406, "", version, keepAlive);
 
+    // The CIM-XML answer, whatever it holds, goes back with status 200.
+    auto answer = [&](std::string xml) {
+        HttpResponse res{bhttp::status::ok, version};
+        res.set(bhttp::field::server, "zda-cimserver");
+        res.set(bhttp::field::content_type, xhttp::CONTENT_TYPE_XML);
+        if (!prefix.empty())
+            res.set(bhttp::field::ext, "");
+        res.set(prefix + xhttp::CIM_OPERATION, "MethodResponse");
+        res.body() = std::move(xml);
+        res.keep_alive(keepAlive);
+        res.prepare_payload();
+        return res;
+    };
+    cimxml::StringSink body;
     OperationResponse response;
     try {
         cimxml::DecodeLimits limits;
@@ -259,6 +311,28 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
                     peer.address.empty() ? "the local socket" : peer.address.c_str());
         OperationContext context = server::InProcessHost::contextFor(
             String(user.c_str()), String(peer.address.c_str()));
+        try {
+            try {
+                if (writeListResult(_dispatcher, context, request, body))
+                    return answer(std::move(body.text));
+            } catch (const CIMException&) {
+                throw;
+            } catch (const std::logic_error&) {
+                throw;
+            } catch (...) {
+                server::rethrowAsCIMException();
+            }
+        } catch (const CIMException& e) {
+            body.text.clear();
+            response.messageId = request.messageId;
+            response.intrinsic = request.intrinsic;
+            response.operation = request.operation;
+            response.methodName = request.methodName;
+            response.errorCode = Uint32(e.getCode());
+            response.errorDescription = server::errorDescription(e);
+            cimxml::encodeResponse(response, body);
+            return answer(std::move(body.text));
+        }
         response = dispatch(_dispatcher, context, request);
     } catch (const cimxml::DecodeError& e) {
         log_message(3, "zda-cimserver: refused request from %s: %s",
@@ -269,18 +343,8 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
         response = e.response();
     }
 
-    HttpResponse res{bhttp::status::ok, version};
-    res.set(bhttp::field::server, "zda-cimserver");
-    res.set(bhttp::field::content_type, xhttp::CONTENT_TYPE_XML);
-    if (!prefix.empty())
-        res.set(bhttp::field::ext, "");
-    res.set(prefix + xhttp::CIM_OPERATION, "MethodResponse");
-    cimxml::StringSink body;
     cimxml::encodeResponse(response, body);
-    res.body() = std::move(body.text);
-    res.keep_alive(keepAlive);
-    res.prepare_payload();
-    return res;
+    return answer(std::move(body.text));
 }
 
 }  // namespace zda::cimserver
