@@ -692,7 +692,8 @@ private:
         OperationResponse response;
         try
         {
-            response = decodeResponse(answer.body().data(), answer.body().size());
+            std::string& body = answer.body();
+            response = decodeResponseInPlace(&body[0], body.size());
         }
         catch (const DecodeError& e)
         {

@@ -7,6 +7,8 @@
 
 #include <pugixml.hpp>
 
+#include <cstring>
+
 namespace cimxml
 {
 
@@ -39,6 +41,14 @@ void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance);
 void writeObjectWithPath(XmlWriter& w, const CIMConstObject& object);
 
 // ---- reading ----
+
+// Element navigation that skips text, comments and processing instructions.
+inline bool isElement(const pugi::xml_node& e, const char* name)
+{
+    return std::strcmp(e.name(), name) == 0;
+}
+pugi::xml_node firstElement(const pugi::xml_node& parent);  // or an empty node
+pugi::xml_node nextElement(const pugi::xml_node& sibling);  // or an empty node
 
 // Reading state: the limits and how deep in embedded objects we are.
 struct ReadContext
@@ -78,8 +88,10 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx);
 
 // Parses a document with the reader's safety rules: no document type, no
 // entity declarations, depth and attribute sizes bounded. Throws DecodeError.
+// With writableData (the same bytes as data) the parser works in that buffer
+// instead of a copy; the buffer must then outlive doc.
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits);
+                   const DecodeLimits& limits, char* writableData = nullptr);
 
 }  // namespace cimxml
 

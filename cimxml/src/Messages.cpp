@@ -15,23 +15,7 @@ namespace
 {
 inline bool is(const pugi::xml_node& e, const char* name)
 {
-    return std::strcmp(e.name(), name) == 0;
-}
-
-pugi::xml_node firstElement(const pugi::xml_node& e)
-{
-    for (pugi::xml_node c = e.first_child(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element)
-            return c;
-    return pugi::xml_node();
-}
-
-pugi::xml_node nextElement(const pugi::xml_node& e)
-{
-    for (pugi::xml_node c = e.next_sibling(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element)
-            return c;
-    return pugi::xml_node();
+    return isElement(e, name);
 }
 
 std::string utf8(const String& s)
@@ -652,10 +636,29 @@ void encodeResponse(const OperationResponse& r, Sink& sink)
     w.flush();
 }
 
+namespace
+{
+OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits& limits);
+}
+
 OperationResponse decodeResponse(const char* data, std::size_t size, const DecodeLimits& limits)
 {
     pugi::xml_document doc;
     parseDocument(doc, data, size, limits);
+    return readResponse(doc, limits);
+}
+
+OperationResponse decodeResponseInPlace(char* data, std::size_t size, const DecodeLimits& limits)
+{
+    pugi::xml_document doc;
+    parseDocument(doc, data, size, limits, data);
+    return readResponse(doc, limits);
+}
+
+namespace
+{
+OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits& limits)
+{
     OperationResponse response;
     pugi::xml_node body = openEnvelope(doc, response.messageId);
     if (!is(body, "SIMPLERSP"))
@@ -732,6 +735,7 @@ OperationResponse decodeResponse(const char* data, std::size_t size, const Decod
     }
     return response;
 }
+}  // namespace
 
 // ---- streaming ----
 

@@ -24,19 +24,6 @@ void invalid(const std::string& message)
     throw DecodeError(DecodeFailure::NotValid, message);
 }
 
-namespace
-{
-inline bool is(const pugi::xml_node& e, const char* name)
-{
-    return std::strcmp(e.name(), name) == 0;
-}
-
-std::string elementName(const pugi::xml_node& e)
-{
-    return std::string(e.name());
-}
-
-// The first child element, or an empty node.
 pugi::xml_node firstElement(const pugi::xml_node& e)
 {
     for (pugi::xml_node c = e.first_child(); c; c = c.next_sibling())
@@ -51,6 +38,18 @@ pugi::xml_node nextElement(const pugi::xml_node& e)
         if (c.type() == pugi::node_element)
             return c;
     return pugi::xml_node();
+}
+
+namespace
+{
+inline bool is(const pugi::xml_node& e, const char* name)
+{
+    return isElement(e, name);
+}
+
+std::string elementName(const pugi::xml_node& e)
+{
+    return std::string(e.name());
 }
 
 pugi::xml_node requireChild(const pugi::xml_node& e, const char* name)
@@ -771,18 +770,20 @@ std::size_t invalidUtf8At(const unsigned char* s, std::size_t size)
 }  // namespace
 
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits)
+                   const DecodeLimits& limits, char* writableData)
 {
-    // parse_doctype keeps a document type in the tree so that it can be
-    // refused; entities other than the five predefined ones and character
-    // references are never expanded by the parser.
     // Text becomes SDK strings, which hold Unicode only.
     std::size_t bad = invalidUtf8At(reinterpret_cast<const unsigned char*>(data), size);
     if (bad != size)
         throw DecodeError(DecodeFailure::NotWellFormed,
                           "the document is not UTF-8 (byte " + std::to_string(bad) + ")");
+    // parse_doctype keeps a document type in the tree so that it can be
+    // refused; entities other than the five predefined ones and character
+    // references are never expanded by the parser.
     unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single;
-    pugi::xml_parse_result result = doc.load_buffer(data, size, options, pugi::encoding_utf8);
+    pugi::xml_parse_result result =
+        writableData ? doc.load_buffer_inplace(writableData, size, options, pugi::encoding_utf8)
+                     : doc.load_buffer(data, size, options, pugi::encoding_utf8);
     if (!result)
         throw DecodeError(DecodeFailure::NotWellFormed,
                           std::string("XML error at offset ") + std::to_string(result.offset) +

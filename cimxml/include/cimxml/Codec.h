@@ -104,6 +104,10 @@ void encodeRequest(const OperationRequest& request, Sink& sink);
 OperationResponse decodeResponse(const char* data, std::size_t size,
                                  const DecodeLimits& limits = DecodeLimits());
 void encodeResponse(const OperationResponse& response, Sink& sink);
+// As decodeResponse, reading in the caller's buffer instead of a copy (less
+// memory for large results); the buffer's content is overwritten.
+OperationResponse decodeResponseInPlace(char* data, std::size_t size,
+                                        const DecodeLimits& limits = DecodeLimits());
 
 // Streams the response of an intrinsic operation: the envelope is written
 // by begin(), each result element as it is added, the closing tags by

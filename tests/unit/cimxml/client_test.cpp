@@ -253,6 +253,34 @@ TEST_F(CimXmlClient, ResultsAndCimErrorsComeBackUnchanged)
     EXPECT_EQ(0u, client.enumerateInstanceNames(kNs, "ZDA_StorageVolume").size());
 }
 
+TEST_F(CimXmlClient, LargeEnumerationsArriveWhole)
+{
+    struct Many : Backend
+    {
+        Array<CIMInstance> enumerateInstances(const OperationContext&, const CIMNamespaceName&,
+                                              const CIMName&, Boolean, Boolean, Boolean, Boolean,
+                                              const CIMPropertyList&) override
+        {
+            Array<CIMInstance> all;
+            for (int i = 0; i < 20000; i++)
+            {
+                std::string id = "volume-" + std::to_string(i);
+                CIMInstance v("ZDA_StorageVolume");
+                v.addProperty(CIMProperty("DeviceID", CIMValue(String(id.c_str()))));
+                v.setPath(volume(id.c_str()));
+                all.append(v);
+            }
+            return all;
+        }
+    };
+    TestListener listener(std::make_shared<Many>(), {});
+    CIMClient client;
+    client.connect("127.0.0.1", listener.port(), "", "");
+    Array<CIMInstance> all = client.enumerateInstances(kNs, "ZDA_StorageVolume");
+    ASSERT_EQ(20000u, all.size());
+    EXPECT_TRUE(all[19999].getPath() == volume("volume-19999"));
+}
+
 TEST_F(CimXmlClient, ConnectionProblemsSurfaceAsTheSdksExceptions)
 {
     {
