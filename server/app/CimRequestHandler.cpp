@@ -1,0 +1,350 @@
+#include "CimRequestHandler.h"
+
+#include <InProcessHost.h>
+#include <ProviderErrors.h>
+
+#include <cimxml/Codec.h>
+#include <cimxml/Http.h>
+
+#include <zdaapi_base.h>
+
+#include <openssl/evp.h>
+
+#include <exception>
+
+namespace zda::cimserver {
+
+using namespace Pegasus;
+using cimxml::Intrinsic;
+using cimxml::OperationRequest;
+using cimxml::OperationResponse;
+namespace bhttp = boost::beast::http;
+namespace xhttp = cimxml::http;
+
+namespace {
+
+template <class T>
+CIMValue objects(const Array<T>& items)
+{
+    Array<CIMObject> out;
+    for (Uint32 i = 0; i < items.size(); i++)
+        out.append(CIMObject(items[i]));
+    return CIMValue(out);
+}
+
+// Runs one decoded request whose result is a single value (or an
+// extrinsic method) on the dispatcher; CIM errors become the response's
+// error.
+OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r)
+{
+    OperationResponse out;
+    out.messageId = r.messageId;
+    out.intrinsic = r.intrinsic;
+    out.operation = r.operation;
+    out.methodName = r.methodName;
+    const CIMNamespaceName& ns = r.nameSpace;
+    try {
+        try {
+            if (!r.intrinsic) {
+                out.returnValue = d.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters, out.outParameters);
+                return out;
+            }
+            switch (r.operation) {
+            case Intrinsic::GetClass:
+                out.returnValue = CIMValue(CIMObject(d.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
+                                                                r.flag("IncludeQualifiers"),
+                                                                r.flag("IncludeClassOrigin"), r.propertyList())));
+                break;
+            case Intrinsic::EnumerateClasses:
+                out.returnValue = objects(d.enumerateClasses(ctx, ns, r.className("ClassName"),
+                                                             r.flag("DeepInheritance"), r.flag("LocalOnly"),
+                                                             r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
+                break;
+            case Intrinsic::EnumerateClassNames: {
+                Array<CIMName> names =
+                    d.enumerateClassNames(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"));
+                Array<String> texts;
+                for (Uint32 i = 0; i < names.size(); i++)
+                    texts.append(names[i].getString());
+                out.returnValue = CIMValue(texts);
+                break;
+            }
+            case Intrinsic::CreateClass: d.createClass(ctx, ns, r.cimClass("NewClass")); break;
+            case Intrinsic::ModifyClass: d.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
+            case Intrinsic::DeleteClass: d.deleteClass(ctx, ns, r.className("ClassName")); break;
+            case Intrinsic::GetInstance:
+                out.returnValue = CIMValue(d.getInstance(ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
+                                                         r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
+                                                         r.propertyList()));
+                break;
+            case Intrinsic::CreateInstance:
+                out.returnValue = CIMValue(d.createInstance(ctx, ns, r.instance("NewInstance")));
+                break;
+            case Intrinsic::ModifyInstance:
+                d.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
+                                 r.propertyList());
+                break;
+            case Intrinsic::DeleteInstance: d.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
+            case Intrinsic::ExecQuery:
+                out.returnValue = CIMValue(d.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
+                break;
+            case Intrinsic::GetProperty:
+                out.returnValue =
+                    d.getProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
+                break;
+            default:
+                // The list results are written by writeListResult().
+                throw std::logic_error("dispatch() called for a list operation");
+            case Intrinsic::SetProperty:
+                d.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
+                              r.value("NewValue"));
+                break;
+            }
+        } catch (const CIMException&) {
+            throw;
+        } catch (...) {
+            // Anything else (a bad parameter value the SDK refuses, a
+            // library fault) still answers as a CIM error.
+            server::rethrowAsCIMException();
+        }
+    } catch (const CIMException& e) {
+        out.errorCode = Uint32(e.getCode());
+        out.errorDescription = server::errorDescription(e);
+        out.returnValue = CIMValue();
+        out.outParameters.clear();
+    }
+    return out;
+}
+
+// Writes each element of a list result as it goes, instead of packing the
+// list into a CIMValue first (which would copy every object once more).
+template <class T, class Add>
+void writeList(cimxml::Sink& sink, const OperationRequest& r, const Array<T>& items, Add add)
+{
+    cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
+    writer.begin();
+    for (Uint32 i = 0; i < items.size(); i++)
+        add(writer, items[i]);
+    writer.finish();
+}
+
+// Answers the operations whose results can be long lists straight into
+// `sink`; false for the others (and for extrinsic methods), which go
+// through dispatch(). CIM errors pass out before anything is written.
+bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r,
+                     cimxml::Sink& sink)
+{
+    if (!r.intrinsic)
+        return false;
+    const CIMNamespaceName& ns = r.nameSpace;
+    switch (r.operation) {
+    case Intrinsic::EnumerateInstances:
+        writeList(sink, r,
+                  d.enumerateInstances(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"),
+                                       r.flag("LocalOnly"), r.flag("IncludeQualifiers"),
+                                       r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMInstance& i) { w.addInstance(i); });
+        return true;
+    case Intrinsic::EnumerateInstanceNames:
+        writeList(sink, r, d.enumerateInstanceNames(ctx, ns, r.className("ClassName")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addInstanceName(p); });
+        return true;
+    case Intrinsic::Associators:
+        writeList(sink, r,
+                  d.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                                r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
+                                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
+        return true;
+    case Intrinsic::References:
+        writeList(sink, r,
+                  d.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                               r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
+                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
+        return true;
+    case Intrinsic::AssociatorNames:
+        writeList(sink, r,
+                  d.associatorNames(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                                    r.className("ResultClass"), r.text("Role"), r.text("ResultRole")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
+        return true;
+    case Intrinsic::ReferenceNames:
+        writeList(sink, r,
+                  d.referenceNames(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role")),
+                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool decodeBase64(const std::string& in, std::string& out)
+{
+    if (in.empty() || in.size() % 4 != 0 || in.size() > 4096)
+        return false;
+    out.assign(in.size() / 4 * 3, '\0');
+    int n = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
+                            reinterpret_cast<const unsigned char*>(in.data()), int(in.size()));
+    if (n < 0)
+        return false;
+    std::size_t padding = in[in.size() - 1] == '=' ? (in[in.size() - 2] == '=' ? 2 : 1) : 0;
+    out.resize(std::size_t(n) - padding);
+    return true;
+}
+
+bool startsWithNoCase(const std::string& text, const char* prefix)
+{
+    std::size_t n = std::char_traits<char>::length(prefix);
+    if (text.size() < n)
+        return false;
+    for (std::size_t i = 0; i < n; i++)
+        if (std::tolower(static_cast<unsigned char>(text[i])) != std::tolower(static_cast<unsigned char>(prefix[i])))
+            return false;
+    return true;
+}
+
+}  // namespace
+
+CimRequestHandler::CimRequestHandler(server::Dispatcher& dispatcher, const UserStore& users, HandlerOptions options)
+    : _dispatcher(dispatcher), _users(users), _options(std::move(options))
+{
+}
+
+HttpResponse CimRequestHandler::refusal(unsigned status, const std::string& cimError, unsigned version,
+                                        bool keepAlive)
+{
+    HttpResponse res{bhttp::status(status), version};
+    res.set(bhttp::field::server, "zda-cimserver");
+    if (!cimError.empty())
+        res.set(xhttp::CIM_ERROR, cimError);
+    res.keep_alive(keepAlive);
+    res.prepare_payload();
+    return res;
+}
+
+std::string CimRequestHandler::authenticate(const HttpRequest& request, Peer& peer) const
+{
+    if (peer.trustedLocal)
+        return _options.localUser;
+    std::string header(request[bhttp::field::authorization]);
+    if (!peer.verifiedAuthorization.empty() && header == peer.verifiedAuthorization)
+        return peer.verifiedUser;
+    if (!startsWithNoCase(header, "Basic "))
+        return std::string();
+    std::string credentials;
+    std::size_t start = header.find_first_not_of(' ', 6);
+    if (start == std::string::npos || !decodeBase64(header.substr(start), credentials))
+        return std::string();
+    std::size_t colon = credentials.find(':');
+    if (colon == std::string::npos)
+        return std::string();
+    std::string user = credentials.substr(0, colon);
+    if (!_users.verify(user, credentials.substr(colon + 1)))
+        return std::string();
+    peer.verifiedAuthorization = header;
+    peer.verifiedUser = user;
+    return user;
+}
+
+HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
+{
+    const unsigned version = req.version();
+    const bool keepAlive = req.keep_alive();
+    // M-POST names the CIM headers with the prefix its Man header declares.
+    std::string prefix;
+    if (req.method_string() == "M-POST") {
+        prefix = xhttp::extensionHeaderPrefix(std::string(req["Man"]));
+        if (prefix.empty())
+            return refusal(501, "", version, false);
+    } else if (req.method() != bhttp::verb::post) {
+        HttpResponse res = refusal(405, "", version, keepAlive);
+        res.set(bhttp::field::allow, "POST, M-POST");
+        return res;
+    }
+    auto cimHeader = [&](const char* name) { return std::string(req[prefix + name]); };
+
+    std::string user = authenticate(req, peer);
+    if (user.empty()) {
+        log_message(3, "zda-cimserver: refused request from %s: no valid credentials",
+                    peer.address.empty() ? "the local socket" : peer.address.c_str());
+        HttpResponse res = refusal(401, "", version, keepAlive);
+        res.set(bhttp::field::www_authenticate, "Basic realm=\"zda-cimserver\"");
+        return res;
+    }
+
+    if (cimHeader(xhttp::CIM_OPERATION) != "MethodCall") {
+        auto r = xhttp::unsupportedOperation();
+        return refusal(r.status, r.cimError, version, keepAlive);
+    }
+    std::string protocolVersion = cimHeader(xhttp::CIM_PROTOCOL_VERSION);
+    if (!protocolVersion.empty() && protocolVersion.compare(0, 2, "1.") != 0 && protocolVersion != "1")
+        return refusal(501, "unsupported-protocol-version", version, keepAlive);
+    if (!xhttp::isXmlContentType(std::string(req[bhttp::field::content_type])))
+        return refusal(406, "", version, keepAlive);
+
+    // The CIM-XML answer, whatever it holds, goes back with status 200.
+    auto answer = [&](std::string xml) {
+        HttpResponse res{bhttp::status::ok, version};
+        res.set(bhttp::field::server, "zda-cimserver");
+        res.set(bhttp::field::content_type, xhttp::CONTENT_TYPE_XML);
+        if (!prefix.empty())
+            res.set(bhttp::field::ext, "");
+        res.set(prefix + xhttp::CIM_OPERATION, "MethodResponse");
+        res.body() = std::move(xml);
+        res.keep_alive(keepAlive);
+        res.prepare_payload();
+        return res;
+    };
+    cimxml::StringSink body;
+    OperationResponse response;
+    try {
+        cimxml::DecodeLimits limits;
+        limits.maxDepth = _options.maxXmlDepth;
+        OperationRequest request = cimxml::decodeRequest(req.body().data(), req.body().size(), limits);
+        if (!xhttp::headersMatch(request, cimHeader(xhttp::CIM_METHOD), cimHeader(xhttp::CIM_OBJECT))) {
+            auto r = xhttp::headerMismatch();
+            return refusal(r.status, r.cimError, version, keepAlive);
+        }
+        log_message(4, "zda-cimserver: %s %s in %s from %s", user.c_str(),
+                    static_cast<const char*>(request.name().getCString()),
+                    static_cast<const char*>(request.nameSpace.getString().getCString()),
+                    peer.address.empty() ? "the local socket" : peer.address.c_str());
+        OperationContext context = server::InProcessHost::contextFor(
+            String(user.c_str()), String(peer.address.c_str()));
+        try {
+            try {
+                if (writeListResult(_dispatcher, context, request, body))
+                    return answer(std::move(body.text));
+            } catch (const CIMException&) {
+                throw;
+            } catch (const std::logic_error&) {
+                throw;
+            } catch (...) {
+                server::rethrowAsCIMException();
+            }
+        } catch (const CIMException& e) {
+            body.text.clear();
+            response.messageId = request.messageId;
+            response.intrinsic = request.intrinsic;
+            response.operation = request.operation;
+            response.methodName = request.methodName;
+            response.errorCode = Uint32(e.getCode());
+            response.errorDescription = server::errorDescription(e);
+            cimxml::encodeResponse(response, body);
+            return answer(std::move(body.text));
+        }
+        response = dispatch(_dispatcher, context, request);
+    } catch (const cimxml::DecodeError& e) {
+        log_message(3, "zda-cimserver: refused request from %s: %s",
+                    peer.address.empty() ? "the local socket" : peer.address.c_str(), e.what());
+        auto r = xhttp::refusalFor(e.failure);
+        return refusal(r.status, r.cimError, version, keepAlive);
+    } catch (const cimxml::RequestRefused& e) {
+        response = e.response();
+    }
+
+    cimxml::encodeResponse(response, body);
+    return answer(std::move(body.text));
+}
+
+}  // namespace zda::cimserver

@@ -1,0 +1,400 @@
+#include "HttpServer.h"
+
+#include <zdaapi_base.h>
+
+#include <boost/asio.hpp>
+#include <boost/asio/ssl.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/ssl.hpp>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <optional>
+#include <thread>
+
+namespace zda::cimserver {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace bhttp = boost::beast::http;
+using boost::system::error_code;
+using tcp = asio::ip::tcp;
+using local = asio::local::stream_protocol;
+
+namespace {
+
+using TcpStream = beast::tcp_stream;
+using TlsStream = beast::ssl_stream<beast::tcp_stream>;
+using LocalStream = beast::basic_stream<local>;
+
+// Headers beyond this size are refused: CIM requests carry a handful.
+constexpr std::uint32_t kMaxHeaderBytes = 16 * 1024;
+
+}  // namespace
+
+class HttpServer::Impl {
+public:
+    Impl(const CimRequestHandler& handler, ListenerOptions options)
+        : handler(handler), options(std::move(options)), tls(asio::ssl::context::tls_server), httpAcceptor(io),
+          httpsAcceptor(io), localAcceptor(io)
+    {
+        if (this->options.httpPort >= 0)
+            openTcp(httpAcceptor, this->options.httpPort);
+        if (this->options.httpsPort >= 0) {
+            setUpTls();
+            openTcp(httpsAcceptor, this->options.httpsPort);
+        }
+        if (!this->options.socketPath.empty())
+            openLocal();
+        if (httpAcceptor.is_open())
+            acceptTcp(httpAcceptor, false);
+        if (httpsAcceptor.is_open())
+            acceptTcp(httpsAcceptor, true);
+        if (localAcceptor.is_open())
+            acceptLocal();
+        unsigned n = std::max(1u, this->options.threads);
+        for (unsigned i = 0; i < n; i++)
+            threads.emplace_back([this] { io.run(); });
+    }
+
+    ~Impl() { stop(); }
+
+    void stop()
+    {
+        if (stopped.exchange(true))
+            return;
+        asio::post(io, [this] {
+            error_code ignored;
+            httpAcceptor.close(ignored);
+            httpsAcceptor.close(ignored);
+            localAcceptor.close(ignored);
+        });
+        // Handlers running now (requests being served) finish; pending
+        // reads and writes are dropped with the io_context.
+        io.stop();
+        for (auto& t : threads)
+            t.join();
+        threads.clear();
+        if (!options.socketPath.empty())
+            ::unlink(options.socketPath.c_str());
+    }
+
+    void openTcp(tcp::acceptor& acceptor, int port)
+    {
+        error_code ec;
+        auto address = asio::ip::make_address(options.bindAddress, ec);
+        if (ec)
+            throw ListenerError("not an IP address to listen on: " + options.bindAddress);
+        tcp::endpoint where(address, static_cast<unsigned short>(port));
+        acceptor.open(where.protocol(), ec);
+        if (!ec)
+            acceptor.set_option(asio::socket_base::reuse_address(true), ec);
+        if (!ec)
+            acceptor.bind(where, ec);
+        if (!ec)
+            acceptor.listen(asio::socket_base::max_listen_connections, ec);
+        if (ec)
+            throw ListenerError("cannot listen on " + options.bindAddress + " port " + std::to_string(port) + ": " +
+                                ec.message());
+    }
+
+    void openLocal()
+    {
+        // A socket file left by a server that did not stop cleanly.
+        ::unlink(options.socketPath.c_str());
+        error_code ec;
+        local::endpoint where(options.socketPath);
+        localAcceptor.open(where.protocol(), ec);
+        if (!ec)
+            localAcceptor.bind(where, ec);
+        if (!ec)
+            localAcceptor.listen(asio::socket_base::max_listen_connections, ec);
+        if (ec)
+            throw ListenerError("cannot listen on the local socket " + options.socketPath + ": " + ec.message());
+        // Any local user may connect; only trusted peers skip the password.
+        ::chmod(options.socketPath.c_str(), 0666);
+    }
+
+    void setUpTls()
+    {
+        tls.set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_sslv2 |
+                        asio::ssl::context::no_sslv3 | asio::ssl::context::no_tlsv1 |
+                        asio::ssl::context::no_tlsv1_1 | asio::ssl::context::single_dh_use);
+        SSL_CTX_set_min_proto_version(tls.native_handle(), TLS1_2_VERSION);
+        error_code ec;
+        tls.use_certificate_chain_file(options.certificateFile, ec);
+        if (ec)
+            throw ListenerError("cannot use the certificate " + options.certificateFile + ": " + ec.message());
+        tls.use_private_key_file(options.keyFile, asio::ssl::context::pem, ec);
+        if (ec)
+            throw ListenerError("cannot use the private key " + options.keyFile + ": " + ec.message());
+    }
+
+    template <class Stream>
+    class Session;
+
+    void acceptTcp(tcp::acceptor& acceptor, bool secure);
+    void acceptLocal();
+
+    const CimRequestHandler& handler;
+    const ListenerOptions options;
+    // Sessions still queued when the io_context goes touch these: they are
+    // declared (and so outlive it) before it.
+    std::atomic<unsigned> connections{0};
+    std::atomic<bool> stopped{false};
+    asio::io_context io;
+    asio::ssl::context tls;
+    tcp::acceptor httpAcceptor;
+    tcp::acceptor httpsAcceptor;
+    local::acceptor localAcceptor;
+    std::vector<std::thread> threads;
+};
+
+// One connection: reads a request, answers it, and repeats while both sides
+// keep the connection alive.
+template <class Stream>
+class HttpServer::Impl::Session : public std::enable_shared_from_this<Session<Stream>> {
+public:
+    template <class... Args>
+    Session(Impl& owner, Peer peer, Args&&... args)
+        : _owner(owner), _peer(std::move(peer)), _stream(std::forward<Args>(args)...)
+    {
+        _counted = ++_owner.connections;
+    }
+
+    ~Session() { --_owner.connections; }
+
+    void start()
+    {
+        if (_counted > _owner.options.maxConnections) {
+            log_message(3, "zda-cimserver: too many connections (%u), refusing one", _owner.options.maxConnections);
+            if constexpr (std::is_same_v<Stream, TlsStream>) {
+                // No handshake is spent on a connection that is refused.
+                error_code ignored;
+                beast::get_lowest_layer(_stream).socket().close(ignored);
+            } else {
+                _response = CimRequestHandler::refusal(503, "", 11, false);
+                write();
+            }
+            return;
+        }
+        if constexpr (std::is_same_v<Stream, TlsStream>) {
+            beast::get_lowest_layer(_stream).expires_after(_owner.options.headerTimeout);
+            _stream.async_handshake(asio::ssl::stream_base::server,
+                                    [self = this->shared_from_this()](error_code ec) {
+                                        if (!ec)
+                                            self->readHeader();
+                                    });
+        } else {
+            readHeader();
+        }
+    }
+
+private:
+    void readHeader()
+    {
+        _parser.emplace();
+        _parser->header_limit(kMaxHeaderBytes);
+        _parser->body_limit(_owner.options.maxRequestBytes);
+        beast::get_lowest_layer(_stream).expires_after(_owner.options.headerTimeout);
+        bhttp::async_read_header(_stream, _buffer, *_parser,
+                                 [self = this->shared_from_this()](error_code ec, std::size_t) {
+                                     self->onHeader(ec);
+                                 });
+    }
+
+    void onHeader(error_code ec)
+    {
+        // A Content-Length beyond the body limit fails the header read.
+        if (ec == bhttp::error::body_limit) {
+            refuseTooLarge();
+            return;
+        }
+        if (ec) {
+            refuseBroken(ec);
+            return;
+        }
+        auto length = _parser->content_length();
+        if (length && *length > _owner.options.maxRequestBytes) {
+            refuseTooLarge();
+            return;
+        }
+        beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
+        // A client that asks whether to send its body is told to go on.
+        if (beast::iequals(_parser->get()[bhttp::field::expect], "100-continue")) {
+            _continue = std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
+            bhttp::async_write(_stream, *_continue, [self = this->shared_from_this()](error_code ec, std::size_t) {
+                if (ec)
+                    self->close();
+                else
+                    self->readBody();
+            });
+            return;
+        }
+        readBody();
+    }
+
+    void readBody()
+    {
+        bhttp::async_read(_stream, _buffer, *_parser, [self = this->shared_from_this()](error_code ec, std::size_t) {
+            self->onBody(ec);
+        });
+    }
+
+    void onBody(error_code ec)
+    {
+        if (ec) {
+            if (ec == bhttp::error::body_limit)
+                refuseTooLarge();
+            else
+                refuseBroken(ec);
+            return;
+        }
+        // The request runs on this pool thread; the connection's strand
+        // keeps its other handlers away meanwhile.
+        beast::get_lowest_layer(_stream).expires_never();
+        try {
+            _response = _owner.handler.handle(_parser->get(), _peer);
+        } catch (const std::exception& e) {
+            // Out of memory while encoding, and the like: the pool thread
+            // carries on, the client learns that this request failed.
+            log_message(2, "zda-cimserver: request failed: %s", e.what());
+            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+        } catch (...) {
+            log_message(2, "zda-cimserver: request failed");
+            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+        }
+        write();
+    }
+
+    void refuseTooLarge()
+    {
+        log_message(3, "zda-cimserver: refused a request of more than %zu bytes", _owner.options.maxRequestBytes);
+        _response = CimRequestHandler::refusal(413, "request-not-valid", _parser->get().version(), false);
+        write();
+    }
+
+    // Protocol errors get a 400 before the connection closes; a client that
+    // went away or stopped sending is just closed.
+    void refuseBroken(error_code ec)
+    {
+        if (ec == bhttp::error::end_of_stream || ec == beast::error::timeout || ec == asio::error::eof ||
+            ec == asio::error::connection_reset || ec == asio::error::operation_aborted ||
+            ec.category() == asio::error::get_ssl_category() || ec == asio::ssl::error::stream_truncated) {
+            if (ec == beast::error::timeout)
+                log_message(3, "zda-cimserver: closed a connection that stopped sending");
+            close();
+            return;
+        }
+        unsigned status = ec == bhttp::error::header_limit ? 431 : 400;
+        _response = CimRequestHandler::refusal(status, "", 11, false);
+        write();
+    }
+
+    void write()
+    {
+        beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
+        bhttp::async_write(_stream, _response, [self = this->shared_from_this()](error_code ec, std::size_t) {
+            if (!ec && self->_response.keep_alive())
+                self->readHeader();
+            else
+                self->close();
+        });
+    }
+
+    void close()
+    {
+        error_code ignored;
+        if constexpr (std::is_same_v<Stream, TlsStream>) {
+            beast::get_lowest_layer(_stream).expires_after(std::chrono::seconds(2));
+            _stream.async_shutdown([self = this->shared_from_this()](error_code) {
+                error_code ignored;
+                beast::get_lowest_layer(self->_stream).socket().close(ignored);
+            });
+        } else {
+            _stream.socket().shutdown(asio::socket_base::shutdown_send, ignored);
+            _stream.socket().close(ignored);
+        }
+    }
+
+    Impl& _owner;
+    Peer _peer;
+    Stream _stream;
+    unsigned _counted = 0;
+    beast::flat_buffer _buffer;
+    std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
+    HttpResponse _response;
+    std::shared_ptr<bhttp::response<bhttp::empty_body>> _continue;
+};
+
+void HttpServer::Impl::acceptTcp(tcp::acceptor& acceptor, bool secure)
+{
+    acceptor.async_accept(asio::make_strand(io), [this, &acceptor, secure](error_code ec, tcp::socket socket) {
+        if (ec == asio::error::operation_aborted || !acceptor.is_open())
+            return;
+        if (!ec) {
+            Peer peer;
+            error_code ignored;
+            auto remote = socket.remote_endpoint(ignored);
+            auto address = remote.address();
+            if (address.is_v6() && address.to_v6().is_v4_mapped())
+                address = asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6());
+            peer.address = address.to_string();
+            if (secure)
+                std::make_shared<Session<TlsStream>>(*this, std::move(peer), std::move(socket), tls)->start();
+            else
+                std::make_shared<Session<TcpStream>>(*this, std::move(peer), std::move(socket))->start();
+        }
+        acceptTcp(acceptor, secure);
+    });
+}
+
+void HttpServer::Impl::acceptLocal()
+{
+    localAcceptor.async_accept(asio::make_strand(io), [this](error_code ec, local::socket socket) {
+        if (ec == asio::error::operation_aborted || !localAcceptor.is_open())
+            return;
+        if (!ec) {
+            Peer peer;
+            struct ucred credentials {};
+            socklen_t size = sizeof credentials;
+            if (::getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0)
+                peer.trustedLocal = credentials.uid == ::geteuid() || credentials.uid == 0;
+            std::make_shared<Session<LocalStream>>(*this, std::move(peer), std::move(socket))->start();
+        }
+        acceptLocal();
+    });
+}
+
+HttpServer::HttpServer(const CimRequestHandler& handler, ListenerOptions options)
+    : _impl(new Impl(handler, std::move(options)))
+{
+}
+
+HttpServer::~HttpServer() = default;
+
+void HttpServer::stop()
+{
+    _impl->stop();
+}
+
+std::vector<std::string> HttpServer::urls() const
+{
+    std::vector<std::string> out;
+    std::string host = _impl->options.bindAddress;
+    if (host.find(':') != std::string::npos)
+        host = "[" + host + "]";
+    error_code ec;
+    if (_impl->httpAcceptor.is_open())
+        out.push_back("http://" + host + ":" + std::to_string(_impl->httpAcceptor.local_endpoint(ec).port()));
+    if (_impl->httpsAcceptor.is_open())
+        out.push_back("https://" + host + ":" + std::to_string(_impl->httpsAcceptor.local_endpoint(ec).port()));
+    return out;
+}
+
+}  // namespace zda::cimserver

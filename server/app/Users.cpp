@@ -1,0 +1,136 @@
+#include "Users.h"
+
+#include <crypt.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <istream>
+#include <memory>
+#include <sstream>
+
+namespace zda::cimserver {
+
+UserStore UserStore::demoUsers()
+{
+    UserStore users;
+    for (const char* name : {"admin", "operator", "viewer", "noaccess"})
+        users.setPassword(name, std::string(name) + "-demo");
+    return users;
+}
+
+bool UserStore::validUserName(const std::string& user)
+{
+    if (user.empty() || user.size() > 64)
+        return false;
+    for (unsigned char c : user)
+        if (c <= ' ' || c == ':' || c >= 0x7F)
+            return false;
+    return true;
+}
+
+UserStore UserStore::readFile(const std::string& path)
+{
+    std::ifstream in(path);
+    if (!in)
+        throw UsersError("cannot read the users file " + path + ": " + std::strerror(errno));
+    UserStore users;
+    std::string line;
+    for (unsigned number = 1; std::getline(in, line); number++) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::size_t colon = line.find(':');
+        std::string name = line.substr(0, colon);
+        std::string hash = colon == std::string::npos ? "" : line.substr(colon + 1);
+        if (!validUserName(name) || hash.empty() || hash[0] != '$')
+            throw UsersError(path + ":" + std::to_string(number) + ": expected name:hash");
+        users._hashes[name] = hash;
+    }
+    return users;
+}
+
+bool UserStore::verify(const std::string& user, const std::string& password) const
+{
+    auto found = _hashes.find(user);
+    if (found == _hashes.end())
+        return false;
+    // crypt_data is large; one per call keeps verification thread-safe.
+    auto data = std::make_unique<crypt_data>();
+    std::memset(data.get(), 0, sizeof(crypt_data));
+    const char* computed = crypt_r(password.c_str(), found->second.c_str(), data.get());
+    if (!computed || computed[0] == '*')
+        return false;
+    const std::string& stored = found->second;
+    std::size_t n = std::strlen(computed);
+    if (n != stored.size())
+        return false;
+    // Compare without an early exit, so the time does not tell how much matched.
+    unsigned char diff = 0;
+    for (std::size_t i = 0; i < n; i++)
+        diff |= static_cast<unsigned char>(computed[i] ^ stored[i]);
+    return diff == 0;
+}
+
+std::string UserStore::hashPassword(const std::string& password)
+{
+    char salt[CRYPT_GENSALT_OUTPUT_SIZE];
+    // A null prefix asks for the system's preferred method (yescrypt here).
+    if (!crypt_gensalt_rn(nullptr, 0, nullptr, 0, salt, sizeof salt))
+        throw UsersError(std::string("cannot make a password salt: ") + std::strerror(errno));
+    auto data = std::make_unique<crypt_data>();
+    std::memset(data.get(), 0, sizeof(crypt_data));
+    const char* hash = crypt_r(password.c_str(), salt, data.get());
+    if (!hash || hash[0] == '*')
+        throw UsersError("cannot hash the password");
+    return hash;
+}
+
+void UserStore::setPassword(const std::string& user, const std::string& password)
+{
+    if (!validUserName(user))
+        throw UsersError("not a usable user name: '" + user + "'");
+    _hashes[user] = hashPassword(password);
+}
+
+void UserStore::writeFile(const std::string& path) const
+{
+    std::string temporary = path + ".new";
+    int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (fd < 0)
+        throw UsersError("cannot write " + temporary + ": " + std::strerror(errno));
+    std::string text;
+    for (const auto& [name, hash] : _hashes)
+        text += name + ":" + hash + "\n";
+    bool written = ::write(fd, text.data(), text.size()) == ssize_t(text.size()) && ::fsync(fd) == 0;
+    written = ::close(fd) == 0 && written;
+    if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::string reason = std::strerror(errno);
+        std::remove(temporary.c_str());
+        throw UsersError("cannot write " + path + ": " + reason);
+    }
+}
+
+void addUserToFile(const std::string& path, const std::string& user, std::istream& in)
+{
+    UserStore users;
+    struct stat st;
+    if (::stat(path.c_str(), &st) == 0)
+        users = UserStore::readFile(path);
+    std::string password;
+    if (!std::getline(in, password))
+        throw UsersError("no password given on standard input");
+    if (!password.empty() && password.back() == '\r')
+        password.pop_back();
+    if (password.empty())
+        throw UsersError("the password is empty");
+    users.setPassword(user, password);
+    users.writeFile(path);
+}
+
+}  // namespace zda::cimserver

@@ -1,0 +1,295 @@
+#include "ServerProcess.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <openssl/evp.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace zda_it
+{
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+int millisLeft(Clock::time_point deadline)
+{
+    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    return left < 0 ? 0 : int(left);
+}
+
+std::vector<char*> cArgs(const std::vector<std::string>& argv)
+{
+    std::vector<char*> out;
+    for (const auto& a : argv)
+        out.push_back(const_cast<char*>(a.c_str()));
+    out.push_back(nullptr);
+    return out;
+}
+
+// Waits for the child to exit until the deadline; the exit status, or -2
+// when it is still running.
+int waitUntil(pid_t pid, Clock::time_point deadline)
+{
+    for (;;)
+    {
+        int status = 0;
+        pid_t r = ::waitpid(pid, &status, WNOHANG);
+        if (r == pid)
+            return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        if (r < 0)
+            return -1;
+        if (Clock::now() >= deadline)
+            return -2;
+        ::poll(nullptr, 0, 10);
+    }
+}
+}  // namespace
+
+CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs, const std::string& input)
+{
+    int out[2], in[2];
+    if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(in, O_CLOEXEC) != 0)
+        throw std::runtime_error("pipe failed");
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in[0], 0);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 2);
+    pid_t pid = -1;
+    auto args = cArgs(argv);
+    int rc = ::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(out[1]);
+    ::close(in[0]);
+    if (rc != 0)
+    {
+        ::close(out[0]);
+        ::close(in[1]);
+        throw std::runtime_error("cannot run " + argv[0] + ": " + std::strerror(rc));
+    }
+    if (!input.empty())
+    {
+        ssize_t ignored = ::write(in[1], input.data(), input.size());
+        (void)ignored;
+    }
+    ::close(in[1]);
+
+    CommandResult result;
+    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    char buffer[4096];
+    for (;;)
+    {
+        pollfd p{out[0], POLLIN, 0};
+        int ready = ::poll(&p, 1, millisLeft(deadline));
+        if (ready <= 0)
+        {
+            result.timedOut = true;
+            ::kill(pid, SIGKILL);
+            break;
+        }
+        ssize_t n = ::read(out[0], buffer, sizeof buffer);
+        if (n <= 0)
+            break;
+        result.output.append(buffer, std::size_t(n));
+    }
+    ::close(out[0]);
+    int status = waitUntil(pid, Clock::now() + std::chrono::seconds(10));
+    if (status == -2)
+    {
+        ::kill(pid, SIGKILL);
+        status = waitUntil(pid, Clock::now() + std::chrono::seconds(10));
+    }
+    result.exitCode = result.timedOut ? -1 : status;
+    return result;
+}
+
+TemporaryFolder::TemporaryFolder()
+{
+    char pattern[] = "/tmp/zda-it-XXXXXX";
+    if (!::mkdtemp(pattern))
+        throw std::runtime_error("mkdtemp failed");
+    _path = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(_path, ignored);
+}
+
+std::string serverProgram() { return ZDA_IT_SERVER; }
+std::string projectMofDirectory() { return ZDA_IT_PROJECT_MOF; }
+std::string testMofDirectory() { return ZDA_IT_TEST_MOF; }
+std::string modulesDirectory() { return ZDA_IT_MODULES; }
+
+ServerProcess::ServerProcess(const std::string& stateDir, const std::vector<std::string>& extraArguments,
+                             bool withTestMof)
+    : _stateDir(stateDir)
+{
+    std::vector<std::string> argv = {serverProgram(), "--http-port", "0", "--https-port", "0", "--state-dir",
+                                     stateDir, "--mof-dir", projectMofDirectory(), "--modules-dir",
+                                     modulesDirectory()};
+    if (withTestMof)
+    {
+        argv.push_back("--mof-dir");
+        argv.push_back(testMofDirectory());
+    }
+    argv.insert(argv.end(), extraArguments.begin(), extraArguments.end());
+
+    int out[2];
+    if (::pipe2(out, O_CLOEXEC) != 0)
+        throw std::runtime_error("pipe failed");
+    std::string errFile = stateDir + "/server.err";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    auto args = cArgs(argv);
+    int rc = ::posix_spawn(&_pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(out[1]);
+    if (rc != 0)
+    {
+        ::close(out[0]);
+        throw std::runtime_error("cannot start " + argv[0] + ": " + std::strerror(rc));
+    }
+    _stdoutFd = out[0];
+
+    // The ready line names the URLs; until then the server writes nothing
+    // on stdout.
+    auto deadline = Clock::now() + std::chrono::seconds(60);
+    char buffer[1024];
+    while (_stdout.find('\n') == std::string::npos)
+    {
+        pollfd p{_stdoutFd, POLLIN, 0};
+        if (::poll(&p, 1, millisLeft(deadline)) <= 0)
+            break;
+        ssize_t n = ::read(_stdoutFd, buffer, sizeof buffer);
+        if (n <= 0)
+            break;
+        _stdout.append(buffer, std::size_t(n));
+    }
+    std::smatch m;
+    std::string firstLine = _stdout.substr(0, _stdout.find('\n'));
+    if (!std::regex_search(firstLine, std::regex("^zda-cimserver ready:")))
+    {
+        stop();
+        throw std::runtime_error("the server did not get ready; stdout: " + _stdout + "\nstderr: " + log());
+    }
+    if (std::regex_search(firstLine, m, std::regex("http://127\\.0\\.0\\.1:(\\d+)")))
+        _httpPort = std::stoi(m[1]);
+    if (std::regex_search(firstLine, m, std::regex("https://127\\.0\\.0\\.1:(\\d+)")))
+        _httpsPort = std::stoi(m[1]);
+}
+
+ServerProcess::~ServerProcess()
+{
+    stop();
+}
+
+int ServerProcess::stop()
+{
+    if (_pid > 0)
+    {
+        ::kill(_pid, SIGTERM);
+        _exitStatus = waitUntil(_pid, Clock::now() + std::chrono::seconds(60));
+        if (_exitStatus == -2)
+        {
+            ::kill(_pid, SIGKILL);
+            _exitStatus = waitUntil(_pid, Clock::now() + std::chrono::seconds(10));
+            _exitStatus = -1;
+        }
+        _pid = -1;
+    }
+    if (_stdoutFd >= 0)
+    {
+        char buffer[1024];
+        ssize_t n;
+        while ((n = ::read(_stdoutFd, buffer, sizeof buffer)) > 0)
+            _stdout.append(buffer, std::size_t(n));
+        ::close(_stdoutFd);
+        _stdoutFd = -1;
+    }
+    return _exitStatus;
+}
+
+std::string ServerProcess::log() const
+{
+    std::ifstream in(_stateDir + "/server.err");
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+std::string ServerProcess::url(const std::string& user, const std::string& nameSpace, bool secure) const
+{
+    return std::string(secure ? "https://" : "http://") + user + "@127.0.0.1:" +
+           std::to_string(secure ? _httpsPort : _httpPort) + "/" + nameSpace + ":";
+}
+
+RawExchange rawExchange(int port, const std::string& request, int timeoutMs)
+{
+    RawExchange result;
+    int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in where{};
+    where.sin_family = AF_INET;
+    where.sin_port = htons(static_cast<uint16_t>(port));
+    where.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&where), sizeof where) != 0)
+    {
+        ::close(fd);
+        throw std::runtime_error("cannot connect to port " + std::to_string(port));
+    }
+    auto start = Clock::now();
+    ::send(fd, request.data(), request.size(), MSG_NOSIGNAL);
+    auto deadline = start + std::chrono::milliseconds(timeoutMs);
+    char buffer[4096];
+    for (;;)
+    {
+        pollfd p{fd, POLLIN, 0};
+        if (::poll(&p, 1, millisLeft(deadline)) <= 0)
+            break;
+        ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        if (n <= 0)
+        {
+            result.closedByServer = true;
+            break;
+        }
+        result.response.append(buffer, std::size_t(n));
+    }
+    result.elapsedMs =
+        int(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+    ::close(fd);
+    return result;
+}
+
+std::string basicAuthorization(const std::string& user, const std::string& password)
+{
+    std::string plain = user + ":" + password;
+    std::string out(4 * ((plain.size() + 2) / 3) + 1, '\0');
+    int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
+                            reinterpret_cast<const unsigned char*>(plain.data()), int(plain.size()));
+    out.resize(std::size_t(n));
+    return "Basic " + out;
+}
+
+}  // namespace zda_it

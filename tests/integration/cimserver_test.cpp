@@ -1,0 +1,453 @@
+// zda-cimserver as users meet it: started as a program, reached over HTTP,
+// HTTPS and the local socket by wbemcli, CIMClient and raw requests.
+#include "ServerProcess.h"
+
+#include <cimxml/ClientTransport.h>
+
+#include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <sstream>
+
+using namespace zda_it;
+PEGASUS_USING_PEGASUS;
+
+namespace
+{
+
+std::string request(const std::string& method, const std::string& headers, const std::string& body)
+{
+    return method + " /cimom HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n" + headers +
+           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+const char* const kEnumerateDisks =
+    "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+    "<IMETHODCALL NAME=\"EnumerateInstanceNames\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
+    "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\">"
+    "<CLASSNAME NAME=\"Test_Disk\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+
+std::string statusLine(const std::string& response)
+{
+    return response.substr(0, response.find("\r\n"));
+}
+
+std::string std_(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
+
+std::string outParameter(const Array<CIMParamValue>& out, const char* name)
+{
+    for (Uint32 i = 0; i < out.size(); i++)
+        if (out[i].getParameterName() == name)
+            return std_(out[i].getValue().toString());
+    return "<missing>";
+}
+
+}  // namespace
+
+// One server for the tests that do not need settings of their own.
+class CimServerTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        cimxml::registerClientTransports();
+        folder = new TemporaryFolder;
+        server = new ServerProcess(folder->path(), {"--simulator-control"});
+    }
+    static void TearDownTestSuite()
+    {
+        // A clean stop: SIGTERM ends the server with status 0 (sanitizer
+        // builds also report leaks and errors here).
+        int status = server->stop();
+        if (status != 0)
+            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
+        delete server;
+        delete folder;
+    }
+    void TearDown() override
+    {
+        if (HasFailure())
+            std::cerr << "server log:\n" << server->log();
+    }
+
+    static CommandResult wbemcli(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), "wbemcli");
+        return runCommand(arguments);
+    }
+
+    static TemporaryFolder* folder;
+    static ServerProcess* server;
+};
+TemporaryFolder* CimServerTest::folder = nullptr;
+ServerProcess* CimServerTest::server = nullptr;
+
+TEST_F(CimServerTest, WbemcliVerbsWorkOverHttpAndHttps)
+{
+    struct Case
+    {
+        std::vector<std::string> arguments;  // {verb, object (after the URL), extra...}
+        std::string expected;                // a regular expression the output matches
+    };
+    const std::vector<Case> cases = {
+        {{"gc", "Test_FastDisk"}, "Test_FastDisk.*Tier"},
+        {{"ei", "Test_Disk"}, "Id=\"Disk2\",Name=\"disk Disk2\",Size=20"},
+        {{"ein", "Test_Element"}, "Test_Tape.Id=\"Tape2\""},
+        {{"gi", "Test_FastDisk.Id=\"Fast1\""}, "Tier=\"gold\""},
+        {{"gp", "Test_Disk.Id=\"Disk1\"", "Name"}, "disk Disk1"},
+        {{"ai", "Test_Disk.Id=\"Disk1\""}, "Test_Pool.Id=\"Pool1\".*Name=\"pool one\""},
+        {{"ain", "Test_Disk.Id=\"Disk1\""}, "Test_Tape.Id=\"Tape1\""},
+        {{"ri", "Test_Pool.Id=\"Pool1\""}, "Test_Component"},
+        {{"rin", "Test_Disk.Id=\"Disk1\""}, "Test_Backup.Source="},
+        {{"cm", "Test_Service.Name=\"svc\"", "User"}, "User \\(string\\): operator"},
+        {{"ecn", "Test_Element"}, "Test_Disk"},
+    };
+    for (bool secure : {false, true})
+    {
+        for (const Case& c : cases)
+        {
+            std::vector<std::string> args;
+            if (secure)
+                args.push_back("-noverify");
+            args.push_back(c.arguments[0]);
+            args.push_back(server->url("operator:operator-demo", "root/test", secure) + c.arguments[1]);
+            args.insert(args.end(), c.arguments.begin() + 2, c.arguments.end());
+            CommandResult r = wbemcli(args);
+            EXPECT_EQ(r.exitCode, 0) << c.arguments[0] << (secure ? " https: " : " http: ") << r.output;
+            EXPECT_TRUE(std::regex_search(r.output, std::regex(c.expected)))
+                << c.arguments[0] << (secure ? " https: " : " http: ") << r.output;
+        }
+    }
+}
+
+TEST_F(CimServerTest, WbemcliCreatesAndDeletesThroughTheProvider)
+{
+    std::string disk = server->url("admin:admin-demo", "root/test") + "Test_Disk.Id=\"New1\"";
+    CommandResult created = wbemcli({"ci", disk, "Id=\"New1\",Name=\"new disk\",Size=7"});
+    ASSERT_EQ(created.exitCode, 0) << created.output;
+    CommandResult read = wbemcli({"gi", disk});
+    EXPECT_NE(read.output.find("Name=\"new disk\""), std::string::npos) << read.output;
+    CommandResult deleted = wbemcli({"di", disk});
+    EXPECT_EQ(deleted.exitCode, 0) << deleted.output;
+    CommandResult gone = wbemcli({"gi", disk});
+    EXPECT_NE(gone.output.find("CIM_ERR_NOT_FOUND"), std::string::npos) << gone.output;
+}
+
+TEST_F(CimServerTest, CompanionClassesAreServed)
+{
+    std::string zda = server->url("admin:admin-demo", "root/zda");
+    CommandResult system = wbemcli({"ein", zda + "ZDA_StorageSystem"});
+    EXPECT_NE(system.output.find("Name=\"zda-demo\""), std::string::npos) << system.output;
+    CommandResult volumes = wbemcli({"ein", zda + "ZDA_StorageVolume"});
+    EXPECT_EQ(volumes.exitCode, 0) << volumes.output;
+    EXPECT_GT(std::count(volumes.output.begin(), volumes.output.end(), '\n'), 30) << volumes.output;
+}
+
+// Requests refused before any provider runs, and what they are answered.
+TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
+{
+    const std::string admin = "Authorization: " + basicAuthorization("admin", "admin-demo") + "\r\n";
+    const std::string cimHeaders = "Content-Type: application/xml; charset=\"utf-8\"\r\n"
+                                   "CIMOperation: MethodCall\r\nCIMMethod: EnumerateInstanceNames\r\n"
+                                   "CIMObject: root%2Ftest\r\n";
+    struct Case
+    {
+        const char* what;
+        std::string request;
+        const char* status;
+        const char* header;  // a header line the answer must hold, or ""
+    };
+    const std::vector<Case> cases = {
+        {"no credentials", request("POST", cimHeaders, kEnumerateDisks), "401", "WWW-Authenticate: Basic"},
+        {"wrong password",
+         request("POST", "Authorization: " + basicAuthorization("admin", "nope") + "\r\n" + cimHeaders,
+                 kEnumerateDisks),
+         "401", ""},
+        {"unknown user",
+         request("POST", "Authorization: " + basicAuthorization("mallory", "x") + "\r\n" + cimHeaders,
+                 kEnumerateDisks),
+         "401", ""},
+        {"not Basic", request("POST", "Authorization: Bearer abc\r\n" + cimHeaders, kEnumerateDisks), "401", ""},
+        {"no CIMOperation",
+         request("POST", admin + "Content-Type: application/xml\r\nCIMMethod: EnumerateInstanceNames\r\n",
+                 kEnumerateDisks),
+         "400", "CIMError: unsupported-operation"},
+        {"malformed XML", request("POST", admin + cimHeaders, "<CIM><MESSAGE"), "400",
+         "CIMError: request-not-well-formed"},
+        {"not a CIM message", request("POST", admin + cimHeaders, "<html/>"), "400", "CIMError: request-not-valid"},
+        {"headers disagree with the body",
+         request("POST",
+                 admin + "Content-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                         "CIMMethod: GetClass\r\nCIMObject: root%2Ftest\r\n",
+                 kEnumerateDisks),
+         "400", "CIMError: header-mismatch"},
+        {"GET", "GET / HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + admin + "\r\n", "405", "Allow: POST, M-POST"},
+        {"M-POST without Man", request("M-POST", admin + cimHeaders, kEnumerateDisks), "501", ""},
+        {"unsupported protocol version",
+         request("POST", admin + cimHeaders + "CIMProtocolVersion: 2.0\r\n", kEnumerateDisks), "501",
+         "CIMError: unsupported-protocol-version"},
+        {"M-POST with the 73- headers",
+         request("M-POST",
+                 admin + "Man: http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73\r\n"
+                         "Content-Type: application/xml\r\n73-CIMOperation: MethodCall\r\n"
+                         "73-CIMMethod: EnumerateInstanceNames\r\n73-CIMObject: root%2Ftest\r\n",
+                 kEnumerateDisks),
+         "200", "73-CIMOperation: MethodResponse"},
+        {"valid POST", request("POST", admin + cimHeaders, kEnumerateDisks), "200", "CIMOperation: MethodResponse"},
+    };
+    for (const Case& c : cases)
+    {
+        RawExchange r = rawExchange(server->httpPort(), c.request);
+        EXPECT_NE(statusLine(r.response).find(std::string(" ") + c.status + " "), std::string::npos)
+            << c.what << ": " << r.response;
+        EXPECT_NE(r.response.find(c.header), std::string::npos) << c.what << ": " << r.response;
+    }
+}
+
+TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)
+{
+    std::string one = "POST /cimom HTTP/1.1\r\nHost: x\r\nAuthorization: " + basicAuthorization("admin", "admin-demo") +
+                      "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                      "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\nContent-Length: " +
+                      std::to_string(std::strlen(kEnumerateDisks)) + "\r\n\r\n" + kEnumerateDisks;
+    std::string last = request("POST",
+                               "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                                   "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                                   "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n",
+                               kEnumerateDisks);
+    RawExchange r = rawExchange(server->httpPort(), one + one + last);
+    std::size_t answers = 0;
+    for (std::size_t at = 0; (at = r.response.find("HTTP/1.1 200 OK", at)) != std::string::npos; at++)
+        answers++;
+    EXPECT_EQ(answers, 3u) << r.response;
+    EXPECT_TRUE(r.closedByServer);
+}
+
+TEST_F(CimServerTest, CimClientReachesProvidersOverTcpAndTheLocalSocket)
+{
+    const CIMObjectPath service("Test_Service.Name=\"svc\"");
+    {
+        CIMClient client;
+        client.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "viewer-demo");
+        EXPECT_EQ(client.enumerateInstanceNames("root/test", "Test_Disk").size(), 3u);
+        Array<CIMParamValue> out;
+        client.invokeMethod("root/test", service, "User", Array<CIMParamValue>(), out);
+        EXPECT_EQ(outParameter(out, "User"), "viewer");
+        EXPECT_EQ(outParameter(out, "Address"), "127.0.0.1");
+    }
+    {
+        CIMClient wrong;
+        wrong.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "admin-demo");
+        EXPECT_ANY_THROW(wrong.enumerateInstanceNames("root/test", "Test_Disk"));
+    }
+    {
+        // The local socket trusts its peer (this test runs as the server's
+        // user): the request runs as the server's local user.
+        ::setenv("ZDA_CIMSERVER_SOCKET", server->socketPath().c_str(), 1);
+        CIMClient local;
+        local.connectLocal();
+        Array<CIMParamValue> out;
+        local.invokeMethod("root/test", service, "User", Array<CIMParamValue>(), out);
+        ::unsetenv("ZDA_CIMSERVER_SOCKET");
+        EXPECT_EQ(outParameter(out, "User"), "admin");
+        EXPECT_EQ(outParameter(out, "Address"), "");
+    }
+}
+
+TEST_F(CimServerTest, SimulatorControlsDriveTheArrayThroughTheWire)
+{
+    std::string control = server->url("admin:admin-demo", "root/zda_sim") + "ZDA_SimulatorControl";
+    std::string system = server->url("admin:admin-demo", "root/zda") + "ZDA_StorageSystem";
+
+    ASSERT_EQ(wbemcli({"cm", control, "Reset"}).exitCode, 0);
+    CommandResult fault = wbemcli({"cm", control, "InjectFault.Function=\"api_getSystemInfo\",Count=-1,Code=5,Text=\"broken\""});
+    ASSERT_EQ(fault.exitCode, 0) << fault.output;
+    CommandResult failing = wbemcli({"ein", system});
+    EXPECT_EQ(failing.output.find("zda-demo"), std::string::npos) << failing.output;
+
+    ASSERT_EQ(wbemcli({"cm", control, "ClearFaults"}).exitCode, 0);
+    CommandResult working = wbemcli({"ein", system});
+    EXPECT_NE(working.output.find("zda-demo"), std::string::npos) << working.output;
+
+    CommandResult journal = wbemcli({"cm", control, "GetJournal"});
+    EXPECT_NE(journal.output.find("api_getSystemInfo -> 5"), std::string::npos) << journal.output;
+    EXPECT_NE(journal.output.find("api_getSystemInfo -> 0"), std::string::npos) << journal.output;
+
+    CommandResult ledgers = wbemcli({"cm", control, "GetLedgers"});
+    EXPECT_NE(ledgers.output.find("OutstandingCount (sint64): 0"), std::string::npos) << ledgers.output;
+    EXPECT_NE(ledgers.output.find("SemaphoreHeld (boolean): FALSE"), std::string::npos) << ledgers.output;
+
+    CommandResult clock0 = wbemcli({"cm", control, "SetClock.Start=1000000"});
+    ASSERT_EQ(clock0.exitCode, 0) << clock0.output;
+    CommandResult stepped = wbemcli({"cm", control, "StepClock.Seconds=3600"});
+    EXPECT_NE(stepped.output.find("Now (sint64): 1003600"), std::string::npos) << stepped.output;
+    ASSERT_EQ(wbemcli({"cm", control, "Reset"}).exitCode, 0);
+}
+
+// A server of its own with small limits.
+TEST(CimServerLimitsTest, OversizedDeepAndStalledRequestsAreRefused)
+{
+    TemporaryFolder folder;
+    ServerProcess server(folder.path(), {"--max-request-bytes", "4096", "--max-xml-depth", "16", "--header-timeout",
+                                         "1", "--body-timeout", "1", "--https-port", "off"});
+    const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                                "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                                "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n";
+
+    RawExchange big = rawExchange(server.httpPort(), request("POST", headers, std::string(5000, ' ')));
+    EXPECT_NE(statusLine(big.response).find(" 413 "), std::string::npos) << big.response;
+
+    std::string deep = std::string(kEnumerateDisks);
+    std::string nest;
+    for (int i = 0; i < 40; i++)
+        nest += "<VALUE>";
+    deep.insert(deep.find("</IMETHODCALL>"), "<IPARAMVALUE NAME=\"X\">" + nest + "</IPARAMVALUE>");
+    RawExchange tooDeep = rawExchange(server.httpPort(), request("POST", headers, deep));
+    EXPECT_NE(statusLine(tooDeep.response).find(" 400 "), std::string::npos) << tooDeep.response;
+
+    // Clients that stop sending in the headers or in the body are closed
+    // after their time-out (1 s here), well before the exchange gives up.
+    RawExchange stalledHeaders = rawExchange(server.httpPort(), "POST /cimom HTTP/1.1\r\nHost: x\r\n", 20000);
+    EXPECT_TRUE(stalledHeaders.closedByServer);
+    EXPECT_LT(stalledHeaders.elapsedMs, 15000);
+    RawExchange stalledBody = rawExchange(
+        server.httpPort(), "POST /cimom HTTP/1.1\r\nHost: x\r\n" + headers + "Content-Length: 100\r\n\r\n<?xml", 20000);
+    EXPECT_TRUE(stalledBody.closedByServer);
+    EXPECT_LT(stalledBody.elapsedMs, 15000);
+    EXPECT_EQ(stalledBody.response.find("200 OK"), std::string::npos);
+
+    // The server still serves after all that.
+    RawExchange fine = rawExchange(server.httpPort(), request("POST", headers, kEnumerateDisks));
+    EXPECT_NE(statusLine(fine.response).find(" 200 "), std::string::npos) << fine.response;
+    EXPECT_EQ(server.stop(), 0) << server.log();
+}
+
+TEST(CimServerLimitsTest, ConnectionsBeyondTheLimitGet503)
+{
+    TemporaryFolder folder;
+    ServerProcess server(folder.path(), {"--max-connections", "1", "--https-port", "off"});
+    // The first connection stays open (its headers are never finished).
+    int port = server.httpPort();
+    std::thread holder([port] { rawExchange(port, "POST /cimom HTTP/1.1\r\n", 3000); });
+    // Until the holder's connection is accepted, a second one may still be
+    // served; retry until the refusal shows (bounded by the holder's life).
+    std::string answer;
+    for (int attempt = 0; attempt < 100 && answer.find(" 503 ") == std::string::npos; attempt++)
+        answer = rawExchange(port, request("POST", "", "")).response;
+    holder.join();
+    EXPECT_NE(answer.find(" 503 "), std::string::npos) << answer;
+}
+
+TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
+{
+    TemporaryFolder folder;
+    std::string users = folder.path() + "/users";
+    CommandResult added =
+        runCommand({serverProgram(), "--users", users, "--add-user", "alice"}, 60000, "alice-secret\n");
+    ASSERT_EQ(added.exitCode, 0) << added.output;
+    CommandResult again = runCommand({serverProgram(), "--users", users, "--add-user", "bob"}, 60000, "bob-pw\n");
+    ASSERT_EQ(again.exitCode, 0) << again.output;
+    CommandResult noPassword = runCommand({serverProgram(), "--users", users, "--add-user", "carol"}, 60000, "");
+    EXPECT_NE(noPassword.exitCode, 0);
+
+    std::ifstream in(users);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_TRUE(std::regex_search(text, std::regex("^alice:\\$")));
+    EXPECT_EQ(text.find("alice-secret"), std::string::npos);
+
+    std::string broken = folder.path() + "/broken-users";
+    std::ofstream(broken) << "# users\nalice\n";
+    CommandResult refused = runCommand({serverProgram(), "--users", broken, "--http-port", "0", "--https-port",
+                                        "off", "--state-dir", folder.path()});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.output.find("broken-users:2:"), std::string::npos) << refused.output;
+
+    ServerProcess server(folder.path(), {"--users", users, "--https-port", "off"});
+    CommandResult alice = runCommand({"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
+    EXPECT_EQ(alice.exitCode, 0) << alice.output;
+    CommandResult bob = runCommand({"wbemcli", "ein", server.url("bob:bob-pw", "root/test") + "Test_Disk"});
+    EXPECT_EQ(bob.exitCode, 0) << bob.output;
+    CommandResult demo = runCommand({"wbemcli", "ein", server.url("admin:admin-demo", "root/test") + "Test_Disk"});
+    EXPECT_NE(demo.exitCode, 0) << demo.output;
+}
+
+TEST(CimServerStateTest, PersistedStateSurvivesARestart)
+{
+    TemporaryFolder folder;
+    std::string state = folder.path() + "/array.json";
+    const char* description =
+        "{\"system\": {\"name\": \"lab-array\"},"
+        " \"roles\": [{\"name\": \"super\", \"default\": \"allowed\"}],"
+        " \"users\": [{\"name\": \"admin\", \"role\": \"super\"}],"
+        " \"cpgs\": [{\"name\": \"C1\"}],"
+        " \"volumes\": [{\"name\": \"lab_vol1\", \"usrCpg\": \"C1\", \"sizeMiB\": 1024}]}";
+    {
+        ServerProcess first(folder.path(), {"--state", state, "--simulator-control", "--https-port", "off"});
+        cimxml::registerClientTransports();
+        CIMClient client;
+        client.connect("127.0.0.1", Uint32(first.httpPort()), "admin", "admin-demo");
+        Array<CIMParamValue> in, out;
+        in.append(CIMParamValue("Description", CIMValue(String(description))));
+        CIMValue result = client.invokeMethod("root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
+                                              "LoadDescription", in, out);
+        ASSERT_EQ(std_(result.toString()), "0") << outParameter(out, "Error");
+        EXPECT_EQ(first.stop(), 0) << first.log();
+        EXPECT_NE(first.output().find("zda-cimserver stopped"), std::string::npos);
+    }
+    ServerProcess second(folder.path(), {"--state", state, "--https-port", "off"});
+    CommandResult system =
+        runCommand({"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageSystem"});
+    EXPECT_NE(system.output.find("Name=\"lab-array\""), std::string::npos) << system.output << second.log();
+    CommandResult volumes =
+        runCommand({"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageVolume"});
+    EXPECT_EQ(std::count(volumes.output.begin(), volumes.output.end(), '\n'), 1) << volumes.output;
+}
+
+// The tour in the README works as printed against a server started the
+// way the README starts it (project MOF only, demo array, demo users).
+TEST(CimServerReadmeTest, TourCommandsWorkAsPrinted)
+{
+    std::ifstream in(ZDA_IT_README);
+    std::string readme((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::size_t begin = readme.find("<!-- tour:begin -->");
+    std::size_t end = readme.find("<!-- tour:end -->");
+    ASSERT_NE(begin, std::string::npos);
+    ASSERT_NE(end, std::string::npos);
+    std::vector<std::string> commands;
+    std::istringstream lines(readme.substr(begin, end - begin));
+    for (std::string line; std::getline(lines, line);)
+        if (line.rfind("wbemcli ", 0) == 0)
+            commands.push_back(line);
+    ASSERT_GE(commands.size(), 4u);
+
+    TemporaryFolder folder;
+    ServerProcess server(folder.path(), {}, false);
+    std::string all;
+    for (std::string command : commands)
+    {
+        command = std::regex_replace(command, std::regex("localhost:5988"),
+                                     "127.0.0.1:" + std::to_string(server.httpPort()));
+        command = std::regex_replace(command, std::regex("localhost:5989"),
+                                     "127.0.0.1:" + std::to_string(server.httpsPort()));
+        CommandResult r = runCommand({"sh", "-c", command});
+        EXPECT_EQ(r.exitCode, 0) << command << "\n" << r.output;
+        EXPECT_FALSE(r.output.empty()) << command;
+        all += r.output;
+    }
+    EXPECT_NE(all.find("zda-demo"), std::string::npos) << all;
+    EXPECT_NE(all.find("ZDA_StorageVolume"), std::string::npos) << all;
+}
