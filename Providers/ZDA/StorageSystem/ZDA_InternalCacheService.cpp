@@ -15,6 +15,15 @@ namespace
 std::mutex g_instanceMutex;
 ZDA_InternalCacheService* g_instance = nullptr;
 
+// The singleton lives no longer than this library: a server that unloads
+// its provider modules at shutdown (or the process ending) takes it along,
+// instead of leaving an object that nothing can reach any more. Defined
+// after the mutex, so it is destroyed first.
+struct ReleaseServiceAtUnload
+{
+    ~ReleaseServiceAtUnload() { ZDA_InternalCacheService::destroy(); }
+} g_releaseServiceAtUnload;
+
 std::string lowerText(const String& text)
 {
     std::string out = (const char*)text.getCString();
