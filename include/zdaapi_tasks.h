@@ -32,6 +32,8 @@ typedef struct api_task {
     time_t   startTime;            /* seconds since the epoch */
     time_t   endTime;              /* 0 while active */
     char     detail[256];          /* failure text, or "" */
+    time_t   asOf;                 /* the array's time when the list was read:
+                                      what an active task's elapsed time runs to */
 } api_task_t;
 
 /* Lists the tasks the array remembers, oldest first. 0 with *count records

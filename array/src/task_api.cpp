@@ -30,6 +30,7 @@ int api_getTasks(int* count, api_task_t** tasks) {
         r.startTime = t.start;
         r.endTime = t.end;
         copyText(r.detail, t.detail);
+        r.asOf = call.now();
     }
     *count = static_cast<int>(s.tasks.size());
     *tasks = out;

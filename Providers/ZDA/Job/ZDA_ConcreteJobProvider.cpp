@@ -119,7 +119,7 @@ CIMObjectPath ZDA_ConcreteJobProvider::buildObjectPath(const String& host, const
 }
 
 CIMInstance ZDA_ConcreteJobProvider::buildInstance(const api_task_t& task, const String& host,
-    CIMClass& jobClass, time_t now)
+    CIMClass& jobClass)
 {
     CIMInstance job = ZDA_Common::buildInstanceSkeleton(jobClass);
     const String id = makeUniqueID(task.tid);
@@ -137,7 +137,7 @@ CIMInstance ZDA_ConcreteJobProvider::buildInstance(const api_task_t& task, const
     ZDA_Common::setPropertyValue(job, "StartTime", ZDA_Common::getCIMDateTime(task.startTime));
     const bool active = task.state == API_TASK_ACTIVE;
     ZDA_Common::setPropertyValue(job, "ElapsedTime",
-        interval((active ? now : task.endTime) - task.startTime));
+        interval((active ? task.asOf : task.endTime) - task.startTime));
     ZDA_Common::setPropertyValue(job, "TimeOfLastStateChange",
         ZDA_Common::getCIMDateTime(active ? task.startTime : task.endTime));
 
@@ -221,7 +221,7 @@ void ZDA_ConcreteJobProvider::getInstance(const OperationContext& context,
     if (!systemHostName(host) || !_findTask(instanceReference, task))
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     handler.processing();
-    handler.deliver(buildInstance(task, host, jobClass, time(nullptr)));
+    handler.deliver(buildInstance(task, host, jobClass));
     handler.complete();
     log_message(4, "<-- ZDA_ConcreteJobProvider::getInstance()\n");
 }
@@ -240,11 +240,8 @@ void ZDA_ConcreteJobProvider::enumerateInstances(const OperationContext& context
     String host;
     ArrayList<api_task_t> tasks;
     if (systemHostName(host) && readTasks(tasks))
-    {
-        const time_t now = time(nullptr);
         for (const api_task_t& t : tasks)
-            handler.deliver(buildInstance(t, host, jobClass, now));
-    }
+            handler.deliver(buildInstance(t, host, jobClass));
     handler.complete();
     log_message(4, "<-- ZDA_ConcreteJobProvider::enumerateInstances()\n");
 }

@@ -45,9 +45,10 @@ public:
     // root/zda, class ZDA_ConcreteJob, key InstanceID.
     static CIMObjectPath buildObjectPath(const String& host, const String& id);
     // The job of `task` on the skeleton of `jobClass`, with the path on
-    // `host`. `now` is the time an active task's elapsed time runs to.
+    // `host`. An active task's elapsed time runs to the array's time at
+    // which the task was read (`asOf`), so it follows the array's clock.
     static CIMInstance buildInstance(const api_task_t& task, const String& host,
-        CIMClass& jobClass, time_t now);
+        CIMClass& jobClass);
 
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();

@@ -73,7 +73,11 @@ TEST_F(JobTest, ACopyJobRunsToCompletionAsTheClockSteps)
     EXPECT_EQ(text(get<String>(running, "ElementName")), "vol1.full");
 
     zdasim_clock_advance(40);
-    EXPECT_EQ(get<Uint16>(job(tid), "PercentComplete"), 40);
+    CIMInstance partway = job(tid);
+    EXPECT_EQ(get<Uint16>(partway, "PercentComplete"), 40);
+    // A running job's elapsed time follows the array's clock, not the host's.
+    EXPECT_EQ(get<CIMDateTime>(partway, "ElapsedTime").toString(),
+        CIMDateTime(Uint64(40) * 1000000, true).toString());
 
     zdasim_clock_advance(100);
     CIMInstance done = job(tid);
