@@ -4,6 +4,9 @@
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Provider/CIMProvider.h>
 
+#include "ZDA_MemberOfReplicationGroupProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
+
 PEGASUS_NAMESPACE_BEGIN
 
 // The provider of that name (compared without case), or null for a name the
@@ -12,7 +15,10 @@ PEGASUS_NAMESPACE_BEGIN
 // terminate(). An exception from a constructor passes on to the caller.
 extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& providerName)
 {
-    (void)providerName;
+    if (String::equalNoCase(providerName, "ZDA_ReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_MemberOfReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     return 0;
 }
 
