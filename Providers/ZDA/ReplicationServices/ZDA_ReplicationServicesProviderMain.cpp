@@ -5,6 +5,8 @@
 #include <Pegasus/Provider/CIMProvider.h>
 
 #include "ZDA_ReplicationServiceProvider.h"
+#include "ZDA_MemberOfReplicationGroupProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -16,6 +18,10 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
 {
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_MemberOfReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     return 0;
 }
 
