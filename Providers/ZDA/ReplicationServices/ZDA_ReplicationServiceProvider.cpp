@@ -2,15 +2,20 @@
 // routines its method handlers share.
 #include "ZDA_ReplicationServiceProvider.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <cstring>
 
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 
+#include "ZDA_AssociationFrame.h"
 #include "ZDA_Authorization.h"
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
@@ -535,7 +540,579 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
 
 const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::_methodTable[] = {
     // name, alternative name, authorization, dispatch
+    {"CreateGroup", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createGroup(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"DeleteGroup", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._deleteGroup(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"GetAvailableTargetElements", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._getAvailableTargetElements(c.context, c.inParameters, c.handler);
+        }},
     {nullptr, nullptr, FUNC_NONE, nullptr}  // end of the table
 };
+
+// ---- group creation and deletion, candidate targets -------------------------------
+
+namespace
+{
+
+const char VOLUME_CLASS[] = "ZDA_StorageVolume";
+const char GROUP_CLASS[] = "ZDA_ReplicationGroup";
+const char RCOPY_GROUP_CLASS[] = "ZDA_RemoteReplicationGroup";
+const Uint16 VOLUME_TYPE_BASE = 1;
+const Uint16 OPERATIONAL_STATUS_OK = 2;
+// Removal attempts of busy volumes after the first, two seconds apart.
+const int BUSY_RETRIES = 10;
+
+// The remote copy configuration api_getRCopy fills, released on every path.
+struct RCopySnapshot
+{
+    api_rcopy_t rcopy;
+    RCopySnapshot() { std::memset(&rcopy, 0, sizeof rcopy); }
+    ~RCopySnapshot() { api_freeRCopy(&rcopy); }
+    RCopySnapshot(const RCopySnapshot&) = delete;
+    RCopySnapshot& operator=(const RCopySnapshot&) = delete;
+};
+
+// A key-value option set, released on every path.
+struct OptionSet
+{
+    api_okv_opts_t opts;
+    OptionSet() { std::memset(&opts, 0, sizeof opts); }
+    ~OptionSet() { api_free_okv_opts(&opts); }
+    OptionSet(const OptionSet&) = delete;
+    OptionSet& operator=(const OptionSet&) = delete;
+};
+
+// The volumes that could receive a full copy of `source` (whose instance is
+// `sourceInstance`), in the server's order: base volumes at least as large,
+// not system volumes, working. False, after logging why, when the source
+// gives no list at all: it has no snapshot space, none of `targetPools`
+// (when given) is its snapshot pool, or its size cannot be read.
+bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& source, CIMInstance& sourceInstance,
+    const Array<CIMObjectPath>* targetPools, Array<CIMObjectPath>& candidates)
+{
+    const Array<CIMObjectPath> replicaPoolRefs = cimom.associatorNames(context, NAMESPACE,
+        source, "ZDA_ReplicaPoolForStorage", "ZDA_DeltaReplicaStoragePool", "Dependent",
+        "Antecedent");
+    if (replicaPoolRefs.size() == 0)
+    {
+        log_message(3, "SourceElement volume has no snapspace\n");
+        return false;
+    }
+    if (targetPools)
+    {
+        Boolean poolMatches = false;
+        for (Uint32 i = 0; i < targetPools->size() && !poolMatches; i++)
+            poolMatches = ZDA_Common::matchObjectPath((*targetPools)[i], replicaPoolRefs[0]);
+        if (!poolMatches)
+        {
+            log_message(3,
+                "None of the TargetPools is the delta replica pool of the input volume\n");
+            return false;
+        }
+    }
+    Uint64 inSize = 0;
+    if (ZDA_Common::getProperty(sourceInstance, "NumberOfBlocks", inSize) != 0)
+    {
+        log_message(2, "Trouble getting necessary properties from SourceElement\n");
+        return false;
+    }
+
+    Array<CIMInstance> volInsts = cimom.enumerateInstances(context, NAMESPACE,
+        VOLUME_CLASS, false, false, false, false, CIMPropertyList());
+    for (Uint32 i = 0; i < volInsts.size(); i++)
+    {
+        CIMInstance& volume = volInsts[i];
+        if (ZDA_Common::matchObjectPath(volume.getPath(), source))
+            continue;
+        Uint64 size = 0;
+        Uint16 volType = 0;
+        Uint32 policy = 0;
+        Array<Uint16> opStatus;
+        if (ZDA_Common::getProperty(volume, "NumberOfBlocks", size) != 0 ||
+            ZDA_Common::getProperty(volume, "VolumeType", volType) != 0 ||
+            ZDA_Common::getProperty(volume, "Policy", policy) != 0 ||
+            ZDA_Common::getProperty(volume, "OperationalStatus", opStatus) != 0)
+            continue;
+        if (size >= inSize && volType == VOLUME_TYPE_BASE && !(policy & VV_POLICY_SYSTEM) &&
+            opStatus.size() > 0 && opStatus[0] == OPERATIONAL_STATUS_OK)
+            candidates.append(volume.getPath());
+    }
+    return true;
+}
+
+}  // namespace
+
+void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
+    const OperationContext&, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroup()\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    String groupName;
+    Array<CIMObjectPath> members;
+    if (inParameters.size() == 0)
+    {
+        log_message(2, " Invalid number of parameters\n");
+        outstatus = 5;
+        errStr = " Invalid number of parameters";
+    }
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "GroupName"))
+        {
+            value.get(groupName);
+        }
+        else if (String::equalNoCase(paramName, "Members"))
+        {
+            value.get(members);
+            for (Uint32 m = 0; m < members.size(); m++)
+            {
+                if (!ZDA_Common::verifyRefMethodParam(members[m], NAMESPACE, _systemAddress,
+                        CIMName(VOLUME_CLASS)))
+                {
+                    outstatus = 5;
+                    errStr = "Members parameter contains invalid object path";
+                    break;
+                }
+            }
+        }
+        else if (String::equalNoCase(paramName, "Persistent"))
+        {
+            Boolean persistent = true;
+            value.get(persistent);
+            if (!persistent)
+            {
+                // Refused by the return value alone: no text, no exception.
+                log_message(2, "%s can only be true\n", (const char*)paramName.getCString());
+                outstatus = 5;
+            }
+        }
+        else if (String::equalNoCase(paramName, "DeleteOnEmptyElement") ||
+            String::equalNoCase(paramName, "DeleteOnUnassociated"))
+        {
+            Boolean flag = false;
+            value.get(flag);
+            if (flag)
+            {
+                log_message(2, "%s can only be false\n", (const char*)paramName.getCString());
+                outstatus = 5;
+                errStr = paramName + " can only be false";
+            }
+        }
+    }
+
+    if (outstatus == 0)
+    {
+        CIMObjectPath groupPath;
+        outstatus = _createGroup(apiEventp, groupName, members, Array<String>(), Array<String>(),
+            groupPath, errStr);
+        if (outstatus == 0)
+            paramValues.append(CIMParamValue("ReplicationGroup", CIMValue(groupPath), true));
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createGroup");
+}
+
+int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, String groupName,
+    Array<CIMObjectPath>& members, Array<String> const& okv_keys,
+    Array<String> const& okv_values, CIMObjectPath& groupReplicaPath, String& errStr)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroup(worker)\n");
+    if (groupName.size() == 0)
+    {
+        log_message(2, "GroupName has to be specified\n");
+        errStr = "GroupName has to be specified";
+        return 5;
+    }
+
+    api_name_t* vvNames = nullptr;
+    unsigned int memberCount = 0;
+    if (members.size() > 0)
+    {
+        const int rc = ZDA_Common::fillInVVNames(members, &vvNames, &memberCount);
+        if (rc != 0 || memberCount < members.size())
+        {
+            std::free(vvNames);
+            log_message(2, "Cannot find one or more of the volumes in Members\n");
+            errStr = "Cannot find one or more of the volumes in Members";
+            return 5;
+        }
+    }
+    const CString name = groupName.getCString();
+    ZDA_Common::setEventOp(apiEventp, name);
+
+    int outstatus = 0;
+    OptionSet options;
+    api_Status_t status;
+    api_initStatus(&status);
+    for (Uint32 i = 0; i < okv_keys.size() && i < okv_values.size(); i++)
+    {
+        const CString key = okv_keys[i].getCString();
+        const CString value = okv_values[i].getCString();
+        const int rc = ZDA_CompanionFrame::callUnderSemaphore(
+            [&] { return api_okv_addSetKV(&options.opts, key, value); });
+        if (rc != 0)
+        {
+            // The option call gives a code only; the status reads it as text.
+            status.code = rc;
+            break;
+        }
+    }
+    if (status.code == 0)
+    {
+        status = statusUnderSemaphore([&] {
+            return api_createVVSet(apiEventp, name, vvNames, int(memberCount), 0, "",
+                &options.opts);
+        });
+    }
+    if (status.code == 0)
+    {
+        groupReplicaPath = ZDA_ReplicationGroupProvider::buildObjectPath(_systemAddress, groupName);
+    }
+    else
+    {
+        errStr = ZDA_AssociationFrame::statusText(status);
+        log_message(2, "Create vvset error (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+        outstatus = 4;
+    }
+    std::free(vvNames);
+    log_message(4, "<-- ZDA_ReplicationServiceProvider::_createGroup(worker)\n");
+    return outstatus;
+}
+
+void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteGroup()\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    CIMObjectPath groupRef;
+    Boolean groupGiven = false;
+    Boolean removeElements = true;
+    if (inParameters.size() == 0)
+    {
+        log_message(2, " Invalid number of parameters\n");
+        outstatus = 5;
+        errStr = " Invalid number of parameters";
+    }
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "ReplicationGroup"))
+        {
+            value.get(groupRef);
+            Array<CIMName> groupClasses;
+            groupClasses.append(GROUP_CLASS);
+            groupClasses.append(RCOPY_GROUP_CLASS);
+            if (!ZDA_Common::verifyRefMethodParam(groupRef, NAMESPACE, _systemAddress,
+                    groupClasses))
+            {
+                outstatus = 5;
+                errStr = paramName + " parameter contains invalid object path";
+                break;
+            }
+            try
+            {
+                _cimom.getInstance(context, NAMESPACE, groupRef, false, false, false,
+                    CIMPropertyList());
+            }
+            catch (const Exception&)
+            {
+                log_message(2, "Cannot find the replication group\n");
+                outstatus = 5;
+                errStr = "Cannot find the specified replication group";
+                break;
+            }
+            groupGiven = true;
+        }
+        else if (String::equalNoCase(paramName, "RemoveElements"))
+        {
+            value.get(removeElements);
+        }
+    }
+    if (outstatus == 0 && !groupGiven)
+    {
+        log_message(2, "ReplicationGroup has to be specified\n");
+        outstatus = 5;
+        errStr = "ReplicationGroup has to be specified";
+    }
+
+    if (outstatus == 0)
+    {
+        ZDA_Common::setEventOp(apiEventp, groupRef.toString().getCString());
+        const String groupName = ZDA_Common::extractFromInstanceID(
+            ZDA_Common::getStringProperty(groupRef, "InstanceID"));
+        const CString name = groupName.getCString();
+        if (groupRef.getClassName().equal(GROUP_CLASS))
+        {
+            if (!removeElements)
+            {
+                ZDA_AssociationFrame::VVSetList list;
+                const api_Status_t found = list.read(name);
+                const api_set_t* set = found.code == 0 && list.size() > 0 ? &list[0] : nullptr;
+                if (!set)
+                {
+                    log_message(2, "_deleteGroup: cannot find vvset %s\n", (const char*)name);
+                    outstatus = 2;
+                    errStr = "Cannot find group " + groupName;
+                }
+                else if (set->memberCount != 0)
+                {
+                    log_message(2, "_deleteGroup: vvset is not empty\n");
+                    outstatus = 6;
+                    errStr = "Cannot remove Group because it is not empty";
+                }
+            }
+            if (outstatus == 0)
+            {
+                // Takes the set away; its volumes stay.
+                const api_Status_t removed = statusUnderSemaphore(
+                    [&] { return api_removeVVSet(apiEventp, name); });
+                if (removed.code != 0)
+                {
+                    errStr = ZDA_AssociationFrame::statusText(removed);
+                    log_message(2, "Delete vvset error (%d): %s\n", removed.code,
+                        (const char*)errStr.getCString());
+                    outstatus = 4;
+                }
+            }
+        }
+        else if (groupRef.getClassName().equal(RCOPY_GROUP_CLASS))
+        {
+            outstatus = _deleteRCopyGroup(apiEventp, groupName, removeElements, errStr);
+        }
+        else
+        {
+            outstatus = 5;
+            errStr = "ReplicationGroup contains invalid object path";
+        }
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_deleteGroup");
+}
+
+int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
+    String groupName, Boolean removeElements, String& errStr)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteRCopyGroup()\n");
+    const CString name = groupName.getCString();
+    if (!removeElements)
+    {
+        RCopySnapshot snapshot;
+        const api_Status_t read = statusUnderSemaphore(
+            [&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &snapshot.rcopy); });
+        if (read.code != 0)
+        {
+            const String text = ZDA_AssociationFrame::statusText(read);
+            log_message(2, "api_getRCopy error (%d): %s\n", read.code,
+                (const char*)text.getCString());
+            errStr = "Cannot read rcopy group: " + text;
+            return 4;
+        }
+        // A group the snapshot does not hold is left to the array to report.
+        for (const rm_group_wrapper* g = snapshot.rcopy.groups; g; g = g->next)
+        {
+            if (std::strcmp(g->group.rm_hdr.rm_name, name) == 0 && g->gvvs)
+            {
+                log_message(2, "_deleteRCopyGroup: group is not empty\n");
+                errStr = "Cannot remove Group because it is not empty";
+                return 6;
+            }
+        }
+    }
+
+    api_rcopy_delete rcopyGroup;
+    std::memset(&rcopyGroup, 0, sizeof rcopyGroup);
+    std::strncpy(rcopyGroup.name, name, API_NAME_LEN - 1);
+    rcopyGroup.removevv_flag = API_RCOPY_REMOVE_VVS;
+    const api_Status_t status = statusUnderSemaphore(
+        [&] { return api_deleteRCopyGroup(apiEventp, &rcopyGroup); });
+    if (status.code != 0)
+    {
+        errStr = ZDA_AssociationFrame::statusText(status);
+        log_message(2, "delete RCopy Group (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+        return 4;
+    }
+    log_message(4, "<-- ZDA_ReplicationServiceProvider::_deleteRCopyGroup()\n");
+    return 0;
+}
+
+int ZDA_ReplicationServiceProvider::_deleteGroupAndMembers(api_evtparam_t* apiEventp,
+    String setName, String& errStr)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteGroupAndMembers()\n");
+    const CString name = setName.getCString();
+    ZDA_Common::setEventOp(apiEventp, name);
+
+    ZDA_AssociationFrame::VVSetList list;
+    const api_Status_t found = list.read(name);
+    const api_set_t* set = found.code == 0 && list.size() > 0 ? &list[0] : nullptr;
+    if (!set)
+    {
+        log_message(2, "ReplicationGroup %s does not exist\n", (const char*)name);
+        errStr = "ReplicationGroup " + setName + " does not exist";
+        return 4;
+    }
+
+    const api_Status_t removed = statusUnderSemaphore(
+        [&] { return api_removeVVSet(apiEventp, name); });
+    if (removed.code != 0)
+    {
+        errStr = ZDA_AssociationFrame::statusText(removed);
+        log_message(2, "removevvset error (%d): %s\n", removed.code,
+            (const char*)errStr.getCString());
+        return 4;
+    }
+
+    // The set's snapshot still names the members after the set is gone.
+    for (int retry = 0;; retry++)
+    {
+        const int rc = ZDA_CompanionFrame::callUnderSemaphore([&] {
+            return api_removeVVs(apiEventp, set->members, set->memberCount, 0, 0);
+        });
+        switch (rc)
+        {
+            case 0:
+                log_message(4, "<-- ZDA_ReplicationServiceProvider::_deleteGroupAndMembers()\n");
+                return 0;
+            case API_E_BUSY:
+                if (retry < BUSY_RETRIES)
+                {
+                    sleep(2);
+                    continue;
+                }
+                log_message(2, "Volumes are busy, cannot be removed\n");
+                return 4;
+            case API_E_PARTIAL_REMOVE:
+                log_message(2, "Failed to remove all volumes from vvset %s\n", (const char*)name);
+                errStr = "Failed to remove all volumes in vvset " + setName;
+                return 0x8000;
+            default:
+                log_message(2, "Failed to remove volumes from vvset %s\n", (const char*)name);
+                errStr = "Failed to remove volumes in vvset " + setName;
+                return 4;
+        }
+    }
+}
+
+void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    Uint16 syncType = 0;
+    Boolean syncTypeSet = false;
+    Boolean modeSet = false;
+    CIMObjectPath volRef;
+    Boolean volRefSet = false;
+    Array<CIMObjectPath> tgtPools;
+    Boolean targetPoolRefSet = false;
+    if (inParameters.size() == 0)
+    {
+        log_message(2, " Invalid number of parameters\n");
+        outstatus = 5;
+        errStr = "Invalid number of parameters";
+    }
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "SourceElement"))
+        {
+            value.get(volRef);
+            if (!ZDA_Common::verifyRefMethodParam(volRef, NAMESPACE, _systemAddress,
+                    CIMName(VOLUME_CLASS)))
+            {
+                outstatus = 5;
+                errStr = "Invalid SourceElement object path " + volRef.toString();
+                break;
+            }
+            volRefSet = true;
+        }
+        else if (String::equalNoCase(paramName, "TargetPools"))
+        {
+            value.get(tgtPools);
+            for (Uint32 p = 0; p < tgtPools.size() && outstatus == 0; p++)
+            {
+                if (!ZDA_Common::verifyRefMethodParam(tgtPools[p], NAMESPACE, _systemAddress))
+                {
+                    outstatus = 5;
+                    errStr = "Invalid TargetPools object path " + tgtPools[p].toString();
+                }
+            }
+            targetPoolRefSet = true;
+        }
+        else if (String::equalNoCase(paramName, "SyncType"))
+        {
+            value.get(syncType);
+            syncTypeSet = true;
+        }
+        else if (String::equalNoCase(paramName, "Mode"))
+        {
+            // Required, but it does not change which volumes qualify.
+            modeSet = true;
+        }
+    }
+
+    if (outstatus == 0 && !(syncTypeSet && modeSet && volRefSet))
+    {
+        log_message(2, "SyncType, Mode and SourceElement must all be specified\n");
+        outstatus = 5;
+        errStr = "SyncType, Mode and SourceElement must all be specified";
+    }
+    else if (outstatus == 0 && syncType == SYNC_TYPE_SNAPSHOT)
+    {
+        // A snapshot makes its own target: the method answers 0 and no list.
+        log_message(2, "Virtual copy requires no candidate target volume\n");
+        errStr = "Virtual copy requires no candidate target volume";
+    }
+    else if (outstatus == 0)
+    {
+        CIMInstance inVolInst;
+        try
+        {
+            inVolInst = _cimom.getInstance(context, NAMESPACE, volRef, false, false, false,
+                CIMPropertyList());
+        }
+        catch (const Exception&)
+        {
+            log_message(2, "SourceElement does not exist\n");
+            outstatus = 5;
+            errStr = "SourceElement does not exist";
+        }
+        Array<CIMObjectPath> candidates;
+        if (outstatus == 0 &&
+            candidateTargets(_cimom, context, volRef, inVolInst,
+                targetPoolRefSet ? &tgtPools : nullptr, candidates))
+            paramValues.append(CIMParamValue("Candidates", CIMValue(candidates), true));
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, " _getReplicationRelationships");
+}
 
 PEGASUS_NAMESPACE_END

@@ -162,6 +162,28 @@ protected:
         const String& errStr, const Array<CIMParamValue>& paramValues,
         const char* handlerName);
 
+    // Makes the vvset `groupName` of the volumes `members` (none is
+    // allowed), storing the key-values okv_keys[i] = okv_values[i], and
+    // gives its group path in `groupReplicaPath`. Returns 0; 5 with errStr
+    // for an empty name or a member the array lacks; 4 with the array's
+    // text when the set cannot be made. Nothing is undone on a failure.
+    int _createGroup(api_evtparam_t* apiEventp, String groupName,
+        Array<CIMObjectPath>& members, Array<String> const& okv_keys,
+        Array<String> const& okv_values, CIMObjectPath& groupReplicaPath, String& errStr);
+    // Deletes the remote copy group `groupName`, and with it its volumes.
+    // Unless `removeElements`, a group that still has volumes is refused
+    // with 6. Returns 0, 6, or 4 with errStr when the configuration cannot
+    // be read or the array refuses the deletion.
+    int _deleteRCopyGroup(api_evtparam_t* apiEventp, String groupName,
+        Boolean removeElements, String& errStr);
+    // Removes the vvset `setName`, then its member volumes, retrying up to
+    // ten times two seconds apart while the array reports them busy.
+    // Returns 0; 4 (with errStr unless the volumes stayed busy) when the set
+    // does not exist, cannot be removed or its volumes cannot; 0x8000 with
+    // errStr when only some volumes went. The set is gone once the volumes
+    // are tried.
+    int _deleteGroupAndMembers(api_evtparam_t* apiEventp, String setName, String& errStr);
+
     CIMOMHandle _cimom;
     String _systemName;
     String _systemAddress;
@@ -211,6 +233,24 @@ private:
     static String _name;
 
     // ---- method handlers ----------------------------------------------------------
+    // CreateGroup: GroupName, Members (volume paths), Persistent (only
+    // true), DeleteOnEmptyElement and DeleteOnUnassociated (only false);
+    // gives ReplicationGroup. A Persistent false is answered 5 without an
+    // exception; the other refusals throw 5.
+    void _createGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // DeleteGroup: ReplicationGroup (a vvset or a remote copy group that
+    // the server finds) and RemoveElements (default true; false refuses a
+    // group with members, 6). A vvset goes without its volumes.
+    void _deleteGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // GetAvailableTargetElements: SourceElement, SyncType and Mode (all
+    // required), TargetPools; gives Candidates, the volumes a full copy of
+    // the source could go to. Answers 0 without Candidates for a snapshot
+    // (SyncType 7), a source without snapshot space, and TargetPools that
+    // miss the source's snapshot pool. Reads the server only.
+    void _getAvailableTargetElements(const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
 };
 
 PEGASUS_NAMESPACE_END

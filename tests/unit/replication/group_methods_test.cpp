@@ -1,0 +1,321 @@
+// Group creation and deletion and the search for copy targets, as clients
+// call them on the replication service, over the simulator's test array.
+#include "replication_fixture.h"
+
+#include <cstring>
+#include <memory>
+#include <set>
+
+#include "RecordingResponseHandler.h"
+#include "ZDA_ReplicationGroupProvider.h"
+#include "ZDA_ReplicationServiceProvider.h"
+
+using namespace zda_replication_test;
+
+namespace
+{
+
+CIMObjectPath setPath(const char* name)
+{
+    return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
+}
+
+CIMObjectPath rcopyGroupPath(const std::string& name)
+{
+    const std::string path = "root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" + name;
+    return CIMObjectPath(String((path + "\"").c_str()));
+}
+
+Array<CIMParamValue> params(std::initializer_list<std::pair<const char*, CIMValue>> list)
+{
+    Array<CIMParamValue> in;
+    for (const auto& p : list)
+        in.append(CIMParamValue(p.first, p.second));
+    return in;
+}
+
+// The service's workers that other methods share, opened for the tests.
+class ServiceWorkers : public ZDA_ReplicationServiceProvider
+{
+public:
+    using ZDA_ReplicationServiceProvider::_deleteGroupAndMembers;
+};
+
+// Finds every remote copy group: no provider serves them in these tests.
+class RemoteGroupsFound : public RepositoryBackend
+{
+public:
+    using RepositoryBackend::RepositoryBackend;
+    CIMInstance getInstance(const OperationContext&, const CIMNamespaceName&,
+        const CIMObjectPath& path, Boolean, Boolean, Boolean, const CIMPropertyList&) override
+    {
+        CIMInstance group(path.getClassName());
+        group.setPath(path);
+        return group;
+    }
+};
+
+class GroupMethodsTest : public ReplicationTest
+{
+protected:
+    void SetUp() override
+    {
+        ReplicationTest::SetUp();
+        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
+    }
+    void TearDown() override
+    {
+        if (provider)
+        {
+            provider->terminate();
+            attachCIMOMHandleBackend(handle, nullptr);
+        }
+        ReplicationTest::TearDown();
+    }
+
+    // "returned <value>" or "thrown <code>: <message>".
+    std::string outcome(const char* method, const Array<CIMParamValue>& in)
+    {
+        try
+        {
+            return "returned " + text(call(admin(), service, method, in, out).toString());
+        }
+        catch (const CIMException& e)
+        {
+            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
+        }
+    }
+
+    // The service as an object of the test, its calls into the server
+    // answered by RemoteGroupsFound.
+    ServiceWorkers& directService()
+    {
+        if (!provider)
+        {
+            attachCIMOMHandleBackend(handle,
+                std::make_shared<RemoteGroupsFound>(zda_test::ServerHostFixture::host()));
+            provider = new ServiceWorkers();
+            provider->initialize(handle);
+        }
+        return *provider;
+    }
+    std::string outcomeDirect(const char* method, const Array<CIMParamValue>& in)
+    {
+        zda_test::RecordingResponseHandler handler;
+        const int thrown = cimErrorOf([&] {
+            directService().invokeMethod(admin(), service, method, in, handler);
+        });
+        expectLedgersClean(method);
+        return thrown >= 0 ? "thrown " + std::to_string(thrown)
+                           : "returned " + text(handler.returnValues().at(0).toString());
+    }
+
+    // The vvset's member names, or {"<none>"} when the array has no such set.
+    std::set<std::string> setMembers(const char* name)
+    {
+        api_sets_t list;
+        std::memset(&list, 0, sizeof list);
+        EXPECT_EQ(cim_sem_wait(), 0);
+        const api_Status_t status = api_getVVSets(name, nullptr, 0, &list);
+        cim_sem_post();
+        std::set<std::string> members;
+        if (status.code != 0 || list.count == 0)
+            members.insert("<none>");
+        for (int i = 0; status.code == 0 && list.count > 0 && i < list.sets[0].memberCount; i++)
+            members.insert(list.sets[0].members[i].name);
+        api_freeSets(&list);
+        return members;
+    }
+    bool volumeExists(const char* name) { return !volume(name).getClassName().isNull(); }
+    std::set<std::string> volumeNames(const Array<CIMObjectPath>& paths)
+    {
+        std::set<std::string> names;
+        for (Uint32 i = 0; i < paths.size(); i++)
+            names.insert(text(get<String>(getInstance(paths[i]), "ElementName")));
+        return names;
+    }
+
+    CIMObjectPath service;
+    Array<CIMParamValue> out;
+    CIMOMHandle handle;
+    ServiceWorkers* provider = nullptr;
+};
+
+const std::set<std::string> NO_SET = {"<none>"};
+
+TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
+{
+    Array<CIMObjectPath> members;
+    members.append(volume("vol1"));
+    members.append(volume("vol3"));
+    // Names compare without case; a null value counts as absent.
+    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_new"))},
+        {"members", CIMValue(members)}, {"Persistent", CIMValue(true)},
+        {"DeleteOnEmptyElement", CIMValue()}})), "returned 0");
+    CIMObjectPath made;
+    outParam(out, "ReplicationGroup").get(made);
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(made, setPath("grp_new"))) << made.toString();
+    EXPECT_EQ(setMembers("grp_new"), std::set<std::string>({"vol1", "vol3"}));
+    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_empty"))}})),
+        "returned 0");
+    EXPECT_EQ(setMembers("grp_empty"), std::set<std::string>());
+
+    CIMObjectPath unknownVolume = volume("vol1");
+    Array<CIMKeyBinding> keys = unknownVolume.getKeyBindings();
+    for (Uint32 i = 0; i < keys.size(); i++)
+        if (keys[i].getName().equal("DeviceID"))
+            keys[i].setValue("60002AC0000000000000000000009999");
+    unknownVolume.setKeyBindings(keys);
+    const CIMValue name(String("grp_refused"));
+    const std::pair<Array<CIMParamValue>, std::string> refusals[] = {
+        {params({}), "thrown 5:  Invalid number of parameters"},
+        // Refused by the return value alone, without a text.
+        {params({{"GroupName", name}, {"Persistent", CIMValue(false)}}), "returned 5"},
+        {params({{"GroupName", name}, {"DeleteOnEmptyElement", CIMValue(true)}}),
+         "thrown 5: DeleteOnEmptyElement can only be false"},
+        {params({{"DeleteOnUnassociated", CIMValue(true)}, {"GroupName", name}}),
+         "thrown 5: DeleteOnUnassociated can only be false"},
+        {params({{"GroupName", name},
+             {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
+         "thrown 5: Members parameter contains invalid object path"},
+        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume))}}),
+         "thrown 5: Cannot find one or more of the volumes in Members"},
+        {params({{"Persistent", CIMValue(true)}}), "thrown 5: GroupName has to be specified"},
+        {params({{"GroupName", CIMValue(String("set1"))}}),
+         "thrown 4: VV set set1 already exists"},
+    };
+    for (const auto& r : refusals)
+    {
+        EXPECT_EQ(outcome("CreateGroup", r.first), r.second);
+        EXPECT_EQ(out.size(), 0u) << r.second;
+        EXPECT_EQ(setMembers("grp_refused"), NO_SET);
+    }
+}
+
+TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
+{
+    auto deleteGroup = [&](const char* set, const CIMValue& removeElements) {
+        Array<CIMParamValue> in = params({{"ReplicationGroup", CIMValue(setPath(set))}});
+        if (!removeElements.isNull())
+            in.append(CIMParamValue("RemoveElements", removeElements));
+        return outcome("DeleteGroup", in);
+    };
+    EXPECT_EQ(deleteGroup("set1", CIMValue(false)),
+        "thrown 6: Cannot remove Group because it is not empty");
+    EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol1", "vol2"}));
+    EXPECT_EQ(deleteGroup("set_empty", CIMValue(false)), "returned 0");
+    EXPECT_EQ(deleteGroup("set1", CIMValue()), "returned 0");  // RemoveElements true by default
+    EXPECT_EQ(setMembers("set1"), NO_SET);
+    EXPECT_EQ(setMembers("set_empty"), NO_SET);
+    EXPECT_TRUE(volumeExists("vol1") && volumeExists("vol2"));
+
+    EXPECT_EQ(deleteGroup("no_such_set", CIMValue(true)),
+        "thrown 5: Cannot find the specified replication group");
+    EXPECT_EQ(outcome("DeleteGroup", params({{"RemoveElements", CIMValue(true)}})),
+        "thrown 5: ReplicationGroup has to be specified");
+    EXPECT_EQ(outcome("DeleteGroup", params({{"ReplicationGroup", CIMValue(volume("vol3"))}})),
+        "thrown 5: ReplicationGroup parameter contains invalid object path");
+    EXPECT_EQ(zdasim_journal_count_of("api_removeVVSet"), 2u);
+}
+
+TEST_F(GroupMethodsTest, DeleteGroupOfARemoteCopyGroup)
+{
+    zdasim_reset_demo_array();
+    auto deleteGroup = [&](const char* group, Boolean removeElements) {
+        return outcomeDirect("DeleteGroup",
+            params({{"ReplicationGroup", CIMValue(rcopyGroupPath(group))},
+                {"RemoveElements", CIMValue(removeElements)}}));
+    };
+    EXPECT_EQ(deleteGroup("rcg_fin_sync", false), "thrown 6");
+    EXPECT_EQ(zdasim_journal_count_of("api_deleteRCopyGroup"), 0u);
+    // A group the array does not know is the array's to refuse.
+    EXPECT_EQ(deleteGroup("rcg_no_such", false), "thrown 4");
+    EXPECT_EQ(deleteGroup("rcg_fin_stopped", true), "returned 0");
+    EXPECT_EQ(deleteGroup("rcg_fin_stopped", true), "thrown 4");
+    char entry[512] = "";
+    for (size_t i = zdasim_journal_count(); i-- > 0 && !std::strstr(entry, "api_deleteRCopyGroup");)
+        zdasim_journal_entry(i, entry, sizeof entry);
+    EXPECT_NE(std::strstr(entry, "name=\"rcg_fin_stopped\" options=0 removevv_flag=1"), nullptr)
+        << entry;
+}
+
+TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
+{
+    Array<CIMObjectPath> mixed;
+    mixed.append(volume("vol3"));
+    mixed.append(volume("vol1"));  // has snapshots: cannot go
+    ASSERT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("mixed"))},
+        {"Members", CIMValue(mixed)}})), "returned 0");
+
+    api_evtparam_t event{};
+    String errStr;
+    ASSERT_EQ(zdasim_volume_set_busy("vol4", 1), 0);
+    EXPECT_EQ(directService()._deleteGroupAndMembers(&event, "set_dom2", errStr), 0) << errStr;
+    EXPECT_EQ(zdasim_journal_count_of("api_removeVVs"), 2u);  // busy once, then removed
+    EXPECT_FALSE(volumeExists("vol4") || volumeExists("vol5"));
+    EXPECT_STREQ(event.inst_op, "set_dom2");
+
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"set_dom2", 4, "ReplicationGroup set_dom2 does not exist"},
+        {"mixed", 0x8000, "Failed to remove all volumes in vvset mixed"},
+        {"set1", 4, "Failed to remove volumes in vvset set1"},  // both have copies
+    };
+    for (const auto& c : cases)
+    {
+        errStr.clear();
+        EXPECT_EQ(provider->_deleteGroupAndMembers(&event, std::get<0>(c), errStr), std::get<1>(c));
+        EXPECT_EQ(text(errStr), std::get<2>(c));
+        EXPECT_EQ(setMembers(std::get<0>(c)), NO_SET);
+        expectLedgersClean(std::get<0>(c));
+    }
+    EXPECT_FALSE(volumeExists("vol3"));
+    EXPECT_TRUE(volumeExists("vol1"));
+}
+
+// A GetAvailableTargetElements call: source volume, sync type, the pools.
+Array<CIMParamValue> targetQuery(const CIMObjectPath& source, Uint16 syncType,
+    const char* pool = nullptr)
+{
+    Array<CIMParamValue> in = params({{"SourceElement", CIMValue(source)},
+        {"SyncType", CIMValue(syncType)}, {"Mode", CIMValue(Uint16(2))}});
+    if (pool)
+        in.append(CIMParamValue("TargetPools", CIMValue(Array<CIMObjectPath>(1,
+            CIMObjectPath(String("//") + HOST + "/root/zda:ZDA_DeltaReplicaStoragePool"
+                ".InstanceID=\"KX_ORLA:SNAP:" + pool + "\"")))));
+    return in;
+}
+
+TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
+{
+    // vol1: 10240 MiB, snapshot space in FC_r1. Copies, the system volume
+    // and smaller volumes do not qualify; one of the same size does.
+    ASSERT_EQ(zdasim_volume_add("same", "FC_r5", "", 10240), 0);
+    ASSERT_EQ(zdasim_volume_add("smaller", "FC_r5", "", 10239), 0);
+    const std::set<std::string> larger = {"same", "vol2", "vol4", "vol5"};
+    for (const char* pool : {(const char*)nullptr, "FC_r1"})
+    {
+        EXPECT_EQ(outcome("GetAvailableTargetElements", targetQuery(volume("vol1"), 8, pool)),
+            "returned 0");
+        Array<CIMObjectPath> candidates;
+        outParam(out, "Candidates").get(candidates);
+        EXPECT_EQ(volumeNames(candidates), larger);
+    }
+
+    // Answered 0 without a list: no snapshot space, another pool, a snapshot.
+    for (const Array<CIMParamValue>& in : {targetQuery(volume("vol3"), 8),
+             targetQuery(volume("vol1"), 8, "NL_r6"), targetQuery(volume("vol3"), 7)})
+    {
+        EXPECT_EQ(outcome("GetAvailableTargetElements", in), "returned 0");
+        EXPECT_EQ(out.size(), 0u);
+    }
+
+    CIMObjectPath elsewhere = volume("vol3");
+    elsewhere.setHost("elsewhere.example");
+    Array<CIMParamValue> noMode = targetQuery(volume("vol1"), 8);
+    noMode.remove(2);
+    for (const Array<CIMParamValue>& in : {targetQuery(setPath("set1"), 8),
+             targetQuery(elsewhere, 8), noMode, params({})})
+        EXPECT_EQ(outcome("GetAvailableTargetElements", in).substr(0, 9), "thrown 5:");
+}
+
+}  // namespace
