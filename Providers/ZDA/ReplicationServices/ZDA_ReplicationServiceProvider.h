@@ -154,6 +154,18 @@ protected:
     api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
         const OperationContext& context, const CIMObjectPath& syncRef);
 
+    // Authorize a method call or throw: the answer of authorizeByFuncType,
+    // or for the generic form the array's answer for the key
+    // "<class>.<method>" in lower case (so it follows the class the client
+    // named). 0 returns; 1 and 2 throw TraceableCIMException
+    // CIM_ERR_ACCESS_DENIED ("Insufficient privilege for the user", generic:
+    // "Insufficient generic privilege"); anything else CIM_ERR_NOT_SUPPORTED
+    // ("Does not support!", generic: "Does not support in generic!").
+    void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
+        const Array<CIMParamValue>& inParameters);
+    void _authorizeGeneric(const String& className, const String& methodName,
+        const String& userName, const String& ipAddress);
+
     // Ends a method handler: logs the overall status; throws
     // CIMException(outstatus, errStr) when outstatus is non-zero and errStr
     // not empty; else processing, each output parameter, the Uint32 return
@@ -194,11 +206,6 @@ private:
     };
     // Ends with a row whose name is null.
     static const MethodRow _methodTable[];
-
-    void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
-        const Array<CIMParamValue>& inParameters);
-    void _authorizeGeneric(const String& className, const String& methodName,
-        const String& userName, const String& ipAddress);
 
     // The opening shared by the instance operations.
     void _openInstanceOperation(const OperationContext& context,
