@@ -5,6 +5,7 @@
 #include <Pegasus/Provider/CIMProvider.h>
 
 #include "ZDA_ReplicationServiceProvider.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -16,6 +17,8 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
 {
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
     return 0;
 }
 
