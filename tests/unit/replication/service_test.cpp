@@ -282,16 +282,16 @@ TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
         Array<CIMParamValue> in;
         const char* key;
     } cases[] = {
-        {FUNC_CREATE_ELEMENT_REPLICA, {}, "zda_replicationservice.createelementreplica.createvvcopy"},
-        {FUNC_MODIFY_REPLICA_SYNCHRONIZATION, abort,
+        {AUTH_CREATE_ELEMENT_REPLICA, {}, "zda_replicationservice.createelementreplica.createvvcopy"},
+        {AUTH_MODIFY_REPLICA_SYNCHRONIZATION, abort,
             "zda_replicationservice.modifyreplicasynchronization.abort "},
-        {FUNC_MODIFY_LIST_SYNCHRONIZATION, {}, "zda_replicationservice.modifylistsynchronization.resync"},
-        {FUNC_MODIFY_GROUP_REPLICA_SYNCHRONIZATION, abort,
+        {AUTH_MODIFY_LIST_SYNCHRONIZATION, {}, "zda_replicationservice.modifylistsynchronization.resync"},
+        {AUTH_MODIFY_GROUP_REPLICA_SYNCHRONIZATION, abort,
             "zda_replicationservice.modifylistsynchronization.abort"},
-        {FUNC_CREATE_GROUP_REPLICA, {}, "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {FUNC_CREATE_CONSISTENT_REPLICA_LIST, {},
+        {AUTH_CREATE_GROUP_REPLICA, {}, "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
+        {AUTH_CREATE_CONSISTENT_REPLICA_LIST, {},
             "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {FUNC_CAPABILITIES_METHOD, {}, "zda_replicationservicecapabilities"},
+        {AUTH_REPLICATION_CAPABILITIES, {}, "zda_replicationservicecapabilities"},
     };
     ServiceUnderTest& service = provider();
     for (const auto& c : cases)
@@ -316,7 +316,7 @@ TEST_F(ReplicationServiceTest, AuthorizationAnswersOutsideAllowedAndRefusedAreNo
     ServiceUnderTest& service = provider();
     // Numbers without a function never reach the array.
     zdasim_journal_clear();
-    for (int funcType : {int(FUNC_NONE), int(FUNC_UNASSIGNED), 18, 255})
+    for (int funcType : {0, 4, 18, 255})
     {
         const auto failure = failureOf(
             [&] { service._authorizeByFuncType(funcType, "admin", "", Array<CIMParamValue>()); });
@@ -327,7 +327,7 @@ TEST_F(ReplicationServiceTest, AuthorizationAnswersOutsideAllowedAndRefusedAreNo
 
     zdasim_role_set_right("edit", "zda_replicationservicecapabilities", 3);
     EXPECT_EQ(failureOf([&] {
-        service._authorizeByFuncType(FUNC_CAPABILITIES_METHOD, "operator", "",
+        service._authorizeByFuncType(AUTH_REPLICATION_CAPABILITIES, "operator", "",
             Array<CIMParamValue>());
     }), std::make_pair(int(CIM_ERR_NOT_SUPPORTED), std::string("Does not support!")));
 }
