@@ -11,7 +11,6 @@
 #include <Pegasus/Provider/ProviderException.h>
 
 #include "ZDA_AssociationFrame.h"
-#include "ZDA_Authorization.h"
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
@@ -77,45 +76,6 @@ api_Status_t statusUnderSemaphore(Call&& call)
 
 CIMObjectPath ZDA_ReplicationServiceProvider::_instanceName;
 String ZDA_ReplicationServiceProvider::_name;
-
-int authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
-    const Array<CIMParamValue>& inParameters)
-{
-    switch (funcType)
-    {
-        case FUNC_CREATE_ELEMENT_FROM_POOL:
-        case FUNC_MODIFY_ELEMENT_FROM_POOL:
-            return authorize_CreateOrModifyElemFromStoragePool(userName, ipAddress, inParameters);
-        case FUNC_MODIFY_SYNCHRONIZATION:
-            return authorize_ModifySynchronization(userName, ipAddress, inParameters);
-        case FUNC_CREATE_OR_MODIFY_POOL:
-            return authorize_CreateOrModifyStoragePool(userName, ipAddress, inParameters);
-        case FUNC_DELETE_POOL:
-            return authorize_DeleteStoragePool(userName, ipAddress, inParameters);
-        case FUNC_DELETE_VOLUME:
-            return authorize_DeleteStorageVolume(userName, ipAddress, inParameters);
-        case FUNC_CREATE_ELEMENT_REPLICA:
-            return authorize_CreateElementReplica(userName, ipAddress, inParameters);
-        case FUNC_MODIFY_REPLICA_SYNCHRONIZATION:
-            return authorize_ModifyReplicaSynchronization(userName, ipAddress, inParameters);
-        case FUNC_MODIFY_LIST_SYNCHRONIZATION:
-        case FUNC_MODIFY_GROUP_REPLICA_SYNCHRONIZATION:
-            return authorize_ModifyListSynchronization(userName, ipAddress, inParameters);
-        case FUNC_CREATE_GROUP_REPLICA:
-        case FUNC_CREATE_GROUP_REPLICA_FROM_ELEMENTS:
-        case FUNC_CREATE_CONSISTENT_REPLICA_LIST:
-            return authorize_CreateGroupReplica(userName, ipAddress, inParameters);
-        case FUNC_CAPABILITIES_METHOD:
-            return authorize_ReplicationServiceCapabilitiesMethod(userName, ipAddress,
-                inParameters);
-        case FUNC_MODIFY_SETTING_TRANSIENT:
-            return authorize_ModifyStorageSetting_Transient(userName, ipAddress, inParameters);
-        case FUNC_MODIFY_SETTING_PERSISTENT:
-            return authorize_ModifyStorageSetting_Persistent(userName, ipAddress, inParameters);
-        default:
-            return API_AUTH_UNSUPPORTED;
-    }
-}
 
 // ---- construction ------------------------------------------------------------------
 
@@ -333,28 +293,15 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
 void ZDA_ReplicationServiceProvider::_authorizeByFuncType(int funcType, const String& userName,
     const String& ipAddress, const Array<CIMParamValue>& inParameters)
 {
-    switch (authorizeByFuncType(funcType, userName, ipAddress, inParameters))
-    {
-        case API_AUTH_ALLOWED:
-            return;
-        case API_AUTH_DENIED:
-        case API_AUTH_UNKNOWN_USER:
-            throw TraceableCIMException(CIM_ERR_ACCESS_DENIED,
-                "Insufficient privilege for the user", SOURCE_FILE, __LINE__);
-        default:
-            throw TraceableCIMException(CIM_ERR_NOT_SUPPORTED, "Does not support!", SOURCE_FILE,
-                __LINE__);
-    }
+    requireAuthorized(authorizeMethod(funcType, userName, ipAddress, inParameters), SOURCE_FILE,
+        __LINE__);
 }
 
 void ZDA_ReplicationServiceProvider::_authorizeGeneric(const String& className,
     const String& methodName, const String& userName, const String& ipAddress)
 {
-    // The key follows the class the client named, in lower case.
-    String fullMethodName = className + "." + methodName;
-    fullMethodName.toLower();
-    const int result = api_authorizeCIMUser(userName.getCString(), ipAddress.getCString(),
-        fullMethodName.getCString());
+    // The key follows the class the client named.
+    const int result = authorizeGeneric(userName, ipAddress, className, methodName);
     switch (result)
     {
         case API_AUTH_ALLOWED:
@@ -552,7 +499,7 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._getAvailableTargetElements(c.context, c.inParameters, c.handler);
         }},
-    {nullptr, nullptr, FUNC_NONE, nullptr}  // end of the table
+    {nullptr, nullptr, 0, nullptr}  // end of the table
 };
 
 // ---- group creation and deletion, candidate targets -------------------------------

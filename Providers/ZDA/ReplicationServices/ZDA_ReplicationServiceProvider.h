@@ -35,39 +35,9 @@
 #include <Pegasus/Provider/CIMOMHandle.h>
 
 #include "zdaapi.h"
+#include "ZDA_MethodAuthorization.h"
 
 PEGASUS_NAMESPACE_BEGIN
-
-// Which authorization function guards a method. The numbers are shared by
-// every method provider of the array; 0, 4 and values above 17 have no
-// function and always give the "not supported" result 3.
-enum FuncType
-{
-    FUNC_NONE = 0,
-    FUNC_CREATE_ELEMENT_FROM_POOL = 1,
-    FUNC_MODIFY_ELEMENT_FROM_POOL = 2,
-    FUNC_MODIFY_SYNCHRONIZATION = 3,
-    FUNC_UNASSIGNED = 4,
-    FUNC_CREATE_OR_MODIFY_POOL = 5,
-    FUNC_DELETE_POOL = 6,
-    FUNC_DELETE_VOLUME = 7,
-    FUNC_CREATE_ELEMENT_REPLICA = 8,
-    FUNC_MODIFY_REPLICA_SYNCHRONIZATION = 9,
-    FUNC_MODIFY_LIST_SYNCHRONIZATION = 10,
-    FUNC_CREATE_GROUP_REPLICA = 11,
-    FUNC_CREATE_GROUP_REPLICA_FROM_ELEMENTS = 12,
-    FUNC_CREATE_CONSISTENT_REPLICA_LIST = 13,
-    FUNC_MODIFY_GROUP_REPLICA_SYNCHRONIZATION = 14,
-    FUNC_CAPABILITIES_METHOD = 15,
-    FUNC_MODIFY_SETTING_TRANSIENT = 16,
-    FUNC_MODIFY_SETTING_PERSISTENT = 17
-};
-
-// The answer of the authorization function `funcType` selects, called
-// with the caller's name, address and the method's input parameters (see
-// ZDA_Authorization.h for the results); 3 when `funcType` has none.
-int authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
-    const Array<CIMParamValue>& inParameters);
 
 class ZDA_ReplicationServiceProvider : public CIMInstanceProvider, public CIMMethodProvider
 {
@@ -154,6 +124,18 @@ protected:
     api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
         const OperationContext& context, const CIMObjectPath& syncRef);
 
+    // Authorize a method call or throw: the answer of authorizeMethod for
+    // the ZDA_AuthFuncType `funcType`, or for the generic form the array's
+    // answer for the key "<class>.<method>" in lower case (so it follows
+    // the class the client named). 0 returns; 1 and 2 throw TraceableCIMException
+    // CIM_ERR_ACCESS_DENIED ("Insufficient privilege for the user", generic:
+    // "Insufficient generic privilege"); anything else CIM_ERR_NOT_SUPPORTED
+    // ("Does not support!", generic: "Does not support in generic!").
+    void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
+        const Array<CIMParamValue>& inParameters);
+    void _authorizeGeneric(const String& className, const String& methodName,
+        const String& userName, const String& ipAddress);
+
     // Ends a method handler: logs the overall status; throws
     // CIMException(outstatus, errStr) when outstatus is non-zero and errStr
     // not empty; else processing, each output parameter, the Uint32 return
@@ -206,7 +188,7 @@ private:
     static const int GENERIC_AUTHORIZATION = -1;
 
     // One method: its name and an alternative (or null), its authorization
-    // (a FuncType or GENERIC_AUTHORIZATION) and the handler it runs.
+    // (a ZDA_AuthFuncType or GENERIC_AUTHORIZATION) and the handler it runs.
     struct MethodRow
     {
         const char* name;
@@ -216,11 +198,6 @@ private:
     };
     // Ends with a row whose name is null.
     static const MethodRow _methodTable[];
-
-    void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
-        const Array<CIMParamValue>& inParameters);
-    void _authorizeGeneric(const String& className, const String& methodName,
-        const String& userName, const String& ipAddress);
 
     // The opening shared by the instance operations.
     void _openInstanceOperation(const OperationContext& context,
