@@ -6,6 +6,7 @@
 
 #include "ZDA_MemberOfReplicationGroupProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -19,6 +20,8 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_MemberOfReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
     return 0;
 }
 
