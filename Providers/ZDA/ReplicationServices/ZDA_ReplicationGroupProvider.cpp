@@ -291,7 +291,7 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
 
     if (change.any)
     {
-        const api_Status_t status = arrayStatusCall([&] {
+        const api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
             return api_setVVSet(&event, setName.getCString(), change.newName.getCString(),
                 change.description.getCString(), change.renameFlag, change.commentFlag);
         });
