@@ -295,13 +295,8 @@ int VolumeQuery::byNames(const std::string& piece, int slots)
     }
     api_getvv_cursor_t cursor;
     std::memset(&cursor, 0, sizeof cursor);
-    const int semrc = cim_sem_wait();
-    rc = semrc;
-    if (semrc == 0)
-    {
-        rc = api_getVVs_chunk(&cursor, 0, &filter, &_count, &_volumes, API_GETVV_ALL);
-        cim_sem_post();
-    }
+    rc = ZDA_CompanionFrame::callUnderSemaphore(
+        [&] { return api_getVVs_chunk(&cursor, 0, &filter, &_count, &_volumes, API_GETVV_ALL); });
     api_getvv_filter_free(&filter);
     if (rc != 0)
     {
