@@ -7,6 +7,7 @@
 #include <Pegasus/Provider/ProviderException.h>
 
 #include "ZDA_Common.h"
+#include "ZDA_CompanionFrame.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -206,7 +207,7 @@ VVSetList::~VVSetList()
 api_Status_t VVSetList::read(const char* name)
 {
     release();
-    return arrayStatusCall([&] { return api_getVVSets(name, nullptr, 0, &_list); });
+    return ZDA_CompanionFrame::statusCall([&] { return api_getVVSets(name, nullptr, 0, &_list); });
 }
 
 void VVSetList::release()
@@ -221,8 +222,8 @@ bool hasParentRCGroup(const api_set_t& set)
     std::memset(&query, 0, sizeof query);
     query.objType = API_KV_OBJ_VVSET;
     query.objId = set.id;
-    arrayStatusCall([&] { return api_addKeyValueOpt(&query, PARENT_RC_GROUP_KEY); });
-    arrayStatusCall([&] { return api_getKeyValues(&query); });
+    ZDA_CompanionFrame::statusCall([&] { return api_addKeyValueOpt(&query, PARENT_RC_GROUP_KEY); });
+    ZDA_CompanionFrame::statusCall([&] { return api_getKeyValues(&query); });
     const bool found = query.found != 0;
     api_freeKeyValueOpt(&query);
     return found;
@@ -294,13 +295,8 @@ int VolumeQuery::byNames(const std::string& piece, int slots)
     }
     api_getvv_cursor_t cursor;
     std::memset(&cursor, 0, sizeof cursor);
-    const int semrc = cim_sem_wait();
-    rc = semrc;
-    if (semrc == 0)
-    {
-        rc = api_getVVs_chunk(&cursor, 0, &filter, &_count, &_volumes, API_GETVV_ALL);
-        cim_sem_post();
-    }
+    rc = ZDA_CompanionFrame::callUnderSemaphore(
+        [&] { return api_getVVs_chunk(&cursor, 0, &filter, &_count, &_volumes, API_GETVV_ALL); });
     api_getvv_filter_free(&filter);
     if (rc != 0)
     {

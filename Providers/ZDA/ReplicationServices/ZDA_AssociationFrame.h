@@ -6,9 +6,10 @@
 // reference, the checks of the membership family, and the handler union of
 // the shared delivery routines.
 //
-// Also here, because every provider of the module reading the array needs
-// them: one status-form array call under the array semaphore, and owners of
-// the vvset list and the volume filter that release them on every path.
+// Also here, because the module's walks over vvsets need them: the text of a
+// failed status, and owners of the vvset list and the volume query that
+// release them on every path. One array call under the semaphore is
+// ZDA_CompanionFrame's callUnderSemaphore (int form) or statusCall.
 //
 // All functions may run on any thread; none holds the semaphore on return.
 #ifndef ZDA_ASSOCIATION_FRAME_H
@@ -128,28 +129,6 @@ cim_handler_u handlerOf(ObjectResponseHandler& handler);
 // it (localOnly false), through the internal cache. Server errors pass on.
 CIMClass moduleClass(CIMOMHandle& cimom, const CIMName& className, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList);
-
-// One array call that returns an api_Status_t, with the array semaphore
-// held for the call only. A semaphore time-out gives status 29 "Semaphore
-// Timed-Out" without a call and without a post. The caller must not hold
-// the semaphore.
-template <class Call>
-api_Status_t arrayStatusCall(Call&& call)
-{
-    const int semrc = cim_sem_wait();
-    api_Status_t status;
-    api_initStatus(&status);
-    if (semrc == 0)
-    {
-        status = call();
-        cim_sem_post();
-    }
-    else
-    {
-        errinfo_set_str(&status, API_E_SEM_TIMEOUT, "Semaphore Timed-Out");
-    }
-    return status;
-}
 
 // The array's text of a failed status (at most 511 characters).
 String statusText(const api_Status_t& status);

@@ -11,6 +11,7 @@
 #include "ZDA_AssociationFrame.h"
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
+#include "ZDA_MethodAuthorization.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -28,15 +29,6 @@ void requireGroupClass(const CIMObjectPath& reference)
     const CIMName given = reference.getClassName();
     if (!given.equal("CIM_ReplicationGroup") && !given.equal(ClassName))
         throw CIMNotSupportedException(given.getString() + ClassName + " Invalid class name");
-}
-
-// The array's answer for the right "<class>.<method>" in lower case.
-int askGenericRight(const String& userName, const String& ipAddress, const String& className,
-    const String& methodName)
-{
-    String key = className + "." + methodName;
-    key.toLower();
-    return api_authorizeCIMUser(userName.getCString(), ipAddress.getCString(), key.getCString());
 }
 
 String userOf(const OperationContext& context, String& ipAddress)
@@ -260,7 +252,7 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
     const String methodName = "modifyinstance";
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
 
-    const int authorized = askGenericRight(userName, ipAddress, className, methodName);
+    const int authorized = authorizeGeneric(userName, ipAddress, className, methodName);
     if (authorized == 1 || authorized == 2)
         throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege",
             SOURCE_FILE, __LINE__);
@@ -299,7 +291,7 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
 
     if (change.any)
     {
-        const api_Status_t status = arrayStatusCall([&] {
+        const api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
             return api_setVVSet(&event, setName.getCString(), change.newName.getCString(),
                 change.description.getCString(), change.renameFlag, change.commentFlag);
         });

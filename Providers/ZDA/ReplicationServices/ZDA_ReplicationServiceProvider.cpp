@@ -720,7 +720,7 @@ int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, Stri
     }
     if (status.code == 0)
     {
-        status = statusUnderSemaphore([&] {
+        status = ZDA_CompanionFrame::statusCall([&] {
             return api_createVVSet(apiEventp, name, vvNames, int(memberCount), 0, "",
                 &options.opts);
         });
@@ -833,7 +833,7 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
             if (outstatus == 0)
             {
                 // Takes the set away; its volumes stay.
-                const api_Status_t removed = statusUnderSemaphore(
+                const api_Status_t removed = ZDA_CompanionFrame::statusCall(
                     [&] { return api_removeVVSet(apiEventp, name); });
                 if (removed.code != 0)
                 {
@@ -865,7 +865,7 @@ int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
     if (!removeElements)
     {
         RCopySnapshot snapshot;
-        const api_Status_t read = statusUnderSemaphore(
+        const api_Status_t read = ZDA_CompanionFrame::statusCall(
             [&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &snapshot.rcopy); });
         if (read.code != 0)
         {
@@ -891,7 +891,7 @@ int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
     std::memset(&rcopyGroup, 0, sizeof rcopyGroup);
     std::strncpy(rcopyGroup.name, name, API_NAME_LEN - 1);
     rcopyGroup.removevv_flag = API_RCOPY_REMOVE_VVS;
-    const api_Status_t status = statusUnderSemaphore(
+    const api_Status_t status = ZDA_CompanionFrame::statusCall(
         [&] { return api_deleteRCopyGroup(apiEventp, &rcopyGroup); });
     if (status.code != 0)
     {
@@ -921,7 +921,7 @@ int ZDA_ReplicationServiceProvider::_deleteGroupAndMembers(api_evtparam_t* apiEv
         return 4;
     }
 
-    const api_Status_t removed = statusUnderSemaphore(
+    const api_Status_t removed = ZDA_CompanionFrame::statusCall(
         [&] { return api_removeVVSet(apiEventp, name); });
     if (removed.code != 0)
     {
