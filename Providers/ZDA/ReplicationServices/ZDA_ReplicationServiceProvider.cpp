@@ -276,7 +276,8 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
     }
 
     // A name in no row ends normally with nothing delivered: the client
-    // sees a response without a return value.
+    // sees a response without a return value. The refusal is made but
+    // deliberately not thrown, so the name is only logged.
     log_message(2, " unknown method %s\n", (const char*)authMethodName.getCString());
     {
         CIMMethodNotFoundException unknown(ClassName + ":" + authMethodName + " not supported");
