@@ -5,6 +5,8 @@
 #include <Pegasus/Provider/CIMProvider.h>
 
 #include "ZDA_ReplicationServiceProvider.h"
+#include "ZDA_MemberOfReplicationGroupProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
@@ -17,6 +19,10 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
 {
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_MemberOfReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
     return 0;
