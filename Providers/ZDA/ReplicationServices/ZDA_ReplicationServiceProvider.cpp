@@ -47,26 +47,6 @@ void callerOf(const OperationContext& context, String& userName, String& ipAddre
     ipAddress = identity.getIpAddress();
 }
 
-// A status-form array call under the array semaphore; a time-out is a
-// failed status 29 and the semaphore is then not posted.
-template <class Call>
-api_Status_t statusUnderSemaphore(Call&& call)
-{
-    api_Status_t status;
-    const int semrc = cim_sem_wait();
-    api_initStatus(&status);
-    if (semrc == 0)
-    {
-        status = call();
-        cim_sem_post();
-    }
-    else
-    {
-        errinfo_set_str(&status, API_E_SEM_TIMEOUT, "Semaphore Timed-Out");
-    }
-    return status;
-}
-
 }  // namespace
 
 CIMObjectPath ZDA_ReplicationServiceProvider::_instanceName;
@@ -436,7 +416,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
     {
         const String setName = ZDA_Common::extractFromInstanceID(
             ZDA_Common::getStringProperty(targetGroup, "InstanceID"));
-        status = statusUnderSemaphore(
+        status = ZDA_CompanionFrame::statusCall(
             [&] { return api_removeVVSet(apiEventp, setName.getCString()); });
         if (status.code != 0)
         {
