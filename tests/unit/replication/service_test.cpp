@@ -301,12 +301,6 @@ TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
         EXPECT_EQ(refused.first, CIM_ERR_ACCESS_DENIED) << c.funcType;
         EXPECT_EQ(refused.second, "Insufficient privilege for the user");
     }
-    // Any answer but allowed and refused is "not supported".
-    zdasim_role_set_right("edit", "zda_replicationservicecapabilities", 3);
-    EXPECT_EQ(failureOf([&] {
-        service._authorizeByFuncType(AUTH_REPLICATION_CAPABILITIES, "operator", "",
-            Array<CIMParamValue>());
-    }), std::make_pair(int(CIM_ERR_NOT_SUPPORTED), std::string("Does not support!")));
 }
 
 TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
