@@ -52,26 +52,6 @@ void callerOf(const OperationContext& context, String& userName, String& ipAddre
     ipAddress = identity.getIpAddress();
 }
 
-// A status-form array call under the array semaphore; a time-out is a
-// failed status 29 and the semaphore is then not posted.
-template <class Call>
-api_Status_t statusUnderSemaphore(Call&& call)
-{
-    api_Status_t status;
-    const int semrc = cim_sem_wait();
-    api_initStatus(&status);
-    if (semrc == 0)
-    {
-        status = call();
-        cim_sem_post();
-    }
-    else
-    {
-        errinfo_set_str(&status, API_E_SEM_TIMEOUT, "Semaphore Timed-Out");
-    }
-    return status;
-}
-
 }  // namespace
 
 CIMObjectPath ZDA_ReplicationServiceProvider::_instanceName;
@@ -281,7 +261,8 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
     }
 
     // A name in no row ends normally with nothing delivered: the client
-    // sees a response without a return value.
+    // sees a response without a return value. The refusal is made but
+    // deliberately not thrown, so the name is only logged.
     log_message(2, " unknown method %s\n", (const char*)authMethodName.getCString());
     {
         CIMMethodNotFoundException unknown(ClassName + ":" + authMethodName + " not supported");
@@ -440,7 +421,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
     {
         const String setName = ZDA_Common::extractFromInstanceID(
             ZDA_Common::getStringProperty(targetGroup, "InstanceID"));
-        status = statusUnderSemaphore(
+        status = ZDA_CompanionFrame::statusCall(
             [&] { return api_removeVVSet(apiEventp, setName.getCString()); });
         if (status.code != 0)
         {

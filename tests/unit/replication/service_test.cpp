@@ -301,12 +301,6 @@ TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
         EXPECT_EQ(refused.first, CIM_ERR_ACCESS_DENIED) << c.funcType;
         EXPECT_EQ(refused.second, "Insufficient privilege for the user");
     }
-    // Any answer but allowed and refused is "not supported".
-    zdasim_role_set_right("edit", "zda_replicationservicecapabilities", 3);
-    EXPECT_EQ(failureOf([&] {
-        service._authorizeByFuncType(AUTH_REPLICATION_CAPABILITIES, "operator", "",
-            Array<CIMParamValue>());
-    }), std::make_pair(int(CIM_ERR_NOT_SUPPORTED), std::string("Does not support!")));
 }
 
 TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
@@ -453,8 +447,21 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
             toReturn.append(syncs[i]);
     }
     ASSERT_EQ(toReturn.size(), 4u);
-    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, CIMObjectPath(), false).code,
+    // A target set that cannot be removed ends the walk before any target goes.
+    const auto group = [](const char* set) {
+        Array<CIMKeyBinding> id;
+        id.append(CIMKeyBinding("InstanceID", String("KX_ORLA:") + set, CIMKeyBinding::STRING));
+        return CIMObjectPath(HOST, ZDA_NS, "ZDA_ReplicationGroup", id);
+    };
+    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, group("no_set"), true).code,
         0);
+    EXPECT_EQ(volumePaths().count("vol1.rw"), 1u);
+
+    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code,
+        0);
+    const auto removedSets = journalOf("api_removeVVSet");
+    ASSERT_EQ(removedSets.size(), 2u);
+    EXPECT_NE(removedSets[1].find("set_one"), std::string::npos) << removedSets[1];
     const auto remaining = volumePaths();
     EXPECT_EQ(remaining.count("vol1.rw") + remaining.count("vol2.clone"), 0u);
     EXPECT_EQ(remaining.count("vol1"), 1u);
