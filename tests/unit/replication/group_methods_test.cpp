@@ -173,8 +173,6 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
         {params({{"GroupName", name}, {"Persistent", CIMValue(false)}}), "returned 5"},
         {params({{"GroupName", name}, {"DeleteOnEmptyElement", CIMValue(true)}}),
          "thrown 5: DeleteOnEmptyElement can only be false"},
-        {params({{"DeleteOnUnassociated", CIMValue(true)}, {"GroupName", name}}),
-         "thrown 5: DeleteOnUnassociated can only be false"},
         {params({{"GroupName", name},
              {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
          "thrown 5: Members parameter contains invalid object path"},
