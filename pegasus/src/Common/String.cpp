@@ -242,6 +242,8 @@ void String::_init(const char* utf8, size_t n)
     size_t ascii = 0;
     while (ascii < n && Uint8(utf8[ascii]) < 0x80)
         ascii++;
+    if (n == 0)
+        return;  // stays on the shared empty buffer, which is never written
     if (ascii == n)
     {
         _reserve(Uint32(n));
