@@ -206,10 +206,23 @@ TEST_F(StreamingTest, ClientsReadStreamedAnswersOnAKeptAliveConnection)
     }
     EXPECT_EQ(client.enumerateInstanceNames("root/test", "Test_Bulk").size(), kBulkCount);
 
-    CommandResult wbemcli =
-        runCommand({"wbemcli", "ein", server->url("viewer:viewer-demo", "root/test") + "Test_Bulk"});
-    EXPECT_EQ(wbemcli.exitCode, 0) << wbemcli.output.substr(0, 2000);
-    EXPECT_EQ(count(wbemcli.output, "Test_Bulk.Id="), kBulkCount);
+    // The other transports: the local socket, and TLS.
+    ::setenv("ZDA_CIMSERVER_SOCKET", server->socketPath().c_str(), 1);
+    CIMClient local;
+    local.connectLocal();
+    ::unsetenv("ZDA_CIMSERVER_SOCKET");
+    EXPECT_EQ(local.enumerateInstances("root/test", "Test_Bulk").size(), kBulkCount);
+
+    for (bool secure : {false, true})
+    {
+        std::vector<std::string> arguments = {"wbemcli", "ein",
+                                              server->url("viewer:viewer-demo", "root/test", secure) + "Test_Bulk"};
+        if (secure)
+            arguments.insert(arguments.begin() + 1, "-noverify");
+        CommandResult wbemcli = runCommand(arguments);
+        EXPECT_EQ(wbemcli.exitCode, 0) << (secure ? "https: " : "http: ") << wbemcli.output.substr(0, 2000);
+        EXPECT_EQ(count(wbemcli.output, "Test_Bulk.Id="), kBulkCount) << (secure ? "https" : "http");
+    }
 }
 
 // A provider that fails after part of the answer went out: the raw answer
