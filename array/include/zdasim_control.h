@@ -56,6 +56,13 @@ void zdasim_system_set_nodes_alive(int nodes);
 /* Sets the IPv4 and IPv6 management addresses ("" for none). 0 or
  * API_E_INVALID. */
 int zdasim_system_set_addresses(const char* ipv4, const char* ipv6);
+/* Sets the volume limits that api_getMaxVolumeNumbers reports (maxVol also
+ * bounds how many volumes the array holds). */
+void zdasim_system_set_volume_limits(uint32_t maxVol, uint32_t maxBaseVol,
+                                     uint32_t maxSnapshotsPerBase, uint32_t maxRWSnapshots);
+/* Sets the remote copy limit `vartype` (api_mvar_t) that api_getmvar
+ * reports. 0, or API_E_INVALID for an unknown vartype. */
+int zdasim_system_set_rcopy_limit(int vartype, uint32_t value);
 
 /* ---- volumes -------------------------------------------------------------------- */
 

@@ -100,6 +100,22 @@ int zdasim_system_set_addresses(const char* ipv4, const char* ipv6) {
     return API_OK;
 }
 
+void zdasim_system_set_volume_limits(uint32_t maxVol, uint32_t maxBaseVol, uint32_t maxSnapshotsPerBase,
+                                     uint32_t maxRWSnapshots) {
+    withModel([&](ArrayModel& m, time_t) {
+        m.system.maxVolumes = maxVol;
+        m.system.maxBaseVolumes = maxBaseVol;
+        m.system.maxSnapshotsPerBase = maxSnapshotsPerBase;
+        m.system.maxRWSnapshots = maxRWSnapshots;
+    });
+}
+
+int zdasim_system_set_rcopy_limit(int vartype, uint32_t value) {
+    if (vartype < ZDA_RM_MAX_GROUPS_SYNC || vartype > ZDA_RM_GROUP_MAX_VOLUMES) return API_E_INVALID;
+    withModel([&](ArrayModel& m, time_t) { m.system.rcopyLimits[vartype] = value; });
+    return API_OK;
+}
+
 int zdasim_volume_set_busy(const char* name, int removals) {
     if (!name) return API_E_INVALID;
     return withModel([&](ArrayModel& m, time_t) {

@@ -4,6 +4,11 @@
 #include <Pegasus/Common/String.h>
 #include <Pegasus/Provider/CIMProvider.h>
 
+#include "ZDA_ReplicationServiceProvider.h"
+#include "ZDA_MemberOfReplicationGroupProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
+
 PEGASUS_NAMESPACE_BEGIN
 
 // The provider of that name (compared without case), or null for a name the
@@ -12,7 +17,14 @@ PEGASUS_NAMESPACE_BEGIN
 // terminate(). An exception from a constructor passes on to the caller.
 extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& providerName)
 {
-    (void)providerName;
+    if (String::equalNoCase(providerName, "ZDA_ReplicationServiceProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_MemberOfReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
     return 0;
 }
 

@@ -1,6 +1,7 @@
 // The steps every companion provider operation shares: opening the array for
-// the user of the request, making one array call under the array semaphore,
-// and holding the lists the array hands out until they are released.
+// the user of the request, making one array call under the array semaphore
+// (int or status form), and holding the lists the array hands out until
+// they are released.
 //
 // Header only, so that each companion library carries its own copy and none
 // depends on another for it.
@@ -46,6 +47,27 @@ int callUnderSemaphore(Call&& call)
     const int rc = call();
     cim_sem_post();
     return rc;
+}
+
+// Makes one array call that returns an api_Status_t, holding the array
+// semaphore for the call only. On a semaphore time-out the call is not made,
+// the semaphore is not posted, and the status reads 29 "Semaphore
+// Timed-Out", so that the caller handles it like any failed call. The
+// caller must not hold the semaphore.
+template <class Call>
+api_Status_t statusCall(Call&& call)
+{
+    const int semrc = cim_sem_wait();
+    api_Status_t status;
+    api_initStatus(&status);
+    if (semrc != 0)
+    {
+        errinfo_set_str(&status, API_E_SEM_TIMEOUT, "Semaphore Timed-Out");
+        return status;
+    }
+    status = call();
+    cim_sem_post();
+    return status;
 }
 
 // Owns a list the array handed out and releases it with free_if_not_null

@@ -98,6 +98,14 @@ TEST_F(SystemTest, Limits) {
     EXPECT_NE(api_getmvar(7, &v), 0);
     EXPECT_EQ(v, 0u);
     EXPECT_NE(api_getmvar(-1, &v), 0);
+
+    zdasim_system_set_volume_limits(100, 60, 7, 5);
+    ASSERT_EQ(api_getMaxVolumeNumbers(&maxVol, &maxBase, &perBase, &rw), 0);
+    EXPECT_EQ(std::vector<uint32_t>({maxVol, maxBase, perBase, rw}), std::vector<uint32_t>({100, 60, 7, 5}));
+    ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_GROUP_MAX_VOLUMES, 0), 0);
+    EXPECT_EQ(api_getmvar(ZDA_RM_GROUP_MAX_VOLUMES, &v), 0);
+    EXPECT_EQ(v, 0u);
+    EXPECT_EQ(zdasim_system_set_rcopy_limit(7, 1), API_E_INVALID);
 }
 
 TEST_F(SystemTest, PortsAndTheirLogicalIds) {

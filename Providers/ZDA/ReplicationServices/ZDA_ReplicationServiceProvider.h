@@ -1,0 +1,195 @@
+// ZDA_ReplicationServiceProvider: the array's one replication service
+// (ZDA_ReplicationService in root/zda) and the extrinsic methods that make,
+// change and dissolve replicas and replication groups.
+//
+// The instance is read-only: modify, create and delete are refused.
+// invokeMethod checks the path against the service's own, finds the
+// method's row in the method table (names compare without case),
+// authorizes the caller for it and passes the call to the row's handler.
+// A name in no row is logged and answered with nothing at all: no
+// processing, no return value, no complete, no exception.
+//
+// Every handler ends through _completeMethod: a non-zero result with an
+// error text is thrown as CIMException with the result as its status code;
+// anything else is delivered as output parameters and a Uint32 return
+// value.
+//
+// Threads: the server may call any operation on several threads at once.
+// The object holds only what initialize writes; the service's path and
+// Name are process-wide and written once by the first initialize.
+#ifndef ZDA_REPLICATION_SERVICE_PROVIDER_H
+#define ZDA_REPLICATION_SERVICE_PROVIDER_H
+
+#include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/Array.h>
+#include <Pegasus/Common/CIMInstance.h>
+#include <Pegasus/Common/CIMName.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/ResponseHandler.h>
+#include <Pegasus/Common/String.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <Pegasus/Provider/CIMMethodProvider.h>
+#include <Pegasus/Provider/CIMOMHandle.h>
+
+#include "zdaapi.h"
+#include "ZDA_MethodAuthorization.h"
+
+PEGASUS_NAMESPACE_BEGIN
+
+class ZDA_ReplicationServiceProvider : public CIMInstanceProvider, public CIMMethodProvider
+{
+public:
+    ZDA_ReplicationServiceProvider();
+    // Not a working constructor: always throws CIMNotSupportedException
+    // "ZDA_ReplicationService does not support constructor with object path.".
+    explicit ZDA_ReplicationServiceProvider(const CIMObjectPath& objectPath);
+    virtual ~ZDA_ReplicationServiceProvider();
+
+    // Keeps the handle, reads the system's name and host name, and builds
+    // the service's path on the first call in the process.
+    virtual void initialize(CIMOMHandle& cimom);
+    // Deletes this object.
+    virtual void terminate();
+
+    // Opening of every instance operation: the user must be able to open
+    // the array (else TraceableCIMException CIM_ERR_ACCESS_DENIED) and the
+    // class must be CIM_, SNIA_ or ZDA_ReplicationService (else
+    // CIMNotSupportedException). getInstance then needs exactly four keys
+    // (CIMInvalidParameterException) matching the service's path
+    // (CIMObjectNotFoundException).
+    virtual void getInstance(const OperationContext& context,
+        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+        InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context,
+        const CIMObjectPath& classReference, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+        InstanceResponseHandler& handler);
+    // Delivers the service's path without reading the array.
+    virtual void enumerateInstanceNames(const OperationContext& context,
+        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    // Refused with CIMNotSupportedException before anything else happens.
+    virtual void modifyInstance(const OperationContext& context,
+        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
+        ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context,
+        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+        ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(const OperationContext& context,
+        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+
+    // Opens the array for the user (CIM_ERR_ACCESS_DENIED), matches the
+    // path against the service's (CIMObjectNotFoundException), then
+    // authorizes and runs the method's row. Authorization refused (1, 2):
+    // TraceableCIMException CIM_ERR_ACCESS_DENIED; any other non-zero
+    // answer: CIM_ERR_NOT_SUPPORTED. A handler's exception passes unchanged.
+    virtual void invokeMethod(const OperationContext& context,
+        const CIMObjectPath& objectReference, const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+
+    // Appends the output parameter "Job" (the path of the job of the first
+    // task) when a remote copy group start began a task; nothing when it
+    // began none.
+    void setConcreteJobParam(Array<CIMParamValue>& paramValues, api_rcopy_start_group& rcgroup);
+
+    // Whether waiting for `waitForCopyState` fits the operation `op`: 1 it
+    // fits (always for a state of 0), 0 it does not, -1 `op` is not one the
+    // table knows. Only 0 is a refusal.
+    static int validateCopyStateOp(Uint16 waitForCopyState, Uint16 op);
+
+    // The service's path; null until the first initialize.
+    static CIMObjectPath instanceName() { return _instanceName; }
+
+protected:
+    // The copy services' operation code for this service's Operation value
+    // (2 -> 13, 8 and 9 -> 2, 14 -> 4, 15 -> 5), 0 for any other.
+    static Uint16 _convertToCopySvcsOp(Uint16 operation);
+
+    // Takes the targets of the synchronizations `syncRefs` out of
+    // existence: removes the target vvset of `targetGroup` when
+    // `targetGroupSet`, then the target volumes of clones (SyncType 8), then
+    // detaches snapshots (SyncType 7). Synchronizations that cannot be read
+    // are skipped. Fails with 50 "None of the Synchronized instances exist"
+    // when none could be read, with the vvset removal's status when that
+    // fails (nothing further is done), else gives the volume removal's
+    // result or the first failed detach.
+    api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
+        const OperationContext& context, const Array<CIMObjectPath>& syncRefs,
+        const CIMObjectPath& targetGroup, Boolean targetGroupSet);
+    // The same for one synchronization, without a target group.
+    api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
+        const OperationContext& context, const CIMObjectPath& syncRef);
+
+    // Authorize a method call or throw: the answer of authorizeMethod for
+    // the ZDA_AuthFuncType `funcType`, or for the generic form the array's
+    // answer for the key "<class>.<method>" in lower case (so it follows
+    // the class the client named). 0 returns; 1 and 2 throw TraceableCIMException
+    // CIM_ERR_ACCESS_DENIED ("Insufficient privilege for the user", generic:
+    // "Insufficient generic privilege"); anything else CIM_ERR_NOT_SUPPORTED
+    // ("Does not support!", generic: "Does not support in generic!").
+    void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
+        const Array<CIMParamValue>& inParameters);
+    void _authorizeGeneric(const String& className, const String& methodName,
+        const String& userName, const String& ipAddress);
+
+    // Ends a method handler: logs the overall status; throws
+    // CIMException(outstatus, errStr) when outstatus is non-zero and errStr
+    // not empty; else processing, each output parameter, the Uint32 return
+    // value and complete, and the exit line "<-- <class>::<handlerName>()".
+    void _completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus,
+        const String& errStr, const Array<CIMParamValue>& paramValues,
+        const char* handlerName);
+
+    CIMOMHandle _cimom;
+    String _systemName;
+    String _systemAddress;
+
+private:
+    // What one method call hands its handler: each row's dispatch picks
+    // the arguments its handler takes.
+    struct MethodCall
+    {
+        api_evtparam_t* apiEventp;
+        const OperationContext& context;
+        const CIMName& methodName;
+        const String& authMethodName;
+        const Array<CIMParamValue>& inParameters;
+        MethodResultResponseHandler& handler;
+    };
+    typedef void (*MethodDispatch)(ZDA_ReplicationServiceProvider& self, const MethodCall& call);
+
+    // Marks a row authorized by the generic key "<class>.<method>".
+    static const int GENERIC_AUTHORIZATION = -1;
+
+    // One method: its name and an alternative (or null), its authorization
+    // (a ZDA_AuthFuncType or GENERIC_AUTHORIZATION) and the handler it runs.
+    struct MethodRow
+    {
+        const char* name;
+        const char* alternativeName;
+        int authorization;
+        MethodDispatch dispatch;
+    };
+    // Ends with a row whose name is null.
+    static const MethodRow _methodTable[];
+
+    // The opening shared by the instance operations.
+    void _openInstanceOperation(const OperationContext& context,
+        const CIMObjectPath& reference, Uint32 line);
+    void _buildInstanceName();
+    CIMInstance _buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList);
+
+    static CIMObjectPath _instanceName;
+    static String _name;
+
+    // ---- method handlers ----------------------------------------------------------
+};
+
+PEGASUS_NAMESPACE_END
+
+#endif

@@ -1,0 +1,463 @@
+// The replication capabilities through the in-process host: the fixed
+// instance, the tables by replication type in their reply order, the
+// parameter refusals as return values, the limits read from the array, and
+// who may ask.
+#include "replication_fixture.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <Pegasus/Provider/CIMOMHandleBackend.h>
+
+#include "RecordingResponseHandler.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
+
+using namespace zda_replication_test;
+
+namespace
+{
+
+const char CAPS[] = "ZDA_ReplicationServiceCapabilities";
+const char CAPS_ID[] = "KX_ORLA:ReplicationServiceCapabilities";
+const std::vector<int> ALL_TYPES = {4, 5, 6, 10, 11, 7};
+
+typedef std::vector<int> Ints;
+
+struct Param
+{
+    const char* name;
+    int value;  // -1: a null value
+};
+
+Array<CIMParamValue> params(std::initializer_list<Param> list)
+{
+    Array<CIMParamValue> in;
+    for (const Param& p : list)
+        in.append(CIMParamValue(p.name, p.value < 0 ? CIMValue(CIMTYPE_UINT16, false)
+                                                    : CIMValue(Uint16(p.value))));
+    return in;
+}
+
+Ints uint16sOf(const CIMValue& value)
+{
+    Array<Uint16> a;
+    value.get(a);
+    return Ints(a.getData(), a.getData() + a.size());
+}
+
+class CapabilitiesTest : public ReplicationTest
+{
+protected:
+    CIMObjectPath capsPath()
+    {
+        Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, CAPS);
+        return names.size() == 1 ? names[0] : CIMObjectPath();
+    }
+    // The method's return value (-1 for none) with the outputs in `out`.
+    int ask(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out,
+        const char* user = "admin")
+    {
+        CIMValue rc = call(as(user), capsPath(), method, in, out);
+        if (rc.isNull())
+            return -1;
+        Uint32 value = 0;
+        rc.get(value);
+        return int(value);
+    }
+    int askType(const char* method, int replicationType, Array<CIMParamValue>& out)
+    {
+        return ask(method, params({{"ReplicationType", replicationType}}), out);
+    }
+    Uint64 maximum(int replicationType, int component, int* rc = nullptr)
+    {
+        Array<CIMParamValue> out;
+        const int status = ask("GetSupportedMaximum",
+            params({{"ReplicationType", replicationType}, {"Component", component}}), out);
+        if (rc)
+            *rc = status;
+        const CIMValue maxValue = outParam(out, "MaxValue");
+        Uint64 value = 0;
+        if (!maxValue.isNull())
+            maxValue.get(value);
+        return value;
+    }
+};
+
+TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
+{
+    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, CAPS, true, false,
+        false, false, CIMPropertyList());
+    ASSERT_EQ(all.size(), 1u);
+    const CIMInstance& caps = all[0];
+    EXPECT_EQ(text(get<String>(caps, "InstanceID")), CAPS_ID);
+    EXPECT_EQ(text(get<String>(caps, "ElementName")), "Capabililites of ReplicationServiceCapabilities");
+    EXPECT_EQ(uint16s(caps, "SupportedSynchronousActions"),
+        Ints({2, 3, 5, 6, 8, 9, 10, 11, 12, 13, 14, 15, 19, 20, 21}));
+    EXPECT_EQ(uint16s(caps, "SupportedAsynchronousActions"), Ints({2, 5, 6, 19, 20}));
+    EXPECT_EQ(uint16s(caps, "SupportedReplicationTypes"), Ints({4, 5, 6, 10, 11}));
+    EXPECT_EQ(uint16s(caps, "SupportedStorageObjects"), Ints({2}));
+
+    const CIMObjectPath path = capsPath();
+    EXPECT_EQ(text(path.getHost()), HOST);
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "InstanceID")), CAPS_ID);
+    EXPECT_TRUE(getInstance(path).identical(caps));
+}
+
+TEST_F(CapabilitiesTest, InstanceRefusals)
+{
+    const CIMObjectPath path = capsPath();
+    CIMObjectPath twoKeys = path;
+    Array<CIMKeyBinding> keys = path.getKeyBindings();
+    keys.append(CIMKeyBinding("Extra", "x", CIMKeyBinding::STRING));
+    twoKeys.setKeyBindings(keys);
+    CIMObjectPath otherID = path;
+    otherID.setKeyBindings(Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other",
+        CIMKeyBinding::STRING)));
+
+    EXPECT_EQ(cimErrorOf([&] { getInstance(twoKeys); }), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(otherID); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, path); }), CIM_ERR_NOT_SUPPORTED);
+    EXPECT_EQ(cimErrorOf([&] {
+        server().getInstance(as("noaccess"), ZDA_NS, path, false, false, false, CIMPropertyList());
+    }), CIM_ERR_ACCESS_DENIED);
+}
+
+// The provider answers the general class on enumeration with its own
+// instance, and another class with nothing at all.
+TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
+{
+    CIMOMHandle handle;
+    attachCIMOMHandleBackend(handle, std::make_shared<zda_companions_test::RepositoryBackend>(ServerHostFixture::host()));
+    auto* provider = new ZDA_ReplicationServiceCapabilitiesProvider();
+    provider->initialize(handle);
+    for (const char* className : {"CIM_ReplicationServiceCapabilities", "CIM_Capabilities"})
+    {
+        zda_test::RecordingResponseHandler names, instances;
+        provider->enumerateInstanceNames(admin(), CIMObjectPath(className), names);
+        provider->enumerateInstances(admin(), CIMObjectPath(className), false, false,
+            CIMPropertyList(), instances);
+        const bool general = std::string(className) == "CIM_ReplicationServiceCapabilities";
+        EXPECT_EQ(names.sequence(), general ? "processing deliver(path) complete" : "") << className;
+        EXPECT_EQ(instances.sequence(), general ? "processing deliver(instance) complete" : "") << className;
+        if (general)
+        {
+            EXPECT_EQ(text(names.objectPaths()[0].getClassName().getString()), CAPS);
+        }
+    }
+
+    // An unknown method is answered with 1, without processing.
+    zda_test::RecordingResponseHandler unknown;
+    provider->invokeMethod(admin(), capsPath(), "GetSupportedTokenizedReplicationType",
+        Array<CIMParamValue>(), unknown);
+    EXPECT_EQ(unknown.sequence(), "deliver(value) complete");
+    EXPECT_EQ(unknown.returnValues()[0], CIMValue(Uint32(1)));
+    provider->terminate();
+    attachCIMOMHandleBackend(handle, nullptr);
+
+    try
+    {
+        ZDA_ReplicationServiceCapabilitiesProvider byPath{CIMObjectPath()};
+        ADD_FAILURE() << "constructed from a path";
+    }
+    catch (const CIMException& e)
+    {
+        EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(text(e.getMessage()),
+            "ZDA_ReplicationServiceCapabilities does not support constructor with object path.");
+    }
+}
+
+// Each list method over every replication type: a type without an entry
+// answers 1 and nothing else.
+TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
+{
+    struct ListCase
+    {
+        const char* method;
+        const char* output;
+        std::map<int, Ints> byType;
+    };
+    const Ints remoteStates = {2, 11, 3, 4, 5, 7, 10, 13};
+    const ListCase cases[] = {
+        {"GetSupportedFeatures", "Features",
+            {{4, {2, 6, 7, 8, 16, 17}}, {5, {2, 6, 7, 8, 16, 17}}, {6, {2, 10, 16}},
+                {10, {2, 8, 18}}, {11, {2, 3, 8, 16}}}},
+        {"GetSupportedGroupFeatures", "GroupFeatures",
+            {{4, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60}}, {5, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60}},
+                {6, {3, 4, 11, 14}}, {10, {3, 4, 8, 11, 12, 14, 16}}, {11, {3, 4, 8, 11, 12, 14}}}},
+        {"GetSupportedCopyStates", "SupportedCopyStates",
+            {{4, remoteStates}, {5, remoteStates}, {6, {3, 4, 5}}, {10, {2, 3, 4}},
+                {11, {2, 3, 4, 5, 8}}}},
+        {"GetSupportedGroupCopyStates", "SupportedCopyStates",
+            {{4, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {5, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {6, {}},
+                {10, {}}, {11, {}}}},
+        {"GetSupportedOperations", "SupportedOperations",
+            {{4, {}}, {5, {}}, {6, {8, 9, 15, 19}}, {10, {2}}, {11, {14, 8, 9, 2}}}},
+        {"GetSupportedListOperations", "SupportedListOperations",
+            {{4, {}}, {5, {}}, {6, {8, 9, 15, 19}}, {10, {2}}, {11, {14, 8, 9, 2}}}},
+        {"GetSupportedGroupOperations", "SupportedGroupOperations",
+            {{4, {4, 8, 10, 11, 14, 20, 21}}, {5, {4, 8, 10, 11, 14, 20, 21}}, {6, {19}}}},
+        {"GetSupportedConsistency", "SupportedConsistency",
+            {{4, {2}}, {5, {2}}, {6, {2}}, {10, {2}}, {11, {2}}}},
+        {"GetSupportedThinProvisioningFeatures", "SupportedThinProvisioningFeatures",
+            {{4, {2, 3}}, {5, {2, 3}}, {6, {}}, {10, {2, 3}}, {11, {2, 3}}}},
+    };
+    for (const ListCase& c : cases)
+    {
+        for (int type : ALL_TYPES)
+        {
+            Array<CIMParamValue> out;
+            const int rc = askType(c.method, type, out);
+            auto expected = c.byType.find(type);
+            if (expected == c.byType.end())
+            {
+                EXPECT_EQ(rc, 1) << c.method << " type " << type;
+                EXPECT_EQ(out.size(), 0u) << c.method << " type " << type;
+                continue;
+            }
+            EXPECT_EQ(rc, 0) << c.method << " type " << type;
+            const CIMValue list = outParam(out, c.output);
+            ASSERT_FALSE(list.isNull()) << c.method << " type " << type;
+            EXPECT_EQ(uint16sOf(list), expected->second) << c.method << " type " << type;
+        }
+    }
+
+    const std::map<int, std::vector<Boolean>> hostAccessible = {
+        {4, std::vector<Boolean>(8, true)}, {6, {true, true, false}},
+        {10, std::vector<Boolean>(3, false)}, {11, std::vector<Boolean>(5, false)}};
+    for (const auto& entry : hostAccessible)
+    {
+        Array<CIMParamValue> out;
+        ASSERT_EQ(askType("GetSupportedCopyStates", entry.first, out), 0);
+        Array<Boolean> accessible;
+        outParam(out, "HostAccessible").get(accessible);
+        EXPECT_EQ(std::vector<Boolean>(accessible.getData(), accessible.getData() + accessible.size()),
+            entry.second) << "type " << entry.first;
+    }
+    Array<CIMParamValue> out;
+    ASSERT_EQ(askType("GetDefaultConsistency", 10, out), 0);
+    EXPECT_EQ(outParam(out, "DefaultConsistency"), CIMValue(Uint16(2)));
+}
+
+TEST_F(CapabilitiesTest, ReplicationTypesConvertBothWays)
+{
+    struct Row { int type, syncType, mode, locality; };
+    const Row rows[] = {{4, 6, 2, 3}, {5, 6, 3, 3}, {6, 7, 2, 2}, {10, 8, 2, 2}, {11, 8, 3, 2}};
+    for (const Row& r : rows)
+    {
+        Array<CIMParamValue> out;
+        ASSERT_EQ(askType("ConvertReplicationTypeToSyncType", r.type, out), 0);
+        EXPECT_EQ(outParam(out, "SyncType"), CIMValue(Uint16(r.syncType))) << r.type;
+        EXPECT_EQ(outParam(out, "Mode"), CIMValue(Uint16(r.mode))) << r.type;
+        EXPECT_EQ(outParam(out, "LocalOrRemote"), CIMValue(Uint16(r.locality))) << r.type;
+        ASSERT_EQ(ask("ConvertSyncTypeToReplicationType",
+                      params({{"SyncType", r.syncType}, {"Mode", r.mode}, {"LocalOrRemote", r.locality}}), out),
+            0);
+        EXPECT_EQ(outParam(out, "SupportedReplicationTypes"), CIMValue(Uint16(r.type)));
+    }
+    Array<CIMParamValue> out;
+    EXPECT_EQ(askType("ConvertReplicationTypeToSyncType", 7, out), 1);
+    // No asynchronous local snapshot; a locality other than local or remote.
+    EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
+                  params({{"SyncType", 7}, {"Mode", 3}, {"LocalOrRemote", 2}}), out), 1);
+    EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
+                  params({{"SyncType", 6}, {"Mode", 2}, {"LocalOrRemote", 4}}), out), 1);
+    EXPECT_EQ(out.size(), 0u);
+}
+
+TEST_F(CapabilitiesTest, WaitForCopyStatesByTypeAndMethod)
+{
+    struct Case { int type; int methodName; int rc; Ints states; };
+    const Case cases[] = {
+        {6, 2, 0, {4}}, {6, 5, 0, {4}}, {6, 9, 0, {}},  // 9: no such waiting method, not an error
+        {10, 3, 0, {4}}, {10, 4, 0, {}}, {11, 4, 0, {8}},
+        {4, 3, 0, {3}}, {5, 4, 0, {3, 4, 7, 10}}, {4, 2, 0, {}},
+        {7, 2, 1, {}},
+    };
+    for (const Case& c : cases)
+    {
+        Array<CIMParamValue> out;
+        EXPECT_EQ(ask("GetSupportedWaitForCopyStates",
+                      params({{"ReplicationType", c.type}, {"MethodName", c.methodName}}), out), c.rc)
+            << c.type << "/" << c.methodName;
+        if (c.rc == 0)
+            EXPECT_EQ(uint16sOf(outParam(out, "SupportedCopyStates")), c.states) << c.type << "/" << c.methodName;
+        else
+            EXPECT_EQ(out.size(), 0u);
+    }
+}
+
+TEST_F(CapabilitiesTest, ReplicationSettingDataValuesAndDefaultInstance)
+{
+    struct Case { int type; int property; int rc; Uint64 value; };
+    const Case cases[] = {{4, 3, 0, 5}, {5, 3, 0, 8}, {6, 3, 0, 4}, {11, 3, 0, 9},
+        {6, 8, 0, 7}, {10, 8, 0, 5}, {10, 9, 0, 3}, {7, 3, 1, 0}, {4, 1, 1, 0}};
+    for (const Case& c : cases)
+    {
+        Array<CIMParamValue> out;
+        EXPECT_EQ(ask("GetSupportedReplicationSettingData",
+                      params({{"ReplicationType", c.type}, {"PropertyName", c.property}}), out), c.rc)
+            << c.type << "/" << c.property;
+        if (c.rc != 0)
+            continue;
+        Array<Uint64> values;
+        outParam(out, "SupportedValues").get(values);
+        ASSERT_EQ(values.size(), 1u);
+        EXPECT_EQ(values[0], c.value) << c.type << "/" << c.property;
+    }
+
+    Array<CIMParamValue> out;
+    ASSERT_EQ(askType("GetDefaultReplicationSettingData", 6, out), 0);
+    CIMInstance setting;
+    outParam(out, "DefaultInstance").get(setting);
+    EXPECT_EQ(text(setting.getClassName().getString()), "CIM_ReplicationSettingData");
+    const std::vector<std::pair<std::string, Uint64>> expected = {{"ConsistentPointInTime", 3},
+        {"DesiredCopyMethodology", 4}, {"Multihop", 1}, {"OnGroupOrListError", 3},
+        {"UnequalGroupsAction", 2}, {"TargetElementSupplier", 2}, {"ThinProvisioningPolicy", 7},
+        {"Pairing", 3}};
+    ASSERT_EQ(setting.getPropertyCount(), expected.size());
+    for (Uint32 i = 0; i < setting.getPropertyCount(); i++)
+    {
+        EXPECT_EQ(text(setting.getProperty(i).getName().getString()), expected[i].first);
+        EXPECT_EQ(setting.getProperty(i).getValue(), CIMValue(expected[i].second)) << expected[i].first;
+    }
+    EXPECT_EQ(askType("GetDefaultReplicationSettingData", 7, out), 1);
+    EXPECT_EQ(out.size(), 0u);
+}
+
+// Missing or unusable parameters are return values, never exceptions.
+TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
+{
+    const char* const needTheType[] = {"ConvertSyncTypeToReplicationType",
+        "ConvertReplicationTypeToSyncType", "GetSupportedFeatures", "GetSupportedGroupFeatures",
+        "GetSupportedCopyStates", "GetSupportedGroupCopyStates", "GetSupportedWaitForCopyStates",
+        "GetSupportedConsistency", "GetDefaultConsistency", "GetSupportedOperations",
+        "GetSupportedListOperations", "GetSupportedGroupOperations",
+        "GetSupportedReplicationSettingData", "GetDefaultReplicationSettingData",
+        "GetSupportedThinProvisioningFeatures", "GetSupportedMaximum"};
+    for (const char* method : needTheType)
+    {
+        Array<CIMParamValue> out;
+        EXPECT_EQ(ask(method, Array<CIMParamValue>(), out), 5) << method << " without parameters";
+        EXPECT_EQ(ask(method, params({{"ReplicationType", -1}}), out), 5) << method << " with a null type";
+        EXPECT_EQ(out.size(), 0u) << method;
+    }
+
+    struct Case { const char* method; Array<CIMParamValue> in; int rc; };
+    const Case cases[] = {
+        {"ConvertSyncTypeToReplicationType", params({{"SyncType", 6}, {"Mode", 2}}), 5},
+        {"GetSupportedReplicationSettingData", params({{"ReplicationType", 4}}), 5},
+        {"GetSupportedMaximum", params({{"ReplicationType", 4}}), 5},
+        {"GetSupportedOperations", params({{"ReplicationType", 6}, {"SynchronizationType", 3}}), 1},
+        {"GetSupportedListOperations", params({{"ReplicationType", 6}, {"SynchronizationType", 3}}), 1},
+        {"GetSupportedSettingsDefineStateOperations", params({{"ReplicationType", 6}}), 1},
+        {"GetDefaultGroupPersistency", Array<CIMParamValue>(), 0},
+    };
+    for (const Case& c : cases)
+    {
+        Array<CIMParamValue> out;
+        EXPECT_EQ(ask(c.method, c.in, out), c.rc) << c.method;
+        if (c.rc != 0)
+            EXPECT_EQ(out.size(), 0u) << c.method;
+        else
+            EXPECT_EQ(outParam(out, "DefaultGroupPersistency"), CIMValue(Uint16(2)));
+    }
+    Array<CIMParamValue> out;
+    EXPECT_EQ(ask("GetSupportedOperations", params({{"ReplicationType", 11}, {"SynchronizationType", 2}}), out), 0);
+    EXPECT_EQ(uint16sOf(outParam(out, "SupportedOperations")), Ints({14, 8, 9, 2}));
+}
+
+TEST_F(CapabilitiesTest, MaximumsFollowTheArraysVolumeLimits)
+{
+    zdasim_system_set_volume_limits(100, 60, 7, 5);
+    struct Case { int component; std::map<int, Uint64> byType; };
+    const Case cases[] = {
+        {2, {{6, 40}, {10, 60}, {11, 60}}},  // snapshots: the smaller of 100 - 60 and 60
+        {3, {{6, 60}, {10, 60}, {11, 60}}},
+        {5, {{6, 5}, {10, 60}, {11, 60}, {4, 1}, {5, 1}}},
+        {7, {{6, 60}, {10, 60}, {11, 60}}},
+        {8, {{6, 0}, {10, 0}, {11, 0}, {4, 2}, {5, 8}}},
+        {9, {{6, 5}, {10, 1}, {11, 60}, {4, 1}, {5, 1}}},
+    };
+    for (const Case& c : cases)
+    {
+        for (const auto& entry : c.byType)
+        {
+            int rc = -1;
+            EXPECT_EQ(maximum(entry.first, c.component, &rc), entry.second)
+                << "type " << entry.first << " component " << c.component;
+            EXPECT_EQ(rc, 0);
+        }
+    }
+    zdasim_system_set_volume_limits(100, 30, 7, 5);
+    EXPECT_EQ(maximum(6, 2), 30u) << "read afresh on each call";
+
+    for (int component : {0, 1, 10})
+    {
+        int rc = -1;
+        EXPECT_EQ(maximum(10, component, &rc), 0u);
+        EXPECT_EQ(rc, 5) << "component " << component;
+    }
+    zdasim_journal_clear();
+    int rc = -1;
+    maximum(7, 2, &rc);
+    EXPECT_EQ(rc, 1);
+    EXPECT_EQ(zdasim_journal_count_of("api_getMaxVolumeNumbers"), 0u);
+    EXPECT_EQ(zdasim_journal_count_of("api_getmvar"), 0u);
+}
+
+// The remote copy limits are asked of the array while they read 0 and kept
+// once they do not.
+TEST_F(CapabilitiesTest, RemoteCopyLimitsAreKeptOnceRead)
+{
+    ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 0), 0);
+    EXPECT_EQ(maximum(5, 2), 0u);
+    ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 40), 0);
+    EXPECT_EQ(maximum(5, 2), 40u);
+    ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 41), 0);
+    zdasim_journal_clear();
+    EXPECT_EQ(maximum(5, 2), 40u);
+    EXPECT_EQ(zdasim_journal_count_of("api_getmvar"), 0u);
+
+    struct Case { int type; int component; int var; Uint32 limit; };
+    const Case cases[] = {{4, 2, ZDA_RM_MAX_GROUPS_SYNC, 11}, {4, 3, ZDA_RM_GROUP_MAX_VOLUMES, 12},
+        {5, 4, ZDA_RM_GROUP_MAX_VOLUMES, 12}, {4, 6, ZDA_RM_MAX_VOLUMES_SYNC, 13},
+        {5, 7, ZDA_RM_MAX_VOLUMES_PERIODIC, 14}};
+    for (const Case& c : cases)
+        ASSERT_EQ(zdasim_system_set_rcopy_limit(c.var, c.limit), 0);
+    for (const Case& c : cases)
+        EXPECT_EQ(maximum(c.type, c.component), c.limit) << c.type << "/" << c.component;
+    EXPECT_EQ(ZDA_ReplicationServiceCapabilitiesProvider::getRemoteCopyMaxVar(7), 0u);
+}
+
+TEST_F(CapabilitiesTest, MethodsNeedTheCapabilitiesRight)
+{
+    Array<CIMParamValue> out;
+    const Array<CIMParamValue> in = params({{"ReplicationType", 6}});
+    EXPECT_EQ(ask("GetSupportedFeatures", in, out, "operator"), 0);
+    EXPECT_EQ(cimErrorOf([&] { ask("GetSupportedFeatures", in, out, "viewer"); }), CIM_ERR_ACCESS_DENIED);
+    zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
+    try
+    {
+        ask("GetSupportedFeatures", in, out, "viewer");
+        ADD_FAILURE() << "an unknown answer was taken as a right";
+    }
+    catch (const CIMException& e)
+    {
+        EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_NE(text(e.getMessage()).find("Does not support!"), std::string::npos);
+    }
+
+    // The path is checked after the right.
+    CIMObjectPath other = capsPath();
+    other.setKeyBindings(Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other",
+        CIMKeyBinding::STRING)));
+    EXPECT_EQ(cimErrorOf([&] { call(as("operator"), other, "GetSupportedFeatures", in, out); }),
+        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { call(as("viewer"), other, "GetSupportedFeatures", in, out); }),
+        CIM_ERR_NOT_SUPPORTED);
+}
+
+}  // namespace
