@@ -11,6 +11,7 @@
 #include <openssl/evp.h>
 
 #include <exception>
+#include <functional>
 
 namespace zda::cimserver {
 
@@ -116,67 +117,103 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
     return out;
 }
 
-// Writes each element of a list result as it goes, instead of packing the
-// list into a CIMValue first (which would copy every object once more).
-template <class T, class Add>
-void writeList(cimxml::Sink& sink, const OperationRequest& r, const Array<T>& items, Add add)
-{
-    cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
-    writer.begin();
-    for (Uint32 i = 0; i < items.size(); i++)
-        add(writer, items[i]);
-    writer.finish();
-}
-
 // Answers the operations whose results can be long lists straight into
-// `sink`; false for the others (and for extrinsic methods), which go
-// through dispatch(). CIM errors pass out before anything is written.
+// `sink`, each result encoded as the provider delivers it; false for the
+// others (and for extrinsic methods), which go through dispatch().
 bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r,
                      cimxml::Sink& sink)
 {
     if (!r.intrinsic)
         return false;
-    const CIMNamespaceName& ns = r.nameSpace;
     switch (r.operation) {
     case Intrinsic::EnumerateInstances:
-        writeList(sink, r,
-                  d.enumerateInstances(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"),
-                                       r.flag("LocalOnly"), r.flag("IncludeQualifiers"),
-                                       r.flag("IncludeClassOrigin"), r.propertyList()),
-                  [](cimxml::ResponseWriter& w, const CIMInstance& i) { w.addInstance(i); });
-        return true;
     case Intrinsic::EnumerateInstanceNames:
-        writeList(sink, r, d.enumerateInstanceNames(ctx, ns, r.className("ClassName")),
-                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addInstanceName(p); });
-        return true;
     case Intrinsic::Associators:
-        writeList(sink, r,
-                  d.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                                r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
-                                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
-                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
-        return true;
     case Intrinsic::References:
-        writeList(sink, r,
-                  d.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
-                               r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()),
-                  [](cimxml::ResponseWriter& w, const CIMObject& o) { w.addObject(o); });
-        return true;
     case Intrinsic::AssociatorNames:
-        writeList(sink, r,
-                  d.associatorNames(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                                    r.className("ResultClass"), r.text("Role"), r.text("ResultRole")),
-                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
-        return true;
-    case Intrinsic::ReferenceNames:
-        writeList(sink, r,
-                  d.referenceNames(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role")),
-                  [](cimxml::ResponseWriter& w, const CIMObjectPath& p) { w.addObjectPath(p); });
-        return true;
-    default:
-        return false;
+    case Intrinsic::ReferenceNames: break;
+    default: return false;
     }
+    const CIMNamespaceName& ns = r.nameSpace;
+    cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
+    writer.begin();
+    auto addInstance = [&](const CIMInstance& i) { writer.addInstance(i); };
+    auto addObject = [&](const CIMObject& o) { writer.addObject(o); };
+    auto addObjectPath = [&](const CIMObjectPath& p) { writer.addObjectPath(p); };
+    switch (r.operation) {
+    case Intrinsic::EnumerateInstances:
+        d.enumerateInstances(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
+                             r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList(),
+                             addInstance);
+        break;
+    case Intrinsic::EnumerateInstanceNames:
+        d.enumerateInstanceNames(ctx, ns, r.className("ClassName"),
+                                 [&](const CIMObjectPath& p) { writer.addInstanceName(p); });
+        break;
+    case Intrinsic::Associators:
+        d.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"), r.className("ResultClass"),
+                      r.text("Role"), r.text("ResultRole"), r.flag("IncludeQualifiers"),
+                      r.flag("IncludeClassOrigin"), r.propertyList(), addObject);
+        break;
+    case Intrinsic::References:
+        d.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                     r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList(), addObject);
+        break;
+    case Intrinsic::AssociatorNames:
+        d.associatorNames(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
+                          r.className("ResultClass"), r.text("Role"), r.text("ResultRole"), addObjectPath);
+        break;
+    case Intrinsic::ReferenceNames:
+        d.referenceNames(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                         addObjectPath);
+        break;
+    default: break;
+    }
+    writer.finish();
+    return true;
 }
+
+// Where a list result's encoding goes. The first piece is held back: an
+// answer of one piece then goes out whole, with a length, and a CIM error
+// raised before a second piece exists still gets an ordinary error
+// response. From the second piece on, pieces go to the connection as they
+// come, so at most one piece is held here.
+class StreamingSink : public cimxml::Sink
+{
+public:
+    StreamingSink(ResponseStream& stream, std::function<HttpResponseHead()> head)
+        : _stream(stream), _head(std::move(head))
+    {
+    }
+
+    void write(const char* data, std::size_t size) override
+    {
+        if (!_streaming) {
+            if (!_holding) {
+                _held.assign(data, size);
+                _holding = true;
+                return;
+            }
+            HttpResponseHead head = _head();
+            _streaming = true;
+            _stream.begin(head);
+            _stream.send(_held.data(), _held.size());
+            std::string().swap(_held);
+        }
+        _stream.send(data, size);
+    }
+
+    bool streaming() const { return _streaming; }
+    // The whole answer, when it never started streaming.
+    std::string takeHeld() { return std::move(_held); }
+
+private:
+    ResponseStream& _stream;
+    std::function<HttpResponseHead()> _head;
+    std::string _held;
+    bool _holding = false;
+    bool _streaming = false;
+};
 
 bool decodeBase64(const std::string& in, std::string& out)
 {
@@ -246,7 +283,8 @@ std::string CimRequestHandler::authenticate(const HttpRequest& request, Peer& pe
     return user;
 }
 
-HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
+std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Peer& peer,
+                                                      ResponseStream& stream) const
 {
     const unsigned version = req.version();
     const bool keepAlive = req.keep_alive();
@@ -283,17 +321,27 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
         return refusal(406, "", version, keepAlive);
 
     // The CIM-XML answer, whatever it holds, goes back with status 200.
-    auto answer = [&](std::string xml) {
-        HttpResponse res{bhttp::status::ok, version};
+    auto setAnswerFields = [&](auto& res) {
         res.set(bhttp::field::server, "zda-cimserver");
         res.set(bhttp::field::content_type, xhttp::CONTENT_TYPE_XML);
         if (!prefix.empty())
             res.set(bhttp::field::ext, "");
         res.set(prefix + xhttp::CIM_OPERATION, "MethodResponse");
-        res.body() = std::move(xml);
         res.keep_alive(keepAlive);
+    };
+    auto answer = [&](std::string xml) {
+        HttpResponse res{bhttp::status::ok, version};
+        setAnswerFields(res);
+        res.body() = std::move(xml);
         res.prepare_payload();
         return res;
+    };
+    auto streamedHead = [&] {
+        HttpResponseHead head{bhttp::status::ok, version};
+        setAnswerFields(head);
+        head.set(bhttp::field::trailer, std::string(xhttp::CIM_STATUS_CODE) + ", " +
+                                            xhttp::CIM_STATUS_CODE_DESCRIPTION);
+        return head;
     };
     cimxml::StringSink body;
     OperationResponse response;
@@ -311,11 +359,18 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
                     peer.address.empty() ? "the local socket" : peer.address.c_str());
         OperationContext context = server::InProcessHost::contextFor(
             String(user.c_str()), String(peer.address.c_str()));
+        StreamingSink listSink(stream, streamedHead);
         try {
             try {
-                if (writeListResult(_dispatcher, context, request, body))
-                    return answer(std::move(body.text));
+                if (writeListResult(_dispatcher, context, request, listSink)) {
+                    if (!listSink.streaming())
+                        return answer(listSink.takeHeld());
+                    stream.end(bhttp::fields());
+                    return std::nullopt;
+                }
             } catch (const CIMException&) {
+                throw;
+            } catch (const ConnectionLost&) {
                 throw;
             } catch (const std::logic_error&) {
                 throw;
@@ -323,7 +378,19 @@ HttpResponse CimRequestHandler::handle(const HttpRequest& req, Peer& peer) const
                 server::rethrowAsCIMException();
             }
         } catch (const CIMException& e) {
-            body.text.clear();
+            if (listSink.streaming()) {
+                // Part of the answer is out: cut it short and say why in
+                // the trailer.
+                const std::string description(
+                    static_cast<const char*>(server::errorDescription(e).getCString()));
+                log_message(3, "zda-cimserver: %s failed after its answer started streaming: %s",
+                            static_cast<const char*>(request.name().getCString()), description.c_str());
+                bhttp::fields trailer;
+                trailer.set(xhttp::CIM_STATUS_CODE, std::to_string(Uint32(e.getCode())));
+                trailer.set(xhttp::CIM_STATUS_CODE_DESCRIPTION, xhttp::escapeHeaderValue(description));
+                stream.end(trailer);
+                return std::nullopt;
+            }
             response.messageId = request.messageId;
             response.intrinsic = request.intrinsic;
             response.operation = request.operation;

@@ -3,6 +3,15 @@
 // dispatcher as the authenticated user and encodes the result. Refusals
 // carry the HTTP status and CIMError header clients expect; a request that
 // is refused never reaches a provider.
+//
+// Enumerations and association results are encoded while the providers
+// deliver them. An answer that fits in one piece of the encoder goes back
+// whole, with a Content-Length; a longer one is streamed through the
+// connection's ResponseStream (chunked on HTTP/1.1), so that the server
+// never holds it whole. A CIM error before the answer started streaming is
+// an ordinary error response; once it has started, the body is cut short
+// (so that no client takes it for a complete answer) and the error is sent
+// in the trailer fields CIMStatusCode and CIMStatusCodeDescription.
 #ifndef ZDA_CIMSERVER_CIM_REQUEST_HANDLER_H
 #define ZDA_CIMSERVER_CIM_REQUEST_HANDLER_H
 
@@ -12,12 +21,41 @@
 
 #include <boost/beast/http.hpp>
 
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
 #include <string>
 
 namespace zda::cimserver {
 
 using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>;
 using HttpResponse = boost::beast::http::response<boost::beast::http::string_body>;
+using HttpResponseHead = boost::beast::http::response<boost::beast::http::empty_body>;
+
+// The connection went away, or stopped reading, while an answer was being
+// streamed: nothing more can be sent on it.
+class ConnectionLost : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The connection's side of a streamed answer. The handler calls begin()
+// once, send() for each piece of the body in order, then end(); the calls
+// block until the bytes are handed to the connection (which bounds the
+// memory a slow client can make the server hold). Each throws
+// ConnectionLost when the connection fails or the client stops reading.
+class ResponseStream {
+public:
+    virtual ~ResponseStream() = default;
+    // Sends the head: `head` has the status and the fields, no length.
+    // On HTTP/1.1 the body is chunked; an HTTP/1.0 body ends when the
+    // connection closes.
+    virtual void begin(HttpResponseHead& head) = 0;
+    virtual void send(const char* data, std::size_t size) = 0;
+    // Ends the body; `trailer` goes in the chunked body's trailer (an
+    // HTTP/1.0 body has none: the connection just closes).
+    virtual void end(const boost::beast::http::fields& trailer) = 0;
+};
 
 // Who is at the other end of a connection.
 struct Peer {
@@ -43,7 +81,10 @@ public:
     // `dispatcher` and `users` must outlive the handler. Thread-safe.
     CimRequestHandler(server::Dispatcher& dispatcher, const UserStore& users, HandlerOptions options);
 
-    HttpResponse handle(const HttpRequest& request, Peer& peer) const;
+    // The answer to send, or nothing when the answer was streamed through
+    // `stream` (which has then seen begin() and end()). Throws
+    // ConnectionLost from the stream.
+    std::optional<HttpResponse> handle(const HttpRequest& request, Peer& peer, ResponseStream& stream) const;
 
     // A bare refusal (no body) with the CIMError header when `cimError` is
     // not empty; used by the listener for requests it refuses itself.

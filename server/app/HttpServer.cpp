@@ -13,7 +13,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdio>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -34,6 +37,99 @@ using LocalStream = beast::basic_stream<local>;
 
 // Headers beyond this size are refused: CIM requests carry a handful.
 constexpr std::uint32_t kMaxHeaderBytes = 16 * 1024;
+
+// Bounds the blocking writes of streamed answers. A write still running at
+// its deadline (a client that stopped reading) has its socket shut down,
+// which makes the write fail at once; shutDownAll() does the same to every
+// write under way, and to every later one, when the server stops.
+class WriteWatchdog
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    WriteWatchdog() : _thread([this] { run(); }) {}
+
+    ~WriteWatchdog()
+    {
+        {
+            std::lock_guard<std::mutex> lock(_mutex);
+            _quit = true;
+        }
+        _wake.notify_all();
+        _thread.join();
+    }
+
+    // Watches a write on `socket` that must end by `deadline`; release()
+    // the returned ticket when the write has ended, before the socket closes.
+    std::uint64_t watch(int socket, Clock::time_point deadline)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (_stopping)
+            ::shutdown(socket, SHUT_RDWR);
+        const bool wasIdle = _watched.empty();
+        const std::uint64_t ticket = ++_lastTicket;
+        _watched.emplace(ticket, Watched{socket, deadline});
+        // Every write gets the same allowance, so a new deadline is never
+        // earlier than those already watched: only an idle watchdog needs
+        // waking.
+        if (wasIdle)
+            _wake.notify_one();
+        return ticket;
+    }
+
+    void release(std::uint64_t ticket)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _watched.erase(ticket);
+    }
+
+    void shutDownAll()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _stopping = true;
+        for (auto& entry : _watched)
+            ::shutdown(entry.second.socket, SHUT_RDWR);
+    }
+
+private:
+    struct Watched
+    {
+        int socket;
+        Clock::time_point deadline;
+        bool shutDown = false;
+    };
+
+    void run()
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        while (!_quit) {
+            const Clock::time_point now = Clock::now();
+            Clock::time_point next = Clock::time_point::max();
+            for (auto& entry : _watched) {
+                Watched& w = entry.second;
+                if (w.deadline <= now && !w.shutDown) {
+                    log_message(3, "zda-cimserver: closed a connection that stopped reading its answer");
+                    ::shutdown(w.socket, SHUT_RDWR);
+                    w.shutDown = true;
+                } else if (!w.shutDown) {
+                    next = std::min(next, w.deadline);
+                }
+            }
+            if (next == Clock::time_point::max())
+                _wake.wait(lock);
+            else
+                _wake.wait_until(lock, next);
+        }
+    }
+
+    std::mutex _mutex;
+    std::condition_variable _wake;
+    std::map<std::uint64_t, Watched> _watched;
+    std::uint64_t _lastTicket = 0;
+    bool _stopping = false;
+    bool _quit = false;
+    std::thread _thread;  // last: starts once the rest is ready
+};
 
 }  // namespace
 
@@ -68,6 +164,9 @@ public:
     {
         if (stopped.exchange(true))
             return;
+        // Answers being streamed to clients end now instead of waiting for
+        // the clients to read them.
+        watchdog.shutDownAll();
         asio::post(io, [this] {
             error_code ignored;
             httpAcceptor.close(ignored);
@@ -147,6 +246,7 @@ public:
     // declared (and so outlive it) before it.
     std::atomic<unsigned> connections{0};
     std::atomic<bool> stopped{false};
+    WriteWatchdog watchdog;
     asio::io_context io;
     asio::ssl::context tls;
     tcp::acceptor httpAcceptor;
@@ -256,21 +356,106 @@ private:
             return;
         }
         // The request runs on this pool thread; the connection's strand
-        // keeps its other handlers away meanwhile.
+        // keeps its other handlers away meanwhile, so a streamed answer can
+        // be written synchronously from here.
         beast::get_lowest_layer(_stream).expires_never();
+        Streamer streamer(*this);
+        std::optional<HttpResponse> response;
         try {
-            _response = _owner.handler.handle(_parser->get(), _peer);
+            response = _owner.handler.handle(_parser->get(), _peer, streamer);
+        } catch (const ConnectionLost& e) {
+            log_message(3, "zda-cimserver: lost a connection while streaming an answer: %s", e.what());
+            close();
+            return;
         } catch (const std::exception& e) {
             // Out of memory while encoding, and the like: the pool thread
             // carries on, the client learns that this request failed.
             log_message(2, "zda-cimserver: request failed: %s", e.what());
-            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+            response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         } catch (...) {
             log_message(2, "zda-cimserver: request failed");
-            _response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
+            response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         }
+        if (streamer.begun() || !response) {
+            // A failure after the head went out cannot be answered any more:
+            // closing cuts the body short.
+            if (streamer.ended() && streamer.keepAlive() && !response)
+                readHeader();
+            else
+                close();
+            return;
+        }
+        _response = std::move(*response);
         write();
     }
+
+    // Writes a streamed answer on the connection, synchronously, each write
+    // bounded by the watchdog.
+    class Streamer : public ResponseStream
+    {
+    public:
+        explicit Streamer(Session& session) : _session(session) {}
+
+        void begin(HttpResponseHead& head) override
+        {
+            _chunked = head.version() >= 11;
+            if (_chunked) {
+                head.chunked(true);
+            } else {
+                // The body ends with the connection, and has no trailer.
+                head.keep_alive(false);
+                head.erase(bhttp::field::trailer);
+            }
+            _keepAlive = head.keep_alive();
+            _begun = true;
+            bhttp::response_serializer<bhttp::empty_body> serializer{head};
+            guarded([&](error_code& ec) { bhttp::write_header(_session._stream, serializer, ec); });
+        }
+
+        void send(const char* data, std::size_t size) override
+        {
+            if (size == 0)
+                return;
+            guarded([&](error_code& ec) {
+                if (_chunked)
+                    asio::write(_session._stream, bhttp::make_chunk(asio::buffer(data, size)), ec);
+                else
+                    asio::write(_session._stream, asio::buffer(data, size), ec);
+            });
+        }
+
+        void end(const bhttp::fields& trailer) override
+        {
+            if (_chunked)
+                guarded([&](error_code& ec) { asio::write(_session._stream, bhttp::make_chunk_last(trailer), ec); });
+            _ended = true;
+        }
+
+        bool begun() const { return _begun; }
+        bool ended() const { return _ended; }
+        bool keepAlive() const { return _keepAlive; }
+
+    private:
+        template <class Write>
+        void guarded(Write write)
+        {
+            int socket = beast::get_lowest_layer(_session._stream).socket().native_handle();
+            WriteWatchdog& watchdog = _session._owner.watchdog;
+            std::uint64_t ticket =
+                watchdog.watch(socket, WriteWatchdog::Clock::now() + _session._owner.options.bodyTimeout);
+            error_code ec;
+            write(ec);
+            watchdog.release(ticket);
+            if (ec)
+                throw ConnectionLost(ec.message());
+        }
+
+        Session& _session;
+        bool _chunked = false;
+        bool _keepAlive = false;
+        bool _begun = false;
+        bool _ended = false;
+    };
 
     void refuseTooLarge()
     {
@@ -345,6 +530,9 @@ void HttpServer::Impl::acceptTcp(tcp::acceptor& acceptor, bool secure)
             if (address.is_v6() && address.to_v6().is_v4_mapped())
                 address = asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6());
             peer.address = address.to_string();
+            // Streamed answers end with a short write that must not wait
+            // for the acknowledgement of the data before it.
+            socket.set_option(tcp::no_delay(true), ignored);
             if (secure)
                 std::make_shared<Session<TlsStream>>(*this, std::move(peer), std::move(socket), tls)->start();
             else

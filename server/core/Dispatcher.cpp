@@ -51,11 +51,6 @@ struct Dispatcher::ClassShape {
     std::vector<Reference> references;
 };
 
-struct Dispatcher::AssociationResults {
-    Array<CIMObject> objects;
-    Array<CIMObjectPath> paths;
-};
-
 // Counts nesting per thread so that the observer hears only of outermost
 // operations.
 class Dispatcher::OperationScope {
@@ -144,7 +139,8 @@ CIMObjectPath Dispatcher::finishPath(const CIMObjectPath& delivered, const CIMNa
 }
 
 template <class Interface, class Call>
-void Dispatcher::callProvider(const ProviderId& id, const OperationContext& context, Call&& call) {
+void Dispatcher::callProvider(const ProviderId& id, const OperationContext& context, Call&& call,
+                              const CollectorBase* handler) {
     ProviderManager::Lease lease = _providers.acquire(id);
     Interface* provider = dynamic_cast<Interface*>(&lease.provider());
     if (!provider) throw CIMException(CIM_ERR_NOT_SUPPORTED, "Invalid provider interface.");
@@ -152,8 +148,12 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
     try {
         call(*provider);
     } catch (const CIMException&) {
+        if (handler && handler->consumerFailure()) std::rethrow_exception(handler->consumerFailure());
         throw;  // the provider's own answer
     } catch (...) {
+        // The consumer's failure, passed through the provider: no fault of
+        // the provider's.
+        if (handler && handler->consumerFailure()) std::rethrow_exception(handler->consumerFailure());
         // Anything else is a fault of the provider: worth a log line.
         try {
             rethrowAsCIMException();
@@ -164,6 +164,8 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
             throw;
         }
     }
+    // A provider that swallowed the consumer's failure still fails.
+    if (handler && handler->consumerFailure()) std::rethrow_exception(handler->consumerFailure());
 }
 
 CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
@@ -191,18 +193,18 @@ CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNa
     // Which properties the request allows: those of the requested class
     // (only its own with localOnly), plus, with deepInheritance, those the
     // instance's subclass adds.
-    std::set<std::string> allowed;
+    std::shared_ptr<const ClassShape> requested;
     if (own) {
-        std::shared_ptr<const ClassShape> requested = shape(where, requestedClass);
+        requested = shape(where, requestedClass);
         if (!requested) requested = own;
-        allowed = localOnly ? requested->local : requested->all;
-        if (deepInheritance)
-            for (const std::string& name : own->all)
-                if (!requested->all.count(name)) allowed.insert(name);
     }
+    auto allowed = [&](const std::string& name) {
+        if ((localOnly ? requested->local : requested->all).count(name)) return true;
+        return deepInheritance && own->all.count(name) && !requested->all.count(name);
+    };
     for (Uint32 i = instance.getPropertyCount(); i-- > 0;) {
         const CIMName name = instance.getProperty(i).getName();
-        if ((own && !allowed.count(folded(name))) || (!propertyList.isNull() && !propertyList.contains(name)))
+        if ((own && !allowed(folded(name))) || (!propertyList.isNull() && !propertyList.contains(name)))
             instance.removeProperty(i);
     }
     instance.instanceFilter(includeQualifiers, includeClassOrigin, CIMPropertyList());
@@ -292,64 +294,80 @@ Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& contex
                                                   const CIMName& className, bool deepInheritance, bool localOnly,
                                                   bool includeQualifiers, bool includeClassOrigin,
                                                   const CIMPropertyList& propertyList) {
+    Array<CIMInstance> out;
+    enumerateInstances(context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                       includeClassOrigin, propertyList, [&](const CIMInstance& instance) { out.append(instance); });
+    return out;
+}
+
+void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                    const CIMName& className, bool deepInheritance, bool localOnly,
+                                    bool includeQualifiers, bool includeClassOrigin,
+                                    const CIMPropertyList& propertyList, const InstanceConsumer& consume) {
     OperationScope scope(*this, "EnumerateInstances");
     requireNamespace(nameSpace);
     requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
     const OperationContext providerCtx = providerContext(context);
 
+    auto finish = [&](const CIMInstance& delivered) {
+        consume(finishInstance(delivered, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
+                               includeClassOrigin, propertyList));
+    };
     Array<CIMName> classes;
     classes.append(className);
     classes.appendArray(_repository.enumerateClassNames(nameSpace, className, true));
-    Array<CIMInstance> out;
     for (Uint32 c = 0; c < classes.size(); ++c) {
-        Array<CIMInstance> delivered;
         if (std::optional<ProviderId> id = _registry.find(nameSpace, classes[c], ProviderType::Instance)) {
-            InstanceCollector collector(false);
+            InstanceForwarder forwarder(finish);
             const CIMObjectPath reference = serverPath(nameSpace, classes[c]);
-            callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
-                provider.enumerateInstances(providerCtx, reference, includeQualifiers, includeClassOrigin,
-                                            propertyList, collector);
-            });
-            lastResponse = collector.responseContext();
-            delivered = collector.instances();
+            callProvider<CIMInstanceProvider>(
+                *id, providerCtx,
+                [&](CIMInstanceProvider& provider) {
+                    provider.enumerateInstances(providerCtx, reference, includeQualifiers, includeClassOrigin,
+                                                propertyList, forwarder);
+                },
+                &forwarder);
+            lastResponse = forwarder.responseContext();
         } else {
-            delivered = _repository.enumerateInstances(nameSpace, classes[c], false);
+            Array<CIMInstance> stored = _repository.enumerateInstances(nameSpace, classes[c], false);
+            for (Uint32 i = 0; i < stored.size(); ++i) finish(stored[i]);
         }
-        for (Uint32 i = 0; i < delivered.size(); ++i)
-            out.append(finishInstance(delivered[i], nameSpace, className, deepInheritance, localOnly,
-                                      includeQualifiers, includeClassOrigin, propertyList));
     }
-    return out;
 }
 
 Array<CIMObjectPath> Dispatcher::enumerateInstanceNames(const OperationContext& context,
                                                         const CIMNamespaceName& nameSpace,
                                                         const CIMName& className) {
+    Array<CIMObjectPath> out;
+    enumerateInstanceNames(context, nameSpace, className, [&](const CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Dispatcher::enumerateInstanceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                        const CIMName& className, const PathConsumer& consume) {
     OperationScope scope(*this, "EnumerateInstanceNames");
     requireNamespace(nameSpace);
     requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
     const OperationContext providerCtx = providerContext(context);
 
+    auto finish = [&](const CIMObjectPath& delivered) { consume(finishPath(delivered, nameSpace)); };
     Array<CIMName> classes;
     classes.append(className);
     classes.appendArray(_repository.enumerateClassNames(nameSpace, className, true));
-    Array<CIMObjectPath> out;
     for (Uint32 c = 0; c < classes.size(); ++c) {
         if (std::optional<ProviderId> id = _registry.find(nameSpace, classes[c], ProviderType::Instance)) {
-            ObjectPathCollector collector;
+            ObjectPathForwarder forwarder(finish);
             const CIMObjectPath reference = serverPath(nameSpace, classes[c]);
-            callProvider<CIMInstanceProvider>(*id, providerCtx, [&](CIMInstanceProvider& provider) {
-                provider.enumerateInstanceNames(providerCtx, reference, collector);
-            });
-            lastResponse = collector.responseContext();
-            for (Uint32 i = 0; i < collector.objectPaths().size(); ++i)
-                out.append(finishPath(collector.objectPaths()[i], nameSpace));
+            callProvider<CIMInstanceProvider>(
+                *id, providerCtx,
+                [&](CIMInstanceProvider& provider) { provider.enumerateInstanceNames(providerCtx, reference, forwarder); },
+                &forwarder);
+            lastResponse = forwarder.responseContext();
         } else {
             Array<CIMInstance> stored = _repository.enumerateInstances(nameSpace, classes[c], false);
-            for (Uint32 i = 0; i < stored.size(); ++i) out.append(finishPath(stored[i].getPath(), nameSpace));
+            for (Uint32 i = 0; i < stored.size(); ++i) finish(stored[i].getPath());
         }
     }
-    return out;
 }
 
 CIMObjectPath Dispatcher::createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
@@ -498,7 +516,7 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
                            const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
                            const String& role, const String& resultRole, bool includeQualifiers,
                            bool includeClassOrigin, const CIMPropertyList& propertyList,
-                           AssociationResults& results) {
+                           const ObjectConsumer* consumeObject, const PathConsumer* consumePath) {
     requireNamespace(nameSpace);
     const CIMName objectClass = objectName.getClassName();
     requireClass(nameSpace, objectClass, CIM_ERR_INVALID_PARAMETER, "The object name's class");
@@ -531,18 +549,50 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     };
 
     // An object name without keys names a class: the answer is classes,
-    // from the repository alone.
+    // from the repository alone, passed on as they are.
     const bool ofClass = objectName.getKeyBindings().size() == 0;
+
+    // Only results of the requested result class (for References and
+    // ReferenceNames, the association class) are passed on; objects of
+    // classes another namespace defines are kept. Each result is finished
+    // as it comes.
+    const CIMName wanted = resultClass;
+    auto wantedClass = [&](const CIMName& cls, const CIMNamespaceName& where) {
+        if (wanted.isNull()) return true;
+        const CIMNamespaceName ns = where.isNull() ? nameSpace : where;
+        if (!ns.equal(nameSpace) || !_repository.classExists(nameSpace, cls)) return true;
+        return bool(_repository.isSubclassOf(nameSpace, cls, wanted));
+    };
+    auto emitObject = [&](const CIMObject& object) {
+        if (ofClass) {
+            (*consumeObject)(object);
+        } else if (!wantedClass(object.getClassName(), object.getPath().getNameSpace())) {
+            return;
+        } else if (object.isInstance()) {
+            CIMInstance instance(object);
+            (*consumeObject)(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true, false,
+                                                      includeQualifiers, includeClassOrigin, propertyList)));
+        } else {
+            (*consumeObject)(object);
+        }
+    };
+    auto emitPath = [&](const CIMObjectPath& path) {
+        if (ofClass)
+            (*consumePath)(path);
+        else if (wantedClass(path.getClassName(), path.getNameSpace()))
+            (*consumePath)(finishPath(path, nameSpace));
+    };
+
     std::set<std::string> classesSeen;
     auto addClass = [&](const CIMName& cls) {
         if (!classesSeen.insert(folded(cls)).second) return;
         if (op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames) {
-            results.paths.append(serverPath(nameSpace, cls));
+            emitPath(serverPath(nameSpace, cls));
         } else {
             CIMClass found = _repository.getClass(nameSpace, cls, false, includeQualifiers, includeClassOrigin,
                                                   propertyList);
             found.setPath(serverPath(nameSpace, cls));
-            results.objects.append(CIMObject(found));
+            emitObject(CIMObject(found));
         }
     };
 
@@ -575,41 +625,33 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
         }
 
         if (std::optional<ProviderId> id = _registry.find(nameSpace, association, ProviderType::Association)) {
-            callProvider<CIMAssociationProvider>(*id, providerCtx, [&](CIMAssociationProvider& provider) {
-                switch (op) {
-                case AssociationOp::Associators: {
-                    ObjectCollector collector;
-                    provider.associators(providerCtx, objectRef, association, resultClass, role, resultRole,
-                                         includeQualifiers, includeClassOrigin, propertyList, collector);
-                    lastResponse = collector.responseContext();
-                    results.objects.appendArray(collector.objects());
-                    break;
-                }
-                case AssociationOp::AssociatorNames: {
-                    ObjectPathCollector collector;
-                    provider.associatorNames(providerCtx, objectRef, association, resultClass, role, resultRole,
-                                             collector);
-                    lastResponse = collector.responseContext();
-                    results.paths.appendArray(collector.objectPaths());
-                    break;
-                }
-                case AssociationOp::References: {
-                    ObjectCollector collector;
-                    provider.references(providerCtx, objectRef, association, role, includeQualifiers,
-                                        includeClassOrigin, propertyList, collector);
-                    lastResponse = collector.responseContext();
-                    results.objects.appendArray(collector.objects());
-                    break;
-                }
-                case AssociationOp::ReferenceNames: {
-                    ObjectPathCollector collector;
-                    provider.referenceNames(providerCtx, objectRef, association, role, collector);
-                    lastResponse = collector.responseContext();
-                    results.paths.appendArray(collector.objectPaths());
-                    break;
-                }
-                }
-            });
+            ObjectForwarder objects(emitObject);
+            ObjectPathForwarder paths(emitPath);
+            const bool wantsPaths = op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames;
+            const CollectorBase& handler = wantsPaths ? static_cast<const CollectorBase&>(paths) : objects;
+            callProvider<CIMAssociationProvider>(
+                *id, providerCtx,
+                [&](CIMAssociationProvider& provider) {
+                    switch (op) {
+                    case AssociationOp::Associators:
+                        provider.associators(providerCtx, objectRef, association, resultClass, role, resultRole,
+                                             includeQualifiers, includeClassOrigin, propertyList, objects);
+                        break;
+                    case AssociationOp::AssociatorNames:
+                        provider.associatorNames(providerCtx, objectRef, association, resultClass, role,
+                                                 resultRole, paths);
+                        break;
+                    case AssociationOp::References:
+                        provider.references(providerCtx, objectRef, association, role, includeQualifiers,
+                                            includeClassOrigin, propertyList, objects);
+                        break;
+                    case AssociationOp::ReferenceNames:
+                        provider.referenceNames(providerCtx, objectRef, association, role, paths);
+                        break;
+                    }
+                },
+                &handler);
+            lastResponse = handler.responseContext();
             continue;
         }
 
@@ -624,8 +666,8 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
                 CIMObjectPath nearPath;
                 near.getValue().get(nearPath);
                 if (!samePath(nearPath, objectName, nameSpace)) continue;
-                if (op == AssociationOp::References) results.objects.append(CIMObject(link));
-                if (op == AssociationOp::ReferenceNames) results.paths.append(link.getPath());
+                if (op == AssociationOp::References) emitObject(CIMObject(link));
+                if (op == AssociationOp::ReferenceNames) emitPath(link.getPath());
                 if (toAssociators) {
                     for (Uint32 f = 0; f < link.getPropertyCount(); ++f) {
                         CIMConstProperty far = link.getProperty(f);
@@ -634,56 +676,27 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
                         CIMObjectPath farPath;
                         far.getValue().get(farPath);
                         if (op == AssociationOp::AssociatorNames) {
-                            results.paths.append(farPath);
+                            emitPath(farPath);
                             continue;
                         }
                         const CIMNamespaceName farNamespace =
                             farPath.getNameSpace().isNull() ? nameSpace : farPath.getNameSpace();
+                        CIMInstance farInstance;
                         try {
-                            results.objects.append(CIMObject(
-                                getInstanceFor(providerCtx, farNamespace, farPath, false, includeQualifiers,
-                                               includeClassOrigin, propertyList)));
+                            farInstance = getInstanceFor(providerCtx, farNamespace, farPath, false, includeQualifiers,
+                                                 includeClassOrigin, propertyList);
                         } catch (const CIMException& e) {
                             // A link to an object that is gone is no result.
                             if (e.getCode() != CIM_ERR_NOT_FOUND && e.getCode() != CIM_ERR_INVALID_CLASS) throw;
+                            continue;
                         }
+                        emitObject(CIMObject(farInstance));
                     }
                 }
                 break;
             }
         }
     }
-
-    // Only results of the requested result class (for References and
-    // ReferenceNames, the association class) are returned; objects of
-    // classes another namespace defines are kept.
-    if (ofClass) return;
-    const CIMName wanted = resultClass;
-    auto wantedClass = [&](const CIMName& cls, const CIMNamespaceName& where) {
-        if (wanted.isNull()) return true;
-        const CIMNamespaceName ns = where.isNull() ? nameSpace : where;
-        if (!ns.equal(nameSpace) || !_repository.classExists(nameSpace, cls)) return true;
-        return bool(_repository.isSubclassOf(nameSpace, cls, wanted));
-    };
-    Array<CIMObject> objects;
-    for (Uint32 i = 0; i < results.objects.size(); ++i) {
-        const CIMObject& object = results.objects[i];
-        if (!wantedClass(object.getClassName(), object.getPath().getNameSpace())) continue;
-        if (object.isInstance()) {
-            CIMInstance instance(object);
-            objects.append(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true, false,
-                                                    includeQualifiers, includeClassOrigin, propertyList)));
-        } else {
-            objects.append(object);
-        }
-    }
-    Array<CIMObjectPath> paths;
-    for (Uint32 i = 0; i < results.paths.size(); ++i) {
-        const CIMObjectPath& path = results.paths[i];
-        if (wantedClass(path.getClassName(), path.getNameSpace())) paths.append(finishPath(path, nameSpace));
-    }
-    results.objects = objects;
-    results.paths = paths;
 }
 
 Array<CIMObject> Dispatcher::associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
@@ -691,43 +704,75 @@ Array<CIMObject> Dispatcher::associators(const OperationContext& context, const 
                                          const CIMName& resultClass, const String& role, const String& resultRole,
                                          bool includeQualifiers, bool includeClassOrigin,
                                          const CIMPropertyList& propertyList) {
+    Array<CIMObject> out;
+    associators(context, nameSpace, objectName, assocClass, resultClass, role, resultRole, includeQualifiers,
+                includeClassOrigin, propertyList, [&](const CIMObject& object) { out.append(object); });
+    return out;
+}
+
+void Dispatcher::associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                             const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+                             const String& role, const String& resultRole, bool includeQualifiers,
+                             bool includeClassOrigin, const CIMPropertyList& propertyList,
+                             const ObjectConsumer& consume) {
     OperationScope scope(*this, "Associators");
-    AssociationResults results;
     associate(AssociationOp::Associators, context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
-              includeQualifiers, includeClassOrigin, propertyList, results);
-    return results.objects;
+              includeQualifiers, includeClassOrigin, propertyList, &consume, nullptr);
 }
 
 Array<CIMObjectPath> Dispatcher::associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
                                                  const CIMObjectPath& objectName, const CIMName& assocClass,
                                                  const CIMName& resultClass, const String& role,
                                                  const String& resultRole) {
+    Array<CIMObjectPath> out;
+    associatorNames(context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
+                    [&](const CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Dispatcher::associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                 const CIMObjectPath& objectName, const CIMName& assocClass,
+                                 const CIMName& resultClass, const String& role, const String& resultRole,
+                                 const PathConsumer& consume) {
     OperationScope scope(*this, "AssociatorNames");
-    AssociationResults results;
     associate(AssociationOp::AssociatorNames, context, nameSpace, objectName, assocClass, resultClass, role,
-              resultRole, false, false, CIMPropertyList(), results);
-    return results.paths;
+              resultRole, false, false, CIMPropertyList(), nullptr, &consume);
 }
 
 Array<CIMObject> Dispatcher::references(const OperationContext& context, const CIMNamespaceName& nameSpace,
                                         const CIMObjectPath& objectName, const CIMName& resultClass,
                                         const String& role, bool includeQualifiers, bool includeClassOrigin,
                                         const CIMPropertyList& propertyList) {
+    Array<CIMObject> out;
+    references(context, nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin,
+               propertyList, [&](const CIMObject& object) { out.append(object); });
+    return out;
+}
+
+void Dispatcher::references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                            const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+                            bool includeQualifiers, bool includeClassOrigin, const CIMPropertyList& propertyList,
+                            const ObjectConsumer& consume) {
     OperationScope scope(*this, "References");
-    AssociationResults results;
     associate(AssociationOp::References, context, nameSpace, objectName, CIMName(), resultClass, role, String(),
-              includeQualifiers, includeClassOrigin, propertyList, results);
-    return results.objects;
+              includeQualifiers, includeClassOrigin, propertyList, &consume, nullptr);
 }
 
 Array<CIMObjectPath> Dispatcher::referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
                                                 const CIMObjectPath& objectName, const CIMName& resultClass,
                                                 const String& role) {
+    Array<CIMObjectPath> out;
+    referenceNames(context, nameSpace, objectName, resultClass, role,
+                   [&](const CIMObjectPath& path) { out.append(path); });
+    return out;
+}
+
+void Dispatcher::referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+                                const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+                                const PathConsumer& consume) {
     OperationScope scope(*this, "ReferenceNames");
-    AssociationResults results;
     associate(AssociationOp::ReferenceNames, context, nameSpace, objectName, CIMName(), resultClass, role, String(),
-              false, false, CIMPropertyList(), results);
-    return results.paths;
+              false, false, CIMPropertyList(), nullptr, &consume);
 }
 
 // ---- methods ----------------------------------------------------------------

@@ -27,6 +27,12 @@
 // whatever the provider delivered. A provider that returns without calling
 // complete() still has what it delivered returned.
 //
+// The enumeration and association operations also come in a streamed form
+// that hands each result to a consumer as soon as the provider delivers it,
+// already finished (filtered, its path complete), instead of returning an
+// Array; the Array forms are built on it. Nothing is collected on the way,
+// so memory does not grow with the number of results.
+//
 // Identity: providers receive the request's context; when it has no
 // IdentityContainer, one with the local user is added.
 //
@@ -58,6 +64,7 @@
 namespace zda::server {
 
 class ClassRepository;
+class CollectorBase;
 
 struct DispatcherOptions {
     // The host name put into result paths.
@@ -83,6 +90,18 @@ public:
     Dispatcher& operator=(const Dispatcher&) = delete;
 
     const DispatcherOptions& options() const { return _options; }
+
+    // Consumers of the streamed forms. A consumer runs on the thread of the
+    // operation, inside the provider's deliver(), once per result in
+    // delivery order. It may throw to abandon the operation: the provider's
+    // deliver() passes the exception on, later deliveries fail the same way,
+    // and the operation ends by rethrowing it (unchanged, whatever the
+    // provider did with it). A CIM error raised after some results were
+    // consumed passes out as usual: the consumer has then seen part of the
+    // answer.
+    using InstanceConsumer = std::function<void(const Pegasus::CIMInstance&)>;
+    using ObjectConsumer = std::function<void(const Pegasus::CIMObject&)>;
+    using PathConsumer = std::function<void(const Pegasus::CIMObjectPath&)>;
 
     // Replaces the observer. Not to be called while operations run.
     void setOperationObserver(OperationObserver observer) { _observer = std::move(observer); }
@@ -125,6 +144,12 @@ public:
     Pegasus::Array<Pegasus::CIMObjectPath> enumerateInstanceNames(const Pegasus::OperationContext& context,
                                                                   const Pegasus::CIMNamespaceName& nameSpace,
                                                                   const Pegasus::CIMName& className);
+    void enumerateInstances(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                            const Pegasus::CIMName& className, bool deepInheritance, bool localOnly,
+                            bool includeQualifiers, bool includeClassOrigin,
+                            const Pegasus::CIMPropertyList& propertyList, const InstanceConsumer& consume);
+    void enumerateInstanceNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                                const Pegasus::CIMName& className, const PathConsumer& consume);
     // No instance provider for the class: CIM_ERR_NOT_SUPPORTED. A provider
     // that delivers no path: CIM_ERR_FAILED.
     Pegasus::CIMObjectPath createInstance(const Pegasus::OperationContext& context,
@@ -183,6 +208,24 @@ public:
                                                           const Pegasus::CIMName& resultClass,
                                                           const Pegasus::String& role);
 
+    // The streamed forms of the four above.
+    void associators(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                     const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
+                     const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+                     const Pegasus::String& resultRole, bool includeQualifiers, bool includeClassOrigin,
+                     const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer& consume);
+    void associatorNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                         const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
+                         const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+                         const Pegasus::String& resultRole, const PathConsumer& consume);
+    void references(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                    const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
+                    const Pegasus::String& role, bool includeQualifiers, bool includeClassOrigin,
+                    const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer& consume);
+    void referenceNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
+                        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
+                        const Pegasus::String& role, const PathConsumer& consume);
+
     // ---- methods ----------------------------------------------------------
     // Appends the delivered output parameters to outParameters and returns
     // the delivered return value (a null value when none was delivered).
@@ -202,7 +245,6 @@ private:
     class OperationScope;
     struct ClassShape;
     enum class AssociationOp { Associators, AssociatorNames, References, ReferenceNames };
-    struct AssociationResults;
 
     void requireNamespace(const Pegasus::CIMNamespaceName& nameSpace) const;
     void requireClass(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
@@ -215,8 +257,11 @@ private:
                                           Pegasus::Array<Pegasus::CIMKeyBinding>()) const;
     void completePath(Pegasus::CIMObjectPath& path, const Pegasus::CIMNamespaceName& nameSpace) const;
 
+    // Runs `call` on the provider; with `handler`, a failure of the
+    // handler's consumer is what the call ends with.
     template <class Interface, class Call>
-    void callProvider(const ProviderId& id, const Pegasus::OperationContext& context, Call&& call);
+    void callProvider(const ProviderId& id, const Pegasus::OperationContext& context, Call&& call,
+                      const CollectorBase* handler = nullptr);
 
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
                                         const Pegasus::CIMNamespaceName& nameSpace,
@@ -240,7 +285,7 @@ private:
                    const Pegasus::CIMName& assocClass, const Pegasus::CIMName& resultClass,
                    const Pegasus::String& role, const Pegasus::String& resultRole, bool includeQualifiers,
                    bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
-                   AssociationResults& results);
+                   const ObjectConsumer* consumeObject, const PathConsumer* consumePath);
 
     const ClassRepository& _repository;
     const ProviderRegistry& _registry;

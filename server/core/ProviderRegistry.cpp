@@ -14,7 +14,17 @@ using namespace Pegasus;
 namespace zda::server {
 
 std::string foldedKey(const String& s) {
-    std::string out = toUtf8(s);
+    // Names are nearly always ASCII: fold them without a UTF-8 copy first.
+    const Char16* data = s.getChar16Data();
+    std::string out(s.size(), '\0');
+    for (Uint32 i = 0; i < s.size(); ++i) {
+        const Uint16 c = data[i];
+        if (c >= 0x80) {
+            out = toUtf8(s);
+            break;
+        }
+        out[i] = static_cast<char>(c);
+    }
     for (char& c : out)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return out;

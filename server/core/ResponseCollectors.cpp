@@ -43,6 +43,33 @@ void ObjectCollector::deliver(const Array<CIMObject>& objects) {
     for (Uint32 i = 0; i < objects.size(); ++i) deliver(objects[i]);
 }
 
+void InstanceForwarder::deliver(const CIMInstance& instance) {
+    if (instance.isUninitialized()) refuseUninitialized();
+    forward([&] { _consumer(instance); });
+}
+
+void InstanceForwarder::deliver(const Array<CIMInstance>& instances) {
+    for (Uint32 i = 0; i < instances.size(); ++i) deliver(instances[i]);
+}
+
+void ObjectPathForwarder::deliver(const CIMObjectPath& objectPath) {
+    if (objectPath.getClassName().isNull()) refuseUninitialized();
+    forward([&] { _consumer(objectPath); });
+}
+
+void ObjectPathForwarder::deliver(const Array<CIMObjectPath>& objectPaths) {
+    for (Uint32 i = 0; i < objectPaths.size(); ++i) deliver(objectPaths[i]);
+}
+
+void ObjectForwarder::deliver(const CIMObject& object) {
+    if (object.isUninitialized()) refuseUninitialized();
+    forward([&] { _consumer(object); });
+}
+
+void ObjectForwarder::deliver(const Array<CIMObject>& objects) {
+    for (Uint32 i = 0; i < objects.size(); ++i) deliver(objects[i]);
+}
+
 void MethodResultCollector::deliverParamValue(const CIMParamValue& outParamValue) {
     if (outParamValue.isUninitialized()) refuseUninitialized();
     _outParameters.append(outParamValue);

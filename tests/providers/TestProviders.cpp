@@ -485,6 +485,77 @@ private:
     }
 };
 
+// Test_Bulk and Test_BrokenBulk: answers long enough to be streamed.
+// Test_Bulk has kBulkCount instances (and names); Test_BrokenBulk fails
+// with CIM_ERR_FAILED after kBrokenBulkAfter instances, or after
+// kBrokenNamesAfter names (an answer still short when it fails). A
+// delivery that fails is noted and ignored, as careless providers do: the
+// server must still end the operation with that failure.
+constexpr int kBulkCount = 3000;
+constexpr int kBrokenBulkAfter = 2000;
+constexpr int kBrokenNamesAfter = 10;
+
+class BulkProvider : public TestInstanceProvider {
+public:
+    BulkProvider() : TestInstanceProvider("Test_BulkProvider") {}
+
+    void enumerateInstances(const OperationContext&, const CIMObjectPath& ref, const Boolean, const Boolean,
+                            const CIMPropertyList&, InstanceResponseHandler& handler) override {
+        const bool broken = ref.getClassName().equal("Test_BrokenBulk");
+        const String text(std::string(200, 'b').c_str());
+        int refused = 0;
+        for (int i = 0; i < kBulkCount; ++i) {
+            if (broken && i == kBrokenBulkAfter) fail(refused, i);
+            CIMInstance item(ref.getClassName());
+            item.addProperty(CIMProperty("Id", idOf(i)));
+            item.addProperty(CIMProperty("Number", Uint32(i)));
+            item.addProperty(CIMProperty("Text", text));
+            item.setPath(pathOf(ref, i));
+            try {
+                handler.deliver(item);
+            } catch (...) {
+                ++refused;
+            }
+        }
+        finish(refused, handler);
+    }
+
+    void enumerateInstanceNames(const OperationContext&, const CIMObjectPath& ref,
+                                ObjectPathResponseHandler& handler) override {
+        const bool broken = ref.getClassName().equal("Test_BrokenBulk");
+        int refused = 0;
+        for (int i = 0; i < kBulkCount; ++i) {
+            if (broken && i == kBrokenNamesAfter) fail(refused, i);
+            try {
+                handler.deliver(pathOf(ref, i));
+            } catch (...) {
+                ++refused;
+            }
+        }
+        finish(refused, handler);
+    }
+
+private:
+    static String idOf(int i) { return String(("item" + std::to_string(i)).c_str()); }
+
+    static CIMObjectPath pathOf(const CIMObjectPath& ref, int i) {
+        Array<CIMKeyBinding> keys;
+        keys.append(CIMKeyBinding("Id", idOf(i), CIMKeyBinding::STRING));
+        return CIMObjectPath(String(), CIMNamespaceName(), ref.getClassName(), keys);
+    }
+
+    void fail(int refused, int delivered) {
+        note("Test_BulkProvider refused " + std::to_string(refused));
+        throw CIMOperationFailedException(
+            String(("The bulk source broke after " + std::to_string(delivered) + " objects.").c_str()));
+    }
+
+    void finish(int refused, ResponseHandler& handler) {
+        note("Test_BulkProvider refused " + std::to_string(refused));
+        handler.complete();
+    }
+};
+
 // Delivers one instance of its class; what matters is its initialize.
 class SingleInstanceProvider : public TestInstanceProvider {
 public:
@@ -656,6 +727,7 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& name)
     if (String::equalNoCase(name, "Test_PoolProvider")) return new PoolProvider;
     if (String::equalNoCase(name, "Test_ComponentProvider")) return new ComponentProvider;
     if (String::equalNoCase(name, "Test_ServiceProvider")) return new ServiceProvider;
+    if (String::equalNoCase(name, "Test_BulkProvider")) return new BulkProvider;
     if (String::equalNoCase(name, "Test_FailInitProvider")) return new FailInitProvider;
     if (String::equalNoCase(name, "Test_InitCallerProvider")) return new InitCallerProvider;
     if (String::equalNoCase(name, "Test_SelfInitProvider")) return new SelfInitProvider;

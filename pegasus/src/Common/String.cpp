@@ -238,6 +238,21 @@ void String::_init(const Char16* s, Uint32 n)
 
 void String::_init(const char* utf8, size_t n)
 {
+    // Plain ASCII, the common case, needs no decoding step of its own.
+    size_t ascii = 0;
+    while (ascii < n && Uint8(utf8[ascii]) < 0x80)
+        ascii++;
+    if (n == 0)
+        return;  // stays on the shared empty buffer, which is never written
+    if (ascii == n)
+    {
+        _reserve(Uint32(n));
+        for (size_t i = 0; i < n; i++)
+            _data[i] = Uint16(Uint8(utf8[i]));
+        _size = Uint32(n);
+        _data[_size] = 0;
+        return;
+    }
     std::u16string units;
     decodeUtf8(utf8, n, units);
     _reserve(Uint32(units.size()));

@@ -253,6 +253,47 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
     EXPECT_EQ(message, "CIM_ERR_NOT_FOUND: no disk //testhost/root/test:Test_Disk.Id=\"Disk9\"");
 }
 
+// The streamed forms hand each result on while the provider delivers; a
+// consumer that fails ends the operation with its own exception, even when
+// the provider catches it and carries on, and no provider fault is logged.
+TEST_F(DispatchTest, AFailingConsumerEndsAStreamedOperationWithItsOwnException)
+{
+    struct ConsumerGaveUp
+    {
+    };
+    std::size_t consumed = 0;
+    auto giveUpAtTen = [&](const auto&) {
+        if (++consumed == 10)
+            throw ConsumerGaveUp();
+    };
+    const std::function<void()> operations[] = {
+        [&] {
+            server().enumerateInstances(alice, TEST_NS, "Test_Bulk", true, false, false, false, CIMPropertyList(),
+                giveUpAtTen);
+        },
+        [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Bulk", giveUpAtTen); },
+    };
+    for (const auto& operation : operations)
+    {
+        consumed = 0;
+        EXPECT_THROW(operation(), ConsumerGaveUp);
+        EXPECT_EQ(consumed, 10u);
+    }
+    // The provider met a failed delivery for each of the other 2,991 objects.
+    EXPECT_THAT(zda_test_providers::notesStartingWith("Test_BulkProvider"),
+        ElementsAre("Test_BulkProvider refused 2991", "Test_BulkProvider refused 2991"));
+    std::vector<std::string> logged = log();
+    EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [](const std::string& line) {
+        return line.find("failed with a non-CIM exception") != std::string::npos;
+    }), 0);
+
+    // Results come finished, as the Array forms return them.
+    std::vector<std::string> paths;
+    server().associatorNames(alice, TEST_NS, disk("Disk1"), CIMName(), CIMName(), String(), String(),
+        [&](const CIMObjectPath& path) { paths.push_back((const char*)path.toString().getCString()); });
+    EXPECT_THAT(paths, ::testing::Contains("//testhost/root/test:Test_Pool.Id=\"Pool1\""));
+}
+
 TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
 {
     struct Case
