@@ -212,6 +212,17 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
     return out;
 }
 
+// The record of one volume, zeroed when the array has no such volume.
+inline api_VVObj_t volume(const std::string& name) {
+    int count = 0;
+    api_VVObj_t* vv = nullptr;
+    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
+    api_VVObj_t out{};
+    if (count == 1) out = vv[0];
+    free_if_not_null(vv);
+    return out;
+}
+
 inline std::vector<api_task_t> tasks() {
     int count = -1;
     api_task_t* list = nullptr;
