@@ -332,8 +332,7 @@ TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange) {
     for (int r = 0; r < 3; ++r)
         readers.emplace_back([&] {
             while (!done) {
-                api_rcopy_t rc;
-                std::memset(&rc, 0, sizeof rc);
+                api_rcopy_t rc{};
                 api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
                 if (st.code != 0) ++broken;
                 for (rm_group_wrapper* g = rc.groups; g; g = g->next)

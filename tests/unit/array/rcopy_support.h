@@ -178,8 +178,7 @@ struct RcopyView {
 // Reads the configuration the way every caller does: zeroed record, status
 // form, release whatever happened.
 inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
-    api_rcopy_t rc;
-    std::memset(&rc, 0, sizeof rc);
+    api_rcopy_t rc{};
     api_Status_t st = statusForm([&] { return api_getRCopy(selector, &rc); });
     RcopyView out;
     EXPECT_EQ(st.code, 0) << text(st);
