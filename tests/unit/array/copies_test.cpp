@@ -5,16 +5,6 @@
 namespace zdatest {
 namespace {
 
-api_VVObj_t volume(const std::string& name) {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
-    api_VVObj_t out{};
-    if (count == 1) out = vv[0];
-    free_if_not_null(vv);
-    return out;
-}
-
 api_Status_t physicalCopy(const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr) {
     api_physcopy_t req{};
     std::strncpy(req.parentVolName, parent.c_str(), sizeof req.parentVolName - 1);

@@ -27,15 +27,6 @@ std::vector<std::string> setMembersById(uint32_t id) {
     return out;
 }
 
-uint32_t volumeState(const std::string& name) {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    EXPECT_EQ(intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); }), 0);
-    const uint32_t state = count == 1 ? vv[0].state : 0;
-    free_if_not_null(vv);
-    return state;
-}
-
 TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion) {
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v1", {"tA"}).code, 0);
@@ -63,7 +54,7 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion) {
     ASSERT_NE(setId, 0u);
     EXPECT_EQ(setMembersById(setId), (std::vector<std::string>{"v1", "v2"}));
     EXPECT_EQ(api_external_set_id(g->autoSetId + 1000), 0u);
-    EXPECT_TRUE(volumeState("v1") & API_VV_STATE_IN_RCOPY);
+    EXPECT_TRUE(volume("v1").state & API_VV_STATE_IN_RCOPY);
 
     // Start: one synchronisation, 3 GiB at 100 MiB/s.
     std::vector<uint32_t> started;
@@ -132,11 +123,11 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion) {
     // Dismiss and delete hand the volumes back.
     ASSERT_EQ(dismiss("g1", "v2").code, 0);
     EXPECT_EQ(setMembersById(setId), (std::vector<std::string>{"v1"}));
-    EXPECT_FALSE(volumeState("v2") & API_VV_STATE_IN_RCOPY);
+    EXPECT_FALSE(volume("v2").state & API_VV_STATE_IN_RCOPY);
     ASSERT_EQ(readRcopy().group("g1")->volumes.size(), 1u);
     ASSERT_EQ(removeGroup("g1").code, 0);
     EXPECT_EQ(readRcopy().group("g1"), nullptr);
-    EXPECT_FALSE(volumeState("v1") & API_VV_STATE_IN_RCOPY);
+    EXPECT_FALSE(volume("v1").state & API_VV_STATE_IN_RCOPY);
     api_sets_t none{};
     EXPECT_NE(statusForm([&] { return api_getVVSets("RCP_g1", nullptr, 0, &none); }).code, 0);
     api_freeSets(&none);
@@ -341,8 +332,7 @@ TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange) {
     for (int r = 0; r < 3; ++r)
         readers.emplace_back([&] {
             while (!done) {
-                api_rcopy_t rc;
-                std::memset(&rc, 0, sizeof rc);
+                api_rcopy_t rc{};
                 api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
                 if (st.code != 0) ++broken;
                 for (rm_group_wrapper* g = rc.groups; g; g = g->next)

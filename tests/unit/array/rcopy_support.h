@@ -178,8 +178,7 @@ struct RcopyView {
 // Reads the configuration the way every caller does: zeroed record, status
 // form, release whatever happened.
 inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
-    api_rcopy_t rc;
-    std::memset(&rc, 0, sizeof rc);
+    api_rcopy_t rc{};
     api_Status_t st = statusForm([&] { return api_getRCopy(selector, &rc); });
     RcopyView out;
     EXPECT_EQ(st.code, 0) << text(st);
@@ -209,6 +208,17 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
         out.groups.push_back(g);
     }
     api_freeRCopy(&rc);
+    return out;
+}
+
+// The record of one volume, zeroed when the array has no such volume.
+inline api_VVObj_t volume(const std::string& name) {
+    int count = 0;
+    api_VVObj_t* vv = nullptr;
+    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
+    api_VVObj_t out{};
+    if (count == 1) out = vv[0];
+    free_if_not_null(vv);
     return out;
 }
 

@@ -17,8 +17,7 @@ struct SetView {
 
 // The sets api_getVVSets returns, by name; the list is released here.
 std::map<std::string, SetView> listSets(const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr) {
-    api_sets_t list;
-    std::memset(&list, 0, sizeof list);
+    api_sets_t list{};
     api_Status_t st = api_getVVSets(name, cond, 0, &list);
     if (status) *status = st;
     std::map<std::string, SetView> out;
@@ -53,8 +52,7 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue) {
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
     EXPECT_NE(text(st).find("nosuch"), std::string::npos);
 
-    api_okv_opts_t cond;
-    std::memset(&cond, 0, sizeof cond);
+    api_okv_opts_t cond{};
     ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "rcg1"), 0);
     auto byKey = listSets(nullptr, &cond, &st);
     EXPECT_EQ(st.code, 0);
@@ -73,8 +71,7 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue) {
 }
 
 TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
-    api_okv_opts_t okv;
-    std::memset(&okv, 0, sizeof okv);
+    api_okv_opts_t okv{};
     for (int i = 0; i < 6; ++i)  // grows past its first block
         ASSERT_EQ(api_okv_addSetKV(&okv, ("k" + std::to_string(i)).c_str(), "x"), 0);
     ASSERT_EQ(api_okv_addSetKV(&okv, "parentRCGroup", "rcg9"), 0);
@@ -89,16 +86,14 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
     EXPECT_EQ(made["child"].members, v({"vol4", "vol5"}));
     EXPECT_EQ(made["child"].domain, "dom2");
 
-    api_okv_opts_t cond;
-    std::memset(&cond, 0, sizeof cond);
+    api_okv_opts_t cond{};
     api_okv_addIfKV(&cond, "parentRCGroup", "rcg9");
     EXPECT_EQ(listSets(nullptr, &cond).size(), 1u);
     api_free_okv_opts(&cond);
 
     // The key-value query reads it by set id.
     for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}}) {
-        api_keyvalue_query_t q;
-        std::memset(&q, 0, sizeof q);
+        api_keyvalue_query_t q{};
         q.objType = 1;
         q.objId = listSets(name.c_str(), nullptr)[name].id;
         EXPECT_EQ(api_addKeyValueOpt(&q, "parentRCGroup").code, 0);
@@ -106,8 +101,7 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
         EXPECT_EQ(q.found, wants) << name;
         api_freeKeyValueOpt(&q);
     }
-    api_keyvalue_query_t q;
-    std::memset(&q, 0, sizeof q);
+    api_keyvalue_query_t q{};
     q.objType = 1;
     q.objId = 9999;
     api_addKeyValueOpt(&q, "parentRCGroup");
@@ -138,8 +132,7 @@ TEST_F(SetTest, CreateRefusals) {
         EXPECT_NE(text(st).find(c.words), std::string::npos) << text(st);
     }
     EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
-    api_okv_opts_t okv;
-    std::memset(&okv, 0, sizeof okv);
+    api_okv_opts_t okv{};
     EXPECT_NE(api_okv_addSetKV(&okv, "", "x"), 0);
     EXPECT_NE(api_okv_addSetKV(&okv, std::string(64, 'k').c_str(), "x"), 0);
     EXPECT_NE(api_okv_addSetKV(&okv, "k", std::string(256, 'v').c_str()), 0);

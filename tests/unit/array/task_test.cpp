@@ -4,16 +4,6 @@
 namespace zdatest {
 namespace {
 
-api_VVObj_t volume(const std::string& name) {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    EXPECT_EQ(intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); }), 0) << name;
-    api_VVObj_t out{};
-    if (count == 1) out = vv[0];
-    free_if_not_null(vv);
-    return out;
-}
-
 TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete) {
     uint32_t tid = 0;
     ASSERT_EQ(zdasim_clone_start("vol1", "vol1.full", 200, -1, &tid), 0);

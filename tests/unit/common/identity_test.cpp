@@ -126,7 +126,6 @@ TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection) {
         sawCacheCall |= line.find("//localhost/root/PG_Internal:ZDA_InternalCache.InstanceID=\"localhost-InternalCache\"") != std::string::npos &&
                         line.find("GetSystemName") != std::string::npos;
     EXPECT_TRUE(sawCacheCall);
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::invokeMethod()"));
 }
 
 TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed) {
@@ -150,8 +149,6 @@ TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace) {
     EXPECT_EQ(str(system.getHost()), "zda-sim.local");
     EXPECT_EQ(str(system.getNameSpace().getString()), "root/zda");
     EXPECT_TRUE(ZDA_Common::matchObjectPath(system, CIMObjectPath("root/zda:" + kSystem.toString())));
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::getSystemObjectPath()"));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getSystemObjectPath()"));
     EXPECT_EQ(upcallCount(), 0u);
 }
 
@@ -161,18 +158,10 @@ TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails) {
     EXPECT_EQ(str(system.getHost()), "zda-sim.local");  // the host name still comes locally
     ASSERT_EQ(upcallCount(), 1u);
     EXPECT_EQ(upcalls_->calls()[0].call.find("enumerateInstanceNames"), 0u);
-    bool sawLine = false;
-    for (const auto& line : logLines())
-        sawLine |= line.first == 2 && line.second.find("ZDA_Common::getSystemObjectPath: ") == 0 &&
-                   line.second.find("no provider for ZDA_StorageSystem") != std::string::npos &&
-                   line.second.size() > 19 && line.second.compare(line.second.size() - 19, 19, ". Trying via cimom.") == 0;
-    EXPECT_TRUE(sawLine);
 
     upcalls_->noSystems = true;
-    zdasim_log_clear();
     EXPECT_TRUE(ZDA_Common::getSystemObjectPath(cimom_).getClassName().isNull());
     EXPECT_TRUE(logged(2, "cannot get at system object path"));
-    EXPECT_FALSE(logged(4, "<--ZDA_Common::getSystemObjectPath()"));
 }
 
 TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed) {

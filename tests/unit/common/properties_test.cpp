@@ -59,23 +59,6 @@ TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent
     EXPECT_THROW(ZDA_Common::getProperty(inst, "Usage", wrongType), TypeMismatchException);
 }
 
-TEST_F(PropertiesTest, GetPropertyLogsEntryAndExitWithTheMembersLogName) {
-    CIMInstance inst = volume();
-    Uint64 u64 = 0;
-    CIMObjectPath pool;
-    Array<String> names;
-    ZDA_Common::getProperty(inst, "BlockSize", u64);
-    ZDA_Common::getProperty(inst, "Pool", pool);
-    ZDA_Common::getProperty(inst, "Names", names);
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::getProperty(uint64), propertyName = BlockSize"));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getProperty(uint64), value = 512"));
-    // The path reader writes under the name of the string array reader.
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::getProperty(Array<String>), propertyName = Pool"));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getProperty(Array<String>), value = " + str(pool.toString())));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getProperty(Array<String>), value = a"));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getProperty(Array<String>), value = b"));
-}
-
 TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames) {
     Array<CIMParamValue> params;
     params.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
@@ -99,12 +82,6 @@ TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames) {
     String name;
     EXPECT_EQ(ZDA_Common::getParameter(params, "ElementName", name), 0);
     EXPECT_EQ(str(name), "copy1");
-
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::getParameter(Uint16), paramName = synctype"));
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getParameter(Uint16), paramValue = 8"));
-    Array<String> list;
-    ZDA_Common::getParameter(params, "Names", list);
-    EXPECT_TRUE(logged(4, "<--ZDA_Common::getParameter(Array<String>)"));
 }
 
 TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
@@ -120,9 +97,7 @@ TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
     EXPECT_EQ(str(ZDA_Common::getStringProperty(CIMInstance(), "ElementName")), "");
     EXPECT_TRUE(logged(3, "\tInvalid property name."));
 
-    // getPropertyValue logs under the String reader's name.
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, "Usage"), CIMValue(Uint16(2)));
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::getStringProperty(), propertyName = Usage"));
     EXPECT_TRUE(ZDA_Common::getPropertyValue(inst, "Absent").isNull());
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, ""), CIMValue(String()));
 
@@ -141,7 +116,6 @@ TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas) {
     cls.addProperty(CIMProperty("BlockSize", CIMValue(Uint64(512))));
     cls.addProperty(CIMProperty("Names", CIMValue(CIMTYPE_STRING, true)));
     CIMInstance inst = ZDA_Common::buildInstanceSkeleton(cls);
-    EXPECT_TRUE(logged(4, "-->ZDA_Common::_buildInstanceSkeleton()"));
     ASSERT_EQ(inst.getPropertyCount(), 3u);
     EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "ElementName")), "default");
 

@@ -1,43 +1,25 @@
 // The array's tasks as jobs through the in-process host: state, progress,
 // status and errors following the task as the array's clock steps.
-#include "companions_fixture.h"
+#include "copysvcs_fixture.h"
 
-#include <ctime>
-
-#include "ZDA_Common.h"
 #include "ZDA_ConcreteJobProvider.h"
 
-using namespace Pegasus;
-using namespace zda_companions_test;
+using namespace zda_copysvcs_test;
 
 namespace
 {
 
 const char JOB[] = "ZDA_ConcreteJob";
 
-class JobTest : public CompanionsTest
+class JobTest : public CopyServicesTest
 {
 protected:
-    void SetUp() override
-    {
-        CompanionsTest::SetUp();
-        zdasim_clock_set(time(nullptr));
-    }
-    void TearDown() override
-    {
-        zdasim_clock_use_real();
-        CompanionsTest::TearDown();
-    }
     CIMObjectPath jobPath(Uint32 tid)
     {
-        return ZDA_ConcreteJobProvider::buildObjectPath("zda-sim.local",
+        return ZDA_ConcreteJobProvider::buildObjectPath(HOST,
             ZDA_ConcreteJobProvider::makeUniqueID(tid));
     }
-    CIMInstance job(Uint32 tid)
-    {
-        return server().getInstance(admin(), ZDA_NS, jobPath(tid), false, false, false,
-            CIMPropertyList());
-    }
+    CIMInstance job(Uint32 tid) { return getInstance(jobPath(tid)); }
     CIMValue getError(Uint32 tid, Array<CIMParamValue>& out)
     {
         return server().invokeMethod(admin(), ZDA_NS, jobPath(tid), "GetError",

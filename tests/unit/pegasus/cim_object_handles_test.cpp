@@ -92,17 +92,6 @@ TEST(HandleSharing, CloneIsDeepAndIndependent)
     EXPECT_NO_THROW(detached.setName(CIMName("Renamed")));
 }
 
-TEST(HandleSharing, ValuesHoldClonesNotHandles)
-{
-    CIMInstance inst = makeDisk("d1");
-    CIMValue value(inst);
-    inst.getProperty(0).setValue(CIMValue(String("after")));
-
-    CIMInstance out;
-    value.get(out);
-    EXPECT_EQ(nameOf(out), String("d1"));
-}
-
 TEST(HandleConversions, ObjectConvertsOnlyToItsOwnKind)
 {
     CIMObject instObj = makeDisk("d1");

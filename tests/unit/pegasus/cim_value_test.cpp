@@ -74,55 +74,18 @@ TEST(CIMValueTest, DefaultAndTypedNulls)
     EXPECT_TRUE(s.typeCompatible(CIMValue()));
 }
 
-TEST(CIMValueTest, GetChecksTypeEvenWhenNull)
+// The typed tests probe refusals against a far type; these are the close
+// relatives a converting get() would wrongly accept.
+TEST(CIMValueTest, GetDoesNotConvertBetweenRelatedTypes)
 {
-    String text("unchanged");
-    EXPECT_THROW(CIMValue().get(text), TypeMismatchException);
-    EXPECT_THROW(CIMValue(Uint16(1)).get(text), TypeMismatchException);
-
+    String text;
     Uint32 u32 = 9;
-    EXPECT_THROW(CIMValue(5).get(u32), TypeMismatchException);           // sint32, not uint32
-    CIMValue(CIMTYPE_UINT32, false).get(u32);                              // null of the right type
-    EXPECT_EQ(u32, 9u);                                                    // ... leaves x alone
-    Array<Uint32> list;
-    EXPECT_THROW(CIMValue(Uint32(1)).get(list), TypeMismatchException);   // array-ness counts
-    EXPECT_THROW(CIMValue(CIMTYPE_UINT32, true).get(u32), TypeMismatchException);
     Char16 c;
-    EXPECT_THROW(CIMValue(Uint16(65)).get(c), TypeMismatchException);
     CIMDateTime dt;
+    EXPECT_THROW(CIMValue().get(text), TypeMismatchException);  // the default null is boolean
+    EXPECT_THROW(CIMValue(5).get(u32), TypeMismatchException);  // sint32, not uint32
+    EXPECT_THROW(CIMValue(Uint16(65)).get(c), TypeMismatchException);
     EXPECT_THROW(CIMValue(String("20200101000000.000000+000")).get(dt), TypeMismatchException);
-
-    try
-    {
-        CIMValue().get(text);
-    }
-    catch (const TypeMismatchException& e)
-    {
-        EXPECT_EQ(e.getMessage(), "type mismatch");
-    }
-    EXPECT_EQ(text, "unchanged");
-}
-
-TEST(CIMValueTest, ValuesRoundTripThroughGet)
-{
-    Array<String> names;
-    names.append("a");
-    names.append("b");
-    CIMValue v(names);
-    names.append("c");  // the value keeps its own copy
-    Array<String> out;
-    v.get(out);
-    EXPECT_EQ(out.size(), 2u);
-    EXPECT_EQ(v.getArraySize(), 2u);
-
-    CIMObjectPath path(String("//h/root:S.Name=\"x\""));
-    CIMObjectPath gotPath;
-    CIMValue(path).get(gotPath);
-    EXPECT_TRUE(gotPath.identical(path));
-
-    Sint8 s8 = 0;
-    CIMValue(Sint8(-7)).get(s8);
-    EXPECT_EQ(s8, -7);
 }
 
 TEST(CIMValueTest, ToString)
@@ -132,6 +95,9 @@ TEST(CIMValueTest, ToString)
     Array<Boolean> flags;
     flags.append(true);
     flags.append(false);
+    Array<CIMObjectPath> refs;
+    refs.append(CIMObjectPath(String("A.k=1")));
+    refs.append(CIMObjectPath(String("B")));
     const Case cases[] = {
         { CIMValue(false), "FALSE" },
         { CIMValue(Sint8(-128)), "-128" },
@@ -144,6 +110,9 @@ TEST(CIMValueTest, ToString)
         { CIMValue(Array<String>()), "" },
         { CIMValue(CIMDateTime()), "00000000000000.000000:000" },
         { CIMValue(CIMObjectPath(String("S.b=2,a=\"x\""))), "S.a=\"x\",b=2" },
+        { CIMValue(refs), "A.k=1 B " },
+        { CIMValue(Array<CIMDateTime>(1, CIMDateTime(String("00000001000000.000000:000")))),
+          "00000001000000.000000:000 " },
     };
     for (const Case& c : cases)
     {
@@ -158,11 +127,6 @@ TEST(CIMValueTest, EqualityComparesTypeAndValue)
     EXPECT_FALSE(CIMValue(Uint16(3)) == CIMValue(Uint32(3)));
     EXPECT_FALSE(CIMValue(String("a")) == CIMValue(String("A")));
     EXPECT_TRUE(CIMValue(CIMObjectPath(String("S.k=\"v\""))) == CIMValue(CIMObjectPath(String("s.K=\"v\""))));
-    Array<Uint8> a(2, 1), b(2, 1);
-    b[1] = 2;
-    EXPECT_FALSE(CIMValue(a) == CIMValue(b));
-    b[1] = 1;
-    EXPECT_TRUE(CIMValue(a) == CIMValue(b));
 }
 
 TEST(CIMValueTest, InstancesAreClonedInAndOut)

@@ -156,14 +156,4 @@ TEST(CIMValueCopies, ChangingACopyLeavesTheOriginal)
     EXPECT_FALSE(values[0].isNull());
 }
 
-TEST(CIMValueCopies, ReferenceArraysAndDateTimeArraysPrint)
-{
-    Array<CIMObjectPath> refs;
-    refs.append(CIMObjectPath(String("A.k=1")));
-    refs.append(CIMObjectPath(String("B")));
-    EXPECT_EQ(CIMValue(refs).toString(), "A.k=1 B ");
-    Array<CIMDateTime> times(1, CIMDateTime(String("00000001000000.000000:000")));
-    EXPECT_EQ(CIMValue(times).toString(), "00000001000000.000000:000 ");
-}
-
 } // namespace
