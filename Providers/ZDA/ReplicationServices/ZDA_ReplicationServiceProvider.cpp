@@ -686,18 +686,18 @@ int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, Stri
     OptionSet options;
     api_Status_t status;
     api_initStatus(&status);
-    for (Uint32 i = 0; i < okv_keys.size() && i < okv_values.size(); i++)
+    for (Uint32 i = 0; i < okv_keys.size() && i < okv_values.size() && status.code == 0; i++)
     {
         const CString key = okv_keys[i].getCString();
         const CString value = okv_values[i].getCString();
-        const int rc = ZDA_CompanionFrame::callUnderSemaphore(
-            [&] { return api_okv_addSetKV(&options.opts, key, value); });
-        if (rc != 0)
-        {
-            // The option call gives a code only; the status reads it as text.
-            status.code = rc;
-            break;
-        }
+        // The option call gives a code only; in the status form a semaphore
+        // time-out reads "Semaphore Timed-Out" like any other failed call.
+        status = ZDA_CompanionFrame::statusCall([&] {
+            api_Status_t added;
+            api_initStatus(&added);
+            added.code = api_okv_addSetKV(&options.opts, key, value);
+            return added;
+        });
     }
     if (status.code == 0)
     {

@@ -39,6 +39,14 @@ class ServiceWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
     using ZDA_ReplicationServiceProvider::_deleteGroupAndMembers;
+    int createGroup(const char* name, const Array<String>& keys, const Array<String>& values,
+        String& errStr)
+    {
+        api_evtparam_t event{};
+        Array<CIMObjectPath> noMembers;
+        CIMObjectPath made;
+        return _createGroup(&event, name, noMembers, keys, values, made, errStr);
+    }
 };
 
 // Finds every remote copy group: no provider serves them in these tests.
@@ -268,6 +276,17 @@ TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
     }
     EXPECT_FALSE(volumeExists("vol3"));
     EXPECT_TRUE(volumeExists("vol1"));
+}
+
+TEST_F(GroupMethodsTest, OptionTimeOutFailsTheNewSetLikeAnyArrayCall)
+{
+    zdasim_fault_sem_timeouts(1);
+    String errStr;
+    EXPECT_EQ(directService().createGroup("with_opts", Array<String>(1, "smisCreated"),
+        Array<String>(1, "1"), errStr), 4);
+    EXPECT_EQ(text(errStr), "Semaphore Timed-Out");
+    EXPECT_EQ(setMembers("with_opts"), NO_SET);
+    expectLedgersClean("with_opts");
 }
 
 // A GetAvailableTargetElements call: source volume, sync type, the pools.
