@@ -312,7 +312,7 @@ void ZDA_ReplicationServiceProvider::_completeMethod(MethodResultResponseHandler
         handler.deliverParamValue(paramValues[i]);
     handler.deliver(CIMValue(outstatus));
     handler.complete();
-    log_message(4, "<-- ZDA_ReplicationServiceProvider::%s()\n", handlerName);
+    log_message(4, "<-- ZDA_ReplicationServiceProvider:: %s\n", handlerName);
 }
 
 Uint16 ZDA_ReplicationServiceProvider::_convertToCopySvcsOp(Uint16 operation)
@@ -581,7 +581,7 @@ void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
     const OperationContext&, const Array<CIMParamValue>& inParameters,
     MethodResultResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroup()\n");
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _createGroup\n");
     Uint32 outstatus = 0;
     String errStr;
     Array<CIMParamValue> paramValues;
@@ -726,7 +726,7 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
     const OperationContext& context, const Array<CIMParamValue>& inParameters,
     MethodResultResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteGroup()\n");
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _deleteGroup\n");
     Uint32 outstatus = 0;
     String errStr;
     Array<CIMParamValue> paramValues;
@@ -1040,7 +1040,7 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
                 targetPoolRefSet ? &tgtPools : nullptr, candidates))
             paramValues.append(CIMParamValue("Candidates", CIMValue(candidates), true));
     }
-    _completeMethod(handler, outstatus, errStr, paramValues, " _getReplicationRelationships");
+    _completeMethod(handler, outstatus, errStr, paramValues, "_getReplicationRelationships");
 }
 
 PEGASUS_NAMESPACE_END

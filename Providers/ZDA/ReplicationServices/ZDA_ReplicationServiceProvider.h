@@ -139,7 +139,7 @@ protected:
     // Ends a method handler: logs the overall status; throws
     // CIMException(outstatus, errStr) when outstatus is non-zero and errStr
     // not empty; else processing, each output parameter, the Uint32 return
-    // value and complete, and the exit line "<-- <class>::<handlerName>()".
+    // value and complete, and the exit line "<-- <class>:: <handlerName>".
     void _completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus,
         const String& errStr, const Array<CIMParamValue>& paramValues,
         const char* handlerName);

@@ -309,6 +309,7 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     ASSERT_EQ(zdasim_volume_add("same", "FC_r5", "", 10240), 0);
     ASSERT_EQ(zdasim_volume_add("smaller", "FC_r5", "", 10239), 0);
     const std::set<std::string> larger = {"same", "vol2", "vol4", "vol5"};
+    zdasim_log_capture(1);
     for (const char* pool : {(const char*)nullptr, "FC_r1"})
     {
         EXPECT_EQ(outcome("GetAvailableTargetElements", targetQuery(volume("vol1"), 8, pool)),
@@ -317,6 +318,19 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
         outParam(out, "Candidates").get(candidates);
         EXPECT_EQ(volumeNames(candidates), larger);
     }
+    // Its trace lines carry the name of the relationships method, as
+    // operators' log filters expect.
+    std::set<std::string> traces;
+    for (size_t i = 0; i < zdasim_log_count(); i++)
+    {
+        char line[256];
+        int level = 0;
+        if (zdasim_log_line(i, &level, line, sizeof line) == 0 && level == 4)
+            traces.insert(line);
+    }
+    zdasim_log_capture(0);
+    EXPECT_EQ(traces.count("--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships"), 1u);
+    EXPECT_EQ(traces.count("<-- ZDA_ReplicationServiceProvider:: _getReplicationRelationships"), 1u);
 
     // Answered 0 without a list: no snapshot space, another pool, a snapshot.
     for (const Array<CIMParamValue>& in : {targetQuery(volume("vol3"), 8),
