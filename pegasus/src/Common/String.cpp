@@ -5,6 +5,7 @@
 #include <Pegasus/Common/Exception.h>
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,8 +16,6 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-
-Char16 emptyData[1] = { Char16(0) };
 
 inline Uint16 asciiLower(Uint16 c)
 {
@@ -165,44 +164,110 @@ CString::operator const char*() const
 // String
 //
 
+namespace
+{
+
+// The shared empty buffer: a rep followed by its terminating NUL.
+struct EmptyStorage
+{
+    StringRep rep;
+    Uint16 nul;
+};
+EmptyStorage emptyStorage = { { {0}, 0, 0, 0 }, 0 };
+static_assert(offsetof(EmptyStorage, nul) == sizeof(StringRep), "the empty text follows its rep");
+
+inline StringRep* emptyRep()
+{
+    return &emptyStorage.rep;
+}
+
+StringRep* newRep(Uint32 capacity)
+{
+    void* memory = ::operator new(sizeof(StringRep) + (size_t(capacity) + 1) * sizeof(Char16));
+    StringRep* rep = static_cast<StringRep*>(memory);
+    new (&rep->refs) std::atomic<Uint32>(1);
+    rep->size = 0;
+    rep->capacity = capacity;
+    rep->unshareable = 0;
+    rep->data()[0] = 0;
+    return rep;
+}
+
+// A new buffer holding the n units at s.
+StringRep* newRep(const Char16* s, Uint32 n, Uint32 capacity)
+{
+    StringRep* rep = newRep(capacity);
+    std::memcpy(static_cast<void*>(rep->data()), s, size_t(n) * sizeof(Char16));
+    rep->size = n;
+    rep->data()[n] = 0;
+    return rep;
+}
+
+inline void refRep(StringRep* rep)
+{
+    if (rep != emptyRep())
+        rep->refs.fetch_add(1, std::memory_order_relaxed);
+}
+
+inline void unrefRep(StringRep* rep)
+{
+    if (rep != emptyRep() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        ::operator delete(rep);
+}
+
+// What a copy of `rep` holds: the same buffer, unless a writable reference
+// into it is out.
+inline StringRep* shareRep(StringRep* rep)
+{
+    if (rep->unshareable)
+        return newRep(rep->data(), rep->size, rep->size);
+    refRep(rep);
+    return rep;
+}
+
+} // namespace
+
 const String String::EMPTY;
 
-String::String() : _data(emptyData), _size(0), _capacity(0) {}
+String::String() : _rep(emptyRep()) {}
 
-String::String(const String& str) : _data(emptyData), _size(0), _capacity(0)
-{
-    _init(str._data, str._size);
-}
+String::String(const String& str) : _rep(shareRep(str._rep)) {}
 
-String::String(const String& str, Uint32 n) : _data(emptyData), _size(0), _capacity(0)
+String::String(const String& str, Uint32 n) : _rep(emptyRep())
 {
-    if (n > str._size)
+    if (n > str.size())
         throw IndexOutOfBoundsException();
-    _init(str._data, n);
+    if (n == str.size())
+        _rep = shareRep(str._rep);
+    else if (n > 0)
+        _rep = newRep(str._chars(), n, n);
 }
 
-String::String(const Char16* str) : _data(emptyData), _size(0), _capacity(0)
+String::String(const Char16* str) : _rep(emptyRep())
 {
     if (!str)
         throw NullPointer();
-    _init(str, char16Length(str));
+    Uint32 n = char16Length(str);
+    if (n > 0)
+        _rep = newRep(str, n, n);
 }
 
-String::String(const Char16* str, Uint32 n) : _data(emptyData), _size(0), _capacity(0)
+String::String(const Char16* str, Uint32 n) : _rep(emptyRep())
 {
     if (!str)
         throw NullPointer();
-    _init(str, n);
+    if (n > 0)
+        _rep = newRep(str, n, n);
 }
 
-String::String(const char* str) : _data(emptyData), _size(0), _capacity(0)
+String::String(const char* str) : _rep(emptyRep())
 {
     if (!str)
         throw NullPointer();
     _init(str, strlen(str));
 }
 
-String::String(const char* str, Uint32 n) : _data(emptyData), _size(0), _capacity(0)
+String::String(const char* str, Uint32 n) : _rep(emptyRep())
 {
     if (!str)
         throw NullPointer();
@@ -226,71 +291,70 @@ String::String(const char* s1, const String& s2) : String(s1)
 
 String::~String()
 {
-    if (_data != emptyData)
-        delete[] _data;
-}
-
-void String::_init(const Char16* s, Uint32 n)
-{
-    _reserve(n);
-    _append(s, n);
+    unrefRep(_rep);
 }
 
 void String::_init(const char* utf8, size_t n)
 {
-    // Plain ASCII, the common case, needs no decoding step of its own.
+    if (n == 0)
+        return;  // stays on the shared empty buffer
+    // Plain ASCII, the common case, is widened unit by unit.
     size_t ascii = 0;
     while (ascii < n && Uint8(utf8[ascii]) < 0x80)
         ascii++;
-    if (n == 0)
-        return;  // stays on the shared empty buffer, which is never written
     if (ascii == n)
     {
-        _reserve(Uint32(n));
+        StringRep* rep = newRep(Uint32(n));
+        Char16* data = rep->data();
         for (size_t i = 0; i < n; i++)
-            _data[i] = Uint16(Uint8(utf8[i]));
-        _size = Uint32(n);
-        _data[_size] = 0;
+            data[i] = Uint16(Uint8(utf8[i]));
+        rep->size = Uint32(n);
+        data[n] = 0;
+        _rep = rep;
         return;
     }
     std::u16string units;
     decodeUtf8(utf8, n, units);
-    _reserve(Uint32(units.size()));
-    _append(reinterpret_cast<const Char16*>(units.data()), Uint32(units.size()));
+    _rep = newRep(reinterpret_cast<const Char16*>(units.data()), Uint32(units.size()),
+                  Uint32(units.size()));
 }
 
-void String::_reserve(Uint32 capacity)
+void String::_own(Uint32 capacity)
 {
-    if (capacity <= _capacity)
+    const bool shared = _rep == emptyRep() || _rep->refs.load(std::memory_order_acquire) != 1;
+    if (!shared && capacity <= _rep->capacity)
         return;
-    Char16* data = new Char16[size_t(capacity) + 1];
-    for (Uint32 i = 0; i < _size; i++)
-        data[i] = _data[i];
-    data[_size] = 0;
-    if (_data != emptyData)
-        delete[] _data;
-    _data = data;
-    _capacity = capacity;
+    if (capacity < _rep->size)
+        capacity = _rep->size;
+    StringRep* rep = newRep(_rep->data(), _rep->size, capacity);
+    unrefRep(_rep);
+    _rep = rep;
 }
 
 void String::_append(const Char16* s, Uint32 n)
 {
     if (n == 0)
         return;
-    if (_size + n > _capacity)
+    const Uint32 size = _rep->size;
+    const Uint32 needed = size + n;
+    const bool shared = _rep == emptyRep() || _rep->refs.load(std::memory_order_acquire) != 1;
+    if (shared || needed > _rep->capacity)
     {
-        Uint32 grown = _capacity * 2;
-        Uint32 needed = _size + n;
-        // s may point into our own buffer: copy before reallocating.
-        std::u16string copy(reinterpret_cast<const char16_t*>(s), n);
-        _reserve(grown > needed ? grown : needed);
-        _append(reinterpret_cast<const Char16*>(copy.data()), n);
+        // s may point into the old buffer, which stays alive until the
+        // units are copied.
+        Uint32 grown = shared ? needed : _rep->capacity * 2;
+        StringRep* rep = newRep(_rep->data(), size, grown > needed ? grown : needed);
+        std::memcpy(static_cast<void*>(rep->data() + size), s, size_t(n) * sizeof(Char16));
+        rep->size = needed;
+        rep->data()[needed] = 0;
+        unrefRep(_rep);
+        _rep = rep;
         return;
     }
-    for (Uint32 i = 0; i < n; i++)
-        _data[_size + i] = s[i];
-    _size += n;
-    _data[_size] = 0;
+    // s lies before our end, if in our buffer at all: no overlap.
+    std::memcpy(static_cast<void*>(_rep->data() + size), s, size_t(n) * sizeof(Char16));
+    _rep->size = needed;
+    _rep->data()[needed] = 0;
 }
 
 String& String::operator=(const String& str)
@@ -305,12 +369,11 @@ String& String::operator=(const char* str)
 
 String& String::assign(const String& str)
 {
-    if (this != &str)
+    if (_rep != str._rep || _rep->unshareable)
     {
-        String copy(str);
-        std::swap(_data, copy._data);
-        std::swap(_size, copy._size);
-        std::swap(_capacity, copy._capacity);
+        StringRep* rep = shareRep(str._rep);
+        unrefRep(_rep);
+        _rep = rep;
     }
     return *this;
 }
@@ -337,24 +400,30 @@ String& String::assign(const char* str, Uint32 n)
 
 void String::clear()
 {
-    _size = 0;
-    if (_data != emptyData)
-        _data[0] = 0;
+    if (_rep != emptyRep() && _rep->refs.load(std::memory_order_acquire) == 1)
+    {
+        _rep->size = 0;
+        _rep->data()[0] = 0;
+        return;
+    }
+    unrefRep(_rep);
+    _rep = emptyRep();
 }
 
 void String::reserveCapacity(Uint32 capacity)
 {
-    _reserve(capacity);
+    if (capacity > _rep->capacity)
+        _own(capacity);
 }
 
 const Char16* String::getChar16Data() const
 {
-    return _data;
+    return _chars();
 }
 
 CString String::getCString() const
 {
-    std::string utf8 = encodeUtf8(_data, _size);
+    std::string utf8 = encodeUtf8(_chars(), size());
     char* p = static_cast<char*>(malloc(utf8.size() + 1));
     if (!p)
         throw std::bad_alloc();
@@ -364,16 +433,18 @@ CString String::getCString() const
 
 Char16& String::operator[](Uint32 index)
 {
-    if (index >= _size)
+    if (index >= size())
         throw IndexOutOfBoundsException();
-    return _data[index];
+    _own(_rep->capacity);
+    _rep->unshareable = 1;
+    return _rep->data()[index];
 }
 
 const Char16 String::operator[](Uint32 index) const
 {
-    if (index >= _size)
+    if (index >= size())
         throw IndexOutOfBoundsException();
-    return _data[index];
+    return _chars()[index];
 }
 
 String& String::append(const Char16& c)
@@ -393,7 +464,9 @@ String& String::append(const Char16* str, Uint32 n)
 
 String& String::append(const String& str)
 {
-    _append(str._data, str._size);
+    if (size() == 0 && !str._rep->unshareable)
+        return assign(str);
+    _append(str._chars(), str.size());
     return *this;
 }
 
@@ -409,26 +482,33 @@ String& String::append(const char* str, Uint32 size)
 
 void String::remove(Uint32 index, Uint32 size)
 {
-    if (index > _size)
+    const Uint32 length = this->size();
+    if (index > length)
         throw IndexOutOfBoundsException();
     if (size == PEG_NOT_FOUND)
-        size = _size - index;
-    if (size > _size - index)
+        size = length - index;
+    if (size > length - index)
         throw IndexOutOfBoundsException();
-    for (Uint32 i = index + size; i < _size; i++)
-        _data[i - size] = _data[i];
-    _size -= size;
-    if (_data != emptyData)
-        _data[_size] = 0;
+    if (size == 0)
+        return;
+    _own(_rep->capacity);
+    Char16* data = _rep->data();
+    std::memmove(static_cast<void*>(data + index), data + index + size,
+                 size_t(length - index - size) * sizeof(Char16));
+    _rep->size = length - size;
+    data[_rep->size] = 0;
 }
 
 String String::subString(Uint32 index, Uint32 n) const
 {
-    if (index >= _size)
+    const Uint32 length = size();
+    if (index >= length)
         return String();
-    if (n > _size - index)
-        n = _size - index;
-    return String(_data + index, n);
+    if (n > length - index)
+        n = length - index;
+    if (index == 0 && n == length)
+        return *this;
+    return String(_chars() + index, n);
 }
 
 Uint32 String::find(Char16 c) const
@@ -438,22 +518,26 @@ Uint32 String::find(Char16 c) const
 
 Uint32 String::find(Uint32 index, Char16 c) const
 {
-    for (Uint32 i = index; i < _size; i++)
-        if (_data[i] == c)
+    const Char16* data = _chars();
+    for (Uint32 i = index; i < size(); i++)
+        if (data[i] == c)
             return i;
     return PEG_NOT_FOUND;
 }
 
 Uint32 String::find(const String& s) const
 {
-    if (s._size > _size)
+    const Uint32 n = s.size();
+    if (n > size())
         return PEG_NOT_FOUND;
-    for (Uint32 i = 0; i + s._size <= _size; i++)
+    const Char16* data = _chars();
+    const Char16* wanted = s._chars();
+    for (Uint32 i = 0; i + n <= size(); i++)
     {
         Uint32 j = 0;
-        while (j < s._size && _data[i + j] == s._data[j])
+        while (j < n && data[i + j] == wanted[j])
             j++;
-        if (j == s._size)
+        if (j == n)
             return i;
     }
     return PEG_NOT_FOUND;
@@ -466,22 +550,31 @@ Uint32 String::find(const char* s) const
 
 Uint32 String::reverseFind(Char16 c) const
 {
-    for (Uint32 i = _size; i > 0; i--)
-        if (_data[i - 1] == c)
+    const Char16* data = _chars();
+    for (Uint32 i = size(); i > 0; i--)
+        if (data[i - 1] == c)
             return i - 1;
     return PEG_NOT_FOUND;
 }
 
 void String::toLower()
 {
-    for (Uint32 i = 0; i < _size; i++)
-        _data[i] = asciiLower(_data[i]);
+    if (size() == 0)
+        return;
+    _own(_rep->capacity);
+    Char16* data = _rep->data();
+    for (Uint32 i = 0; i < _rep->size; i++)
+        data[i] = asciiLower(data[i]);
 }
 
 void String::toUpper()
 {
-    for (Uint32 i = 0; i < _size; i++)
-        _data[i] = asciiUpper(_data[i]);
+    if (size() == 0)
+        return;
+    _own(_rep->capacity);
+    Char16* data = _rep->data();
+    for (Uint32 i = 0; i < _rep->size; i++)
+        data[i] = asciiUpper(data[i]);
 }
 
 void String::appendPrintf(const char* format, ...)
@@ -517,17 +610,17 @@ void String::appendPrintf(const char* format, ...)
 int String::compare(const String& s1, const String& s2, Uint32 n)
 {
     Uint32 i = 0;
-    for (; i < n && i < s1._size && i < s2._size; i++)
+    for (; i < n && i < s1.size() && i < s2.size(); i++)
     {
-        int d = int(Uint16(s1._data[i])) - int(Uint16(s2._data[i]));
+        int d = int(Uint16(s1._chars()[i])) - int(Uint16(s2._chars()[i]));
         if (d)
             return d;
     }
     if (i == n)
         return 0;
-    if (i < s1._size)
+    if (i < s1.size())
         return 1;
-    if (i < s2._size)
+    if (i < s2.size())
         return -1;
     return 0;
 }
@@ -545,22 +638,22 @@ int String::compare(const String& s1, const char* s2)
 int String::compareNoCase(const String& s1, const String& s2)
 {
     Uint32 i = 0;
-    for (; i < s1._size && i < s2._size; i++)
+    for (; i < s1.size() && i < s2.size(); i++)
     {
-        int d = int(asciiLower(s1._data[i])) - int(asciiLower(s2._data[i]));
+        int d = int(asciiLower(s1._chars()[i])) - int(asciiLower(s2._chars()[i]));
         if (d)
             return d;
     }
-    if (i < s1._size)
+    if (i < s1.size())
         return 1;
-    if (i < s2._size)
+    if (i < s2.size())
         return -1;
     return 0;
 }
 
 Boolean String::equal(const String& s1, const String& s2)
 {
-    return s1._size == s2._size && compare(s1, s2) == 0;
+    return s1.size() == s2.size() && compare(s1, s2) == 0;
 }
 
 Boolean String::equal(const String& s1, const char* s2)
@@ -570,7 +663,7 @@ Boolean String::equal(const String& s1, const char* s2)
 
 Boolean String::equalNoCase(const String& s1, const String& s2)
 {
-    return s1._size == s2._size && compareNoCase(s1, s2) == 0;
+    return s1.size() == s2.size() && compareNoCase(s1, s2) == 0;
 }
 
 Boolean String::equalNoCase(const String& s1, const char* s2)

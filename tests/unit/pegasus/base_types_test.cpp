@@ -119,6 +119,63 @@ TEST(StringTest, CStringOwnsItsCopy)
     EXPECT_EQ(u, "MIXED");
 }
 
+TEST(StringTest, CopiesStayIndependentOfEveryChange)
+{
+    const String original("shared text");
+    String appended(original), lowered(original), removed(original), cleared(original), indexed(original);
+    appended.append(Char16('!'));
+    lowered.toUpper();
+    removed.remove(0, 7);
+    cleared.clear();
+    indexed[0] = 'S';
+    EXPECT_EQ(original, "shared text");
+    EXPECT_EQ(appended, "shared text!");
+    EXPECT_EQ(lowered, "SHARED TEXT");
+    EXPECT_EQ(removed, "text");
+    EXPECT_EQ(cleared, "");
+    EXPECT_EQ(indexed, "Shared text");
+
+    // A writable reference still held must not reach copies made later.
+    String source("abc");
+    Char16& first = source[0];
+    String later(source), assigned;
+    assigned = source;
+    first = 'z';
+    EXPECT_EQ(source, "zbc");
+    EXPECT_EQ(later, "abc");
+    EXPECT_EQ(assigned, "abc");
+
+    // Appending a string to an empty one, or a copy to itself.
+    String empty;
+    empty.append(original);
+    String twice(original);
+    twice.append(twice);
+    EXPECT_EQ(empty, "shared text");
+    EXPECT_EQ(twice, "shared textshared text");
+    EXPECT_EQ(original.subString(0), original);
+}
+
+TEST(StringTest, CopiesOfOneStringAcrossThreads)
+{
+    const String text("a value many threads copy and change");
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (int t = 0; t < 4; t++)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 20000; i++) {
+                String copy(text);
+                String other = copy;
+                other.append(Char16('x'));
+                if (copy.size() + 1 != other.size() || copy != text)
+                    wrong++;
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+    EXPECT_EQ(text, "a value many threads copy and change");
+}
+
 TEST(ArrayTest, CopiesDoNotSeeLaterChanges)
 {
     Array<String> a;

@@ -3,10 +3,16 @@
 // Sizes and indexes count UTF-16 code units. Text given as const char* is
 // UTF-8; a null pointer throws NullPointer and ill-formed UTF-8 throws
 // Exception. Case-insensitive operations fold only ASCII letters.
-// Distinct String objects may be used from different threads at once.
+//
+// Copies share one buffer until either side changes (the count is atomic),
+// so distinct String objects may be used from different threads at once
+// even when they are copies of each other. A writable reference from the
+// non-const operator[] stops its buffer from being shared again, so that
+// writing through it can never change another string.
 #ifndef Pegasus_String_h
 #define Pegasus_String_h
 
+#include <atomic>
 #include <iostream>
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Linkage.h>
@@ -15,6 +21,17 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class String;
+
+// The buffer behind a String: this header, then capacity + 1 code units.
+struct StringRep
+{
+    std::atomic<Uint32> refs;  // the shared empty buffer is never counted
+    Uint32 size;
+    Uint32 capacity;
+    Uint32 unshareable;        // a writable reference to a unit is out
+    Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
+    const Char16* data() const { return reinterpret_cast<const Char16*>(this + 1); }
+};
 
 // A NUL-terminated UTF-8 copy of a String. The pointer it converts to stays
 // valid only as long as this CString object lives.
@@ -66,7 +83,7 @@ public:
 
     void clear();
     void reserveCapacity(Uint32 capacity);
-    Uint32 size() const { return _size; }
+    Uint32 size() const { return _rep->size; }
 
     // NUL-terminated; valid until the string is next modified.
     const Char16* getChar16Data() const;
@@ -122,13 +139,12 @@ public:
 
 private:
     void _init(const char* utf8, size_t n);
-    void _init(const Char16* s, Uint32 n);
-    void _reserve(Uint32 capacity);
+    // Makes the buffer this string's own, with room for `capacity` units.
+    void _own(Uint32 capacity);
     void _append(const Char16* s, Uint32 n);
+    const Char16* _chars() const { return _rep->data(); }
 
-    Char16* _data;     // _capacity + 1 units, NUL-terminated at _size
-    Uint32 _size;
-    Uint32 _capacity;
+    StringRep* _rep;   // NUL-terminated at size
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const String& s1, const String& s2);
