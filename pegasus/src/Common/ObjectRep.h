@@ -169,15 +169,22 @@ public:
             text.append("\"");
             throw AlreadyExistsException(text);
         }
+        if (_items.empty())
+        {
+            _items.reserve(8);
+            _signatures.reserve(8);
+        }
         _items.push_back(x);
+        _signatures.push_back(signature(rep->name));
         rep->addOwner();
     }
 
     Uint32 find(const CIMName& name) const
     {
+        const Uint32 wanted = signature(name);
         for (size_t i = 0; i < _items.size(); ++i)
         {
-            if (CIMHandleAccess::rep(_items[i])->name.equal(name))
+            if (_signatures[i] == wanted && CIMHandleAccess::rep(_items[i])->name.equal(name))
                 return Uint32(i);
         }
         return PEG_NOT_FOUND;
@@ -196,6 +203,7 @@ public:
             throw IndexOutOfBoundsException();
         CIMHandleAccess::rep(_items[index])->dropOwner();
         _items.erase(_items.begin() + index);
+        _signatures.erase(_signatures.begin() + index);
     }
 
     void clear()
@@ -203,6 +211,7 @@ public:
         for (const Handle& h : _items)
             CIMHandleAccess::rep(h)->dropOwner();
         _items.clear();
+        _signatures.clear();
     }
 
     Uint32 size() const { return Uint32(_items.size()); }
@@ -229,7 +238,22 @@ public:
     }
 
 private:
+    // The length and the case-folded last unit of a name: names that
+    // differ there cannot be equal, so most are told apart without
+    // comparing their text. Members cannot be renamed while listed, so
+    // the signatures stay true.
+    static Uint32 signature(const CIMName& name)
+    {
+        const String& text = name.getString();
+        const Uint32 n = text.size();
+        Uint32 last = n ? Uint16(text.getChar16Data()[n - 1]) : 0;
+        if (last >= 'A' && last <= 'Z')
+            last += 'a' - 'A';
+        return (n << 16) ^ last;
+    }
+
     std::vector<Handle> _items;
+    std::vector<Uint32> _signatures;  // one per item
 };
 
 class CIMQualifierRep : public OwnedMember
