@@ -8,10 +8,14 @@
 #include <Pegasus/Common/CIMParameter.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/CIMValueAccess.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace cimxml
 {
@@ -71,6 +75,37 @@ std::size_t putEscaped(char* out, unsigned c)
     return n;
 }
 
+// Copies the run of plain units at s (printable ASCII other than < > & ")
+// to out as bytes, eight units at a time, and returns its length: most
+// text is plain, and this spares it the unit-by-unit escaping below. A
+// run's last few units, and anything else, are left to the caller.
+std::size_t copyPlainRun(const Char16* s, std::size_t n, char* out)
+{
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i belowPrintable = _mm_set1_epi16(0x1F);
+    const __m128i delete_ = _mm_set1_epi16(0x7F);
+    const __m128i lt = _mm_set1_epi16('<'), gt = _mm_set1_epi16('>');
+    const __m128i amp = _mm_set1_epi16('&'), quot = _mm_set1_epi16('"');
+    for (; i + 8 <= n; i += 8)
+    {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+        // Signed compares: units from 0x8000 up are negative, so not plain.
+        __m128i plain = _mm_and_si128(_mm_cmpgt_epi16(v, belowPrintable), _mm_cmplt_epi16(v, delete_));
+        __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, lt), _mm_cmpeq_epi16(v, gt)),
+                                      _mm_or_si128(_mm_cmpeq_epi16(v, amp), _mm_cmpeq_epi16(v, quot)));
+        if (_mm_movemask_epi8(_mm_andnot_si128(markup, plain)) != 0xFFFF)
+            break;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(v, v));
+    }
+#else
+    (void)s;
+    (void)n;
+    (void)out;
+#endif
+    return i;
+}
+
 // Longest output for one UTF-16 unit: an entity of 6 bytes, or 3 bytes of
 // UTF-8 (a surrogate pair gives 4 bytes for 2 units).
 const std::size_t kMaxBytesPerUnit = 6;
@@ -99,6 +134,11 @@ void XmlWriter::escape(const Char16* s, std::size_t n, bool attribute)
         char* const start = out;
         while (i < end)
         {
+            const std::size_t plain = copyPlainRun(s + i, end - i, out);
+            i += plain;
+            out += plain;
+            if (i == end)
+                break;
             unsigned c = s[i++];
             if (c < 0x80)
             {
@@ -308,7 +348,15 @@ void writeValue(XmlWriter& w, const CIMValue& value)
     case CIMTYPE_REAL32: return writeScalarOrArray<Real32>(w, value);
     case CIMTYPE_REAL64: return writeScalarOrArray<Real64>(w, value);
     case CIMTYPE_CHAR16: return writeScalarOrArray<Char16>(w, value);
-    case CIMTYPE_STRING: return writeScalarOrArray<String>(w, value);
+    case CIMTYPE_STRING:
+        if (const String* text = CIMValueAccess::scalarString(value))
+        {
+            w.lit("<VALUE>");
+            writeText(w, *text);
+            w.lit("</VALUE>");
+            return;
+        }
+        return writeScalarOrArray<String>(w, value);
     case CIMTYPE_DATETIME: return writeScalarOrArray<CIMDateTime>(w, value);
     case CIMTYPE_OBJECT: return writeScalarOrArray<CIMObject>(w, value);
     case CIMTYPE_INSTANCE: return writeScalarOrArray<CIMInstance>(w, value);

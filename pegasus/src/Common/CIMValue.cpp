@@ -2,6 +2,7 @@
 #define PEGASUS_USE_DEPRECATED_INTERFACES
 #endif
 #include "CIMValueRep.h"
+#include <Pegasus/Common/CIMValueAccess.h>
 
 #include <cstdio>
 #include <type_traits>
@@ -334,6 +335,14 @@ Boolean operator==(const CIMValue& x, const CIMValue& y)
 Boolean operator!=(const CIMValue& x, const CIMValue& y)
 {
     return !x.equal(y);
+}
+
+const String* CIMValueAccess::scalarString(const CIMValue& value)
+{
+    const CIMValueRep* rep = value._rep.get();
+    if (!rep || rep->isNull || rep->isArray || rep->type != CIMTYPE_STRING)
+        return nullptr;
+    return std::get_if<String>(&rep->data);
 }
 
 PEGASUS_NAMESPACE_END

@@ -191,6 +191,7 @@ public:
     String toString() const;
 
 private:
+    friend struct CIMValueAccess;
     std::shared_ptr<const CIMValueRep> _rep;
 };
 
