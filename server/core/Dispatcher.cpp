@@ -12,6 +12,9 @@
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <Pegasus/Provider/CIMMethodProvider.h>
 
+#include <utility>
+#include <vector>
+
 using namespace Pegasus;
 
 namespace zda::server {
@@ -49,6 +52,16 @@ struct Dispatcher::ClassShape {
     std::set<std::string> all;   // folded property names
     std::set<std::string> local; // defined or overridden by the class itself
     std::vector<Reference> references;
+};
+
+struct Dispatcher::FinishMemo {
+    CIMNamespaceName where;
+    CIMName deliveredClass;
+    std::shared_ptr<const ClassShape> own;
+    std::shared_ptr<const ClassShape> requested;
+    // Whether the request keeps each property, by its position in the last
+    // instance delivered.
+    std::vector<std::pair<CIMName, bool>> keeps;
 };
 
 // Counts nesting per thread so that the observer hears only of outermost
@@ -171,43 +184,75 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
 CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
                                        const CIMName& requestedClass, bool deepInheritance, bool localOnly,
                                        bool includeQualifiers, bool includeClassOrigin,
-                                       const CIMPropertyList& propertyList) const {
-    // Providers may deliver the same object to several requests: work on a copy.
-    CIMInstance instance = delivered.clone();
+                                       const CIMPropertyList& propertyList, FinishMemo* memo) const {
     const CIMNamespaceName where =
-        instance.getPath().getNameSpace().isNull() ? nameSpace : instance.getPath().getNameSpace();
-    std::shared_ptr<const ClassShape> own = shape(where, instance.getClassName());
+        delivered.getPath().getNameSpace().isNull() ? nameSpace : delivered.getPath().getNameSpace();
+    FinishMemo local;
+    FinishMemo& known = memo ? *memo : local;
+    if (known.deliveredClass.isNull() || !known.deliveredClass.equal(delivered.getClassName()) ||
+        !known.where.equal(where)) {
+        known.where = where;
+        known.deliveredClass = delivered.getClassName();
+        known.own = shape(where, delivered.getClassName());
+        known.requested = nullptr;
+        if (known.own) {
+            known.requested = shape(where, requestedClass);
+            if (!known.requested) known.requested = known.own;
+        }
+        known.keeps.clear();
+    }
+    const std::shared_ptr<const ClassShape>& own = known.own;
 
-    CIMObjectPath path = instance.getPath();
-    if (path.getClassName().isNull()) path.setClassName(instance.getClassName());
+    CIMObjectPath path = delivered.getPath();
+    if (path.getClassName().isNull()) path.setClassName(delivered.getClassName());
     if (path.getKeyBindings().size() == 0 && own) {
         try {
-            path.setKeyBindings(instance.buildPath(own->full).getKeyBindings());
+            path.setKeyBindings(delivered.buildPath(own->full).getKeyBindings());
         } catch (const Exception&) {
             // A key the provider did not set: the path stays without keys.
         }
     }
     completePath(path, nameSpace);
-    instance.setPath(path);
 
     // Which properties the request allows: those of the requested class
     // (only its own with localOnly), plus, with deepInheritance, those the
     // instance's subclass adds.
-    std::shared_ptr<const ClassShape> requested;
-    if (own) {
-        requested = shape(where, requestedClass);
-        if (!requested) requested = own;
-    }
+    const std::shared_ptr<const ClassShape>& requested = known.requested;
     auto allowed = [&](const std::string& name) {
         if ((localOnly ? requested->local : requested->all).count(name)) return true;
         return deepInheritance && own->all.count(name) && !requested->all.count(name);
     };
-    for (Uint32 i = instance.getPropertyCount(); i-- > 0;) {
-        const CIMName name = instance.getProperty(i).getName();
-        if ((own && !allowed(folded(name))) || (!propertyList.isNull() && !propertyList.contains(name)))
-            instance.removeProperty(i);
+    auto keeps = [&](Uint32 i, const CIMName& name) {
+        if (i < known.keeps.size() && known.keeps[i].first.equal(name)) return known.keeps[i].second;
+        const bool kept = (!own || allowed(folded(name))) && (propertyList.isNull() || propertyList.contains(name));
+        if (i >= known.keeps.size()) known.keeps.resize(i + 1);
+        known.keeps[i] = {name, kept};
+        return kept;
+    };
+
+    // Providers may deliver the same object to several requests, so the
+    // delivered instance is never changed. The answer is a new instance
+    // that shares the properties it keeps as they are; only a property
+    // that loses qualifiers or its class origin is copied. (The handles
+    // taken from `source` are only read and shared.)
+    CIMInstance& source = const_cast<CIMInstance&>(delivered);
+    CIMInstance instance(delivered.getClassName());
+    if (includeQualifiers)
+        for (Uint32 q = 0; q < source.getQualifierCount(); ++q) instance.addQualifier(source.getQualifier(q));
+    for (Uint32 i = 0; i < source.getPropertyCount(); ++i) {
+        CIMProperty property = source.getProperty(i);
+        if (!keeps(i, property.getName())) continue;
+        const bool dropQualifiers = !includeQualifiers && property.getQualifierCount() != 0;
+        const bool dropOrigin = !includeClassOrigin && !property.getClassOrigin().isNull();
+        if (dropQualifiers || dropOrigin) {
+            property = property.clone();
+            if (dropOrigin) property.setClassOrigin(CIMName());
+            while (dropQualifiers && property.getQualifierCount() != 0)
+                property.removeQualifier(property.getQualifierCount() - 1);
+        }
+        instance.addProperty(property);
     }
-    instance.instanceFilter(includeQualifiers, includeClassOrigin, CIMPropertyList());
+    instance.setPath(path);
     return instance;
 }
 
@@ -309,9 +354,10 @@ void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNa
     requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
     const OperationContext providerCtx = providerContext(context);
 
+    FinishMemo memo;
     auto finish = [&](const CIMInstance& delivered) {
         consume(finishInstance(delivered, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-                               includeClassOrigin, propertyList));
+                               includeClassOrigin, propertyList, &memo));
     };
     Array<CIMName> classes;
     classes.append(className);

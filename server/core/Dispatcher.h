@@ -263,11 +263,16 @@ private:
     void callProvider(const ProviderId& id, const Pegasus::OperationContext& context, Call&& call,
                       const CollectorBase* handler = nullptr);
 
+    // What finishInstance() worked out for the last instance of one
+    // operation; the next instance, usually of the same class with the
+    // same properties, reuses it.
+    struct FinishMemo;
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
                                         const Pegasus::CIMNamespaceName& nameSpace,
                                         const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
                                         bool includeQualifiers, bool includeClassOrigin,
-                                        const Pegasus::CIMPropertyList& propertyList) const;
+                                        const Pegasus::CIMPropertyList& propertyList,
+                                        FinishMemo* memo = nullptr) const;
     Pegasus::CIMObjectPath finishPath(const Pegasus::CIMObjectPath& delivered,
                                       const Pegasus::CIMNamespaceName& nameSpace) const;
 
