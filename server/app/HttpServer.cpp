@@ -66,13 +66,14 @@ public:
         std::lock_guard<std::mutex> lock(_mutex);
         if (_stopping)
             ::shutdown(socket, SHUT_RDWR);
-        const bool wasIdle = _watched.empty();
         const std::uint64_t ticket = ++_lastTicket;
         _watched.emplace(ticket, Watched{socket, deadline});
-        // Every write gets the same allowance, so a new deadline is never
-        // earlier than those already watched: only an idle watchdog needs
-        // waking.
-        if (wasIdle)
+        // The watchdog sleeps until the earliest deadline it knows of, and
+        // release() does not wake it. A streamed answer makes thousands of
+        // writes with ever later deadlines: they only need a wake-up when
+        // the watchdog would otherwise sleep past them, so it wakes about
+        // once per allowance instead of once per write.
+        if (deadline < _nextWake)
             _wake.notify_one();
         return ticket;
     }
@@ -115,6 +116,7 @@ private:
                     next = std::min(next, w.deadline);
                 }
             }
+            _nextWake = next;
             if (next == Clock::time_point::max())
                 _wake.wait(lock);
             else
@@ -126,6 +128,7 @@ private:
     std::condition_variable _wake;
     std::map<std::uint64_t, Watched> _watched;
     std::uint64_t _lastTicket = 0;
+    Clock::time_point _nextWake = Clock::time_point::max();  // when the watchdog next wakes by itself
     bool _stopping = false;
     bool _quit = false;
     std::thread _thread;  // last: starts once the rest is ready
