@@ -2,18 +2,84 @@
 
 #include <crypt.h>
 #include <fcntl.h>
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+#include <openssl/rand.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <istream>
 #include <memory>
+#include <mutex>
 #include <sstream>
+#include <unordered_map>
 
 namespace zda::cimserver {
+
+// Credentials that verified recently, by keyed digest of the user, the
+// password and the stored hash (so that a changed hash never matches).
+class UserStore::VerifiedCredentials {
+public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::minutes kLifetime{5};
+    static constexpr std::size_t kMaxEntries = 4096;
+
+    VerifiedCredentials()
+    {
+        if (RAND_bytes(_key, sizeof _key) != 1)
+            _usable = false;  // without a key nothing is remembered
+    }
+
+    bool contains(const std::string& digest)
+    {
+        if (!_usable || digest.empty())
+            return false;
+        std::lock_guard<std::mutex> lock(_mutex);
+        auto found = _entries.find(digest);
+        if (found == _entries.end())
+            return false;
+        if (found->second <= Clock::now()) {
+            _entries.erase(found);
+            return false;
+        }
+        return true;
+    }
+
+    void remember(const std::string& digest)
+    {
+        if (!_usable || digest.empty())
+            return;
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (_entries.size() >= kMaxEntries)
+            _entries.clear();
+        _entries[digest] = Clock::now() + kLifetime;
+    }
+
+    std::string digest(const std::string& user, const std::string& password, const std::string& hash) const
+    {
+        if (!_usable)
+            return std::string();
+        std::string message = user + '\0' + password + '\0' + hash;
+        unsigned char out[EVP_MAX_MD_SIZE];
+        unsigned int size = 0;
+        if (!HMAC(EVP_sha256(), _key, sizeof _key, reinterpret_cast<const unsigned char*>(message.data()),
+                  message.size(), out, &size))
+            return std::string();
+        OPENSSL_cleanse(&message[0], message.size());
+        return std::string(reinterpret_cast<const char*>(out), size);
+    }
+
+private:
+    unsigned char _key[32];
+    bool _usable = true;
+    std::mutex _mutex;
+    std::unordered_map<std::string, Clock::time_point> _entries;
+};
 
 UserStore UserStore::demoUsers()
 {
@@ -52,6 +118,7 @@ UserStore UserStore::readFile(const std::string& path)
             throw UsersError(path + ":" + std::to_string(number) + ": expected name:hash");
         users._hashes[name] = hash;
     }
+    users._verified = std::make_shared<VerifiedCredentials>();
     return users;
 }
 
@@ -60,6 +127,9 @@ bool UserStore::verify(const std::string& user, const std::string& password) con
     auto found = _hashes.find(user);
     if (found == _hashes.end())
         return false;
+    const std::string digest = _verified ? _verified->digest(user, password, found->second) : std::string();
+    if (_verified && _verified->contains(digest))
+        return true;
     // crypt_data is large; one per call keeps verification thread-safe.
     auto data = std::make_unique<crypt_data>();
     std::memset(data.get(), 0, sizeof(crypt_data));
@@ -74,7 +144,11 @@ bool UserStore::verify(const std::string& user, const std::string& password) con
     unsigned char diff = 0;
     for (std::size_t i = 0; i < n; i++)
         diff |= static_cast<unsigned char>(computed[i] ^ stored[i]);
-    return diff == 0;
+    if (diff != 0)
+        return false;
+    if (_verified)
+        _verified->remember(digest);
+    return true;
 }
 
 std::string UserStore::hashPassword(const std::string& password)
@@ -96,6 +170,7 @@ void UserStore::setPassword(const std::string& user, const std::string& password
     if (!validUserName(user))
         throw UsersError("not a usable user name: '" + user + "'");
     _hashes[user] = hashPassword(password);
+    _verified = std::make_shared<VerifiedCredentials>();
 }
 
 void UserStore::writeFile(const std::string& path) const

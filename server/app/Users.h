@@ -6,6 +6,7 @@
 #define ZDA_CIMSERVER_USERS_H
 
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -28,6 +29,12 @@ public:
     static UserStore readFile(const std::string& path);
 
     // Whether `password` is the password of `user`. Thread-safe.
+    //
+    // The hash is deliberately slow, and clients such as wbemcli open a
+    // connection, and so authenticate, for every request. A credential that
+    // verified is therefore remembered for a few minutes, as a digest keyed
+    // with a random key of this process, and then verifies at once; a wrong
+    // password always pays the full hash.
     bool verify(const std::string& user, const std::string& password) const;
 
     bool contains(const std::string& user) const { return _hashes.count(user) != 0; }
@@ -48,7 +55,11 @@ public:
     static bool validUserName(const std::string& user);
 
 private:
+    class VerifiedCredentials;
+
     std::map<std::string, std::string> _hashes;
+    // Shared by copies of the store; replaced when a password changes.
+    std::shared_ptr<VerifiedCredentials> _verified;
 };
 
 // Adds a user to (or changes a password in) the users file at `path`, which

@@ -387,6 +387,13 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
     EXPECT_EQ(bob.exitCode, 0) << bob.output;
     CommandResult demo = runCommand({"wbemcli", "ein", server.url("admin:admin-demo", "root/test") + "Test_Disk"});
     EXPECT_NE(demo.exitCode, 0) << demo.output;
+    // A credential that verified is remembered; a near miss of it is not.
+    CommandResult nearMiss =
+        runCommand({"wbemcli", "ein", server.url("alice:alice-secreT", "root/test") + "Test_Disk"});
+    EXPECT_NE(nearMiss.exitCode, 0) << nearMiss.output;
+    CommandResult aliceAgain =
+        runCommand({"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
+    EXPECT_EQ(aliceAgain.exitCode, 0) << aliceAgain.output;
 }
 
 TEST(CimServerStateTest, PersistedStateSurvivesARestart)
