@@ -1,4 +1,5 @@
 #include "CimRequestHandler.h"
+#include "QueuedStream.h"
 
 #include <InProcessHost.h>
 #include <ProviderErrors.h>
@@ -359,13 +360,16 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                     peer.address.empty() ? "the local socket" : peer.address.c_str());
         OperationContext context = server::InProcessHost::contextFor(
             String(user.c_str()), String(peer.address.c_str()));
-        StreamingSink listSink(stream, streamedHead);
+        // A streamed answer is written by a thread of its own while this
+        // one goes on encoding.
+        QueuedStream queued(stream);
+        StreamingSink listSink(queued, streamedHead);
         try {
             try {
                 if (writeListResult(_dispatcher, context, request, listSink)) {
                     if (!listSink.streaming())
                         return answer(listSink.takeHeld());
-                    stream.end(bhttp::fields());
+                    queued.end(bhttp::fields());
                     return std::nullopt;
                 }
             } catch (const CIMException&) {
@@ -388,7 +392,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                 bhttp::fields trailer;
                 trailer.set(xhttp::CIM_STATUS_CODE, std::to_string(Uint32(e.getCode())));
                 trailer.set(xhttp::CIM_STATUS_CODE_DESCRIPTION, xhttp::escapeHeaderValue(description));
-                stream.end(trailer);
+                queued.end(trailer);
                 return std::nullopt;
             }
             response.messageId = request.messageId;

@@ -1,0 +1,62 @@
+// A ResponseStream that sends the body of a streamed answer from a thread
+// of its own: the caller hands over each encoded piece and goes on encoding
+// the next one while the previous ones are written to the connection, so
+// that encoding and sending use two cores.
+//
+// At most a few pieces wait (the caller blocks for room), so the memory a
+// streamed answer holds stays bounded whatever its length and however slow
+// the client. A failure of the connection reaches the caller as
+// ConnectionLost from its next send() or from end().
+#ifndef ZDA_CIMSERVER_QUEUED_STREAM_H
+#define ZDA_CIMSERVER_QUEUED_STREAM_H
+
+#include "CimRequestHandler.h"
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace zda::cimserver {
+
+class QueuedStream : public ResponseStream {
+public:
+    explicit QueuedStream(ResponseStream& connection, std::size_t maxPieces = 3);
+    QueuedStream(const QueuedStream&) = delete;
+    QueuedStream& operator=(const QueuedStream&) = delete;
+    // Stops the sender after the piece it is writing; pieces not yet
+    // written are dropped (the answer is being abandoned).
+    ~QueuedStream() override;
+
+    // Writes the head at once, then starts the sender.
+    void begin(HttpResponseHead& head) override;
+    // Queues a copy of the piece.
+    void send(const char* data, std::size_t size) override;
+    // Waits until every piece is written, then ends the body.
+    void end(const boost::beast::http::fields& trailer) override;
+
+private:
+    void run();
+    void stopSender(bool dropPending);
+    void rethrowFailure();
+
+    ResponseStream& _connection;
+    const std::size_t _maxPieces;
+    std::thread _sender;
+
+    std::mutex _mutex;
+    std::condition_variable _queued;  // a piece waits, or the sender must stop
+    std::condition_variable _room;    // a piece was written, or the sender failed
+    std::deque<std::string> _pieces;
+    std::vector<std::string> _spare;  // written pieces, reused for the next ones
+    bool _stopping = false;
+    bool _dropPending = false;
+    std::exception_ptr _failure;
+};
+
+}  // namespace zda::cimserver
+
+#endif

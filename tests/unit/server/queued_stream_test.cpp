@@ -1,0 +1,125 @@
+// The sending thread of streamed answers: pieces reach the connection whole
+// and in order, a failed connection stops the answer at the caller, and an
+// abandoned answer never hangs its caller.
+#include <QueuedStream.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace zda::cimserver;
+
+namespace {
+
+// A connection that records what it is given, optionally slowly, and
+// fails on the send numbered `failAt` (from 1; 0: never).
+class RecordingConnection : public ResponseStream {
+public:
+    explicit RecordingConnection(unsigned failAt = 0, int delayMs = 0) : _failAt(failAt), _delayMs(delayMs) {}
+
+    void begin(HttpResponseHead&) override { record("begin"); }
+    void send(const char* data, std::size_t size) override
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(_delayMs));
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (++_sends == _failAt)
+            throw ConnectionLost("the client went away");
+        _events.emplace_back(data, size);
+    }
+    void end(const boost::beast::http::fields&) override { record("end"); }
+
+    std::vector<std::string> events()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return _events;
+    }
+
+private:
+    void record(const char* what)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _events.push_back(what);
+    }
+
+    const unsigned _failAt;
+    const int _delayMs;
+    std::mutex _mutex;
+    unsigned _sends = 0;
+    std::vector<std::string> _events;
+};
+
+std::string piece(int n) { return "piece-" + std::to_string(n) + std::string(std::size_t(n % 7) * 1000, 'x'); }
+
+}  // namespace
+
+TEST(QueuedStreamTest, PiecesArriveWholeAndInOrderBeforeTheEnd)
+{
+    RecordingConnection connection(0, 1);
+    {
+        QueuedStream queued(connection, 2);
+        queued.send("before", 6);  // not begun yet: written at once
+        HttpResponseHead head;
+        queued.begin(head);
+        for (int i = 0; i < 50; i++) {
+            std::string p = piece(i);
+            queued.send(p.data(), p.size());
+            p.assign(p.size(), '?');  // the caller's buffer is reused at once
+        }
+        queued.end(boost::beast::http::fields());
+    }
+    std::vector<std::string> events = connection.events();
+    ASSERT_EQ(events.size(), 53u);
+    EXPECT_EQ(events[0], "before");
+    EXPECT_EQ(events[1], "begin");
+    for (int i = 0; i < 50; i++)
+        EXPECT_EQ(events[std::size_t(i) + 2], piece(i));
+    EXPECT_EQ(events.back(), "end");
+}
+
+TEST(QueuedStreamTest, AFailedConnectionStopsTheAnswerAtTheCaller)
+{
+    RecordingConnection connection(3);
+    QueuedStream queued(connection, 2);
+    HttpResponseHead head;
+    queued.begin(head);
+    bool lost = false;
+    try {
+        for (int i = 0; i < 1000; i++) {
+            std::string p = piece(i);
+            queued.send(p.data(), p.size());
+        }
+        queued.end(boost::beast::http::fields());
+    } catch (const ConnectionLost&) {
+        lost = true;
+    }
+    EXPECT_TRUE(lost);
+    std::vector<std::string> events = connection.events();
+    // The head and the two pieces before the failure; nothing after it,
+    // and no end.
+    ASSERT_EQ(events.size(), 3u);
+    EXPECT_EQ(events[2], piece(1));
+}
+
+TEST(QueuedStreamTest, AnAbandonedAnswerReleasesItsCallerPromptly)
+{
+    RecordingConnection connection(0, 50);
+    const auto start = std::chrono::steady_clock::now();
+    {
+        QueuedStream queued(connection, 3);
+        HttpResponseHead head;
+        queued.begin(head);
+        for (int i = 0; i < 4; i++) {
+            std::string p = piece(i);
+            queued.send(p.data(), p.size());
+        }
+    }  // destroyed without end(): what still waits is dropped
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    std::vector<std::string> events = connection.events();
+    EXPECT_LT(events.size(), 5u);
+    EXPECT_NE(events.back(), "end");
+    EXPECT_LT(elapsed, std::chrono::seconds(5));
+}
