@@ -1,4 +1,5 @@
 #include "ObjectRep.h"
+#include <Pegasus/Common/CIMObjectAccess.h>
 #include <Pegasus/Common/InternalException.h>
 
 PEGASUS_NAMESPACE_BEGIN
@@ -212,6 +213,11 @@ CIMConstProperty CIMConstInstance::getProperty(Uint32 index) const
 Uint32 CIMConstInstance::getPropertyCount() const
 {
     return checkedRep(_rep)->properties.size();
+}
+
+const CIMProperty& CIMObjectAccess::property(const CIMConstInstance& instance, Uint32 index)
+{
+    return checkedRep(CIMHandleAccess::rep(instance))->properties.at(index);
 }
 
 CIMObjectPath CIMConstInstance::buildPath(const CIMConstClass& cimClass) const

@@ -51,11 +51,21 @@ CIMName::CIMName(const String& name) : cimName(name)
         throw InvalidNameException(name);
 }
 
-CIMName::CIMName(const char* name) : CIMName(String(name)) {}
+CIMName::CIMName(const char* name) : cimName(name)
+{
+    if (!legal(cimName))
+        throw InvalidNameException(cimName);
+}
 
 CIMName& CIMName::operator=(const CIMName& name)
 {
     cimName = name.cimName;
+    return *this;
+}
+
+CIMName& CIMName::operator=(CIMName&& name) noexcept
+{
+    cimName = static_cast<String&&>(name.cimName);
     return *this;
 }
 
@@ -133,6 +143,12 @@ CIMNamespaceName::CIMNamespaceName(const char* name) : CIMNamespaceName(String(n
 CIMNamespaceName& CIMNamespaceName::operator=(const CIMNamespaceName& name)
 {
     cimNamespaceName = name.cimNamespaceName;
+    return *this;
+}
+
+CIMNamespaceName& CIMNamespaceName::operator=(CIMNamespaceName&& name) noexcept
+{
+    cimNamespaceName = static_cast<String&&>(name.cimNamespaceName);
     return *this;
 }
 

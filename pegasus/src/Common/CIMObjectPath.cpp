@@ -457,6 +457,7 @@ void appendEscaped(String& out, const String& value)
 CIMKeyBinding::CIMKeyBinding() : _type(STRING) {}
 
 CIMKeyBinding::CIMKeyBinding(const CIMKeyBinding& x) = default;
+CIMKeyBinding::CIMKeyBinding(CIMKeyBinding&& x) noexcept = default;
 
 CIMKeyBinding::CIMKeyBinding(const CIMName& name, const String& value, Type type)
     : _name(name), _value(value), _type(type)
@@ -493,6 +494,7 @@ CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value) : _name
 CIMKeyBinding::~CIMKeyBinding() {}
 
 CIMKeyBinding& CIMKeyBinding::operator=(const CIMKeyBinding& x) = default;
+CIMKeyBinding& CIMKeyBinding::operator=(CIMKeyBinding&& x) noexcept = default;
 
 const CIMName& CIMKeyBinding::getName() const { return _name; }
 void CIMKeyBinding::setName(const CIMName& name) { _name = name; }
@@ -616,6 +618,7 @@ Boolean operator==(const CIMKeyBinding& x, const CIMKeyBinding& y)
 CIMObjectPath::CIMObjectPath() {}
 
 CIMObjectPath::CIMObjectPath(const CIMObjectPath& x) = default;
+CIMObjectPath::CIMObjectPath(CIMObjectPath&& x) noexcept = default;
 
 CIMObjectPath::CIMObjectPath(const String& objectName)
 {
@@ -634,6 +637,7 @@ CIMObjectPath::CIMObjectPath(
 CIMObjectPath::~CIMObjectPath() {}
 
 CIMObjectPath& CIMObjectPath::operator=(const CIMObjectPath& x) = default;
+CIMObjectPath& CIMObjectPath::operator=(CIMObjectPath&& x) noexcept = default;
 
 CIMObjectPath& CIMObjectPath::operator=(const String& objectName)
 {

@@ -225,7 +225,15 @@ void CIMValue::get(Array<char>& x) const
 
 CIMValue::CIMValue(const CIMValue& x) : _rep(x._rep) {}
 
+CIMValue::CIMValue(CIMValue&& x) noexcept : _rep(std::move(x._rep)) {}
+
 CIMValue::~CIMValue() {}
+
+CIMValue& CIMValue::operator=(CIMValue&& x) noexcept
+{
+    _rep = std::move(x._rep);
+    return *this;
+}
 
 CIMValue& CIMValue::operator=(const CIMValue& x)
 {

@@ -40,8 +40,17 @@ public:
     RefCounted& operator=(const RefCounted&) = delete;
 
     void addRef() noexcept { _refs.fetch_add(1, std::memory_order_relaxed); }
-    // True when the caller dropped the last reference and must delete.
-    bool release() noexcept { return _refs.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    // True when the caller's handle is the only one: nobody else can see
+    // the representation, or start to.
+    bool soleOwner() const noexcept { return _refs.load(std::memory_order_acquire) == 1; }
+    // True when the caller dropped the last reference and must delete. A
+    // sole owner skips the atomic update: no other handle exists that could
+    // add a reference meanwhile, and locked updates are costly on hot paths.
+    bool release() noexcept
+    {
+        return _refs.load(std::memory_order_acquire) == 1 ||
+               _refs.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
 
 private:
     std::atomic<Uint32> _refs;
@@ -112,15 +121,27 @@ struct CIMHandleAccess
 };
 
 // Defines the members every handle class has in the same form: default
-// (uninitialized) construction, sharing copy and assignment, release on
-// destruction, isUninitialized().
+// (uninitialized) construction, sharing copy and assignment, moves that
+// leave the source uninitialized, release on destruction,
+// isUninitialized().
 #define ZDA_DEFINE_HANDLE_LIFECYCLE(Handle)                                  \
     Handle::Handle() : _rep(nullptr) {}                                      \
     Handle::Handle(const Handle& x) : _rep(x._rep) { refRep(_rep); }         \
+    Handle::Handle(Handle&& x) noexcept : _rep(x._rep) { x._rep = nullptr; } \
     Handle::~Handle() { unrefRep(_rep); }                                    \
     Handle& Handle::operator=(const Handle& x)                               \
     {                                                                        \
         assignRep(_rep, x._rep);                                             \
+        return *this;                                                        \
+    }                                                                        \
+    Handle& Handle::operator=(Handle&& x) noexcept                           \
+    {                                                                        \
+        if (this != &x)                                                      \
+        {                                                                    \
+            unrefRep(_rep);                                                  \
+            _rep = x._rep;                                                   \
+            x._rep = nullptr;                                                \
+        }                                                                    \
         return *this;                                                        \
     }                                                                        \
     Boolean Handle::isUninitialized() const { return _rep == nullptr; }
@@ -208,8 +229,15 @@ public:
 
     void clear()
     {
+        // A member only this list holds goes with it: its owner count no
+        // longer matters, and skipping the locked update saves time when
+        // large answers are released.
         for (const Handle& h : _items)
-            CIMHandleAccess::rep(h)->dropOwner();
+        {
+            auto* rep = CIMHandleAccess::rep(h);
+            if (!rep->soleOwner())
+                rep->dropOwner();
+        }
         _items.clear();
         _signatures.clear();
     }

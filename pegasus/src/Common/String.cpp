@@ -209,9 +209,12 @@ inline void refRep(StringRep* rep)
         rep->refs.fetch_add(1, std::memory_order_relaxed);
 }
 
+// A sole owner frees without a locked update (see RefCounted::release).
 inline void unrefRep(StringRep* rep)
 {
-    if (rep != emptyRep() && rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    if (rep != emptyRep() &&
+        (rep->refs.load(std::memory_order_acquire) == 1 ||
+         rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
         ::operator delete(rep);
 }
 
@@ -287,6 +290,22 @@ String::String(const String& s1, const char* s2) : String(s1)
 String::String(const char* s1, const String& s2) : String(s1)
 {
     append(s2);
+}
+
+String::String(String&& str) noexcept : _rep(str._rep)
+{
+    str._rep = emptyRep();
+}
+
+String& String::operator=(String&& str) noexcept
+{
+    if (this != &str)
+    {
+        unrefRep(_rep);
+        _rep = str._rep;
+        str._rep = emptyRep();
+    }
+    return *this;
 }
 
 String::~String()

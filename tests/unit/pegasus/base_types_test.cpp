@@ -2,6 +2,7 @@
 // behaviour providers rely on and a straightforward implementation misses.
 #include <atomic>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -10,6 +11,8 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMProperty.h>
+#include <Pegasus/Common/CIMObjectPath.h>
+#include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/AcceptLanguageList.h>
@@ -153,6 +156,62 @@ TEST(StringTest, CopiesStayIndependentOfEveryChange)
     EXPECT_EQ(empty, "shared text");
     EXPECT_EQ(twice, "shared textshared text");
     EXPECT_EQ(original.subString(0), original);
+}
+
+// A move hands the text over: the source is left empty (or null, cleared)
+// and copies made before see no change made through the target.
+TEST(MoveTest, ValueTypesLeaveTheirSourceEmpty)
+{
+    String text("moved text");
+    const String before(text);
+    String target(std::move(text));
+    EXPECT_EQ(text, "");
+    target.append(Char16('!'));
+    EXPECT_EQ(before, "moved text");
+    String assigned("old");
+    assigned = std::move(target);
+    EXPECT_EQ(target, "");
+    EXPECT_EQ(assigned, "moved text!");
+    String& alias = assigned;
+    assigned = std::move(alias);
+    EXPECT_EQ(assigned, "moved text!");
+
+    // A string with a writable reference out stays unshared after a move.
+    String source("abc");
+    Char16& first = source[0];
+    String moved(std::move(source));
+    String later(moved);
+    first = 'z';
+    EXPECT_EQ(moved, "zbc");
+    EXPECT_EQ(later, "abc");
+
+    CIMName name("Name");
+    CIMName movedName(std::move(name));
+    EXPECT_TRUE(name.isNull());
+    EXPECT_EQ(movedName.getString(), "Name");
+
+    CIMValue value(String("v"));
+    CIMValue movedValue(std::move(value));
+    EXPECT_TRUE(value.isNull());
+    String got;
+    movedValue.get(got);
+    EXPECT_EQ(got, "v");
+
+    Array<Uint32> numbers;
+    numbers.append(1);
+    const Array<Uint32> kept(numbers);
+    Array<Uint32> movedNumbers(std::move(numbers));
+    EXPECT_EQ(numbers.size(), 0u);
+    numbers.append(2);
+    movedNumbers.append(3);
+    EXPECT_EQ(kept.size(), 1u);
+    EXPECT_EQ(movedNumbers.size(), 2u);
+
+    CIMObjectPath path("//host/root/test:Test_Disk.Id=\"1\"");
+    CIMObjectPath movedPath(std::move(path));
+    EXPECT_EQ(path.getKeyBindings().size(), 0u);
+    EXPECT_EQ(movedPath.getKeyBindings().size(), 1u);
+    EXPECT_EQ(movedPath.getHost(), "host");
 }
 
 TEST(StringTest, CopiesOfOneStringAcrossThreads)

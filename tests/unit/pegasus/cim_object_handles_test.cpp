@@ -2,6 +2,7 @@
 // conversions, uninitialized handles and thread-safe reference counts.
 #include <functional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMObject.h>
+#include <Pegasus/Common/CIMObjectAccess.h>
 #include <Pegasus/Common/CIMParamValue.h>
 #include <Pegasus/Common/CIMQualifierDecl.h>
 #include <Pegasus/Common/CIMValue.h>
@@ -90,6 +92,66 @@ TEST(HandleSharing, CloneIsDeepAndIndependent)
     detached.setValue(CIMValue(String("elsewhere")));
     EXPECT_EQ(nameOf(original), String("d1"));
     EXPECT_NO_THROW(detached.setName(CIMName("Renamed")));
+}
+
+TEST(HandleSharing, MovesHandTheObjectOverAndLeaveTheSourceUninitialized)
+{
+    CIMInstance original = makeDisk("d1");
+    CIMInstance keep = original;
+    CIMInstance moved(std::move(original));
+    EXPECT_TRUE(original.isUninitialized());
+    moved.getProperty(0).setValue(CIMValue(String("d2")));
+    EXPECT_EQ(nameOf(keep), String("d2"));
+
+    CIMInstance target = makeDisk("x");
+    target = std::move(moved);
+    EXPECT_TRUE(moved.isUninitialized());
+    CIMInstance& alias = target;
+    target = std::move(alias);
+    EXPECT_EQ(nameOf(target), String("d2"));
+    keep = CIMInstance();
+    EXPECT_EQ(nameOf(target), String("d2"));
+
+    // Growing the property list moves its handles: every one stays whole.
+    CIMInstance wide("Test_Wide");
+    for (Uint32 i = 0; i < 40; ++i)
+        wide.addProperty(CIMProperty(CIMName(("P" + std::to_string(i)).c_str()), CIMValue(i)));
+    for (Uint32 i = 0; i < 40; ++i)
+    {
+        Uint32 value = 0;
+        wide.getProperty(i).getValue().get(value);
+        EXPECT_EQ(value, i);
+    }
+}
+
+// A property in a container may not be renamed; once every container let
+// it go (including ones that went away with it) it may again.
+TEST(HandleSharing, APropertyIsRenamableOnceNoContainerHoldsIt)
+{
+    CIMProperty p(CIMName("Shared"), CIMValue(true));
+    {
+        CIMInstance first("Test_A");
+        first.addProperty(p);
+        {
+            CIMInstance second("Test_B");
+            second.addProperty(p);
+        }
+        EXPECT_THROW(p.setName(CIMName("Other")), Exception);
+    }
+    p.setName(CIMName("Other"));
+    EXPECT_EQ(p.getName().getString(), String("Other"));
+}
+
+TEST(HandleSharing, InPlacePropertyReadsSeeTheInstancesOwnProperty)
+{
+    CIMInstance inst = makeDisk("d1");
+    const CIMProperty& inPlace = CIMObjectAccess::property(inst, 0);
+    inst.getProperty(0).setValue(CIMValue(String("d2")));
+    String s;
+    inPlace.getValue().get(s);
+    EXPECT_EQ(s, String("d2"));
+    EXPECT_THROW(CIMObjectAccess::property(inst, inst.getPropertyCount()), IndexOutOfBoundsException);
+    EXPECT_THROW(CIMObjectAccess::property(CIMInstance(), 0), UninitializedObjectException);
 }
 
 TEST(HandleConversions, ObjectConvertsOnlyToItsOwnKind)

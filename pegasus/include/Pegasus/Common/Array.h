@@ -30,6 +30,8 @@ public:
 
     Array();
     Array(const Array<T>& x);
+    // Takes over x's elements; x is left empty.
+    Array(Array<T>&& x) noexcept;
     // size default-constructed elements. Deliberately not explicit.
     Array(Uint32 size);
     Array(Uint32 size, const T& x);
@@ -37,6 +39,7 @@ public:
     ~Array();
 
     Array<T>& operator=(const Array<T>& x);
+    Array<T>& operator=(Array<T>&& x) noexcept;
 
     void clear();
     void reserveCapacity(Uint32 capacity);

@@ -82,6 +82,12 @@ Array<T>::Array(const Array<T>& x) : _rep(x._rep)
 }
 
 template<class T>
+Array<T>::Array(Array<T>&& x) noexcept : _rep(x._rep)
+{
+    x._rep = nullptr;
+}
+
+template<class T>
 Array<T>::Array(Uint32 size) : _rep(nullptr)
 {
     if (size == 0)
@@ -145,7 +151,10 @@ Array<T>::~Array()
 template<class T>
 void Array<T>::_release()
 {
-    if (_rep && _rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    // A sole owner frees without a locked update: nobody else can add a
+    // reference meanwhile.
+    if (_rep && (_rep->refs.load(std::memory_order_acquire) == 1 ||
+                 _rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
         ArrayRep<T>::destroy(_rep);
     _rep = nullptr;
 }
@@ -160,6 +169,18 @@ Array<T>& Array<T>::operator=(const Array<T>& x)
             rep->refs.fetch_add(1, std::memory_order_relaxed);
         _release();
         _rep = rep;
+    }
+    return *this;
+}
+
+template<class T>
+Array<T>& Array<T>::operator=(Array<T>&& x) noexcept
+{
+    if (this != &x)
+    {
+        _release();
+        _rep = x._rep;
+        x._rep = nullptr;
     }
     return *this;
 }

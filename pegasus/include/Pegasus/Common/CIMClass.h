@@ -26,6 +26,8 @@ class PEGASUS_COMMON_LINKAGE CIMClass
 public:
     CIMClass();
     CIMClass(const CIMClass& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMClass(CIMClass&& x) noexcept;
     // Shares the object; throws DynamicCastFailedException when it is an
     // instance (an uninitialized object gives an uninitialized class).
     explicit CIMClass(const CIMObject& x);
@@ -34,6 +36,7 @@ public:
     CIMClass(const CIMName& className, const CIMName& superClassName = CIMName());
     ~CIMClass();
     CIMClass& operator=(const CIMClass& x);
+    CIMClass& operator=(CIMClass&& x) noexcept;
 
     // True when the class carries the qualifier Association (or Abstract)
     // with the boolean value true.
@@ -108,6 +111,8 @@ class PEGASUS_COMMON_LINKAGE CIMConstClass
 public:
     CIMConstClass();
     CIMConstClass(const CIMConstClass& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstClass(CIMConstClass&& x) noexcept;
     CIMConstClass(const CIMClass& x);
     // Both throw DynamicCastFailedException when the object is an instance.
     explicit CIMConstClass(const CIMObject& x);
@@ -115,6 +120,7 @@ public:
     CIMConstClass(const CIMName& className, const CIMName& superClassName = CIMName());
     ~CIMConstClass();
     CIMConstClass& operator=(const CIMConstClass& x);
+    CIMConstClass& operator=(CIMConstClass&& x) noexcept;
     CIMConstClass& operator=(const CIMClass& x);
 
     Boolean isAssociation() const;

@@ -21,6 +21,8 @@ class PEGASUS_COMMON_LINKAGE CIMInstance
 public:
     CIMInstance();
     CIMInstance(const CIMInstance& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMInstance(CIMInstance&& x) noexcept;
     // Shares the object; throws DynamicCastFailedException when it is a
     // class (an uninitialized object gives an uninitialized instance).
     explicit CIMInstance(const CIMObject& x);
@@ -29,6 +31,7 @@ public:
     CIMInstance(const CIMName& className);
     ~CIMInstance();
     CIMInstance& operator=(const CIMInstance& x);
+    CIMInstance& operator=(CIMInstance&& x) noexcept;
 
     const CIMName& getClassName() const;
     const CIMObjectPath& getPath() const;
@@ -88,6 +91,8 @@ class PEGASUS_COMMON_LINKAGE CIMConstInstance
 public:
     CIMConstInstance();
     CIMConstInstance(const CIMConstInstance& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstInstance(CIMConstInstance&& x) noexcept;
     CIMConstInstance(const CIMInstance& x);
     // Both throw DynamicCastFailedException when the object is a class.
     explicit CIMConstInstance(const CIMObject& x);
@@ -95,6 +100,7 @@ public:
     CIMConstInstance(const CIMName& className);
     ~CIMConstInstance();
     CIMConstInstance& operator=(const CIMConstInstance& x);
+    CIMConstInstance& operator=(CIMConstInstance&& x) noexcept;
     CIMConstInstance& operator=(const CIMInstance& x);
 
     const CIMName& getClassName() const;

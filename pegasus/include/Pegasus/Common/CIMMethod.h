@@ -31,11 +31,14 @@ class PEGASUS_COMMON_LINKAGE CIMMethod
 public:
     CIMMethod();
     CIMMethod(const CIMMethod& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMMethod(CIMMethod&& x) noexcept;
     // A null name throws UninitializedObjectException.
     CIMMethod(const CIMName& name, CIMType type,
               const CIMName& classOrigin = CIMName(), Boolean propagated = false);
     ~CIMMethod();
     CIMMethod& operator=(const CIMMethod& x);
+    CIMMethod& operator=(CIMMethod&& x) noexcept;
 
     const CIMName& getName() const;
     // Throws Exception when the method already belongs to a class.
@@ -85,11 +88,14 @@ class PEGASUS_COMMON_LINKAGE CIMConstMethod
 public:
     CIMConstMethod();
     CIMConstMethod(const CIMConstMethod& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstMethod(CIMConstMethod&& x) noexcept;
     CIMConstMethod(const CIMMethod& x);
     CIMConstMethod(const CIMName& name, CIMType type,
                    const CIMName& classOrigin = CIMName(), Boolean propagated = false);
     ~CIMConstMethod();
     CIMConstMethod& operator=(const CIMConstMethod& x);
+    CIMConstMethod& operator=(CIMConstMethod&& x) noexcept;
     CIMConstMethod& operator=(const CIMMethod& x);
 
     const CIMName& getName() const;

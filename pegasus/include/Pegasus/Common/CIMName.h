@@ -19,11 +19,14 @@ class PEGASUS_COMMON_LINKAGE CIMName
 public:
     CIMName();
     CIMName(const CIMName& name) : cimName(name.cimName) {}
+    // Takes over name's text; name is left null.
+    CIMName(CIMName&& name) noexcept : cimName(static_cast<String&&>(name.cimName)) {}
     // An illegal name, including "", throws InvalidNameException.
     CIMName(const String& name);
     CIMName(const char* name);
 
     CIMName& operator=(const CIMName& name);
+    CIMName& operator=(CIMName&& name) noexcept;
     // Validates like the constructor.
     CIMName& operator=(const String& name);
 #ifdef PEGASUS_USE_EXPERIMENTAL_INTERFACES
@@ -56,6 +59,9 @@ class PEGASUS_COMMON_LINKAGE CIMNamespaceName
 public:
     CIMNamespaceName();
     CIMNamespaceName(const CIMNamespaceName& name) : cimNamespaceName(name.cimNamespaceName) {}
+    // Takes over name's text; name is left null.
+    CIMNamespaceName(CIMNamespaceName&& name) noexcept
+        : cimNamespaceName(static_cast<String&&>(name.cimNamespaceName)) {}
     // One or more legal names separated by '/', optionally with a leading
     // '/' that is not stored. Anything else, including "", throws
     // InvalidNamespaceNameException.
@@ -63,6 +69,7 @@ public:
     CIMNamespaceName(const char* name);
 
     CIMNamespaceName& operator=(const CIMNamespaceName& name);
+    CIMNamespaceName& operator=(CIMNamespaceName&& name) noexcept;
     CIMNamespaceName& operator=(const String& name);
 #ifdef PEGASUS_USE_EXPERIMENTAL_INTERFACES
     CIMNamespaceName& operator=(const char* name);

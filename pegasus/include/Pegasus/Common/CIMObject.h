@@ -61,11 +61,14 @@ class PEGASUS_COMMON_LINKAGE CIMObject
 public:
     CIMObject();
     CIMObject(const CIMObject& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMObject(CIMObject&& x) noexcept;
     // Both share the class's or instance's representation.
     CIMObject(const CIMClass& x);
     CIMObject(const CIMInstance& x);
     ~CIMObject();
     CIMObject& operator=(const CIMObject& x);
+    CIMObject& operator=(CIMObject&& x) noexcept;
 
     const CIMName& getClassName() const;
     const CIMObjectPath& getPath() const;
@@ -119,6 +122,8 @@ class PEGASUS_COMMON_LINKAGE CIMConstObject
 public:
     CIMConstObject();
     CIMConstObject(const CIMConstObject& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstObject(CIMConstObject&& x) noexcept;
     CIMConstObject(const CIMObject& x);
     CIMConstObject(const CIMClass& x);
     CIMConstObject(const CIMConstClass& x);
@@ -126,6 +131,7 @@ public:
     CIMConstObject(const CIMConstInstance& x);
     ~CIMConstObject();
     CIMConstObject& operator=(const CIMConstObject& x);
+    CIMConstObject& operator=(CIMConstObject&& x) noexcept;
 
     const CIMName& getClassName() const;
     const CIMObjectPath& getPath() const;

@@ -28,6 +28,8 @@ public:
     // Empty name and value; the type is STRING.
     CIMKeyBinding();
     CIMKeyBinding(const CIMKeyBinding& x);
+    // Takes over x's name and value; x is left empty.
+    CIMKeyBinding(CIMKeyBinding&& x) noexcept;
     // The value is not checked against the type.
     CIMKeyBinding(const CIMName& name, const String& value, Type type);
     // The value's text (toString()) with the type it implies: boolean ->
@@ -38,6 +40,7 @@ public:
     ~CIMKeyBinding();
 
     CIMKeyBinding& operator=(const CIMKeyBinding& x);
+    CIMKeyBinding& operator=(CIMKeyBinding&& x) noexcept;
 
     const CIMName& getName() const;
     void setName(const CIMName& name);
@@ -68,6 +71,8 @@ public:
     // No host, null namespace, null class name, no keys.
     CIMObjectPath();
     CIMObjectPath(const CIMObjectPath& x);
+    // Takes over x's parts; x is left as if cleared.
+    CIMObjectPath(CIMObjectPath&& x) noexcept;
     // Parses objectName; malformed text throws MalformedObjectNameException.
     CIMObjectPath(const String& objectName);
     CIMObjectPath(
@@ -78,6 +83,7 @@ public:
     ~CIMObjectPath();
 
     CIMObjectPath& operator=(const CIMObjectPath& x);
+    CIMObjectPath& operator=(CIMObjectPath&& x) noexcept;
     CIMObjectPath& operator=(const String& objectName);
 
     void clear();

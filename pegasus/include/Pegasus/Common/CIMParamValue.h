@@ -33,10 +33,13 @@ class PEGASUS_COMMON_LINKAGE CIMParamValue
 public:
     CIMParamValue();
     CIMParamValue(const CIMParamValue& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMParamValue(CIMParamValue&& x) noexcept;
     // An empty name throws UninitializedObjectException.
     CIMParamValue(String parameterName, CIMValue value, Boolean isTyped = true);
     ~CIMParamValue();
     CIMParamValue& operator=(const CIMParamValue& x);
+    CIMParamValue& operator=(CIMParamValue&& x) noexcept;
 
     String getParameterName() const;
     CIMValue getValue() const;

@@ -30,6 +30,8 @@ class PEGASUS_COMMON_LINKAGE CIMParameter
 public:
     CIMParameter();
     CIMParameter(const CIMParameter& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMParameter(CIMParameter&& x) noexcept;
     // A null name throws UninitializedObjectException; a reference class
     // name on a non-reference type, or an array size on a scalar, throws
     // TypeMismatchException.
@@ -37,6 +39,7 @@ public:
                  Uint32 arraySize = 0, const CIMName& referenceClassName = CIMName());
     ~CIMParameter();
     CIMParameter& operator=(const CIMParameter& x);
+    CIMParameter& operator=(CIMParameter&& x) noexcept;
 
     const CIMName& getName() const;
     // Throws Exception when the parameter already belongs to a method.
@@ -72,11 +75,14 @@ class PEGASUS_COMMON_LINKAGE CIMConstParameter
 public:
     CIMConstParameter();
     CIMConstParameter(const CIMConstParameter& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstParameter(CIMConstParameter&& x) noexcept;
     CIMConstParameter(const CIMParameter& x);
     CIMConstParameter(const CIMName& name, CIMType type, Boolean isArray = false,
                       Uint32 arraySize = 0, const CIMName& referenceClassName = CIMName());
     ~CIMConstParameter();
     CIMConstParameter& operator=(const CIMConstParameter& x);
+    CIMConstParameter& operator=(CIMConstParameter&& x) noexcept;
     CIMConstParameter& operator=(const CIMParameter& x);
 
     const CIMName& getName() const;

@@ -36,6 +36,8 @@ class PEGASUS_COMMON_LINKAGE CIMProperty
 public:
     CIMProperty();
     CIMProperty(const CIMProperty& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMProperty(CIMProperty&& x) noexcept;
     // The property's type and array-ness come from `value` and stay fixed.
     // Throws UninitializedObjectException for a null name and
     // TypeMismatchException for a reference array, for a non-null
@@ -47,6 +49,7 @@ public:
                 const CIMName& classOrigin = CIMName(), Boolean propagated = false);
     ~CIMProperty();
     CIMProperty& operator=(const CIMProperty& x);
+    CIMProperty& operator=(CIMProperty&& x) noexcept;
 
     const CIMName& getName() const;
     // Throws Exception when the property already belongs to a class or
@@ -101,12 +104,15 @@ class PEGASUS_COMMON_LINKAGE CIMConstProperty
 public:
     CIMConstProperty();
     CIMConstProperty(const CIMConstProperty& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstProperty(CIMConstProperty&& x) noexcept;
     CIMConstProperty(const CIMProperty& x);
     CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize = 0,
                      const CIMName& referenceClassName = CIMName(),
                      const CIMName& classOrigin = CIMName(), Boolean propagated = false);
     ~CIMConstProperty();
     CIMConstProperty& operator=(const CIMConstProperty& x);
+    CIMConstProperty& operator=(CIMConstProperty&& x) noexcept;
     CIMConstProperty& operator=(const CIMProperty& x);
 
     const CIMName& getName() const;

@@ -35,11 +35,14 @@ class PEGASUS_COMMON_LINKAGE CIMQualifier
 public:
     CIMQualifier();
     CIMQualifier(const CIMQualifier& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMQualifier(CIMQualifier&& x) noexcept;
     // A null name throws UninitializedObjectException.
     CIMQualifier(const CIMName& name, const CIMValue& value,
                  const CIMFlavor& flavor = CIMFlavor(), Boolean propagated = false);
     ~CIMQualifier();
     CIMQualifier& operator=(const CIMQualifier& x);
+    CIMQualifier& operator=(CIMQualifier&& x) noexcept;
 
     const CIMName& getName() const;
     // Renaming a qualifier that belongs to an element throws Exception: the
@@ -76,11 +79,14 @@ class PEGASUS_COMMON_LINKAGE CIMConstQualifier
 public:
     CIMConstQualifier();
     CIMConstQualifier(const CIMConstQualifier& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstQualifier(CIMConstQualifier&& x) noexcept;
     CIMConstQualifier(const CIMQualifier& x);
     CIMConstQualifier(const CIMName& name, const CIMValue& value,
                       const CIMFlavor& flavor = CIMFlavor(), Boolean propagated = false);
     ~CIMConstQualifier();
     CIMConstQualifier& operator=(const CIMConstQualifier& x);
+    CIMConstQualifier& operator=(CIMConstQualifier&& x) noexcept;
     CIMConstQualifier& operator=(const CIMQualifier& x);
 
     const CIMName& getName() const;

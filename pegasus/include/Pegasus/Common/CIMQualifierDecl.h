@@ -34,6 +34,8 @@ class PEGASUS_COMMON_LINKAGE CIMQualifierDecl
 public:
     CIMQualifierDecl();
     CIMQualifierDecl(const CIMQualifierDecl& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMQualifierDecl(CIMQualifierDecl&& x) noexcept;
     // The type comes from `value`. A null name throws
     // UninitializedObjectException; a non-zero arraySize with a scalar
     // value, or with an array value of another size, throws
@@ -42,6 +44,7 @@ public:
                      const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
     ~CIMQualifierDecl();
     CIMQualifierDecl& operator=(const CIMQualifierDecl& x);
+    CIMQualifierDecl& operator=(CIMQualifierDecl&& x) noexcept;
 
     const CIMName& getName() const;
     void setName(const CIMName& name);
@@ -72,11 +75,14 @@ class PEGASUS_COMMON_LINKAGE CIMConstQualifierDecl
 public:
     CIMConstQualifierDecl();
     CIMConstQualifierDecl(const CIMConstQualifierDecl& x);
+    // Takes over x's object; x is left uninitialized.
+    CIMConstQualifierDecl(CIMConstQualifierDecl&& x) noexcept;
     CIMConstQualifierDecl(const CIMQualifierDecl& x);
     CIMConstQualifierDecl(const CIMName& name, const CIMValue& value, const CIMScope& scope,
                           const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
     ~CIMConstQualifierDecl();
     CIMConstQualifierDecl& operator=(const CIMConstQualifierDecl& x);
+    CIMConstQualifierDecl& operator=(CIMConstQualifierDecl&& x) noexcept;
     CIMConstQualifierDecl& operator=(const CIMQualifierDecl& x);
 
     const CIMName& getName() const;

@@ -80,9 +80,12 @@ public:
     CIMValue(const Array<char>& x);
 #endif
     CIMValue(const CIMValue& x);
+    // Takes over x's value; x is left null, as if cleared.
+    CIMValue(CIMValue&& x) noexcept;
     ~CIMValue();
 
     CIMValue& operator=(const CIMValue& x);
+    CIMValue& operator=(CIMValue&& x) noexcept;
     void assign(const CIMValue& x);
     // Back to the null boolean scalar.
     void clear();

@@ -69,9 +69,12 @@ public:
     String(const String& s1, const char* s2);
     String(const char* s1, const String& s2);
 #endif
+    // Takes over str's text; str is left empty.
+    String(String&& str) noexcept;
     ~String();
 
     String& operator=(const String& str);
+    String& operator=(String&& str) noexcept;
 #ifdef PEGASUS_USE_EXPERIMENTAL_INTERFACES
     String& operator=(const char* str);
 #endif
