@@ -38,6 +38,8 @@ void writeInstance(XmlWriter& w, const CIMConstInstance& instance);
 void writeClass(XmlWriter& w, const CIMConstClass& cimClass);
 void writeObject(XmlWriter& w, const CIMConstObject& object);  // INSTANCE or CLASS
 void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance);
+// The same, named by `path` instead of the instance's own path.
+void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance, const CIMObjectPath& path);
 void writeObjectWithPath(XmlWriter& w, const CIMConstObject& object);
 
 // ---- reading ----

@@ -815,11 +815,16 @@ void ResponseWriter::addClassName(const CIMName& className)
 
 void ResponseWriter::addInstance(const CIMConstInstance& instance)
 {
+    addInstance(instance, instance.getPath());
+}
+
+void ResponseWriter::addInstance(const CIMConstInstance& instance, const CIMObjectPath& path)
+{
     _impl->expect({ResultShape::Instance, ResultShape::NamedInstances}, "addInstance");
     if (_impl->shape == ResultShape::Instance)
         writeInstance(_impl->w, instance);
     else
-        writeNamedInstance(_impl->w, instance);
+        writeNamedInstance(_impl->w, instance, path);
 }
 
 void ResponseWriter::addInstanceName(const CIMObjectPath& path)

@@ -8,6 +8,7 @@
 #include <Pegasus/Common/CIMParameter.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/CIMObjectAccess.h>
 #include <Pegasus/Common/CIMValueAccess.h>
 
 #include <algorithm>
@@ -561,7 +562,9 @@ void writeQualifiers(XmlWriter& w, const Owner& owner)
     }
 }
 
-void writeProperty(XmlWriter& w, const CIMConstProperty& p)
+// For CIMProperty (an instance's, read in place) and CIMConstProperty.
+template <class Property>
+void writeProperty(XmlWriter& w, const Property& p)
 {
     const CIMValue& value = p.getValue();
     CIMType type = p.getType();
@@ -649,7 +652,7 @@ void writeInstance(XmlWriter& w, const CIMConstInstance& instance)
     w.lit("\">");
     writeQualifiers(w, instance);
     for (Uint32 i = 0; i < instance.getPropertyCount(); i++)
-        writeProperty(w, instance.getProperty(i));
+        writeProperty(w, CIMObjectAccess::property(instance, i));
     w.lit("</INSTANCE>");
 }
 
@@ -678,8 +681,13 @@ void writeObject(XmlWriter& w, const CIMConstObject& object)
 
 void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance)
 {
+    writeNamedInstance(w, instance, instance.getPath());
+}
+
+void writeNamedInstance(XmlWriter& w, const CIMConstInstance& instance, const CIMObjectPath& path)
+{
     w.lit("<VALUE.NAMEDINSTANCE>");
-    writeInstanceName(w, instance.getPath());
+    writeInstanceName(w, path);
     writeInstance(w, instance);
     w.lit("</VALUE.NAMEDINSTANCE>");
 }

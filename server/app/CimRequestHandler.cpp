@@ -138,7 +138,7 @@ bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const O
     const CIMNamespaceName& ns = r.nameSpace;
     cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
     writer.begin();
-    auto addInstance = [&](const CIMInstance& i) { writer.addInstance(i); };
+    auto addInstance = [&](const CIMInstance& i, const CIMObjectPath& path) { writer.addInstance(i, path); };
     auto addObject = [&](const CIMObject& o) { writer.addObject(o); };
     auto addObjectPath = [&](const CIMObjectPath& p) { writer.addObjectPath(p); };
     switch (r.operation) {

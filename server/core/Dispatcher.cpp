@@ -7,6 +7,7 @@
 #include "ResponseCollectors.h"
 #include "SchemaObjects.h"
 
+#include <Pegasus/Common/CIMObjectAccess.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
@@ -181,10 +182,10 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
     if (handler && handler->consumerFailure()) std::rethrow_exception(handler->consumerFailure());
 }
 
-CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
-                                       const CIMName& requestedClass, bool deepInheritance, bool localOnly,
-                                       bool includeQualifiers, bool includeClassOrigin,
-                                       const CIMPropertyList& propertyList, FinishMemo* memo) const {
+Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
+                                                const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                                bool includeQualifiers, bool includeClassOrigin,
+                                                const CIMPropertyList& propertyList, FinishMemo* memo) const {
     const CIMNamespaceName where =
         delivered.getPath().getNameSpace().isNull() ? nameSpace : delivered.getPath().getNameSpace();
     FinishMemo local;
@@ -203,7 +204,9 @@ CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNa
     }
     const std::shared_ptr<const ClassShape>& own = known.own;
 
-    CIMObjectPath path = delivered.getPath();
+    FinishedInstance finished;
+    finished.path = delivered.getPath();
+    CIMObjectPath& path = finished.path;
     if (path.getClassName().isNull()) path.setClassName(delivered.getClassName());
     if (path.getKeyBindings().size() == 0 && own) {
         try {
@@ -231,15 +234,27 @@ CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNa
     };
 
     // Providers may deliver the same object to several requests, so the
-    // delivered instance is never changed. The answer is a new instance
-    // that shares the properties it keeps as they are; only a property
-    // that loses qualifiers or its class origin is copied. (The handles
-    // taken from `source` are only read and shared.)
+    // delivered instance is never changed. When the request keeps it whole
+    // it is answered as it is; else the answer is a new instance that
+    // shares the properties it keeps as they are, and only a property that
+    // loses qualifiers or its class origin is copied. (The handles taken
+    // from `source` are only read and shared.)
     CIMInstance& source = const_cast<CIMInstance&>(delivered);
+    const Uint32 count = source.getPropertyCount();
+    bool whole = includeQualifiers || source.getQualifierCount() == 0;
+    for (Uint32 i = 0; whole && i < count; ++i) {
+        const CIMProperty& property = CIMObjectAccess::property(source, i);
+        whole = keeps(i, property.getName()) && (includeQualifiers || property.getQualifierCount() == 0) &&
+                (includeClassOrigin || property.getClassOrigin().isNull());
+    }
+    if (whole) {
+        finished.instance = delivered;
+        return finished;
+    }
     CIMInstance instance(delivered.getClassName());
     if (includeQualifiers)
         for (Uint32 q = 0; q < source.getQualifierCount(); ++q) instance.addQualifier(source.getQualifier(q));
-    for (Uint32 i = 0; i < source.getPropertyCount(); ++i) {
+    for (Uint32 i = 0; i < count; ++i) {
         CIMProperty property = source.getProperty(i);
         if (!keeps(i, property.getName())) continue;
         const bool dropQualifiers = !includeQualifiers && property.getQualifierCount() != 0;
@@ -252,8 +267,31 @@ CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNa
         }
         instance.addProperty(property);
     }
-    instance.setPath(path);
-    return instance;
+    finished.instance = instance;
+    return finished;
+}
+
+namespace {
+// A new instance sharing the qualifiers and properties of `instance`, with
+// `path`: what callers that keep or change the answer get, since
+// `instance` may be a provider's own object.
+CIMInstance withPath(const CIMInstance& instance, const CIMObjectPath& path) {
+    CIMInstance& source = const_cast<CIMInstance&>(instance);
+    CIMInstance answer(instance.getClassName());
+    for (Uint32 q = 0; q < source.getQualifierCount(); ++q) answer.addQualifier(source.getQualifier(q));
+    for (Uint32 i = 0; i < source.getPropertyCount(); ++i) answer.addProperty(source.getProperty(i));
+    answer.setPath(path);
+    return answer;
+}
+}  // namespace
+
+CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
+                                       const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                       bool includeQualifiers, bool includeClassOrigin,
+                                       const CIMPropertyList& propertyList, FinishMemo* memo) const {
+    const FinishedInstance f = finish(delivered, nameSpace, requestedClass, deepInheritance, localOnly,
+                                      includeQualifiers, includeClassOrigin, propertyList, memo);
+    return withPath(f.instance, f.path);
 }
 
 // ---- classes ----------------------------------------------------------------
@@ -341,7 +379,9 @@ Array<CIMInstance> Dispatcher::enumerateInstances(const OperationContext& contex
                                                   const CIMPropertyList& propertyList) {
     Array<CIMInstance> out;
     enumerateInstances(context, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-                       includeClassOrigin, propertyList, [&](const CIMInstance& instance) { out.append(instance); });
+                       includeClassOrigin, propertyList, [&](const CIMInstance& instance, const CIMObjectPath& path) {
+                           out.append(withPath(instance, path));
+                       });
     return out;
 }
 
@@ -355,16 +395,17 @@ void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNa
     const OperationContext providerCtx = providerContext(context);
 
     FinishMemo memo;
-    auto finish = [&](const CIMInstance& delivered) {
-        consume(finishInstance(delivered, nameSpace, className, deepInheritance, localOnly, includeQualifiers,
-                               includeClassOrigin, propertyList, &memo));
+    auto finished = [&](const CIMInstance& delivered) {
+        const FinishedInstance f = finish(delivered, nameSpace, className, deepInheritance, localOnly,
+                                          includeQualifiers, includeClassOrigin, propertyList, &memo);
+        consume(f.instance, f.path);
     };
     Array<CIMName> classes;
     classes.append(className);
     classes.appendArray(_repository.enumerateClassNames(nameSpace, className, true));
     for (Uint32 c = 0; c < classes.size(); ++c) {
         if (std::optional<ProviderId> id = _registry.find(nameSpace, classes[c], ProviderType::Instance)) {
-            InstanceForwarder forwarder(finish);
+            InstanceForwarder forwarder(finished);
             const CIMObjectPath reference = serverPath(nameSpace, classes[c]);
             callProvider<CIMInstanceProvider>(
                 *id, providerCtx,
@@ -376,7 +417,7 @@ void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNa
             lastResponse = forwarder.responseContext();
         } else {
             Array<CIMInstance> stored = _repository.enumerateInstances(nameSpace, classes[c], false);
-            for (Uint32 i = 0; i < stored.size(); ++i) finish(stored[i]);
+            for (Uint32 i = 0; i < stored.size(); ++i) finished(stored[i]);
         }
     }
 }

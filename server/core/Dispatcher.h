@@ -99,7 +99,12 @@ public:
     // provider did with it). A CIM error raised after some results were
     // consumed passes out as usual: the consumer has then seen part of the
     // answer.
-    using InstanceConsumer = std::function<void(const Pegasus::CIMInstance&)>;
+    //
+    // An instance consumer gets the instance and the name it is answered
+    // under, which the instance itself need not carry. The instance may be
+    // the provider's own object: a consumer reads it and does not keep it.
+    using InstanceConsumer = std::function<void(const Pegasus::CIMInstance& instance,
+                                                const Pegasus::CIMObjectPath& path)>;
     using ObjectConsumer = std::function<void(const Pegasus::CIMObject&)>;
     using PathConsumer = std::function<void(const Pegasus::CIMObjectPath&)>;
 
@@ -267,6 +272,19 @@ private:
     // operation; the next instance, usually of the same class with the
     // same properties, reuses it.
     struct FinishMemo;
+    // An instance as the request asks for it, and its complete path (which
+    // the instance itself need not carry): the delivered instance when the
+    // request keeps it whole, else a new one without the properties,
+    // qualifiers and class origins the request leaves out.
+    struct FinishedInstance {
+        Pegasus::CIMInstance instance;
+        Pegasus::CIMObjectPath path;
+    };
+    FinishedInstance finish(const Pegasus::CIMInstance& delivered, const Pegasus::CIMNamespaceName& nameSpace,
+                            const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                            bool includeQualifiers, bool includeClassOrigin,
+                            const Pegasus::CIMPropertyList& propertyList, FinishMemo* memo = nullptr) const;
+    // finish(), as one instance that carries its path.
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
                                         const Pegasus::CIMNamespaceName& nameSpace,
                                         const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,

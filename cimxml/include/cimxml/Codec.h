@@ -129,6 +129,8 @@ public:
     void addClass(const CIMConstClass& cimClass);            // Class, Classes
     void addClassName(const CIMName& className);             // ClassNames
     void addInstance(const CIMConstInstance& instance);      // Instance, NamedInstances (needs its path)
+    // As addInstance(instance), named by `path` instead of its own path.
+    void addInstance(const CIMConstInstance& instance, const CIMObjectPath& path);
     void addInstanceName(const CIMObjectPath& path);         // InstanceNames, InstanceName
     void addObject(const CIMConstObject& object);            // ObjectsWithPath (needs a full path)
     void addObjectPath(const CIMObjectPath& path);           // ObjectPaths
