@@ -2,8 +2,8 @@
 
 namespace zda::cimserver {
 
-QueuedStream::QueuedStream(ResponseStream& connection, std::size_t maxPieces)
-    : _connection(connection), _maxPieces(maxPieces == 0 ? 1 : maxPieces)
+QueuedStream::QueuedStream(ResponseStream& connection, std::size_t maxPieces, std::size_t pieceSize)
+    : _connection(connection), _maxPieces(maxPieces == 0 ? 1 : maxPieces), _pieceSize(pieceSize)
 {
 }
 
@@ -27,27 +27,33 @@ void QueuedStream::send(const char* data, std::size_t size)
         _connection.send(data, size);
         return;
     }
-    std::string piece;
+    // The copy is made outside the lock, so the sender is never held up.
+    _gathering.append(data, size);
+    if (_gathering.size() >= _pieceSize || !_anyQueued)
+        queueGathered();
+}
+
+void QueuedStream::queueGathered()
+{
     {
         std::unique_lock<std::mutex> lock(_mutex);
         _room.wait(lock, [this] { return _pieces.size() < _maxPieces || _failure; });
         rethrowFailure();
+        _pieces.push_back(std::move(_gathering));
+        _anyQueued = true;
+        _gathering.clear();
         if (!_spare.empty()) {
-            piece = std::move(_spare.back());
+            _gathering = std::move(_spare.back());
             _spare.pop_back();
         }
-    }
-    // The copy is made outside the lock, so the sender is never held up.
-    piece.assign(data, size);
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        _pieces.push_back(std::move(piece));
     }
     _queued.notify_one();
 }
 
 void QueuedStream::end(const boost::beast::http::fields& trailer)
 {
+    if (_sender.joinable() && !_gathering.empty())
+        queueGathered();
     stopSender(false);
     {
         std::lock_guard<std::mutex> lock(_mutex);
@@ -98,6 +104,7 @@ void QueuedStream::run()
         }
         {
             std::lock_guard<std::mutex> lock(_mutex);
+            piece.clear();
             _spare.push_back(std::move(piece));
         }
         _room.notify_one();

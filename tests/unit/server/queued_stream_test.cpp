@@ -60,7 +60,7 @@ TEST(QueuedStreamTest, PiecesArriveWholeAndInOrderBeforeTheEnd)
 {
     RecordingConnection connection(0, 1);
     {
-        QueuedStream queued(connection, 2);
+        QueuedStream queued(connection, 2, 1);  // each send is a piece of its own
         queued.send("before", 6);  // not begun yet: written at once
         HttpResponseHead head;
         queued.begin(head);
@@ -80,10 +80,41 @@ TEST(QueuedStreamTest, PiecesArriveWholeAndInOrderBeforeTheEnd)
     EXPECT_EQ(events.back(), "end");
 }
 
+TEST(QueuedStreamTest, SendsAfterTheFirstAreGatheredIntoPiecesOfAtLeastThePieceSize)
+{
+    RecordingConnection connection;
+    std::string expected;
+    {
+        QueuedStream queued(connection, 2, 10000);
+        HttpResponseHead head;
+        queued.begin(head);
+        for (int i = 0; i < 200; i++) {
+            std::string p = piece(i);
+            expected += p;
+            queued.send(p.data(), p.size());
+        }
+        queued.end(boost::beast::http::fields());
+    }
+    std::vector<std::string> events = connection.events();
+    ASSERT_GE(events.size(), 4u);
+    EXPECT_EQ(events.front(), "begin");
+    EXPECT_EQ(events[1], piece(0));  // at once, as it came
+    EXPECT_EQ(events.back(), "end");
+    std::string body;
+    for (std::size_t i = 1; i + 1 < events.size(); i++) {
+        if (i > 1 && i + 2 < events.size()) {  // the gathered ones, but the last, are full
+            EXPECT_GE(events[i].size(), 10000u);
+        }
+        body += events[i];
+    }
+    EXPECT_EQ(body, expected);
+    EXPECT_LT(events.size(), 200u);
+}
+
 TEST(QueuedStreamTest, AFailedConnectionStopsTheAnswerAtTheCaller)
 {
     RecordingConnection connection(3);
-    QueuedStream queued(connection, 2);
+    QueuedStream queued(connection, 2, 1);
     HttpResponseHead head;
     queued.begin(head);
     bool lost = false;
@@ -109,7 +140,7 @@ TEST(QueuedStreamTest, AnAbandonedAnswerReleasesItsCallerPromptly)
     RecordingConnection connection(0, 50);
     const auto start = std::chrono::steady_clock::now();
     {
-        QueuedStream queued(connection, 3);
+        QueuedStream queued(connection, 3, 1);
         HttpResponseHead head;
         queued.begin(head);
         for (int i = 0; i < 4; i++) {
