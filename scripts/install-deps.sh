@@ -8,7 +8,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libboost-dev libssl-dev libpugixml-dev nlohmann-json3-dev libcli11-dev
-  libcrypt-dev
+  libcrypt-dev libgoogle-perftools-dev
   sblim-wbemcli curl openssl
   clang libclang-rt-14-dev
 )
