@@ -61,7 +61,7 @@ char* api_getErrorTextNoNL(char* buffer, int size, const api_Status_t* status) t
     return buffer;
 } catch (...) {
     caughtAtBoundary("api_getErrorTextNoNL");
-    buffer[0] = '\0';
+    if (buffer && size > 0) buffer[0] = '\0';
     return buffer;
 }
 
