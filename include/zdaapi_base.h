@@ -52,6 +52,8 @@ typedef uint32_t dskid_t;
 #define API_E_EXISTS 17          /* an object of that name already exists */
 #define API_E_INVALID 22         /* a bad argument; the text says which */
 #define API_E_LIMIT 28           /* an array limit would be exceeded */
+#define API_E_INTERNAL 5         /* the library could not finish the call (the text says
+                                  * why); the array is as it was before the call */
 
 /* ---- api_Status_t ---------------------------------------------------- */
 /* The result of most calls, returned by value. Only `code` is meant to be

@@ -48,6 +48,12 @@ void zdasim_role_set_right(const char* role, const char* key, int answer);
 int zdasim_user_set(const char* user, const char* role);
 /* Makes api_zdaOpenForCimserver refuse (1) or accept (0) the user. */
 int zdasim_user_refuse_open(const char* user, int refuse);
+/* Whether `user` may use the simulator controls: 1 when the array opens for
+ * the user and the user's role allows the rights key
+ * "zda_storagesetting.modifyinstance" (changing the system's settings),
+ * else 0. Takes no injected fault and is not journaled, so that faults
+ * injected through the controls cannot lock out the controls. */
+int zdasim_user_may_control(const char* user);
 
 /* ---- system ----------------------------------------------------------------- */
 
@@ -84,6 +90,11 @@ int zdasim_vvset_set_key(const char* set, const char* key, const char* value);
  * fail with `code` and `text`, without doing anything. Status calls return
  * them as the status, int calls return `code`. count -1: until cleared. */
 void zdasim_fault_add(const char* function, int count, int code, const char* text);
+/* A fault with this code makes the call do its work and then throw (with
+ * `text`), as an unexpected error inside the library would: the call
+ * still answers with API_E_INTERNAL and a text, and a change it made is
+ * undone when a state file is open. */
+#define ZDASIM_FAULT_THROW (-999)
 /* The next `count` cim_sem_wait calls time out at once. */
 void zdasim_fault_sem_timeouts(int count);
 void zdasim_faults_clear(void);

@@ -42,13 +42,15 @@ void api_initStatus(api_Status_t* status) {
     status->text[0] = '\0';
 }
 
-void errinfo_set_str(api_Status_t* status, int code, const char* text) {
+void errinfo_set_str(api_Status_t* status, int code, const char* text) try {
     if (!status) return;
     status->code = code;
     copyText(status->text, sizeof status->text, str(text));
+} catch (...) {
+    caughtAtBoundary("errinfo_set_str");
 }
 
-char* api_getErrorTextNoNL(char* buffer, int size, const api_Status_t* status) {
+char* api_getErrorTextNoNL(char* buffer, int size, const api_Status_t* status) try {
     if (!buffer || size <= 0) return buffer;
     std::string text;
     if (status) {
@@ -57,37 +59,52 @@ char* api_getErrorTextNoNL(char* buffer, int size, const api_Status_t* status) {
     }
     copyText(buffer, static_cast<size_t>(size), text);
     return buffer;
+} catch (...) {
+    caughtAtBoundary("api_getErrorTextNoNL");
+    if (buffer && size > 0) buffer[0] = '\0';
+    return buffer;
 }
 
-int cim_sem_wait(void) {
+int cim_sem_wait(void) try {
     Runtime& rt = runtime();
     int rc = rt.sem.wait();
     rt.journal.add("cim_sem_wait -> " + std::to_string(rc));
     return rc;
+} catch (...) {
+    // A failed wait must not leave the semaphore held: the caller posts
+    // only after a successful one.
+    if (runtime().sem.heldByCaller()) runtime().sem.post();
+    return caughtAtBoundary("cim_sem_wait").code;
 }
 
-void cim_sem_post(void) {
+void cim_sem_post(void) try {
     Runtime& rt = runtime();
     rt.sem.post();
     rt.journal.add("cim_sem_post");
+} catch (...) {
+    caughtAtBoundary("cim_sem_post");
 }
 
-void log_message(int level, const char* format, ...) {
+void log_message(int level, const char* format, ...) try {
     if (!format) return;
     va_list ap;
     va_start(ap, format);
     std::string line = withoutTrailingNewlines(vformat(format, ap));
     va_end(ap);
     runtime().log.write(level, line);
+} catch (...) {
+    caughtAtBoundary("log_message");
 }
 
-void zda_print_no_evt(const char* format, ...) {
+void zda_print_no_evt(const char* format, ...) try {
     if (!format) return;
     va_list ap;
     va_start(ap, format);
     std::string line = withoutTrailingNewlines(vformat(format, ap));
     va_end(ap);
     runtime().log.write(LOG_LEVEL_ERROR, line);
+} catch (...) {
+    caughtAtBoundary("zda_print_no_evt");
 }
 
 void zda_panic(const char* format, ...) {
@@ -103,12 +120,14 @@ void zda_panic(const char* format, ...) {
     std::abort();
 }
 
-void free_if_not_null(void* p) {
+void free_if_not_null(void* p) try {
     if (!p) return;
     runtime().ledger.releaseAny(p);
+} catch (...) {
+    caughtAtBoundary("free_if_not_null");
 }
 
-int validateConvertIP(const char* addressText, char* buffer, int size) {
+int validateConvertIP(const char* addressText, char* buffer, int size) try {
     if (!addressText || !buffer || size <= 0) return -1;
     unsigned char bin[16];
     char text[INET6_ADDRSTRLEN];
@@ -123,12 +142,18 @@ int validateConvertIP(const char* addressText, char* buffer, int size) {
         return AF_INET;
     }
     return -1;
+} catch (...) {
+    caughtAtBoundary("validateConvertIP");
+    return -1;
 }
 
-int cluster_num_nodes_alive(void) {
+int cluster_num_nodes_alive(void) try {
     ApiCall call("cluster_num_nodes_alive", Sem::NotNeeded);
     if (call.fault()) return call.done(call.fault()->code);
     return call.done(call.model().system.nodesAlive);
+} catch (...) {
+    caughtAtBoundary("cluster_num_nodes_alive");
+    return 0;
 }
 
 }  // extern "C"

@@ -50,7 +50,7 @@ api_Status_t findCopy(ArrayModel& m, const char* name, Volume*& copy, const Volu
 
 extern "C" {
 
-api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy) {
+api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy) try {
     ApiCall call("api_createPhysicalCopy", Sem::Needed, Changing{event});
     if (copy) {
         call.arg("parent", fieldName(copy->parentVolName, API_NAME_LEN))
@@ -63,8 +63,8 @@ api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy
     if (!copy) return call.done(statusError(API_E_INVALID, "No copy requested"));
     copy->tid = 0;
     copy->childVolWWN[0] = '\0';
-    if (strnlen(copy->childVolName, API_NAME_LEN) == API_NAME_LEN)
-        return call.done(statusError(API_E_INVALID, "Copy name is longer than 31 characters"));
+    const std::string bad = nameProblem(fieldName(copy->childVolName, API_NAME_LEN));
+    if (!bad.empty()) return call.done(statusError(API_E_INVALID, "Copy name %s", bad.c_str()));
     ArrayModel& m = call.model();
     Tasks& tasks = runtime().tasks;
     const std::string parentName = fieldName(copy->parentVolName, API_NAME_LEN);
@@ -125,9 +125,11 @@ api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy
     copyText(copy->childVolWWN, target->wwnText);
     call.arg("tid", tid);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_createPhysicalCopy");
 }
 
-api_Status_t api_resyncCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid) {
+api_Status_t api_resyncCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid) try {
     ApiCall call("api_resyncCopy", Sem::Needed, Changing{event});
     call.arg("copy", copyName);
     if (tid) *tid = 0;
@@ -152,9 +154,11 @@ api_Status_t api_resyncCopy(_api_evtparam_t* event, const char* copyName, uint32
     if (tid) *tid = id;
     call.arg("tid", id);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_resyncCopy");
 }
 
-api_Status_t api_restoreCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid) {
+api_Status_t api_restoreCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid) try {
     ApiCall call("api_restoreCopy", Sem::Needed, Changing{event});
     call.arg("copy", copyName);
     if (tid) *tid = 0;
@@ -175,9 +179,11 @@ api_Status_t api_restoreCopy(_api_evtparam_t* event, const char* copyName, uint3
     if (tid) *tid = id;
     call.arg("tid", id);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_restoreCopy");
 }
 
-api_Status_t api_stopCopy(_api_evtparam_t* event, const char* copyName) {
+api_Status_t api_stopCopy(_api_evtparam_t* event, const char* copyName) try {
     ApiCall call("api_stopCopy", Sem::Needed, Changing{event});
     call.arg("copy", copyName);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -193,9 +199,11 @@ api_Status_t api_stopCopy(_api_evtparam_t* event, const char* copyName) {
     call.arg("tid", t->tid);
     tasks.cancel(t->tid, m, call.now(), "stopped");
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_stopCopy");
 }
 
-api_Status_t api_promoteCopy(_api_evtparam_t* event, const char* copyName) {
+api_Status_t api_promoteCopy(_api_evtparam_t* event, const char* copyName) try {
     ApiCall call("api_promoteCopy", Sem::Needed, Changing{event});
     call.arg("copy", copyName);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -211,9 +219,11 @@ api_Status_t api_promoteCopy(_api_evtparam_t* event, const char* copyName) {
     m.relinkVolume(copy->id, 0, API_VV_TYPE_BASE);
     copy->state &= ~API_VV_STATE_COPY_INACTIVE;
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_promoteCopy");
 }
 
-api_Status_t api_setSnapCPG(_api_evtparam_t* event, const char* name, const char* cpg) {
+api_Status_t api_setSnapCPG(_api_evtparam_t* event, const char* name, const char* cpg) try {
     ApiCall call("api_setSnapCPG", Sem::Needed, Changing{event});
     call.arg("name", name).arg("cpg", cpg);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -227,6 +237,8 @@ api_Status_t api_setSnapCPG(_api_evtparam_t* event, const char* name, const char
         return call.done(statusError(API_E_INVALID, "CPG %s is not in the domain of VV %s", c->name.c_str(), v->name.c_str()));
     v->snapCpg = c->name;
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_setSnapCPG");
 }
 
 }  // extern "C"

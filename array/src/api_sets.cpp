@@ -14,10 +14,6 @@ constexpr const char* kOkv = "okv";
 constexpr const char* kKvQuery = "kv_query";
 constexpr size_t kMaxComment = 256;
 
-bool validName(const char* name) {
-    return name && *name && std::strlen(name) < API_NAME_LEN;
-}
-
 bool meets(const VVSet& set, const api_okv_opts_t* conditions) {
     if (!conditions || !conditions->entries) return true;
     for (int i = 0; i < conditions->count; ++i) {
@@ -114,23 +110,29 @@ api_Status_t commonDomain(const std::vector<const Volume*>& vols, std::string& d
 
 extern "C" {
 
-int api_okv_addSetKV(api_okv_opts_t* opts, const char* key, const char* value) {
+int api_okv_addSetKV(api_okv_opts_t* opts, const char* key, const char* value) try {
     return addOkv("api_okv_addSetKV", API_OKV_SET, opts, key, value);
+} catch (...) {
+    return caughtAtBoundary("api_okv_addSetKV").code;
 }
 
-int api_okv_addIfKV(api_okv_opts_t* opts, const char* key, const char* value) {
+int api_okv_addIfKV(api_okv_opts_t* opts, const char* key, const char* value) try {
     return addOkv("api_okv_addIfKV", API_OKV_IF, opts, key, value);
+} catch (...) {
+    return caughtAtBoundary("api_okv_addIfKV").code;
 }
 
-void api_free_okv_opts(api_okv_opts_t* opts) {
+void api_free_okv_opts(api_okv_opts_t* opts) try {
     if (!opts) return;
     Runtime& rt = runtime();
     rt.ledger.release(opts->entries, kOkv);
     std::memset(opts, 0, sizeof *opts);
     rt.journal.add("api_free_okv_opts");
+} catch (...) {
+    caughtAtBoundary("api_free_okv_opts");
 }
 
-api_Status_t api_getVVSets(const char* name, const api_okv_opts_t* conditions, int flags, api_sets_t* list) {
+api_Status_t api_getVVSets(const char* name, const api_okv_opts_t* conditions, int flags, api_sets_t* list) try {
     ApiCall call("api_getVVSets", Sem::Needed);
     call.arg("name", name).arg("if", conditionText(conditions)).arg("flags", flags);
     if (!list) return call.done(statusError(API_E_INVALID, "No list to fill"));
@@ -175,24 +177,29 @@ api_Status_t api_getVVSets(const char* name, const api_okv_opts_t* conditions, i
     list->count = static_cast<uint32_t>(found.size());
     list->sets = sets;
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_getVVSets");
 }
 
-void api_freeSets(api_sets_t* list) {
+void api_freeSets(api_sets_t* list) try {
     if (!list) return;
     Runtime& rt = runtime();
     rt.ledger.release(list->sets, kSets);
     std::memset(list, 0, sizeof *list);
     rt.journal.add("api_freeSets");
+} catch (...) {
+    caughtAtBoundary("api_freeSets");
 }
 
 api_Status_t api_createVVSet(_api_evtparam_t* event, const char* name, api_name_t* vvNames, int count, int flags,
-                             const char* comment, const api_okv_opts_t* okv) {
+                             const char* comment, const api_okv_opts_t* okv) try {
     ApiCall call("api_createVVSet", Sem::Needed, Changing{event});
     call.arg("name", name).arg("members", joinNames(vvNames, count)).arg("count", count).arg("flags", flags)
         .arg("comment", comment).arg("kv", conditionText(okv));
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     ArrayModel& m = call.model();
-    if (!validName(name)) return call.done(statusError(API_E_INVALID, "VV set name \"%s\" must have 1 to 31 characters", name ? name : ""));
+    const std::string bad = nameProblem(str(name));
+    if (!bad.empty()) return call.done(statusError(API_E_INVALID, "VV set name \"%s\" %s", str(name).c_str(), bad.c_str()));
     if (m.findSet(name)) return call.done(statusError(API_E_EXISTS, "VV set %s already exists", name));
     if (comment && std::strlen(comment) > kMaxComment)
         return call.done(statusError(API_E_INVALID, "Comment of VV set %s is longer than %zu characters", name, kMaxComment));
@@ -212,10 +219,12 @@ api_Status_t api_createVVSet(_api_evtparam_t* event, const char* name, api_name_
     const VVSet& made = m.addSet(std::move(set));
     call.arg("id", made.id);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_createVVSet");
 }
 
 api_Status_t api_setVVSet(_api_evtparam_t* event, const char* setName, const char* newName, const char* comment,
-                          int renameFlag, int commentFlag) {
+                          int renameFlag, int commentFlag) try {
     ApiCall call("api_setVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("newName", renameFlag == 1 ? newName : nullptr)
         .arg("comment", commentFlag == 1 ? comment : nullptr).arg("renameFlag", renameFlag).arg("commentFlag", commentFlag);
@@ -226,9 +235,10 @@ api_Status_t api_setVVSet(_api_evtparam_t* event, const char* setName, const cha
     const bool rename = renameFlag == 1;
     const bool recomment = commentFlag == 1;
     if (rename) {
-        if (!validName(newName))
-            return call.done(statusError(API_E_INVALID, "New name \"%s\" of VV set %s must have 1 to 31 characters",
-                                         newName ? newName : "", setName));
+        const std::string bad = nameProblem(str(newName));
+        if (!bad.empty())
+            return call.done(statusError(API_E_INVALID, "New name \"%s\" of VV set %s %s", str(newName).c_str(), setName,
+                                         bad.c_str()));
         if (std::strcmp(newName, setName) != 0 && m.findSet(newName))
             return call.done(statusError(API_E_EXISTS, "Cannot rename VV set %s: VV set %s already exists", setName, newName));
     }
@@ -237,9 +247,11 @@ api_Status_t api_setVVSet(_api_evtparam_t* event, const char* setName, const cha
     if (recomment) set->comment = str(comment);
     if (rename) m.renameSet(set->id, newName);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_setVVSet");
 }
 
-api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) {
+api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) try {
     ApiCall call("api_removeVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -250,9 +262,11 @@ api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) {
     if (!use.empty()) return call.done(statusError(API_E_IN_USE, "VV set %s %s", setName, use.c_str()));
     m.removeSet(set->id);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_removeVVSet");
 }
 
-api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) {
+api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) try {
     ApiCall call("api_addToVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("members", joinNames(names, count)).arg("count", count);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -273,9 +287,11 @@ api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_nam
     set->domain = domain;
     for (const Volume* v : vols) set->members.push_back(v->name);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_addToVVSet");
 }
 
-api_Status_t api_removeFromVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) {
+api_Status_t api_removeFromVVSet(_api_evtparam_t* event, const char* setName, api_name_t* names, int count) try {
     ApiCall call("api_removeFromVVSet", Sem::Needed, Changing{event});
     call.arg("name", setName).arg("members", joinNames(names, count)).arg("count", count);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -293,9 +309,11 @@ api_Status_t api_removeFromVVSet(_api_evtparam_t* event, const char* setName, ap
     }
     set->members = std::move(keep);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_removeFromVVSet");
 }
 
-api_Status_t api_addKeyValueOpt(api_keyvalue_query_t* query, const char* key) {
+api_Status_t api_addKeyValueOpt(api_keyvalue_query_t* query, const char* key) try {
     ApiCall call("api_addKeyValueOpt", Sem::Needed);
     call.arg("key", key);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -308,9 +326,11 @@ api_Status_t api_addKeyValueOpt(api_keyvalue_query_t* query, const char* key) {
     std::memset(&r, 0, sizeof r);
     copyText(r.key, key);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_addKeyValueOpt");
 }
 
-api_Status_t api_getKeyValues(api_keyvalue_query_t* query) {
+api_Status_t api_getKeyValues(api_keyvalue_query_t* query) try {
     ApiCall call("api_getKeyValues", Sem::Needed);
     if (query) call.arg("type", query->objType).arg("id", query->objId);
     if (!query) return call.done(statusError(API_E_INVALID, "No key-value query"));
@@ -329,9 +349,11 @@ api_Status_t api_getKeyValues(api_keyvalue_query_t* query) {
     }
     call.arg("found", query->found);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_getKeyValues");
 }
 
-void api_freeKeyValueOpt(api_keyvalue_query_t* query) {
+void api_freeKeyValueOpt(api_keyvalue_query_t* query) try {
     if (!query) return;
     Runtime& rt = runtime();
     rt.ledger.release(query->keys, kKvQuery);
@@ -339,6 +361,8 @@ void api_freeKeyValueOpt(api_keyvalue_query_t* query) {
     query->keyCount = 0;
     query->found = 0;
     rt.journal.add("api_freeKeyValueOpt");
+} catch (...) {
+    caughtAtBoundary("api_freeKeyValueOpt");
 }
 
 }  // extern "C"

@@ -11,8 +11,8 @@ constexpr const char* kSettingList = "setting_list";
 
 // Why `s` cannot be stored, as a failed status, or success.
 api_Status_t check(const ArrayModel& m, const api_setting_t& s) {
-    if (strnlen(s.name, sizeof s.name) == sizeof s.name) return statusError(API_E_INVALID, "Setting name is longer than 31 characters");
-    if (s.name[0] == '\0') return statusError(API_E_INVALID, "Setting name is empty");
+    const std::string bad = nameProblem(fieldName(s.name, sizeof s.name));
+    if (!bad.empty()) return statusError(API_E_INVALID, "Setting name %s", bad.c_str());
     if (strnlen(s.comment, sizeof s.comment) == sizeof s.comment)
         return statusError(API_E_INVALID, "Setting comment is longer than 256 characters");
     for (const char* cpg : {s.userCpg, s.snapCpg}) {
@@ -41,7 +41,7 @@ Setting stored(const api_setting_t& s) {
 
 extern "C" {
 
-int api_getSettings(int* count, api_setting_t** settings) {
+int api_getSettings(int* count, api_setting_t** settings) try {
     ApiCall call("api_getSettings", Sem::Needed);
     if (!count || !settings) return call.done(API_E_INVALID);
     *count = 0;
@@ -57,9 +57,11 @@ int api_getSettings(int* count, api_setting_t** settings) {
     *count = static_cast<int>(all.size());
     *settings = out;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getSettings").code;
 }
 
-api_Status_t api_createSetting(_api_evtparam_t* event, const api_setting_t* setting) {
+api_Status_t api_createSetting(_api_evtparam_t* event, const api_setting_t* setting) try {
     ApiCall call("api_createSetting", Sem::Needed, Changing{event});
     if (setting) call.arg("name", fieldName(setting->name, sizeof setting->name));
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -73,9 +75,11 @@ api_Status_t api_createSetting(_api_evtparam_t* event, const api_setting_t* sett
         return call.done(statusError(API_E_LIMIT, "The system keeps at most %d settings", API_MAX_SETTINGS));
     m.settings[name] = stored(*setting);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_createSetting");
 }
 
-api_Status_t api_modifySetting(_api_evtparam_t* event, const api_setting_t* setting) {
+api_Status_t api_modifySetting(_api_evtparam_t* event, const api_setting_t* setting) try {
     ApiCall call("api_modifySetting", Sem::Needed, Changing{event});
     if (setting) call.arg("name", fieldName(setting->name, sizeof setting->name));
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
@@ -88,15 +92,19 @@ api_Status_t api_modifySetting(_api_evtparam_t* event, const api_setting_t* sett
     if (checked.code) return call.done(checked);
     it->second = stored(*setting);
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_modifySetting");
 }
 
-api_Status_t api_removeSetting(_api_evtparam_t* event, const char* name) {
+api_Status_t api_removeSetting(_api_evtparam_t* event, const char* name) try {
     ApiCall call("api_removeSetting", Sem::Needed, Changing{event});
     call.arg("name", name);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     if (call.model().settings.erase(str(name)) == 0)
         return call.done(statusError(API_E_NOT_FOUND, "Setting %s does not exist", str(name).c_str()));
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_removeSetting");
 }
 
 }  // extern "C"

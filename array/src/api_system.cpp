@@ -42,7 +42,7 @@ int copySystemText(const char* function, char* buffer, std::string SystemInfo::*
 
 extern "C" {
 
-int api_zdaOpenForCimserver(const char* userName) {
+int api_zdaOpenForCimserver(const char* userName) try {
     ApiCall call("api_zdaOpenForCimserver", Sem::NotNeeded);
     call.arg("user", userName);
     if (call.fault()) return call.done(call.fault()->code);
@@ -50,23 +50,21 @@ int api_zdaOpenForCimserver(const char* userName) {
     auto it = userName ? users.find(userName) : users.end();
     if (it == users.end() || it->second.openRefused) return call.done(API_E_ACCESS);
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_zdaOpenForCimserver").code;
 }
 
-int api_authorizeCIMUser(const char* user, const char* ipAddress, const char* key) {
+int api_authorizeCIMUser(const char* user, const char* ipAddress, const char* key) try {
     ApiCall call("api_authorizeCIMUser", Sem::NotNeeded);
     call.arg("user", user).arg("addr", ipAddress).arg("key", key);
     if (call.fault()) return call.done(call.fault()->code);
-    const ArrayModel& m = call.model();
-    auto u = user ? m.users.find(user) : m.users.end();
-    if (u == m.users.end()) return call.done(API_AUTH_UNKNOWN_USER);
-    auto r = m.roles.find(u->second.role);
-    if (r == m.roles.end()) return call.done(API_AUTH_DENIED);
-    if (!key) return call.done(API_AUTH_UNSUPPORTED);
-    auto right = r->second.rights.find(key);
-    return call.done(right == r->second.rights.end() ? r->second.defaultAnswer : right->second);
+    return call.done(call.model().authorize(user, key));
+} catch (...) {
+    caughtAtBoundary("api_authorizeCIMUser");
+    return API_AUTH_DENIED;
 }
 
-int api_getSystemInfo(api_system_info_t* info) {
+int api_getSystemInfo(api_system_info_t* info) try {
     ApiCall call("api_getSystemInfo", Sem::Needed);
     if (!info) return call.done(API_E_INVALID);
     std::memset(info, 0, sizeof *info);
@@ -84,17 +82,23 @@ int api_getSystemInfo(api_system_info_t* info) {
     info->nodesAlive = s.nodesAlive;
     info->nodesTotal = s.nodesTotal;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getSystemInfo").code;
 }
 
-int api_getSystemContact(char* buffer) {
+int api_getSystemContact(char* buffer) try {
     return copySystemText("api_getSystemContact", buffer, &SystemInfo::contact);
+} catch (...) {
+    return caughtAtBoundary("api_getSystemContact").code;
 }
 
-int api_getOwnerName(char* buffer) {
+int api_getOwnerName(char* buffer) try {
     return copySystemText("api_getOwnerName", buffer, &SystemInfo::owner);
+} catch (...) {
+    return caughtAtBoundary("api_getOwnerName").code;
 }
 
-int api_getSystemDualIP(_api_ipaddr_t* addr) {
+int api_getSystemDualIP(_api_ipaddr_t* addr) try {
     ApiCall call("api_getSystemDualIP", Sem::NotNeeded);
     if (!addr) return call.done(API_E_INVALID);
     std::memset(addr, 0, sizeof *addr);
@@ -107,10 +111,12 @@ int api_getSystemDualIP(_api_ipaddr_t* addr) {
     addr->dual_flag = 1;
     if (!s.ipv6.empty() && inet_pton(AF_INET6, s.ipv6.c_str(), addr->ipv6_addr) == 1) addr->dual_flag = 2;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getSystemDualIP").code;
 }
 
 int api_getMaxVolumeNumbers(uint32_t* maxVol, uint32_t* maxBaseVol, uint32_t* maxSnapshotPerBase,
-                            uint32_t* maxRWSnapshots) {
+                            uint32_t* maxRWSnapshots) try {
     ApiCall call("api_getMaxVolumeNumbers", Sem::NotNeeded);
     if (call.fault()) return call.done(call.fault()->code);
     const SystemInfo& s = call.model().system;
@@ -119,9 +125,11 @@ int api_getMaxVolumeNumbers(uint32_t* maxVol, uint32_t* maxBaseVol, uint32_t* ma
     if (maxSnapshotPerBase) *maxSnapshotPerBase = s.maxSnapshotsPerBase;
     if (maxRWSnapshots) *maxRWSnapshots = s.maxRWSnapshots;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getMaxVolumeNumbers").code;
 }
 
-int api_getmvar(int vartype, uint32_t* value) {
+int api_getmvar(int vartype, uint32_t* value) try {
     ApiCall call("api_getmvar", Sem::NotNeeded);
     call.arg("vartype", vartype);
     if (value) *value = 0;
@@ -130,18 +138,23 @@ int api_getmvar(int vartype, uint32_t* value) {
         return call.done(API_E_INVALID);
     *value = call.model().system.rcopyLimits[vartype];
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getmvar").code;
 }
 
-int api_getFCPortLPID(api_u64_t portWWN) {
+int api_getFCPortLPID(api_u64_t portWWN) try {
     ApiCall call("api_getFCPortLPID", Sem::NotNeeded);
     call.arg("wwn", wwnToText(0, portWWN));
     if (call.fault()) return call.done(call.fault()->code);
     for (const Port& p : call.model().ports)
         if (p.record.protocol == API_PORT_FC && p.record.wwn == portWWN) return call.done(p.record.lpid);
     return call.done(-1);
+} catch (...) {
+    caughtAtBoundary("api_getFCPortLPID");
+    return -1;
 }
 
-int api_getiSCSIPortLPID(const char* iscsiName) {
+int api_getiSCSIPortLPID(const char* iscsiName) try {
     ApiCall call("api_getiSCSIPortLPID", Sem::NotNeeded);
     call.arg("name", iscsiName);
     if (call.fault()) return call.done(call.fault()->code);
@@ -150,14 +163,21 @@ int api_getiSCSIPortLPID(const char* iscsiName) {
     for (const Port& p : call.model().ports)
         if (p.record.protocol == API_PORT_ISCSI && name == p.record.iscsiName) return call.done(p.record.lpid);
     return call.done(-1);
+} catch (...) {
+    caughtAtBoundary("api_getiSCSIPortLPID");
+    return -1;
 }
 
-int api_getFCPorts(int* count, api_port_t** ports) {
+int api_getFCPorts(int* count, api_port_t** ports) try {
     return listPorts("api_getFCPorts", API_PORT_FC, count, ports);
+} catch (...) {
+    return caughtAtBoundary("api_getFCPorts").code;
 }
 
-int api_getRCIPPorts(int* count, api_port_t** ports) {
+int api_getRCIPPorts(int* count, api_port_t** ports) try {
     return listPorts("api_getRCIPPorts", API_PORT_RCIP, count, ports);
+} catch (...) {
+    return caughtAtBoundary("api_getRCIPPorts").code;
 }
 
 }  // extern "C"

@@ -120,7 +120,7 @@ std::string joinNames(const api_name_t* names, int count) {
 
 extern "C" {
 
-int api_getCPGs(int* count, api_cpg_t** cpgs) {
+int api_getCPGs(int* count, api_cpg_t** cpgs) try {
     ApiCall call("api_getCPGs", Sem::Needed);
     if (!count || !cpgs) return call.done(API_E_INVALID);
     *count = 0;
@@ -149,9 +149,11 @@ int api_getCPGs(int* count, api_cpg_t** cpgs) {
     *count = static_cast<int>(i);
     *cpgs = out;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getCPGs").code;
 }
 
-int api_getVVs(const char* name, const char* wwn, int* count, api_VVObj_t** vv, int max) {
+int api_getVVs(const char* name, const char* wwn, int* count, api_VVObj_t** vv, int max) try {
     ApiCall call("api_getVVs", Sem::Needed);
     call.arg("name", name).arg("wwn", wwn).arg("max", max);
     if (!count || !vv) return call.done(API_E_INVALID);
@@ -176,9 +178,11 @@ int api_getVVs(const char* name, const char* wwn, int* count, api_VVObj_t** vv, 
     int rc = handOut(call, found, count, vv);
     call.arg("count", *count);
     return call.done(rc);
+} catch (...) {
+    return caughtAtBoundary("api_getVVs").code;
 }
 
-int api_getvv_filter_init(_api_getvv_filter_t* filter, int n) {
+int api_getvv_filter_init(_api_getvv_filter_t* filter, int n) try {
     ApiCall call("api_getvv_filter_init", Sem::NotNeeded);
     call.arg("n", n);
     if (!filter) return call.done(API_E_INVALID);
@@ -190,9 +194,11 @@ int api_getvv_filter_init(_api_getvv_filter_t* filter, int n) {
     if (!filter->entries) return call.done(API_E_NOMEM);
     filter->capacity = n;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getvv_filter_init").code;
 }
 
-int api_getvv_filter_add(_api_getvv_filter_t* filter, int attribute, int op, const char* values) {
+int api_getvv_filter_add(_api_getvv_filter_t* filter, int attribute, int op, const char* values) try {
     ApiCall call("api_getvv_filter_add", Sem::NotNeeded);
     call.arg("attribute", attribute).arg("op", op).arg("values", values);
     if (call.fault()) return call.done(call.fault()->code);
@@ -205,18 +211,22 @@ int api_getvv_filter_add(_api_getvv_filter_t* filter, int attribute, int op, con
     e.op = op;
     copyText(e.values, values);
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getvv_filter_add").code;
 }
 
-void api_getvv_filter_free(_api_getvv_filter_t* filter) {
+void api_getvv_filter_free(_api_getvv_filter_t* filter) try {
     if (!filter) return;
     Runtime& rt = runtime();
     rt.ledger.release(filter->entries, kFilter);
     std::memset(filter, 0, sizeof *filter);
     rt.journal.add("api_getvv_filter_free");
+} catch (...) {
+    caughtAtBoundary("api_getvv_filter_free");
 }
 
 int api_getVVs_chunk(api_getvv_cursor_t* cursor, int maxCount, const _api_getvv_filter_t* filter, int* count,
-                     api_VVObj_t** list, int flags) {
+                     api_VVObj_t** list, int flags) try {
     ApiCall call("api_getVVs_chunk", Sem::Needed);
     call.arg("max", maxCount).arg("flags", flags);
     for (int i = 0; filter && filter->entries && i < filter->count; ++i)
@@ -256,9 +266,11 @@ int api_getVVs_chunk(api_getvv_cursor_t* cursor, int maxCount, const _api_getvv_
     int rc = handOut(call, found, count, list);
     call.arg("count", *count);
     return call.done(rc);
+} catch (...) {
+    return caughtAtBoundary("api_getVVs_chunk").code;
 }
 
-int api_removeVVs(_api_evtparam_t* event, api_name_t* names, int count, int noWait, int flags) {
+int api_removeVVs(_api_evtparam_t* event, api_name_t* names, int count, int noWait, int flags) try {
     ApiCall call("api_removeVVs", Sem::Needed, Changing{event});
     call.arg("names", joinNames(names, count)).arg("count", count).arg("noWait", noWait).arg("flags", flags);
     if (call.fault()) return call.done(call.fault()->code);
@@ -351,9 +363,11 @@ int api_removeVVs(_api_evtparam_t* event, api_name_t* names, int count, int noWa
     if (failures == 0) return call.done(API_OK);
     if (removable.empty()) return call.done(firstFailure);
     return call.done(API_E_PARTIAL_REMOVE);
+} catch (...) {
+    return caughtAtBoundary("api_removeVVs").code;
 }
 
-int api_wwnIntToString(api_u64_t wwn_re, api_u64_t wwn, char* buffer, int size) {
+int api_wwnIntToString(api_u64_t wwn_re, api_u64_t wwn, char* buffer, int size) try {
     const std::string text = wwnToText(wwn_re, wwn);
     if (!buffer || size <= static_cast<int>(text.size())) {
         if (buffer && size > 0) buffer[0] = '\0';
@@ -361,9 +375,11 @@ int api_wwnIntToString(api_u64_t wwn_re, api_u64_t wwn, char* buffer, int size) 
     }
     copyText(buffer, static_cast<size_t>(size), text);
     return API_OK;
+} catch (...) {
+    return caughtAtBoundary("api_wwnIntToString").code;
 }
 
-int api_wwnStringToInt(const char* text, api_u64_t* wwn_re, api_u64_t* wwn) {
+int api_wwnStringToInt(const char* text, api_u64_t* wwn_re, api_u64_t* wwn) try {
     api_u64_t hi = 0, lo = 0;
     const size_t n = text ? std::strlen(text) : 0;
     bool ok = n == 16 || n == 32;
@@ -381,9 +397,11 @@ int api_wwnStringToInt(const char* text, api_u64_t* wwn_re, api_u64_t* wwn) {
     if (wwn_re) *wwn_re = hi;
     if (wwn) *wwn = lo;
     return ok ? API_OK : API_E_INVALID;
+} catch (...) {
+    return caughtAtBoundary("api_wwnStringToInt").code;
 }
 
-api_Status_t api_createGroupSV(_api_evtparam_t* event, api_groupsv_t* groupsv) {
+api_Status_t api_createGroupSV(_api_evtparam_t* event, api_groupsv_t* groupsv) try {
     ApiCall call("api_createGroupSV", Sem::Needed, Changing{event});
     if (groupsv) {
         std::string pairs;
@@ -414,10 +432,9 @@ api_Status_t api_createGroupSV(_api_evtparam_t* event, api_groupsv_t* groupsv) {
     for (uint32_t i = 0; i < n; ++i) {
         const api_groupsv_entry_t& e = groupsv->svs[i];
         const std::string parent = fieldName(e.parentVolName, sizeof e.parentVolName);
-        if (strnlen(e.childVolName, sizeof e.childVolName) == sizeof e.childVolName)
-            return call.done(statusError(API_E_INVALID, "Snapshot name of %s is longer than 31 characters", parent.c_str()));
         const std::string child = fieldName(e.childVolName, sizeof e.childVolName);
-        if (child.empty()) return call.done(statusError(API_E_INVALID, "Snapshot name of %s is empty", parent.c_str()));
+        const std::string bad = nameProblem(child);
+        if (!bad.empty()) return call.done(statusError(API_E_INVALID, "Snapshot name of %s %s", parent.c_str(), bad.c_str()));
         const Volume* p = m.findVolume(parent);
         if (!p) return call.done(statusError(API_E_NOT_FOUND, "VV %s does not exist", parent.c_str()));
         if (p->snapCpg.empty())
@@ -469,6 +486,8 @@ api_Status_t api_createGroupSV(_api_evtparam_t* event, api_groupsv_t* groupsv) {
         copyText(e.childVolWWN, made.wwnText);
     }
     return call.done(statusOk());
+} catch (...) {
+    return caughtAtBoundary("api_createGroupSV");
 }
 
 }  // extern "C"

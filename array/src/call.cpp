@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
 
 namespace zdasim {
 
@@ -13,13 +14,38 @@ ApiCall::ApiCall(const char* function, Sem sem, Changing change) : ApiCall(funct
 ApiCall::ApiCall(const char* function, Sem sem) : rt_(runtime()), function_(function) {
     if (sem == Sem::Needed && !rt_.sem.heldByCaller()) rt_.sem.noteUnguardedCall();
     fault_ = rt_.faults.take(function);
+    if (fault_ && fault_->code == ZDASIM_FAULT_THROW) {
+        throwAtEnd_ = fault_->text;
+        fault_.reset();
+    }
     lock_ = std::unique_lock<std::mutex>(rt_.modelMutex);
     now_ = rt_.clock.now();
     rt_.model.advanceTo(now_);
 }
 
 ApiCall::~ApiCall() {
-    if (!finished_) done(-1);
+    if (finished_) return;
+    // Only an exception leaves a call without done(): whatever the call
+    // changed before it threw is undone, not saved.
+    if (changing_) {
+        changing_ = false;
+        undo();
+    }
+    std::string failure;
+    try {
+        finish(-1, failure);
+    } catch (...) {
+        if (lock_.owns_lock()) lock_.unlock();
+    }
+}
+
+void ApiCall::undo() {
+    try {
+        const std::string why = rt_.stateFile.restore(rt_, now_);
+        if (!why.empty()) rt_.log.write(LOG_LEVEL_ERROR, std::string(function_) + ": the change could not be undone: " + why);
+    } catch (...) {
+        rt_.log.write(LOG_LEVEL_ERROR, std::string(function_) + ": the change could not be undone");
+    }
 }
 
 ApiCall& ApiCall::arg(const char* key, const char* value) {
@@ -44,8 +70,42 @@ ApiCall& ApiCall::arg(const char* key, long long value) {
 }
 
 int ApiCall::done(int code) {
+    std::string failure;
+    return finish(code, failure);
+}
+
+api_Status_t ApiCall::done(const api_Status_t& status) {
+    std::string failure;
+    const int code = finish(status.code, failure);
+    if (failure.empty()) return status;
+    api_Status_t failed;
+    errinfo_set_str(&failed, code, failure.c_str());
+    return failed;
+}
+
+int ApiCall::finish(int code, std::string& failure) {
+    if (throwAtEnd_) {
+        const std::string why = *throwAtEnd_;
+        throwAtEnd_.reset();
+        throw std::runtime_error(why);
+    }
     finished_ = true;
-    if (changing_) rt_.model.noteChanged(now_);
+    if (changing_) {
+        std::string unsaved;
+        try {
+            rt_.model.noteChanged(now_);
+            unsaved = rt_.stateFile.takeFailure();
+        } catch (const std::exception& e) {
+            unsaved = e.what();
+        }
+        if (!unsaved.empty()) {
+            undo();
+            if (code == API_OK) {
+                code = API_E_INTERNAL;
+                failure = "The change could not be saved (" + unsaved + "); the array is unchanged";
+            }
+        }
+    }
     if (event_) {
         rt_.model.recordEvent(now_, function_, event_, code);
         arg("evt.user", event_->user).arg("evt.addr", event_->addr).arg("evt.method", event_->method)
@@ -61,10 +121,6 @@ int ApiCall::done(int code) {
     return code;
 }
 
-api_Status_t ApiCall::done(const api_Status_t& status) {
-    done(status.code);
-    return status;
-}
 
 api_Status_t statusOk() {
     api_Status_t s;
@@ -86,6 +142,36 @@ api_Status_t statusFromFault(const Fault& f) {
     api_Status_t s;
     errinfo_set_str(&s, f.code, f.text.c_str());
     return s;
+}
+
+api_Status_t caughtAtBoundary(const char* function) noexcept {
+    std::string why = "unknown exception";
+    try {
+        throw;
+    } catch (const std::exception& e) {
+        why = e.what();
+    } catch (...) {
+    }
+    api_Status_t s;
+    s.code = API_E_INTERNAL;
+    std::snprintf(s.text, sizeof s.text, "%s failed: %s", function, why.c_str());
+    try {
+        runtime().log.write(LOG_LEVEL_ERROR, s.text);
+    } catch (...) {
+        // Out of memory while reporting: the status still says what failed.
+    }
+    return s;
+}
+
+std::string nameProblem(const std::string& name) {
+    if (name.empty()) return "is empty";
+    if (name.size() >= API_NAME_LEN) return "is longer than " + std::to_string(API_NAME_LEN - 1) + " characters";
+    for (const char c : name) {
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (u <= 0x20 || u >= 0x7F || c == '|' || c == '/')
+            return "may hold only printable ASCII characters other than blank, '|' and '/'";
+    }
+    return {};
 }
 
 std::string fieldName(const char* field, size_t size) {

@@ -43,21 +43,42 @@ public:
     Ledger& ledger() { return rt_.ledger; }
     time_t now() const { return now_; }
 
-    // Journal the result and hand it back.
+    // Journal the result and hand it back. A change that cannot be saved
+    // to the state file is undone, and the call fails with API_E_INTERNAL.
     int done(int code);
     api_Status_t done(const api_Status_t& status);
 
 private:
+    // done() for both forms; `failure` gets why a successful result was
+    // turned into a failure.
+    int finish(int code, std::string& failure);
+    // Puts the array back as the state file last saved it.
+    void undo();
+
     Runtime& rt_;
     const char* function_;
     const api_evtparam_t* event_ = nullptr;
     bool changing_ = false;
     std::string args_;
     std::optional<Fault> fault_;
+    std::optional<std::string> throwAtEnd_;  // an injected ZDASIM_FAULT_THROW
     std::unique_lock<std::mutex> lock_;
     time_t now_;
     bool finished_ = false;
 };
+
+// What an entry point answers after its work threw: the exception is
+// logged and journaled, and the caller gets a failure (API_E_INTERNAL with
+// the exception's text) instead of an exception crossing the C boundary.
+// Call only from a catch handler.
+api_Status_t caughtAtBoundary(const char* function) noexcept;
+
+// The naming rule for everything the array names (volumes, VV sets, CPGs,
+// settings, remote copy groups and targets, users, roles): 1 to 31
+// characters (a name field holds 32 bytes with its terminator), each a
+// printable ASCII character other than the blank, '|' and '/'. Returns ""
+// for a good name, else why it is refused.
+std::string nameProblem(const std::string& name);
 
 // A status with code and printf-formatted text.
 api_Status_t statusOk();

@@ -81,6 +81,15 @@ int zdasim_user_refuse_open(const char* user, int refuse) {
     });
 }
 
+int zdasim_user_may_control(const char* user) {
+    if (!user) return 0;
+    return withModel([&](ArrayModel& m, time_t) {
+        auto it = m.users.find(user);
+        if (it == m.users.end() || it->second.openRefused) return 0;
+        return m.authorize(user, "zda_storagesetting.modifyinstance") == API_AUTH_ALLOWED ? 1 : 0;
+    });
+}
+
 void zdasim_system_set_policy(uint32_t policyFlags) {
     withModel([&](ArrayModel& m, time_t) { m.system.policyFlags = policyFlags; });
 }
@@ -127,7 +136,7 @@ int zdasim_volume_set_busy(const char* name, int removals) {
 }
 
 int zdasim_volume_add(const char* name, const char* usrCpg, const char* snapCpg, unsigned long long sizeMiB) {
-    if (!name || !*name || std::strlen(name) >= API_NAME_LEN || !usrCpg) return API_E_INVALID;
+    if (!name || !nameProblem(name).empty() || !usrCpg) return API_E_INVALID;
     return withModel([&](ArrayModel& m, time_t now) {
         if (m.findVolume(name)) return API_E_EXISTS;
         const Cpg* usr = m.findCpg(usrCpg);

@@ -105,7 +105,7 @@ int zdasim_rcopy_target_set_status(const char* target, int status) {
 }
 
 int zdasim_clone_start(const char* source, const char* clone, long seconds, int failAtPercent, uint32_t* tid) {
-    if (!source || !clone || !*clone || std::strlen(clone) >= API_NAME_LEN || seconds <= 0 || failAtPercent < -1 ||
+    if (!source || !clone || !nameProblem(clone).empty() || seconds <= 0 || failAtPercent < -1 ||
         failAtPercent > 99)
         return API_E_INVALID;
     return changeModel([&](Runtime& rt, time_t now) {

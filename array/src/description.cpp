@@ -97,6 +97,8 @@ public:
         need(key);
         std::string s = str(key);
         if (s.empty()) fail(at(key), "must not be empty");
+        const std::string bad = nameProblem(s);
+        if (!bad.empty()) fail(at(key), q(s) + " " + bad);
         return s;
     }
     long long num(const char* key, long long def, long long lo, long long hi) {

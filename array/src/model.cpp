@@ -206,6 +206,16 @@ void ArrayModel::advanceTo(time_t now) {
     for (ModelPart* p : parts_) p->advanceTo(*this, now);
 }
 
+int ArrayModel::authorize(const char* user, const char* key) const {
+    auto u = user ? users.find(user) : users.end();
+    if (u == users.end()) return API_AUTH_UNKNOWN_USER;
+    auto r = roles.find(u->second.role);
+    if (r == roles.end()) return API_AUTH_DENIED;
+    if (!key) return API_AUTH_UNSUPPORTED;
+    auto right = r->second.rights.find(key);
+    return right == r->second.rights.end() ? r->second.defaultAnswer : right->second;
+}
+
 void ArrayModel::noteChanged(time_t now) {
     for (ModelPart* p : parts_) p->changed(*this, now);
 }

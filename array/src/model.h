@@ -152,6 +152,9 @@ public:
     // Empties everything (system identity back to defaults) and every part.
     void clear();
 
+    // The answer (API_AUTH_*) of `user`'s role for the rights key `key`.
+    int authorize(const char* user, const char* key) const;
+
     // ---- CPGs
     const Cpg* findCpg(const std::string& name) const;
     Cpg& addCpg(Cpg cpg);  // assigns the id

@@ -201,7 +201,7 @@ api_Status_t groupOp(const char* function, api_evtparam_t* event, api_rcopy_grou
 
 extern "C" {
 
-api_Status_t api_getRCopy(int selector, api_rcopy_t* rcopy) {
+api_Status_t api_getRCopy(int selector, api_rcopy_t* rcopy) try {
     ApiCall call("api_getRCopy", Sem::Needed);
     call.arg("selector", selector);
     if (!rcopy) return call.done(statusError(API_E_INVALID, "No remote copy record to fill"));
@@ -212,17 +212,21 @@ api_Status_t api_getRCopy(int selector, api_rcopy_t* rcopy) {
     api_Status_t st = snapshot(call.model(), runtime().rcopy.state, call.ledger(), *rcopy);
     if (st.code) std::memset(rcopy, 0, sizeof *rcopy);
     return call.done(st);
+} catch (...) {
+    return caughtAtBoundary("api_getRCopy");
 }
 
-void api_freeRCopy(api_rcopy_t* rcopy) {
+void api_freeRCopy(api_rcopy_t* rcopy) try {
     if (!rcopy) return;
     Runtime& rt = runtime();
     rt.ledger.release(rcopy->targets, kRcopy);
     std::memset(rcopy, 0, sizeof *rcopy);
     rt.journal.add("api_freeRCopy");
+} catch (...) {
+    caughtAtBoundary("api_freeRCopy");
 }
 
-api_Status_t api_createRCopyGroup(_api_evtparam_t* event, api_rcopy_group_t* group) {
+api_Status_t api_createRCopyGroup(_api_evtparam_t* event, api_rcopy_group_t* group) try {
     ApiCall call("api_createRCopyGroup", Sem::Needed, Changing{event});
     if (!group) return call.done(statusError(API_E_INVALID, "No group record"));
     call.arg("name", fieldName(group->name, sizeof group->name))
@@ -240,18 +244,22 @@ api_Status_t api_createRCopyGroup(_api_evtparam_t* event, api_rcopy_group_t* gro
         .arg("snapcpg", fieldName(group->snapcpg, sizeof group->snapcpg));
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     return result(call, runtime().rcopy.create(call.model(), *group, call.now()));
+} catch (...) {
+    return caughtAtBoundary("api_createRCopyGroup");
 }
 
-api_Status_t api_setRCopyGroup(_api_evtparam_t* event, api_rcopy_groupop_t* rcopygroup, int selector, int value) {
+api_Status_t api_setRCopyGroup(_api_evtparam_t* event, api_rcopy_groupop_t* rcopygroup, int selector, int value) try {
     const std::string user = userOf(event);
     const std::pair<int, int> setting(selector, value);
     return groupOp("api_setRCopyGroup", event, rcopygroup, [&](ApiCall& call, const std::string& name) {
         const std::string target = fieldName(rcopygroup->target, sizeof rcopygroup->target);
         return runtime().rcopy.set(call.model(), name, target, selector, value, user, call.now());
     }, &setting);
+} catch (...) {
+    return caughtAtBoundary("api_setRCopyGroup");
 }
 
-api_Status_t api_admitRCopyVV(_api_evtparam_t* event, api_rcopy_vv_t* rcvv) {
+api_Status_t api_admitRCopyVV(_api_evtparam_t* event, api_rcopy_vv_t* rcvv) try {
     ApiCall call("api_admitRCopyVV", Sem::Needed, Changing{event});
     if (!rcvv) return call.done(statusError(API_E_INVALID, "No volume record"));
     call.arg("vvname", fieldName(rcvv->vvname, sizeof rcvv->vvname))
@@ -267,29 +275,37 @@ api_Status_t api_admitRCopyVV(_api_evtparam_t* event, api_rcopy_vv_t* rcvv) {
     call.arg("vv_add_flags", rcvv->vv_add_flags);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     return result(call, runtime().rcopy.admit(call.model(), *rcvv, call.now()));
+} catch (...) {
+    return caughtAtBoundary("api_admitRCopyVV");
 }
 
-api_Status_t api_startRCopyGroup(_api_evtparam_t* event, api_rcopy_start_group* startGroup) {
+api_Status_t api_startRCopyGroup(_api_evtparam_t* event, api_rcopy_start_group* startGroup) try {
     const std::string user = userOf(event);
     return groupOp("api_startRCopyGroup", event, startGroup, [&](ApiCall& call, const std::string& name) {
         return runtime().rcopy.start(call.model(), name, startGroup->flags, user, call.now());
     });
+} catch (...) {
+    return caughtAtBoundary("api_startRCopyGroup");
 }
 
-api_Status_t api_stopRCopyGroup(_api_evtparam_t* event, api_rcopy_groupop_t* group) {
+api_Status_t api_stopRCopyGroup(_api_evtparam_t* event, api_rcopy_groupop_t* group) try {
     return groupOp("api_stopRCopyGroup", event, group, [&](ApiCall& call, const std::string& name) {
         return runtime().rcopy.stop(call.model(), name, call.now());
     });
+} catch (...) {
+    return caughtAtBoundary("api_stopRCopyGroup");
 }
 
-api_Status_t api_syncrcopy(_api_evtparam_t* event, api_rcopy_groupop_t* group) {
+api_Status_t api_syncrcopy(_api_evtparam_t* event, api_rcopy_groupop_t* group) try {
     const std::string user = userOf(event);
     return groupOp("api_syncrcopy", event, group, [&](ApiCall& call, const std::string& name) {
         return runtime().rcopy.sync(call.model(), name, group->flags, user, call.now());
     });
+} catch (...) {
+    return caughtAtBoundary("api_syncrcopy");
 }
 
-api_Status_t api_deleteRCopyGroup(_api_evtparam_t* event, api_rcopy_delete* rcdelgroup) {
+api_Status_t api_deleteRCopyGroup(_api_evtparam_t* event, api_rcopy_delete* rcdelgroup) try {
     ApiCall call("api_deleteRCopyGroup", Sem::Needed, Changing{event});
     if (!rcdelgroup) return call.done(statusError(API_E_INVALID, "No group record"));
     const std::string name = fieldName(rcdelgroup->name, sizeof rcdelgroup->name);
@@ -297,9 +313,11 @@ api_Status_t api_deleteRCopyGroup(_api_evtparam_t* event, api_rcopy_delete* rcde
         .arg("keepsnap", rcdelgroup->keepsnap);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     return result(call, runtime().rcopy.remove(call.model(), name, call.now()));
+} catch (...) {
+    return caughtAtBoundary("api_deleteRCopyGroup");
 }
 
-api_Status_t api_dismissRCopyVV(_api_evtparam_t* event, api_rcopy_dismiss_vv* vv) {
+api_Status_t api_dismissRCopyVV(_api_evtparam_t* event, api_rcopy_dismiss_vv* vv) try {
     ApiCall call("api_dismissRCopyVV", Sem::Needed, Changing{event});
     if (!vv) return call.done(statusError(API_E_INVALID, "No volume record"));
     const std::string name = fieldName(vv->vvname, sizeof vv->vvname);
@@ -307,23 +325,30 @@ api_Status_t api_dismissRCopyVV(_api_evtparam_t* event, api_rcopy_dismiss_vv* vv
     call.arg("vvname", name).arg("group", group).arg("removevv_flag", vv->removevv_flag).arg("keepsnap", vv->keepsnap);
     if (call.fault()) return call.done(statusFromFault(*call.fault()));
     return result(call, runtime().rcopy.dismiss(call.model(), group, name, call.now()));
+} catch (...) {
+    return caughtAtBoundary("api_dismissRCopyVV");
 }
 
-void api_freeRCopyGroup(api_rcopy_groupop_t* group) {
+void api_freeRCopyGroup(api_rcopy_groupop_t* group) try {
     if (!group) return;
     Runtime& rt = runtime();
     rt.ledger.release(group->sync_task_id, kRcopyTasks);
     group->sync_task_id = nullptr;
     group->sync_task_num = 0;
     rt.journal.add("api_freeRCopyGroup");
+} catch (...) {
+    caughtAtBoundary("api_freeRCopyGroup");
 }
 
-uint32_t api_external_set_id(uint32_t rm_auto_set_id) {
+uint32_t api_external_set_id(uint32_t rm_auto_set_id) try {
     ApiCall call("api_external_set_id", Sem::NotNeeded);
     call.arg("rm_auto_set_id", rm_auto_set_id);
     const uint32_t id = runtime().rcopy.externalSetId(rm_auto_set_id);
     call.done(static_cast<int>(id));
     return id;
+} catch (...) {
+    caughtAtBoundary("api_external_set_id");
+    return 0;
 }
 
 }  // extern "C"

@@ -314,7 +314,8 @@ void RemoteCopy::addLoadedGroup(ArrayModel& m, RcGroup g) {
 RcResult RemoteCopy::create(ArrayModel& m, const api_rcopy_group_t& req, time_t now) {
     (void)now;
     const std::string name = fieldName(req.name, sizeof req.name);
-    if (name.empty()) return RcResult::fail(API_E_INVALID, "remote copy group name is empty");
+    const std::string bad = nameProblem(name);
+    if (!bad.empty()) return RcResult::fail(API_E_INVALID, "remote copy group name " + quoted(name) + " " + bad);
     if (!(state.system.mode & RM_SYS_MODE_ON))
         return RcResult::fail(API_E_INVALID, "remote copy is not configured on this system");
     if (state.findGroup(name))

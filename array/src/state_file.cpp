@@ -42,12 +42,31 @@ std::string directoryOf(const std::string& path) {
 
 void StateFile::changed(ArrayModel& model, time_t now) {
     (void)now;
-    if (isOpen()) save(model);
+    if (isOpen()) failure_ = save(model);
+}
+
+std::string StateFile::restore(Runtime& rt, time_t now) {
+    if (!isOpen()) return {};
+    LoadedArray loaded;
+    std::string error = parseDescription(saved_, path_, now, loaded);
+    if (!error.empty()) return error;
+    // The audit records are not part of the file and stay as they are.
+    std::deque<EventRecord> events = std::move(rt.model.events);
+    installArray(rt, std::move(loaded));
+    rt.model.events = std::move(events);
+    return {};
 }
 
 std::string StateFile::save(const ArrayModel& model) {
     if (!isOpen()) return "no state file is open";
-    const std::string text = describeArray(model, rcopy_.state, tasks_.state);
+    std::string text;
+    try {
+        text = describeArray(model, rcopy_.state, tasks_.state);
+    } catch (const std::exception& e) {
+        const std::string error = std::string("cannot describe the array: ") + e.what();
+        log_.write(LOG_LEVEL_ERROR, "array state file: " + error);
+        return error;
+    }
     const std::string tmp = path_ + ".tmp";
     std::string error;
     const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -77,6 +96,7 @@ std::string StateFile::save(const ArrayModel& model) {
                 ::fsync(dir);
                 ::close(dir);
             }
+            saved_ = std::move(text);
         }
     }
     if (!error.empty()) log_.write(LOG_LEVEL_ERROR, "array state file: " + error);
@@ -121,6 +141,7 @@ std::string StateFile::open(Runtime& rt, const std::string& path) {
         if (!error.empty()) return error;
         installArray(rt, std::move(loaded));
         path_ = path;
+        saved_ = text.str();
         return {};
     }
     if (errno != ENOENT) return sysError("cannot open", path);

@@ -33,13 +33,25 @@ public:
     // changes when it does not load), otherwise writes the present array
     // to it. Returns "" or the reason it failed.
     std::string open(Runtime& rt, const std::string& path);
-    void close() { path_.clear(); }
+    void close() {
+        path_.clear();
+        saved_.clear();
+    }
     bool isOpen() const { return !path_.empty(); }
 
     // Writes the array now. Returns "" or the reason the write failed (the
-    // reason is also logged at level 2). A fault injected for
+    // reason is also logged at level 2); never throws. A fault injected for
     // "zdasim_state_write" stops the write half-way, as a crash would.
     std::string save(const ArrayModel& model);
+
+    // Why the last save after a change failed ("" when it did not), and
+    // forgets it.
+    std::string takeFailure() { return std::move(failure_); }
+
+    // Puts the array back as it was last loaded from or saved to the file,
+    // so that a change that could not be saved is not kept either. Returns
+    // "" or why it could not (nothing is done when no file is open).
+    std::string restore(Runtime& rt, time_t now);
 
 private:
     const RemoteCopy& rcopy_;
@@ -47,6 +59,8 @@ private:
     Faults& faults_;
     LogSink& log_;
     std::string path_;
+    std::string saved_;    // the text the file holds
+    std::string failure_;  // see takeFailure
 };
 
 // Sets up the array a new process starts with: the description in the file

@@ -7,7 +7,7 @@ using namespace zdasim;
 
 extern "C" {
 
-int api_getTasks(int* count, api_task_t** tasks) {
+int api_getTasks(int* count, api_task_t** tasks) try {
     ApiCall call("api_getTasks", Sem::Needed);
     if (!count || !tasks) return call.done(API_E_INVALID);
     *count = 0;
@@ -35,6 +35,8 @@ int api_getTasks(int* count, api_task_t** tasks) {
     *count = static_cast<int>(s.tasks.size());
     *tasks = out;
     return call.done(API_OK);
+} catch (...) {
+    return caughtAtBoundary("api_getTasks").code;
 }
 
 }  // extern "C"

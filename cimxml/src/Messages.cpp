@@ -69,6 +69,9 @@ pugi::xml_node openEnvelope(const pugi::xml_document& doc, std::string& messageI
     pugi::xml_node message = firstElement(cim);
     if (!message || !is(message, "MESSAGE"))
         invalid("CIM without MESSAGE");
+    // One message, one body: anything after them would go unanswered.
+    if (nextElement(message))
+        invalid(std::string("CIM holds ") + nextElement(message).name() + " after its MESSAGE");
     if (!message.attribute("ID"))
         invalid("MESSAGE without ID");
     messageId = message.attribute("ID").value();
@@ -82,6 +85,8 @@ pugi::xml_node openEnvelope(const pugi::xml_document& doc, std::string& messageI
     if (is(body, "MULTIREQ") || is(body, "MULTIRSP"))
         throw DecodeError(DecodeFailure::MultipleRequests,
                           "multiple operations in one message are not supported");
+    if (nextElement(body))
+        invalid(std::string("MESSAGE holds ") + nextElement(body).name() + " after its " + body.name());
     return body;
 }
 
@@ -404,6 +409,8 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
         call = nextElement(call);
     if (!call || (!is(call, "IMETHODCALL") && !is(call, "METHODCALL")))
         invalid("SIMPLEREQ without IMETHODCALL or METHODCALL");
+    if (nextElement(call))
+        invalid(std::string("SIMPLEREQ holds ") + nextElement(call).name() + " after its " + call.name());
     std::string name = call.attribute("NAME").value();
     if (name.empty())
         invalid(std::string(call.name()) + " without NAME");

@@ -2,6 +2,7 @@
 // variations other implementations send; refuses what it cannot represent
 // with a message naming the element.
 #include "Elements.h"
+#include "XmlChars.h"
 
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMFlavor.h>
@@ -730,53 +731,96 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx)
 
 namespace
 {
-// Offset of the first byte that is not part of well-formed UTF-8, or size.
-std::size_t invalidUtf8At(const unsigned char* s, std::size_t size)
+int digitValue(unsigned char c, bool hex)
 {
-    std::size_t i = 0;
-    while (i < size)
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const unsigned lower = c | 0x20u;
+    if (hex && lower >= 'a' && lower <= 'f')
+        return int(lower - 'a') + 10;
+    return -1;
+}
+
+// Why the document holds a character XML does not allow, with the byte
+// offset; "" when it holds none. Character references are checked as well
+// as raw text (outside comments, CDATA sections and processing
+// instructions, where "&#" is plain text), so that no value the parser
+// expands can hold such a character either.
+std::string nonXmlCharacter(const char* data, std::size_t size)
+{
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(data);
+    const char* literalEnd = nullptr;  // while inside a comment, CDATA or PI
+    auto at = [](std::size_t i) { return " (byte " + std::to_string(i) + ")"; };
+    auto startsWith = [&](std::size_t i, const char* prefix) {
+        const std::size_t n = std::strlen(prefix);
+        return size - i >= n && std::memcmp(data + i, prefix, n) == 0;
+    };
+    for (std::size_t i = 0; i < size;)
     {
-        unsigned c = s[i];
-        if (c < 0x80)
+        unsigned code = 0;
+        const std::size_t length = decodeUtf8(s + i, size - i, code);
+        if (length == 0)
+            return "the document is not UTF-8" + at(i);
+        if (!isXmlChar(code))
+            return "the document holds a character XML does not allow" + at(i);
+        if (s[i] != '<' && s[i] != '&' && s[i] != (literalEnd ? literalEnd[0] : 0))
         {
-            i++;
+            i += length;
             continue;
         }
-        std::size_t length;
-        unsigned code;
-        if (c >= 0xC2 && c <= 0xDF)
-            length = 2, code = c & 0x1F;
-        else if (c >= 0xE0 && c <= 0xEF)
-            length = 3, code = c & 0x0F;
-        else if (c >= 0xF0 && c <= 0xF4)
-            length = 4, code = c & 0x07;
-        else
-            return i;
-        if (size - i < length)
-            return i;
-        for (std::size_t k = 1; k < length; k++)
+        if (literalEnd)
         {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return i;
-            code = (code << 6) | (s[i + k] & 0x3F);
+            if (startsWith(i, literalEnd))
+            {
+                i += std::strlen(literalEnd);
+                literalEnd = nullptr;
+                continue;
+            }
         }
-        if ((length == 3 && (code < 0x800 || (code >= 0xD800 && code <= 0xDFFF))) ||
-            (length == 4 && (code < 0x10000 || code > 0x10FFFF)))
-            return i;
+        else if (startsWith(i, "<!--"))
+            literalEnd = "-->";
+        else if (startsWith(i, "<![CDATA["))
+            literalEnd = "]]>";
+        else if (startsWith(i, "<?"))
+            literalEnd = "?>";
+        else if (startsWith(i, "&#"))
+        {
+            std::size_t k = i + 2;
+            const bool hex = k < size && data[k] == 'x';
+            if (hex)
+                k++;
+            unsigned long value = 0;
+            std::size_t digits = 0;
+            for (; k < size && data[k] != ';'; k++, digits++)
+            {
+                const int digit = digitValue(s[k], hex);
+                if (digit < 0)
+                    break;
+                value = value * (hex ? 16 : 10) + unsigned(digit);
+                if (value > 0x10FFFF)
+                    value = 0x110000;  // stays out of range however long
+            }
+            if (k >= size || data[k] != ';' || digits == 0)
+                return "a character reference is malformed" + at(i);
+            if (!isXmlChar(unsigned(value)))
+                return "a character reference names a character XML does not allow" + at(i);
+            i = k + 1;
+            continue;
+        }
         i += length;
     }
-    return size;
+    return {};
 }
 }  // namespace
 
 void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
                    const DecodeLimits& limits, char* writableData)
 {
-    // Text becomes SDK strings, which hold Unicode only.
-    std::size_t bad = invalidUtf8At(reinterpret_cast<const unsigned char*>(data), size);
-    if (bad != size)
-        throw DecodeError(DecodeFailure::NotWellFormed,
-                          "the document is not UTF-8 (byte " + std::to_string(bad) + ")");
+    // Text becomes SDK strings, which hold Unicode only, and goes on to the
+    // array and back to clients: only characters XML allows get that far.
+    const std::string bad = nonXmlCharacter(data, size);
+    if (!bad.empty())
+        throw DecodeError(DecodeFailure::NotWellFormed, bad);
     // parse_doctype keeps a document type in the tree so that it can be
     // refused; entities other than the five predefined ones and character
     // references are never expanded by the parser.

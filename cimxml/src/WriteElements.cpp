@@ -1,6 +1,7 @@
 // Writing values, paths and objects. One spelling for everything: the
 // forms every reader in the field understands.
 #include "Elements.h"
+#include "XmlChars.h"
 
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMFlavor.h>
@@ -63,15 +64,20 @@ std::size_t putEscaped(char* out, unsigned c)
         std::memcpy(out, entity, n);
         return n;
     }
-    // Control characters travel as character references so that they
-    // survive; a reader that refuses them refuses them visibly.
-    static const char digits[] = "0123456789";
+    // TAB, LF and CR travel as character references so that no reader
+    // normalises them away. The other control characters are not XML
+    // characters at all, raw or as references: U+FFFD stands in for them.
+    if (c != '\t' && c != '\n' && c != '\r')
+    {
+        std::memcpy(out, kReplacementUtf8, 3);
+        return 3;
+    }
     std::size_t n = 0;
     out[n++] = '&';
     out[n++] = '#';
     if (c >= 10)
-        out[n++] = digits[c / 10];
-    out[n++] = digits[c % 10];
+        out[n++] = char('0' + c / 10);
+    out[n++] = char('0' + c % 10);
     out[n++] = ';';
     return n;
 }
@@ -152,8 +158,8 @@ void XmlWriter::escape(const Char16* s, std::size_t n, bool attribute)
             unsigned code = c;
             if (c >= 0xD800 && c <= 0xDBFF && i < n && s[i] >= 0xDC00 && s[i] <= 0xDFFF)
                 code = 0x10000 + ((c - 0xD800) << 10) + (unsigned(s[i++]) - 0xDC00);
-            else if (c >= 0xD800 && c <= 0xDFFF)
-                code = 0xFFFD;  // a lone surrogate has no UTF-8 form
+            else if ((c >= 0xD800 && c <= 0xDFFF) || !isXmlChar(c))
+                code = 0xFFFD;  // a lone surrogate, U+FFFE or U+FFFF: no XML character
             if (code < 0x800)
             {
                 *out++ = char(0xC0 | (code >> 6));
@@ -189,13 +195,32 @@ void XmlWriter::escapeUtf8(const char* s, std::size_t n, bool attribute)
         reserve((end - i) * kMaxBytesPerUnit);
         char* out = _data.get() + _size;
         char* const start = out;
-        for (; i < end; i++)
+        while (i < end)
         {
-            unsigned c = static_cast<unsigned char>(s[i]);
-            if (c < 0x80 && table[c])
-                out += putEscaped(out, c);
-            else
-                *out++ = char(c);
+            const unsigned char* u = reinterpret_cast<const unsigned char*>(s + i);
+            if (*u < 0x80)
+            {
+                if (table[*u])
+                    out += putEscaped(out, *u);
+                else
+                    *out++ = char(*u);
+                i++;
+                continue;
+            }
+            unsigned code = 0;
+            const std::size_t length = decodeUtf8(u, n - i, code);
+            if (length == 0 || !isXmlChar(code))
+            {
+                // Not UTF-8 or not an XML character: one U+FFFD per bad
+                // byte or character.
+                std::memcpy(out, kReplacementUtf8, 3);
+                out += 3;
+                i += length ? length : 1;
+                continue;
+            }
+            std::memcpy(out, u, length);
+            out += length;
+            i += length;
         }
         _size += std::size_t(out - start);
         if (_size >= _limit)

@@ -354,6 +354,11 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
             auto r = xhttp::headerMismatch();
             return refusal(r.status, r.cimError, version, keepAlive);
         }
+        if (server::InProcessHost::isInternalNamespace(request.nameSpace))
+            throw cimxml::RequestRefused(
+                CIM_ERR_INVALID_NAMESPACE,
+                "The namespace " + std::string(request.nameSpace.getString().getCString()) + " does not exist.",
+                request.messageId, std::string(request.name().getCString()), request.intrinsic);
         log_message(4, "zda-cimserver: %s %s in %s from %s", user.c_str(),
                     static_cast<const char*>(request.name().getCString()),
                     static_cast<const char*>(request.nameSpace.getString().getCString()),

@@ -55,6 +55,10 @@ OperationContext InProcessHost::contextFor(const String& userName, const String&
     return context;
 }
 
+bool InProcessHost::isInternalNamespace(const CIMNamespaceName& nameSpace) {
+    return !nameSpace.isNull() && nameSpace.equal("root/PG_Internal");
+}
+
 InProcessHost::InProcessHost(HostOptions options) {
     ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logToArrayLibrary);
     _repository = std::make_unique<ClassRepository>(compileDirectories(options.mofDirectories));

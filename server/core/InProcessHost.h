@@ -66,6 +66,11 @@ public:
     static Pegasus::OperationContext contextFor(const Pegasus::String& userName,
                                                 const Pegasus::String& ipAddress = Pegasus::String());
 
+    // Whether `nameSpace` is the server's own (root/PG_Internal, where
+    // providers share their caches through in-process calls). Network
+    // clients are answered as if it did not exist.
+    static bool isInternalNamespace(const Pegasus::CIMNamespaceName& nameSpace);
+
     // Removes the loopback, terminates the providers and stops serving:
     // later operations that need a provider fail with
     // CIM_ERR_SERVER_IS_SHUTTING_DOWN. Idempotent; not to be called from a

@@ -1,7 +1,10 @@
 // The method provider behind ZDA_SimulatorControl: each method is one
-// control of the array simulator this server process runs on.
+// control of the array simulator this server process runs on. The controls
+// can wipe the array and lock users out, so only users whose array rights
+// include changing the system's settings may call them.
 #include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Provider/ProviderException.h>
 
 #include <zdasim_control.h>
@@ -48,9 +51,14 @@ public:
     void initialize(CIMOMHandle&) override {}
     void terminate() override { delete this; }
 
-    void invokeMethod(const OperationContext&, const CIMObjectPath&, const CIMName& method,
+    void invokeMethod(const OperationContext& context, const CIMObjectPath&, const CIMName& method,
                       const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler) override
     {
+        const String user = context.contains(IdentityContainer::NAME)
+            ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()
+            : String();
+        if (!zdasim_user_may_control(static_cast<const char*>(user.getCString())))
+            throw CIMAccessDeniedException("User " + user + " may not use the simulator controls");
         Arguments in(inParameters);
         Uint32 result = 0;
         char error[2048] = "";

@@ -190,6 +190,14 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
         {"malformed XML", request("POST", admin + cimHeaders, "<CIM><MESSAGE"), "400",
          "CIMError: request-not-well-formed"},
         {"not a CIM message", request("POST", admin + cimHeaders, "<html/>"), "400", "CIMError: request-not-valid"},
+        {"a reference to a lone surrogate",
+         request("POST", admin + cimHeaders,
+                 std::regex_replace(kEnumerateDisks, std::regex("Test_Disk"), "Test_&#xD800;")),
+         "400", "CIMError: request-not-well-formed"},
+        {"a second SIMPLEREQ",
+         request("POST", admin + cimHeaders,
+                 std::regex_replace(kEnumerateDisks, std::regex("</SIMPLEREQ>"), "</SIMPLEREQ><SIMPLEREQ/>")),
+         "400", "CIMError: request-not-valid"},
         {"headers disagree with the body",
          request("POST",
                  admin + "Content-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
@@ -274,6 +282,18 @@ TEST_F(CimServerTest, SimulatorControlsDriveTheArrayThroughTheWire)
     std::string control = server->url("admin:admin-demo", "root/zda_sim") + "ZDA_SimulatorControl";
     std::string system = server->url("admin:admin-demo", "root/zda") + "ZDA_StorageSystem";
 
+    // Only users whose rights include the system's settings may drive it.
+    for (const char* user : {"operator:operator-demo", "viewer:viewer-demo", "noaccess:noaccess-demo"})
+    {
+        const std::string theirs = server->url(user, "root/zda_sim") + "ZDA_SimulatorControl";
+        for (const char* call : {"Reset", "InjectFault.Function=\"api_getSystemInfo\",Count=-1"})
+        {
+            CommandResult refused = wbemcli({"cm", theirs, call});
+            EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos) << user << refused.output;
+        }
+    }
+    EXPECT_NE(wbemcli({"ein", system}).output.find("zda-demo"), std::string::npos) << "no fault was injected";
+
     ASSERT_EQ(wbemcli({"cm", control, "Reset"}).exitCode, 0);
     CommandResult fault = wbemcli({"cm", control, "InjectFault.Function=\"api_getSystemInfo\",Count=-1,Code=5,Text=\"broken\""});
     ASSERT_EQ(fault.exitCode, 0) << fault.output;
@@ -297,6 +317,90 @@ TEST_F(CimServerTest, SimulatorControlsDriveTheArrayThroughTheWire)
     CommandResult stepped = wbemcli({"cm", control, "StepClock.Seconds=3600"});
     EXPECT_NE(stepped.output.find("Now (sint64): 1003600"), std::string::npos) << stepped.output;
     ASSERT_EQ(wbemcli({"cm", control, "Reset"}).exitCode, 0);
+}
+
+// The server's own namespace serves its providers' in-process calls only.
+TEST_F(CimServerTest, TheInternalNamespaceIsNotServedToClients)
+{
+    CIMClient client;
+    client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
+    try
+    {
+        client.enumerateClassNames("root/PG_Internal", CIMName(), true);
+        ADD_FAILURE() << "root/PG_Internal was served";
+    }
+    catch (const CIMException& e)
+    {
+        EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_NAMESPACE);
+    }
+    // The storage system asks the internal cache for its identity.
+    Array<CIMObjectPath> systems = client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem");
+    ASSERT_EQ(systems.size(), 1u);
+    EXPECT_NE(std_(systems[0].toString()).find("zda-demo"), std::string::npos);
+}
+
+// A name the array cannot hold is refused before it reaches the array or its
+// state file, and the server goes on serving and saving.
+TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
+{
+    TemporaryFolder folder;
+    const std::string state = folder.path() + "/array.json";
+    const std::vector<std::string> arguments = {"--state", state, "--https-port", "off"};
+    cimxml::registerClientTransports();
+    auto groups = [](CIMClient& client) {
+        std::string all;
+        Array<CIMObjectPath> names = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationGroup");
+        for (Uint32 i = 0; i < names.size(); i++)
+            all += std_(names[i].toString()) + "\n";
+        return all;
+    };
+    {
+        ServerProcess server(folder.path(), arguments, false);
+        const std::string body =
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"
+            "<MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><METHODCALL NAME=\"CreateGroup\">"
+            "<LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zda\"/>"
+            "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"ZDA_ReplicationService\"/></LOCALCLASSPATH>"
+            "<PARAMVALUE NAME=\"GroupName\" PARAMTYPE=\"string\"><VALUE>g&#xD800;</VALUE></PARAMVALUE>"
+            "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+        RawExchange lone = rawExchange(
+            server.httpPort(),
+            request("POST",
+                    "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                        "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                        "CIMMethod: CreateGroup\r\nCIMObject: root%2Fzda%3AZDA_ReplicationService\r\n",
+                    body));
+        EXPECT_NE(lone.response.find("CIMError: request-not-well-formed"), std::string::npos) << lone.response;
+
+        CIMClient client;
+        client.connect("127.0.0.1", Uint32(server.httpPort()), "admin", "admin-demo");
+        const CIMObjectPath service = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationService")[0];
+        for (const char* name : {"two words", "a/b", "tab\there"})
+        {
+            Array<CIMParamValue> in, out;
+            in.append(CIMParamValue("GroupName", CIMValue(String(name))));
+            try
+            {
+                EXPECT_NE(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
+                    << name;
+            }
+            catch (const CIMException&)
+            {
+                // refused as an error: as good
+            }
+        }
+        EXPECT_EQ(groups(client).find("two words"), std::string::npos);
+        Array<CIMParamValue> in, out;
+        in.append(CIMParamValue("GroupName", CIMValue(String("it_kept"))));
+        EXPECT_EQ(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
+        EXPECT_EQ(server.stop(), 0) << server.log();
+    }
+    ServerProcess again(folder.path(), arguments, false);
+    CIMClient client;
+    client.connect("127.0.0.1", Uint32(again.httpPort()), "admin", "admin-demo");
+    const std::string after = groups(client);
+    EXPECT_NE(after.find("it_kept"), std::string::npos) << after;
+    EXPECT_EQ(after.find("two words"), std::string::npos) << after;
 }
 
 // A server of its own with small limits.

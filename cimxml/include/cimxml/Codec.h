@@ -1,12 +1,18 @@
 // Reading and writing CIM-XML messages.
 //
 // Writing is strict: one spelling of everything, UTF-8, every value typed.
+// What is written is always well-formed XML 1.0: a character XML cannot
+// carry (a control character other than TAB, LF and CR, a lone surrogate,
+// U+FFFE, U+FFFF, bytes of a text that are not UTF-8) is written as U+FFFD,
+// so that one bad value never costs the client the whole answer. Such
+// values cannot come from a client: reading refuses them.
 // Reading is tolerant of the variations found in the field (KEYVALUE without
 // TYPE, VALUE.REFERENCE holding a local path or a bare INSTANCENAME in key
 // bindings, both spellings of the embedded-object attribute, a method
 // response without a return value, a missing IRETURNVALUE for an empty
 // result) and refuses, with a DecodeError saying what and where, anything
-// that is not well-formed, holds a document type or entity declaration,
+// that is not well-formed (characters XML does not allow included, raw or
+// as character references), holds a document type or entity declaration,
 // nests deeper than the limits allow or carries oversized attributes.
 //
 // All functions are thread-safe; each call works on its own data.

@@ -1,6 +1,8 @@
 // VVsets: listing with and without conditions, creation with key-values,
 // changes, membership, key-value queries.
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <map>
 
 #include "sim_fixture.h"
@@ -119,8 +121,8 @@ TEST_F(SetTest, CreateRefusals) {
     struct Case { const char* name; std::vector<std::string> members; int code; const char* words; };
     const Case cases[] = {
         {"set1", {}, API_E_EXISTS, "set1 already exists"},
-        {"", {}, API_E_INVALID, "1 to 31"},
-        {"a_name_that_is_far_too_long_to_fit", {}, API_E_INVALID, "1 to 31"},
+        {"", {}, API_E_INVALID, "is empty"},
+        {"a_name_that_is_far_too_long_to_fit", {}, API_E_INVALID, "longer than 31"},
         {"s", {"vol1", "ghost"}, API_E_NOT_FOUND, "ghost does not exist"},
         {"s", {"vol1", "vol1"}, API_E_INVALID, "vol1 is listed twice"},
         {"s", {"vol1", "vol4"}, API_E_INVALID, "vol4 is in domain"},
@@ -137,6 +139,59 @@ TEST_F(SetTest, CreateRefusals) {
     EXPECT_NE(api_okv_addSetKV(&okv, std::string(64, 'k').c_str(), "x"), 0);
     EXPECT_NE(api_okv_addSetKV(&okv, "k", std::string(256, 'v').c_str()), 0);
     api_free_okv_opts(&okv);
+}
+
+// One naming rule for every name the array stores: 1 to 31 printable ASCII
+// characters other than blank, '|' and '/'. Each way of naming a new
+// object refuses the same names with API_E_INVALID.
+TEST_F(SetTest, EveryNewNameFollowsTheNamingRule) {
+    api_evtparam_t e = event("create");
+    auto field = [](char* out, size_t size, const std::string& name) {
+        std::memset(out, 0, size);
+        std::memcpy(out, name.data(), std::min(name.size(), size));
+    };
+    const std::map<std::string, std::function<int(const std::string&)>> creators = {
+        {"vvset", [&](const std::string& n) { return api_createVVSet(&e, n.c_str(), nullptr, 0, 0, "", nullptr).code; }},
+        {"rename", [&](const std::string& n) { return api_setVVSet(&e, "set1", n.c_str(), nullptr, 1, 0).code; }},
+        {"setting", [&](const std::string& n) {
+             api_setting_t s{};
+             field(s.name, sizeof s.name, n);
+             return api_createSetting(&e, &s).code;
+         }},
+        {"rcopy group", [&](const std::string& n) {
+             api_rcopy_group_t g{};
+             field(g.name, sizeof g.name, n);
+             return api_createRCopyGroup(&e, &g).code;
+         }},
+        {"snapshot", [&](const std::string& n) {
+             api_groupsv_entry_t sv{};
+             field(sv.parentVolName, sizeof sv.parentVolName, "vol1");
+             field(sv.childVolName, sizeof sv.childVolName, n);
+             api_groupsv_t g{};
+             g.baseID = API_BASEID_ANY;
+             g.count = 1;
+             g.svs = &sv;
+             return api_createGroupSV(&e, &g).code;
+         }},
+        {"physical copy", [&](const std::string& n) {
+             api_physcopy_t c{};
+             field(c.parentVolName, sizeof c.parentVolName, "vol1");
+             field(c.childVolName, sizeof c.childVolName, n);
+             c.flags = API_PCOPY_CREATE_TARGET;
+             return api_createPhysicalCopy(&e, &c).code;
+         }},
+    };
+    const std::string refused[] = {
+        "", std::string(32, 'n'), "two words", "a|b", "a/b", "tab\there", std::string("\x01ctl"), "del\x7f",
+        "caf\xc3\xa9", "lone\xed\xa0\x80",
+    };
+    for (const auto& [what, create] : creators)
+        for (const std::string& name : refused)
+            EXPECT_EQ(intForm([&] { return create(name); }), API_E_INVALID)
+                << what << " named \"" << name << "\"";
+    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
+    EXPECT_EQ(statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
+    EXPECT_EQ(statusForm([&] { return api_createVVSet(&e, std::string(31, 'n').c_str(), nullptr, 0, 0, "", nullptr); }).code, 0);
 }
 
 TEST_F(SetTest, RenameCommentAndRemove) {

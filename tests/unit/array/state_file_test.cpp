@@ -1,5 +1,6 @@
-// The state file: the array survives a restart, and a write cut short
-// leaves the last complete state behind.
+// The state file: the array survives a restart, a write cut short leaves
+// the last complete state behind, and a change that cannot be saved (or a
+// call that fails inside the library) is a failed call that changes nothing.
 #include <unistd.h>
 
 #include <fstream>
@@ -91,7 +92,10 @@ TEST_F(StateFileTest, WriteCutShortLeavesTheLastCompleteState) {
     const std::string complete = fileText(path_);
 
     zdasim_fault_add("zdasim_state_write", 1, 5, "power lost");
-    ASSERT_EQ(createGroup("lost", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    const api_Status_t lost = createGroup("lost", {{"tA", RM_TARGET_MODE_PERIODIC}});
+    EXPECT_EQ(lost.code, API_E_INTERNAL);
+    EXPECT_NE(text(lost).find("power lost"), std::string::npos) << text(lost);
+    EXPECT_EQ(readRcopy().group("lost"), nullptr) << "a change that was not saved is not kept either";
     EXPECT_EQ(fileText(path_), complete);
     const std::string partial = fileText(path_ + ".tmp");
     EXPECT_FALSE(partial.empty());
@@ -112,6 +116,53 @@ TEST_F(StateFileTest, WriteCutShortLeavesTheLastCompleteState) {
     ASSERT_EQ(createGroup("next", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(restart(), "");
     EXPECT_NE(readRcopy().group("next"), nullptr);
+}
+
+// Whatever goes wrong inside a call, the caller gets a failure status, the
+// semaphore is left to the caller (the fixture checks it is free), and the
+// array and its file stay as they were.
+TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone) {
+    char error[512] = "";
+    ASSERT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), 0) << error;
+    const std::string before = fileText(path_);
+    api_evtparam_t e = event("create");
+    auto createSet = [&](const char* name, const char* comment) {
+        return statusForm([&] { return api_createVVSet(&e, name, nullptr, 0, 0, comment, nullptr); });
+    };
+    auto setExists = [](const char* name) {
+        api_sets_t list{};
+        const api_Status_t st = statusForm([&] { return api_getVVSets(name, nullptr, 0, &list); });
+        api_freeSets(&list);
+        return st.code == 0;
+    };
+
+    // A text the state file cannot hold (not UTF-8) makes the save fail.
+    api_Status_t st = createSet("s_badtext", "caf\xe9");
+    EXPECT_EQ(st.code, API_E_INTERNAL);
+    EXPECT_NE(text(st).find("could not be saved"), std::string::npos) << text(st);
+    EXPECT_FALSE(setExists("s_badtext"));
+
+    // An exception after the work: the status form and the int form.
+    zdasim_fault_add("api_createVVSet", 1, ZDASIM_FAULT_THROW, "bad luck");
+    st = createSet("s_thrown", "");
+    EXPECT_EQ(st.code, API_E_INTERNAL);
+    EXPECT_NE(text(st).find("bad luck"), std::string::npos) << text(st);
+    EXPECT_FALSE(setExists("s_thrown"));
+    zdasim_fault_add("api_removeVVs", 1, ZDASIM_FAULT_THROW, "bad luck");
+    auto gone = names({"v1"});
+    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, gone.data(), 1, 0, 0); }), API_E_INTERNAL);
+    int count = 0;
+    api_VVObj_t* vv = nullptr;
+    EXPECT_EQ(intForm([&] { return api_getVVs("v1", nullptr, &count, &vv, 1); }), 0);
+    EXPECT_EQ(count, 1) << "the volume is still there";
+    free_if_not_null(vv);
+    EXPECT_EQ(fileText(path_), before);
+
+    // The array goes on working, and saving.
+    ASSERT_EQ(createSet("s_good", "").code, 0);
+    ASSERT_EQ(restart(), "");
+    EXPECT_TRUE(setExists("s_good"));
+    EXPECT_FALSE(setExists("s_thrown"));
 }
 
 TEST_F(StateFileTest, UnreadableStateFileIsRefusedAndLeftAlone) {
