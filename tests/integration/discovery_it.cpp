@@ -1,6 +1,7 @@
 // Discovery as SMI-S clients do it through zda-cimserver: from the interop
 // namespace (under each of its names) to the server, its namespaces and the
-// registered profiles, and from each profile to the elements in root/zda.
+// registered profiles, and from each profile to the elements in root/zda;
+// and classes whose codes explain themselves.
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -142,6 +143,70 @@ TEST_F(DiscoveryIT, ReadmeWalkWorksWithWbemcli)
     EXPECT_NE(all.find("root/zda:ZDA_StorageSystem."), std::string::npos) << all;
     EXPECT_NE(all.find("root/zda:ZDA_ReplicationService."), std::string::npos) << all;
     EXPECT_NE(all.find("InstanceID=\"SNIA+Replication Services+1.6.1\""), std::string::npos) << all;
+}
+
+// GetClass with qualifiers tells a client what the numbers mean: the value
+// of a code and its text sit at the same place of ValueMap and Values, as
+// the standard defines them.
+TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
+{
+    struct Code
+    {
+        const char* className;
+        const char* property;
+        const char* value;
+        const char* text;
+    };
+    const Code codes[] = {
+        {"ZDA_StorageSynchronized", "CopyState", "4", "Synchronized"},
+        {"ZDA_RemoteStorageSynchronized", "CopyState", "15", "Not Applicable"},
+        {"ZDA_RemoteStorageSynchronized", "ProgressStatus", "6", "Synchronizing"},
+        {"ZDA_RemoteStorageSynchronized", "SyncState", "6", "Synchronized"},
+        {"ZDA_RemoteGroupSynchronized", "SyncType", "7", "Snapshot"},
+        {"ZDA_StorageVolume", "OperationalStatus", "2", "OK"},
+        {"ZDA_StorageVolume", "VolumeType", "1", "Base"},
+    };
+    for (const Code& code : codes)
+    {
+        SCOPED_TRACE(std::string(code.className) + "." + code.property);
+        CIMClass cls = client.getClass("root/zda", code.className, false, true);
+        Uint32 at = cls.findProperty(code.property);
+        ASSERT_NE(at, PEG_NOT_FOUND);
+        CIMProperty property = cls.getProperty(at);
+        Uint32 mapAt = property.findQualifier("ValueMap");
+        Uint32 textAt = property.findQualifier("Values");
+        ASSERT_NE(mapAt, PEG_NOT_FOUND);
+        ASSERT_NE(textAt, PEG_NOT_FOUND);
+        Array<String> map, texts;
+        property.getQualifier(mapAt).getValue().get(map);
+        property.getQualifier(textAt).getValue().get(texts);
+        ASSERT_EQ(map.size(), texts.size());
+        bool found = false;
+        for (Uint32 i = 0; i < map.size(); ++i)
+            if (std_(map[i]) == code.value)
+            {
+                EXPECT_EQ(std_(texts[i]), code.text);
+                found = true;
+            }
+        EXPECT_TRUE(found) << "no value " << code.value;
+    }
+
+    // Every class of root/zda says what it is in its own words: none only
+    // repeats its superclass's Description.
+    Array<CIMClass> all = client.enumerateClasses("root/zda", CIMName(), true, false, true);
+    for (Uint32 i = 0; i < all.size(); ++i)
+    {
+        Uint32 at = all[i].findQualifier("Description");
+        ASSERT_NE(at, PEG_NOT_FOUND) << std_(all[i].getClassName().getString());
+        if (all[i].getSuperClassName().isNull())
+            continue;
+        CIMClass parent = client.getClass("root/zda", all[i].getSuperClassName(), false, true);
+        Uint32 parentAt = parent.findQualifier("Description");
+        if (parentAt != PEG_NOT_FOUND)
+            EXPECT_NE(all[i].getQualifier(at).getValue().toString(),
+                      parent.getQualifier(parentAt).getValue().toString())
+                << std_(all[i].getClassName().getString());
+    }
 }
 
 }  // namespace
