@@ -187,7 +187,20 @@ ClassRepository::~ClassRepository() = default;
 const ClassRepository::Namespace* ClassRepository::findNamespace(const CIMNamespaceName& nameSpace) const {
     for (const auto& ns : _namespaces)
         if (ns->name.equal(nameSpace)) return ns.get();
+    for (const auto& [alias, ns] : _aliases)
+        if (alias.equal(nameSpace)) return ns;
     return nullptr;
+}
+
+void ClassRepository::addNamespaceAlias(const CIMNamespaceName& alias, const CIMNamespaceName& target) {
+    if (findNamespace(alias)) throw CIMException(CIM_ERR_ALREADY_EXISTS, alias.getString());
+    _aliases.emplace_back(alias, &requireNamespace(target));
+}
+
+std::vector<std::pair<CIMNamespaceName, CIMNamespaceName>> ClassRepository::namespaceAliases() const {
+    std::vector<std::pair<CIMNamespaceName, CIMNamespaceName>> out;
+    for (const auto& [alias, ns] : _aliases) out.emplace_back(alias, ns->name);
+    return out;
 }
 
 const ClassRepository::Namespace& ClassRepository::requireNamespace(const CIMNamespaceName& nameSpace) const {

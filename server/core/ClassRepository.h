@@ -45,8 +45,19 @@ public:
     ClassRepository& operator=(const ClassRepository&) = delete;
 
     // ---- namespaces and qualifier declarations --------------------------
+    // The namespaces compiled from MOF (aliases are not listed).
     Pegasus::Array<Pegasus::CIMNamespaceName> enumerateNamespaces() const;
+    // True for a compiled namespace and for an alias of one.
     bool namespaceExists(const Pegasus::CIMNamespaceName& nameSpace) const;
+
+    // Makes `alias` a second name of the compiled namespace `target`: every
+    // member then answers for `alias` as for `target`. Only while the
+    // repository is being set up, before it is shared between threads.
+    // Throws CIMException CIM_ERR_INVALID_NAMESPACE for an unknown target,
+    // CIM_ERR_ALREADY_EXISTS when `alias` already names a namespace.
+    void addNamespaceAlias(const Pegasus::CIMNamespaceName& alias, const Pegasus::CIMNamespaceName& target);
+    // The aliases, each with the namespace it names.
+    std::vector<std::pair<Pegasus::CIMNamespaceName, Pegasus::CIMNamespaceName>> namespaceAliases() const;
 
     // Throws CIMException CIM_ERR_INVALID_NAMESPACE for an unknown namespace,
     // CIM_ERR_NOT_FOUND for an unknown qualifier.
@@ -126,6 +137,7 @@ private:
     const Namespace* findNamespace(const Pegasus::CIMNamespaceName& nameSpace) const;
 
     std::vector<std::unique_ptr<Namespace>> _namespaces;
+    std::vector<std::pair<Pegasus::CIMNamespaceName, const Namespace*>> _aliases;
 };
 
 }  // namespace zda::server

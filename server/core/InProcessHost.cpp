@@ -62,6 +62,9 @@ bool InProcessHost::isInternalNamespace(const CIMNamespaceName& nameSpace) {
 InProcessHost::InProcessHost(HostOptions options) {
     ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logToArrayLibrary);
     _repository = std::make_unique<ClassRepository>(compileDirectories(options.mofDirectories));
+    if (_repository->namespaceExists(options.interopNamespace))
+        for (const CIMNamespaceName& alias : options.interopAliases)
+            if (!_repository->namespaceExists(alias)) _repository->addNamespaceAlias(alias, options.interopNamespace);
     _registry = ProviderRegistry::fromRepository(*_repository, options.interopNamespace, _problems);
     for (const std::string& problem : _problems) log(3, "provider registration: " + problem);
 

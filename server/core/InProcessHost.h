@@ -33,6 +33,10 @@ struct HostOptions {
     std::string modulesDirectory;
     // The namespace holding the provider registrations.
     Pegasus::CIMNamespaceName interopNamespace = Pegasus::CIMNamespaceName("root/PG_InterOp");
+    // Other names of the interop namespace, the ones discovery clients try
+    // first (ignored when the MOF has no interop namespace).
+    std::vector<Pegasus::CIMNamespaceName> interopAliases = {Pegasus::CIMNamespaceName("interop"),
+                                                             Pegasus::CIMNamespaceName("root/interop")};
     // The identity of connectLocal clients and of requests without one.
     Pegasus::String localUser = "admin";
     // The host name in result paths; empty: the system's host name.

@@ -375,7 +375,26 @@ private:
             out.push_back(std::move(q));
         }
         for (ResolvedQualifier& q : inherited) out.push_back(std::move(q));
+        checkCodesPairUp(uses, out);
         return out;
+    }
+
+    // ValueMap and Values of one element give a code and its text at the
+    // same index, so a client decodes a value by its place in both lists:
+    // the lists must be equally long. Checked where either is written.
+    static void checkCodesPairUp(const std::vector<QualifierUse>& uses, const std::vector<ResolvedQualifier>& all) {
+        const ResolvedQualifier* codes = findQualifier(all, "ValueMap");
+        const ResolvedQualifier* texts = findQualifier(all, "Values");
+        if (!codes || !texts || codes->value.kind != Literal::Kind::Array ||
+            texts->value.kind != Literal::Kind::Array ||
+            codes->value.elements.size() == texts->value.elements.size())
+            return;
+        for (const QualifierUse& use : uses)
+            if (equalNoCase(use.name, "ValueMap") || equalNoCase(use.name, "Values"))
+                throw MofError(use.where, "ValueMap and Values differ in length (" +
+                                              std::to_string(codes->value.elements.size()) + " and " +
+                                              std::to_string(texts->value.elements.size()) +
+                                              "): each code needs its text");
     }
 
     static const ResolvedQualifier* findQualifier(const std::vector<ResolvedQualifier>& list, const char* name) {

@@ -34,10 +34,6 @@ std::string ProviderId::text() const { return toUtf8(moduleName) + "/" + toUtf8(
 
 namespace {
 
-std::string classKey(const CIMNamespaceName& ns, const CIMName& cls, ProviderType type) {
-    return foldedKey(ns.getString()) + "\n" + foldedKey(cls.getString()) + "\n" +
-           std::to_string(static_cast<int>(type));
-}
 
 // The value of a property as a string, or nothing when absent, null or of
 // another type.
@@ -71,6 +67,13 @@ std::vector<T> arrayProperty(const CIMInstance& instance, const char* name) {
 std::string describe(const CIMInstance& instance) { return toUtf8(instance.getPath().toString()); }
 
 }  // namespace
+
+std::string ProviderRegistry::classKey(const CIMNamespaceName& ns, const CIMName& cls, ProviderType type) const {
+    std::string nsKey = foldedKey(ns.getString());
+    auto alias = _aliases.find(nsKey);
+    if (alias != _aliases.end()) nsKey = alias->second;
+    return nsKey + "\n" + foldedKey(cls.getString()) + "\n" + std::to_string(static_cast<int>(type));
+}
 
 bool ProviderRegistry::addModule(const ProviderModuleInfo& module) {
     return _modules.emplace(foldedKey(module.name), module).second;
@@ -108,6 +111,8 @@ ProviderRegistry ProviderRegistry::fromRepository(const ClassRepository& reposit
                                                   const CIMNamespaceName& interopNamespace,
                                                   std::vector<std::string>& problems) {
     ProviderRegistry registry;
+    for (const auto& [alias, target] : repository.namespaceAliases())
+        registry._aliases[foldedKey(alias.getString())] = foldedKey(target.getString());
     if (!repository.namespaceExists(interopNamespace)) {
         problems.push_back("no provider registrations: the namespace " + toUtf8(interopNamespace.getString()) +
                            " does not exist");

@@ -43,7 +43,8 @@ public:
     ProviderRegistry() = default;
 
     // Reads the registrations from `repository`'s static instances in
-    // `interopNamespace`. Registrations that cannot be used (a capability
+    // `interopNamespace`; the repository's namespace aliases find the
+    // providers of the namespaces they name. Registrations that cannot be used (a capability
     // naming an unknown module or provider, a module without Location, a
     // class registered twice for the same type) are left out and described
     // in `problems`; the rest are kept. A missing interop namespace gives an
@@ -72,6 +73,10 @@ public:
     std::size_t capabilityCount() const { return _byClass.size(); }
 
 private:
+    // "<ns>\n<class>\n<type>" folded, an alias replaced by its namespace.
+    std::string classKey(const Pegasus::CIMNamespaceName& ns, const Pegasus::CIMName& cls, ProviderType type) const;
+
+    std::map<std::string, std::string> _aliases;          // folded alias -> folded namespace
     std::map<std::string, ProviderModuleInfo> _modules;  // by folded name
     // "<ns>\n<class>\n<type>" folded -> provider
     std::map<std::string, ProviderId> _byClass;

@@ -16,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -280,6 +281,61 @@ RawExchange rawExchange(int port, const std::string& request, int timeoutMs)
         int(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
     ::close(fd);
     return result;
+}
+
+std::string runReadmeSection(const std::string& section, const ServerProcess& server, std::size_t atLeast)
+{
+    std::ifstream in(ZDA_IT_README);
+    std::string readme((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::size_t begin = readme.find("<!-- " + section + ":begin -->");
+    std::size_t end = readme.find("<!-- " + section + ":end -->");
+    if (begin == std::string::npos || end == std::string::npos)
+        end = begin = 0;
+    std::istringstream lines(readme.substr(begin, end - begin));
+    std::size_t count = 0;
+    std::string all;
+    for (std::string command; std::getline(lines, command);)
+    {
+        if (command.rfind("wbemcli ", 0) != 0)
+            continue;
+        ++count;
+        command = std::regex_replace(command, std::regex("localhost:5988"),
+                                     "127.0.0.1:" + std::to_string(server.httpPort()));
+        command = std::regex_replace(command, std::regex("localhost:5989"),
+                                     "127.0.0.1:" + std::to_string(server.httpsPort()));
+        CommandResult r = runCommand({"sh", "-c", command});
+        EXPECT_EQ(r.exitCode, 0) << command << "\n" << r.output;
+        EXPECT_FALSE(r.output.empty()) << command;
+        all += r.output;
+    }
+    EXPECT_GE(count, atLeast) << "commands in the README section " << section;
+    return all;
+}
+
+TemporaryFolder* SharedServerTest::folder = nullptr;
+ServerProcess* SharedServerTest::server = nullptr;
+
+void SharedServerTest::SetUpTestSuite()
+{
+    folder = new TemporaryFolder;
+    server = new ServerProcess(folder->path(), {}, false);
+}
+
+void SharedServerTest::TearDownTestSuite()
+{
+    const int status = server->stop();
+    if (status != 0)
+        ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
+    delete server;
+    delete folder;
+    server = nullptr;
+    folder = nullptr;
+}
+
+void SharedServerTest::TearDown()
+{
+    if (HasFailure())
+        std::cerr << "server log:\n" << server->log();
 }
 
 std::string basicAuthorization(const std::string& user, const std::string& password)

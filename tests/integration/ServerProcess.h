@@ -4,6 +4,8 @@
 #ifndef ZDA_TESTS_SERVER_PROCESS_H
 #define ZDA_TESTS_SERVER_PROCESS_H
 
+#include <gtest/gtest.h>
+
 #include <sys/types.h>
 
 #include <string>
@@ -90,6 +92,27 @@ struct RawExchange
     int elapsedMs = 0;
 };
 RawExchange rawExchange(int port, const std::string& request, int timeoutMs = 30000);
+
+// Runs the wbemcli lines of the README between "<!-- <section>:begin -->"
+// and "<!-- <section>:end -->" as printed, with the printed ports
+// localhost:5988 and localhost:5989 replaced by those of `server`. Each must
+// succeed and print something (a failure of the test otherwise), and there
+// must be at least `atLeast` of them. Returns what they printed.
+std::string runReadmeSection(const std::string& section, const ServerProcess& server, std::size_t atLeast);
+
+// A test suite whose tests share one server (the project's MOF only, the
+// demo array): started before the first test, stopped after the last, with
+// its log shown when a test fails.
+class SharedServerTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite();
+    static void TearDownTestSuite();
+    void TearDown() override;
+
+    static TemporaryFolder* folder;
+    static ServerProcess* server;
+};
 
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);

@@ -536,33 +536,9 @@ TEST(CimServerStateTest, PersistedStateSurvivesARestart)
 // way the README starts it (project MOF only, demo array, demo users).
 TEST(CimServerReadmeTest, TourCommandsWorkAsPrinted)
 {
-    std::ifstream in(ZDA_IT_README);
-    std::string readme((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    std::size_t begin = readme.find("<!-- tour:begin -->");
-    std::size_t end = readme.find("<!-- tour:end -->");
-    ASSERT_NE(begin, std::string::npos);
-    ASSERT_NE(end, std::string::npos);
-    std::vector<std::string> commands;
-    std::istringstream lines(readme.substr(begin, end - begin));
-    for (std::string line; std::getline(lines, line);)
-        if (line.rfind("wbemcli ", 0) == 0)
-            commands.push_back(line);
-    ASSERT_GE(commands.size(), 4u);
-
     TemporaryFolder folder;
     ServerProcess server(folder.path(), {}, false);
-    std::string all;
-    for (std::string command : commands)
-    {
-        command = std::regex_replace(command, std::regex("localhost:5988"),
-                                     "127.0.0.1:" + std::to_string(server.httpPort()));
-        command = std::regex_replace(command, std::regex("localhost:5989"),
-                                     "127.0.0.1:" + std::to_string(server.httpsPort()));
-        CommandResult r = runCommand({"sh", "-c", command});
-        EXPECT_EQ(r.exitCode, 0) << command << "\n" << r.output;
-        EXPECT_FALSE(r.output.empty()) << command;
-        all += r.output;
-    }
+    std::string all = runReadmeSection("tour", server, 4);
     EXPECT_NE(all.find("zda-demo"), std::string::npos) << all;
     EXPECT_NE(all.find("ZDA_StorageVolume"), std::string::npos) << all;
 }

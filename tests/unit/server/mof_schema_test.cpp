@@ -20,10 +20,12 @@ Qualifier MaxLen : uint32 = null, Scope(property, method, parameter);
 Qualifier In : boolean = true, Scope(parameter), Flavor(DisableOverride, ToSubclass);
 Qualifier Out : boolean = false, Scope(parameter), Flavor(DisableOverride, ToSubclass);
 Qualifier Tags : string[], Scope(class, property);
+Qualifier ValueMap : string[], Scope(property, method, parameter);
+Qualifier Values : string[], Scope(property, method, parameter), Flavor(EnableOverride, ToSubclass, Translatable);
 )";
 
-// The qualifier block takes lines 1 to 10, so positions in `text` start at
-// line 11.
+// The qualifier block takes lines 1 to 12, so positions in `text` start at
+// line 13.
 NamespaceSchema resolve(const std::string& text) {
     auto reader = [](const std::string& path, const SourceLocation& from) -> std::string {
         throw MofError(from, "no file " + path);
@@ -188,7 +190,7 @@ TEST_P(MofSchemaError, PointsAtTheDeclarationAtFault) {
         resolve(bad.text);
         FAIL() << "accepted: " << bad.text;
     } catch (const MofError& e) {
-        EXPECT_EQ(e.where().line, bad.line + 10) << e.what();
+        EXPECT_EQ(e.where().line, bad.line + 12) << e.what();
         EXPECT_EQ(e.where().column, bad.column) << e.what();
         EXPECT_NE(e.message().find(bad.message), std::string::npos) << e.what();
     }
@@ -197,7 +199,7 @@ TEST_P(MofSchemaError, PointsAtTheDeclarationAtFault) {
 INSTANTIATE_TEST_SUITE_P(
     Faults, MofSchemaError,
     ::testing::Values(
-        BadSchema{"class A {};\nclass a {};", 2, 1, "class 'a' is already defined at t.mof:11:1"},
+        BadSchema{"class A {};\nclass a {};", 2, 1, "class 'a' is already defined at t.mof:13:1"},
         BadSchema{"class B : A {};", 1, 1, "superclass 'A' of class 'B' is not defined"},
         BadSchema{"class A : B {};\nclass B : A {};", 1, 1, "inherits from itself"},
         BadSchema{"[Colour(\"red\")] class A {};", 1, 2, "qualifier 'Colour' is not declared"},
@@ -232,6 +234,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadSchema{"class A { uint32 M(); };\nclass B : A { [Override(\"M\")] uint8 M(); };", 2, 37,
                   "must keep the return type"},
         BadSchema{"class A { uint32 M([Key] string P); };", 1, 21, "cannot be used on a parameter"},
+        BadSchema{"class A { [ValueMap{\"1\", \"2\"}, Values{\"One\"}] uint16 C; };", 1, 12,
+                  "ValueMap and Values differ in length (2 and 1)"},
+        BadSchema{"class A { [ValueMap{\"1\"}, Values{\"One\"}] uint16 C; };\n"
+                  "class B : A { [Override(\"C\"), Values{\"One\", \"Two\"}] uint16 C; };",
+                  2, 31, "ValueMap and Values differ in length (1 and 2)"},
         BadSchema{"instance of Nothing { };", 1, 1, "class 'Nothing' of the instance is not defined"},
         BadSchema{"[Abstract] class A {};\ninstance of A { };", 2, 1, "is abstract"},
         BadSchema{"class A { [Key] string K; };\ninstance of A { k = null; };", 2, 1, "no value for key property 'K'"},
