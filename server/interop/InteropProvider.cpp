@@ -255,10 +255,11 @@ private:
     }
 
     // The namespaces named by the provider registrations, in the order
-    // first seen.
+    // first seen. root/PG_Internal is the server's own: its providers serve
+    // other providers, never clients, so it is not announced.
     const std::vector<String>& namespaces() {
         if (_namespacesRead) return _namespaces;
-        std::set<std::string> seen;
+        std::set<std::string> seen{folded("root/PG_Internal")};
         auto add = [&](const Array<String>& names) {
             for (Uint32 n = 0; n < names.size(); ++n)
                 if (names[n].size() && seen.insert(folded(names[n])).second) _namespaces.push_back(names[n]);

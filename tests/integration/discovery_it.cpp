@@ -115,6 +115,7 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
     for (Uint32 i = 0; i < namespaces.size(); ++i)
         names.insert(std_(valueOf<String>(CIMInstance(namespaces[i]), "Name")));
     EXPECT_TRUE(names.count("root/zda") && names.count("root/PG_InterOp")) << namespaces.size();
+    EXPECT_FALSE(names.count("root/PG_Internal"));
 
     CIMInstance serverProfile = profile("interop", "Server");
     if (!serverProfile.isUninitialized())
