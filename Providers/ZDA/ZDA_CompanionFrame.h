@@ -9,6 +9,7 @@
 #define ZDA_COMPANION_FRAME_H
 
 #include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/String.h>

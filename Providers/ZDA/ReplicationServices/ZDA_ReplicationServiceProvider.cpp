@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 
