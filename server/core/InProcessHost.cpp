@@ -4,11 +4,10 @@
 #include "MofError.h"
 #include "MofParser.h"
 #include "SchemaObjects.h"
+#include "ServerLog.h"
 
 #include <Pegasus/Client/CIMClientTransport.h>
 #include <Pegasus/Provider/CIMOMHandleBackend.h>
-
-#include <zdaapi.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -39,8 +38,6 @@ std::vector<mof::Declaration> compileDirectories(const std::vector<std::string>&
     return all;
 }
 
-void logToArrayLibrary(int level, const std::string& line) { log_message(level, "%s\n", line.c_str()); }
-
 }  // namespace
 
 String systemHostName() {
@@ -56,7 +53,7 @@ OperationContext InProcessHost::contextFor(const String& userName, const String&
 }
 
 InProcessHost::InProcessHost(HostOptions options) {
-    ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logToArrayLibrary);
+    ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logLine);
     _repository = std::make_unique<ClassRepository>(compileDirectories(options.mofDirectories));
     _registry = ProviderRegistry::fromRepository(*_repository, options.interopNamespace, _problems);
     for (const std::string& problem : _problems) log(3, "provider registration: " + problem);
