@@ -37,7 +37,7 @@
 
 #include "zdaapi.h"
 #include "ZDA_ProviderTypes.h"
-#include "StorageSystem/ZDA_InternalCacheService.h"
+#include "ZDA_InternalCacheService.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -56,8 +56,7 @@ public:
     static void handleComplete(cim_handler_u handler, const cim_method_e method);
 
     // ---- policy ------------------------------------------------------------------
-    // The array's policy flags held by the internal cache service. Defined
-    // here, so a caller links the service's library, not this one.
+    // The array's policy flags held by the internal cache service.
     static cim_policy_t getPolicy()
     {
         return ZDA_InternalCacheService::getInstance()->getPolicy();

@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include <Pegasus/Client/CIMClient.h>
+#include <Pegasus/Client/CIMClientException.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -27,11 +28,34 @@ CIMValue askInternalCache(const char* methodName, const char* outName, CIMOMHand
     Array<CIMParamValue> out;
     if (cimom)
     {
+        // No local connection here: the handle is the way in. Any other
+        // failure of the local call (a refusal, a time-out) is worth a line
+        // before the handle is tried.
+        bool viaHandle = false;
+        String why;  // empty when the local connection was not there at all
         try
         {
             ZDA_Common::invokeMethod(INTERNAL_NAMESPACE, path, methodName, in, out);
         }
+        catch (CannotConnectException&)
+        {
+            viaHandle = true;
+        }
+        catch (Exception& e)
+        {
+            viaHandle = true;
+            why = e.getMessage();
+        }
         catch (...)
+        {
+            viaHandle = true;
+            why = "unknown failure";
+        }
+        if (why.size() > 0)
+            log_message(3, "ZDA_Common: %s on %s failed over the local connection: %s\n",
+                methodName, (const char*)path.toString().getCString(),
+                (const char*)why.getCString());
+        if (viaHandle)
         {
             out.clear();
             cimom->invokeMethod(OperationContext(), INTERNAL_NAMESPACE, path, methodName, in,

@@ -26,9 +26,16 @@ Array<CIMKeyBinding> keysWithoutHosts(const CIMObjectPath& path)
             key.setValue(local.toString());
             key.setType(CIMKeyBinding::REFERENCE);
         }
-        catch (...)
+        catch (MalformedObjectNameException&)
         {
             // Not a path: compared as the plain value it is.
+        }
+        catch (Exception& e)
+        {
+            log_message(3, "ZDA_Common: key %s of %s compared as a plain value: %s\n",
+                (const char*)key.getName().getString().getCString(),
+                (const char*)path.toString().getCString(),
+                (const char*)e.getMessage().getCString());
         }
     }
     return keys;

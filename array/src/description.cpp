@@ -517,10 +517,8 @@ void readTasks(Obj& top, Tasks& tasks) {
     });
 }
 
-void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
-    RcState& s = rc.state;
-    s.system.mode = static_cast<uint8_t>(o.choice("mode", kSysModes, RM_SYS_MODE_ON));
-    s.system.status = static_cast<uint8_t>(o.num("status", 0, 0, 255));
+// remoteCopy.targets: the far arrays remote copy can reach.
+void readRcTargets(Obj& o, RcState& s) {
     o.each("targets", [&](const json& j, const std::string& path) {
         Obj t(j, path, o.now());
         RcTarget r;
@@ -540,6 +538,10 @@ void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
         t.done();
         s.targets.push_back(std::move(r));
     });
+}
+
+// remoteCopy.links: the links to the targets.
+void readRcLinks(Obj& o, RcState& s) {
     o.each("links", [&](const json& j, const std::string& path) {
         Obj l(j, path, o.now());
         RcLink r;
@@ -554,145 +556,183 @@ void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
         l.done();
         s.links.push_back(std::move(r));
     });
+}
+
+// One entry of a group's targets. A synchronisation task it names must be
+// this group's to this target, and claimed by no other entry.
+RcGroupTarget readRcGroupTarget(Obj& t, const RcState& s, RcGroup& r, Tasks& tasks,
+                                std::set<uint32_t>& claimedTasks) {
+    RcGroupTarget gt;
+    gt.target = t.name("target");
+    if (!s.findTarget(gt.target)) fail(t.at("target"), "target " + q(gt.target) + " is not described under remoteCopy.targets");
+    if (r.findTarget(gt.target)) fail(t.at("target"), "target " + q(gt.target) + " is named twice in this group");
+    gt.remoteGroup = t.str("remoteGroup", (r.name + ".r").substr(0, API_NAME_LEN - 1));
+    gt.mode = static_cast<uint32_t>(t.choice("mode", kModes, RM_TARGET_MODE_PERIODIC, 1, 8));
+    if (gt.mode != 1 && gt.mode != 2 && gt.mode != 4 && gt.mode != 8) fail(t.at("mode"), "must be one of " + kModes.list());
+    gt.syncPeriod = t.u32("period", gt.mode == RM_TARGET_MODE_PERIODIC ? 300 : 0);
+    gt.state = static_cast<uint8_t>(t.choice("state", kGtStates, kGtNew));
+    gt.options = t.u32("options");
+    gt.lastSync = static_cast<uint32_t>(t.time("lastSync"));
+    gt.userCpg = t.str("userCpg");
+    gt.snapCpg = t.str("snapCpg");
+    gt.remoteGroupId = t.u32("remoteGroupId", r.id);
+    gt.syncTid = t.u32("syncTask");
+    if (gt.syncTid != 0) {
+        const Task* task = tasks.find(gt.syncTid);
+        if (!task || task->type != API_TASK_RCOPY_SYNC || task->name != r.name || task->target != gt.target)
+            fail(t.at("syncTask"), "task " + std::to_string(gt.syncTid) + " is not a synchronisation of this group to this target");
+        if (!claimedTasks.insert(gt.syncTid).second) fail(t.at("syncTask"), "task is claimed twice");
+    }
+    t.done();
+    return gt;
+}
+
+// One volume of a group, with its map to each of the group's targets; a
+// target the entry does not map gets the far volume the array would work
+// out.
+RcVolume readRcVolume(Obj& vo, ArrayModel& m, const RcState& s, RcGroup& r) {
+    RcVolume v;
+    v.name = vo.name("name");
+    const Volume* vol = m.findVolume(v.name);
+    if (!vol) fail(vo.at("name"), "volume " + q(v.name) + " is not described under volumes");
+    if (r.findVolume(v.name)) fail(vo.at("name"), "volume " + q(v.name) + " is in this group twice");
+    v.wwn = vol->wwn;
+    v.wwnRe = vol->wwnRe;
+    if (const RcGroup* other = s.groupOfVolume(v.name))
+        fail(vo.at("name"), "volume " + q(v.name) + " is already in remote copy group " + q(other->name));
+    if (!r.domain.empty() && vol->domain != r.domain)
+        fail(vo.at("name"), "volume " + q(v.name) + " is in domain " + q(vol->domain) + ", the group in " + q(r.domain));
+    v.maps.resize(r.targets.size());
+    std::vector<bool> given(r.targets.size(), false);
+    vo.each("maps", [&](const json& mj, const std::string& mpath) {
+        Obj mo(mj, mpath, vo.now());
+        const std::string target = mo.name("target");
+        const int i = r.targetIndex(target);
+        if (i < 0) fail(mo.at("target"), "target " + q(target) + " is not a target of this group");
+        if (given[static_cast<size_t>(i)]) fail(mo.at("target"), "target " + q(target) + " is mapped twice");
+        given[static_cast<size_t>(i)] = true;
+        RcMap& map = v.maps[static_cast<size_t>(i)];
+        map.remoteName = mo.str("remoteName", v.name);
+        map.remoteVid = mo.u32("remoteVid", 0xFFFFFFFEu);
+        map.status = static_cast<uint8_t>(mo.choice("status", kMapStatus, RM_GROUP_VV_NEW));
+        map.lastSync = static_cast<uint32_t>(mo.time("lastSync"));
+        map.syncLength = mo.u64("syncLength", map.status == RM_GROUP_VV_SYNCING ? vol->sizeMiB << 20 : 0);
+        map.syncOffset = mo.u64("syncOffset");
+        if (map.syncOffset > map.syncLength) fail(mo.at("syncOffset"), "lies beyond syncLength");
+        auto [re, lo] = wwn(mo, "remoteWwn");
+        if (!re && !lo) {
+            // The far volume's WWN as the array works it out.
+            re = (0x60002D1Aull << 32) | s.findTarget(target)->remoteSysId;
+            lo = vol->wwn;
+        }
+        map.remoteWwnRe = re;
+        map.remoteWwn = lo;
+        // A volume that has been synchronised once has its far volume known.
+        const bool known = map.status != RM_GROUP_VV_NEW || map.lastSync != 0;
+        map.wwnStatus = static_cast<uint8_t>(
+            mo.choice("wwnStatus", kWwnStatus, known ? RM_VV_WWN_VALID : RM_VV_WWN_INVALID, 0, 2));
+        mo.done();
+    });
+    for (size_t i = 0; i < r.targets.size(); ++i) {
+        RcMap& map = v.maps[i];
+        map.target = r.targets[i].target;
+        if (given[i]) continue;
+        map.remoteName = v.name;
+        map.remoteWwnRe = (0x60002D1Aull << 32) | s.findTarget(map.target)->remoteSysId;
+        map.remoteWwn = vol->wwn;
+    }
+    vo.done();
+    return v;
+}
+
+// A target whose volumes are syncing without a task of its own gets one, so
+// that the clock brings them to synced.
+void startMissingSyncTasks(RcGroup& r, const RcState& s, Tasks& tasks, time_t now) {
+    for (size_t i = 0; i < r.targets.size(); ++i) {
+        RcGroupTarget& gt = r.targets[i];
+        if (gt.syncTid != 0 || (gt.state != kGtStarting && gt.state != kGtStarted)) continue;
+        api_u64_t total = 0, done = 0;
+        for (const RcVolume& v : r.volumes)
+            if (v.maps[i].status == RM_GROUP_VV_SYNCING) {
+                total += v.maps[i].syncLength;
+                done += v.maps[i].syncOffset;
+            }
+        if (total == 0) continue;
+        const api_u64_t rate = static_cast<api_u64_t>(s.findTarget(gt.target)->syncRateMiBps) << 20;
+        const long duration = static_cast<long>(std::max<api_u64_t>(1, (total + rate - 1) / rate));
+        const time_t start = now - static_cast<time_t>(static_cast<long double>(duration) * done / total);
+        gt.syncTid = tasks.start(API_TASK_RCOPY_SYNC, r.name, gt.target, "admin", start, duration);
+    }
+}
+
+// The vvset behind a group: it must hold the group's volumes in their order
+// and back no other group.
+void bindGroupVVSet(Obj& g, ArrayModel& m, const RcState& s, RcGroup& r) {
+    std::string vvset = g.str("vvset");
+    if (!vvset.empty()) {
+        const VVSet* set = m.findSet(vvset);
+        if (!set) fail(g.at("vvset"), "vvset " + q(vvset) + " is not described under vvsets");
+        std::vector<std::string> names;
+        for (const RcVolume& v : r.volumes) names.push_back(v.name);
+        if (set->members != names) fail(g.at("vvset"), "vvset " + q(vvset) + " must hold the group's volumes in their order");
+        for (const RcGroup& other : s.groups)
+            if (other.setId == set->id) fail(g.at("vvset"), "vvset " + q(vvset) + " backs another group");
+        r.setId = set->id;
+    }
+}
+
+// One remote copy group with its targets, volumes and vvset.
+RcGroup readRcGroup(Obj& g, ArrayModel& m, Tasks& tasks, const RcState& s,
+                    std::set<uint32_t>& claimedTasks) {
+    RcGroup r;
+    r.name = g.name("name");
+    if (s.findGroup(r.name)) fail(g.at("name"), "remote copy group " + q(r.name) + " is described twice");
+    r.id = static_cast<uint16_t>(g.num("id", 0, 0, 65534));
+    for (const RcGroup& other : s.groups)
+        if (r.id != 0 && other.id == r.id) fail(g.at("id"), "id " + std::to_string(r.id) + " is taken by another group");
+    r.domain = g.str("domain");
+    r.userCpg = g.str("userCpg");
+    r.snapCpg = g.str("snapCpg");
+    for (const char* key : {"userCpg", "snapCpg"}) {
+        const std::string& cpg = std::strcmp(key, "userCpg") == 0 ? r.userCpg : r.snapCpg;
+        if (!cpg.empty() && !m.findCpg(cpg)) fail(g.at(key), "CPG " + q(cpg) + " is not described under cpgs");
+    }
+    r.primary = static_cast<uint8_t>(g.choice("role", kRoles, 1, 0, 1));
+    r.natural = static_cast<uint8_t>(g.choice("natural", kRoles, r.primary, 0, 1));
+    r.drState = static_cast<rm_dr_state_t>(g.choice("drState", kDrStates, RM_DR_NONE, 0, 22));
+    r.drStepEnds = g.time("drStepEnds", g.now() + RemoteCopy::kDrStepSeconds);
+    r.autoSetId = g.u32("autoSetId");
+    r.flags = g.u32("flags");
+    for (const RcGroup& other : s.groups)
+        if (r.autoSetId != 0 && other.autoSetId == r.autoSetId) fail(g.at("autoSetId"), "is taken by another group");
+    g.need("targets");
+    g.each("targets", [&](const json& tj, const std::string& tpath) {
+        Obj t(tj, tpath, g.now());
+        r.targets.push_back(readRcGroupTarget(t, s, r, tasks, claimedTasks));
+    });
+    if (r.targets.empty()) fail(g.at("targets"), "a group needs at least one target");
+    if (r.targets.size() > 4) fail(g.at("targets"), "a group has at most 4 targets");
+    g.each("volumes", [&](const json& vj, const std::string& vpath) {
+        const json wrapped = vj.is_string() ? json::object({{"name", vj}}) : vj;
+        Obj vo(wrapped, vpath, g.now());
+        r.volumes.push_back(readRcVolume(vo, m, s, r));
+    });
+    startMissingSyncTasks(r, s, tasks, g.now());
+    bindGroupVVSet(g, m, s, r);
+    g.done();
+    return r;
+}
+
+void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
+    RcState& s = rc.state;
+    s.system.mode = static_cast<uint8_t>(o.choice("mode", kSysModes, RM_SYS_MODE_ON));
+    s.system.status = static_cast<uint8_t>(o.num("status", 0, 0, 255));
+    readRcTargets(o, s);
+    readRcLinks(o, s);
     std::set<uint32_t> claimedTasks;
     o.each("groups", [&](const json& j, const std::string& path) {
         Obj g(j, path, o.now());
-        RcGroup r;
-        r.name = g.name("name");
-        if (s.findGroup(r.name)) fail(g.at("name"), "remote copy group " + q(r.name) + " is described twice");
-        r.id = static_cast<uint16_t>(g.num("id", 0, 0, 65534));
-        for (const RcGroup& other : s.groups)
-            if (r.id != 0 && other.id == r.id) fail(g.at("id"), "id " + std::to_string(r.id) + " is taken by another group");
-        r.domain = g.str("domain");
-        r.userCpg = g.str("userCpg");
-        r.snapCpg = g.str("snapCpg");
-        for (const char* key : {"userCpg", "snapCpg"}) {
-            const std::string& cpg = std::strcmp(key, "userCpg") == 0 ? r.userCpg : r.snapCpg;
-            if (!cpg.empty() && !m.findCpg(cpg)) fail(g.at(key), "CPG " + q(cpg) + " is not described under cpgs");
-        }
-        r.primary = static_cast<uint8_t>(g.choice("role", kRoles, 1, 0, 1));
-        r.natural = static_cast<uint8_t>(g.choice("natural", kRoles, r.primary, 0, 1));
-        r.drState = static_cast<rm_dr_state_t>(g.choice("drState", kDrStates, RM_DR_NONE, 0, 22));
-        r.drStepEnds = g.time("drStepEnds", o.now() + RemoteCopy::kDrStepSeconds);
-        r.autoSetId = g.u32("autoSetId");
-        r.flags = g.u32("flags");
-        for (const RcGroup& other : s.groups)
-            if (r.autoSetId != 0 && other.autoSetId == r.autoSetId) fail(g.at("autoSetId"), "is taken by another group");
-        g.need("targets");
-        g.each("targets", [&](const json& tj, const std::string& tpath) {
-            Obj t(tj, tpath, o.now());
-            RcGroupTarget gt;
-            gt.target = t.name("target");
-            if (!s.findTarget(gt.target)) fail(t.at("target"), "target " + q(gt.target) + " is not described under remoteCopy.targets");
-            if (r.findTarget(gt.target)) fail(t.at("target"), "target " + q(gt.target) + " is named twice in this group");
-            gt.remoteGroup = t.str("remoteGroup", (r.name + ".r").substr(0, API_NAME_LEN - 1));
-            gt.mode = static_cast<uint32_t>(t.choice("mode", kModes, RM_TARGET_MODE_PERIODIC, 1, 8));
-            if (gt.mode != 1 && gt.mode != 2 && gt.mode != 4 && gt.mode != 8) fail(t.at("mode"), "must be one of " + kModes.list());
-            gt.syncPeriod = t.u32("period", gt.mode == RM_TARGET_MODE_PERIODIC ? 300 : 0);
-            gt.state = static_cast<uint8_t>(t.choice("state", kGtStates, kGtNew));
-            gt.options = t.u32("options");
-            gt.lastSync = static_cast<uint32_t>(t.time("lastSync"));
-            gt.userCpg = t.str("userCpg");
-            gt.snapCpg = t.str("snapCpg");
-            gt.remoteGroupId = t.u32("remoteGroupId", r.id);
-            gt.syncTid = t.u32("syncTask");
-            if (gt.syncTid != 0) {
-                const Task* task = tasks.find(gt.syncTid);
-                if (!task || task->type != API_TASK_RCOPY_SYNC || task->name != r.name || task->target != gt.target)
-                    fail(t.at("syncTask"), "task " + std::to_string(gt.syncTid) + " is not a synchronisation of this group to this target");
-                if (!claimedTasks.insert(gt.syncTid).second) fail(t.at("syncTask"), "task is claimed twice");
-            }
-            t.done();
-            r.targets.push_back(std::move(gt));
-        });
-        if (r.targets.empty()) fail(g.at("targets"), "a group needs at least one target");
-        if (r.targets.size() > 4) fail(g.at("targets"), "a group has at most 4 targets");
-        g.each("volumes", [&](const json& vj, const std::string& vpath) {
-            RcVolume v;
-            const json wrapped = vj.is_string() ? json::object({{"name", vj}}) : vj;
-            Obj vo(wrapped, vpath, o.now());
-            v.name = vo.name("name");
-            const Volume* vol = m.findVolume(v.name);
-            if (!vol) fail(vo.at("name"), "volume " + q(v.name) + " is not described under volumes");
-            if (r.findVolume(v.name)) fail(vo.at("name"), "volume " + q(v.name) + " is in this group twice");
-            v.wwn = vol->wwn;
-            v.wwnRe = vol->wwnRe;
-            if (const RcGroup* other = s.groupOfVolume(v.name))
-                fail(vo.at("name"), "volume " + q(v.name) + " is already in remote copy group " + q(other->name));
-            if (!r.domain.empty() && vol->domain != r.domain)
-                fail(vo.at("name"), "volume " + q(v.name) + " is in domain " + q(vol->domain) + ", the group in " + q(r.domain));
-            v.maps.resize(r.targets.size());
-            std::vector<bool> given(r.targets.size(), false);
-            vo.each("maps", [&](const json& mj, const std::string& mpath) {
-                Obj mo(mj, mpath, o.now());
-                const std::string target = mo.name("target");
-                const int i = r.targetIndex(target);
-                if (i < 0) fail(mo.at("target"), "target " + q(target) + " is not a target of this group");
-                if (given[static_cast<size_t>(i)]) fail(mo.at("target"), "target " + q(target) + " is mapped twice");
-                given[static_cast<size_t>(i)] = true;
-                RcMap& map = v.maps[static_cast<size_t>(i)];
-                map.remoteName = mo.str("remoteName", v.name);
-                map.remoteVid = mo.u32("remoteVid", 0xFFFFFFFEu);
-                map.status = static_cast<uint8_t>(mo.choice("status", kMapStatus, RM_GROUP_VV_NEW));
-                map.lastSync = static_cast<uint32_t>(mo.time("lastSync"));
-                map.syncLength = mo.u64("syncLength", map.status == RM_GROUP_VV_SYNCING ? vol->sizeMiB << 20 : 0);
-                map.syncOffset = mo.u64("syncOffset");
-                if (map.syncOffset > map.syncLength) fail(mo.at("syncOffset"), "lies beyond syncLength");
-                auto [re, lo] = wwn(mo, "remoteWwn");
-                if (!re && !lo) {
-                    // The far volume's WWN as the array works it out.
-                    re = (0x60002D1Aull << 32) | s.findTarget(target)->remoteSysId;
-                    lo = vol->wwn;
-                }
-                map.remoteWwnRe = re;
-                map.remoteWwn = lo;
-                // A volume that has been synchronised once has its far volume known.
-                const bool known = map.status != RM_GROUP_VV_NEW || map.lastSync != 0;
-                map.wwnStatus = static_cast<uint8_t>(
-                    mo.choice("wwnStatus", kWwnStatus, known ? RM_VV_WWN_VALID : RM_VV_WWN_INVALID, 0, 2));
-                mo.done();
-            });
-            for (size_t i = 0; i < r.targets.size(); ++i) {
-                RcMap& map = v.maps[i];
-                map.target = r.targets[i].target;
-                if (given[i]) continue;
-                map.remoteName = v.name;
-                map.remoteWwnRe = (0x60002D1Aull << 32) | s.findTarget(map.target)->remoteSysId;
-                map.remoteWwn = vol->wwn;
-            }
-            vo.done();
-            r.volumes.push_back(std::move(v));
-        });
-        // A target whose volumes are syncing without a task of its own gets
-        // one, so that the clock brings them to synced.
-        for (size_t i = 0; i < r.targets.size(); ++i) {
-            RcGroupTarget& gt = r.targets[i];
-            if (gt.syncTid != 0 || (gt.state != kGtStarting && gt.state != kGtStarted)) continue;
-            api_u64_t total = 0, done = 0;
-            for (const RcVolume& v : r.volumes)
-                if (v.maps[i].status == RM_GROUP_VV_SYNCING) {
-                    total += v.maps[i].syncLength;
-                    done += v.maps[i].syncOffset;
-                }
-            if (total == 0) continue;
-            const api_u64_t rate = static_cast<api_u64_t>(s.findTarget(gt.target)->syncRateMiBps) << 20;
-            const long duration = static_cast<long>(std::max<api_u64_t>(1, (total + rate - 1) / rate));
-            const time_t start = o.now() - static_cast<time_t>(static_cast<long double>(duration) * done / total);
-            gt.syncTid = tasks.start(API_TASK_RCOPY_SYNC, r.name, gt.target, "admin", start, duration);
-        }
-        std::string vvset = g.str("vvset");
-        if (!vvset.empty()) {
-            const VVSet* set = m.findSet(vvset);
-            if (!set) fail(g.at("vvset"), "vvset " + q(vvset) + " is not described under vvsets");
-            std::vector<std::string> names;
-            for (const RcVolume& v : r.volumes) names.push_back(v.name);
-            if (set->members != names) fail(g.at("vvset"), "vvset " + q(vvset) + " must hold the group's volumes in their order");
-            for (const RcGroup& other : s.groups)
-                if (other.setId == set->id) fail(g.at("vvset"), "vvset " + q(vvset) + " backs another group");
-            r.setId = set->id;
-        }
-        g.done();
-        rc.addLoadedGroup(m, std::move(r));
+        rc.addLoadedGroup(m, readRcGroup(g, m, tasks, s, claimedTasks));
     });
     o.done();
 }

@@ -3,11 +3,11 @@
 
 #include <InProcessHost.h>
 #include <ProviderErrors.h>
+#include <ServerLog.h>
 
 #include <cimxml/Codec.h>
 #include <cimxml/Http.h>
 
-#include <zdaapi_base.h>
 
 #include <openssl/evp.h>
 
@@ -304,7 +304,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
 
     std::string user = authenticate(req, peer);
     if (user.empty()) {
-        log_message(3, "zda-cimserver: refused request from %s: no valid credentials",
+        server::logFormat(3, "zda-cimserver: refused request from %s: no valid credentials",
                     peer.address.empty() ? "the local socket" : peer.address.c_str());
         HttpResponse res = refusal(401, "", version, keepAlive);
         res.set(bhttp::field::www_authenticate, "Basic realm=\"zda-cimserver\"");
@@ -359,7 +359,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                 CIM_ERR_INVALID_NAMESPACE,
                 "The namespace " + std::string(request.nameSpace.getString().getCString()) + " does not exist.",
                 request.messageId, std::string(request.name().getCString()), request.intrinsic);
-        log_message(4, "zda-cimserver: %s %s in %s from %s", user.c_str(),
+        server::logFormat(4, "zda-cimserver: %s %s in %s from %s", user.c_str(),
                     static_cast<const char*>(request.name().getCString()),
                     static_cast<const char*>(request.nameSpace.getString().getCString()),
                     peer.address.empty() ? "the local socket" : peer.address.c_str());
@@ -392,7 +392,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                 // the trailer.
                 const std::string description(
                     static_cast<const char*>(server::errorDescription(e).getCString()));
-                log_message(3, "zda-cimserver: %s failed after its answer started streaming: %s",
+                server::logFormat(3, "zda-cimserver: %s failed after its answer started streaming: %s",
                             static_cast<const char*>(request.name().getCString()), description.c_str());
                 bhttp::fields trailer;
                 trailer.set(xhttp::CIM_STATUS_CODE, std::to_string(Uint32(e.getCode())));
@@ -411,7 +411,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
         }
         response = dispatch(_dispatcher, context, request);
     } catch (const cimxml::DecodeError& e) {
-        log_message(3, "zda-cimserver: refused request from %s: %s",
+        server::logFormat(3, "zda-cimserver: refused request from %s: %s",
                     peer.address.empty() ? "the local socket" : peer.address.c_str(), e.what());
         auto r = xhttp::refusalFor(e.failure);
         return refusal(r.status, r.cimError, version, keepAlive);

@@ -1,6 +1,6 @@
 #include "HttpServer.h"
 
-#include <zdaapi_base.h>
+#include <ServerLog.h>
 
 #include <boost/asio.hpp>
 #include <boost/asio/ssl.hpp>
@@ -109,7 +109,7 @@ private:
             for (auto& entry : _watched) {
                 Watched& w = entry.second;
                 if (w.deadline <= now && !w.shutDown) {
-                    log_message(3, "zda-cimserver: closed a connection that stopped reading its answer");
+                    server::logFormat(3, "zda-cimserver: closed a connection that stopped reading its answer");
                     ::shutdown(w.socket, SHUT_RDWR);
                     w.shutDown = true;
                 } else if (!w.shutDown) {
@@ -275,7 +275,7 @@ public:
     void start()
     {
         if (_counted > _owner.options.maxConnections) {
-            log_message(3, "zda-cimserver: too many connections (%u), refusing one", _owner.options.maxConnections);
+            server::logFormat(3, "zda-cimserver: too many connections (%u), refusing one", _owner.options.maxConnections);
             if constexpr (std::is_same_v<Stream, TlsStream>) {
                 // No handshake is spent on a connection that is refused.
                 error_code ignored;
@@ -367,16 +367,16 @@ private:
         try {
             response = _owner.handler.handle(_parser->get(), _peer, streamer);
         } catch (const ConnectionLost& e) {
-            log_message(3, "zda-cimserver: lost a connection while streaming an answer: %s", e.what());
+            server::logFormat(3, "zda-cimserver: lost a connection while streaming an answer: %s", e.what());
             close();
             return;
         } catch (const std::exception& e) {
             // Out of memory while encoding, and the like: the pool thread
             // carries on, the client learns that this request failed.
-            log_message(2, "zda-cimserver: request failed: %s", e.what());
+            server::logFormat(2, "zda-cimserver: request failed: %s", e.what());
             response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         } catch (...) {
-            log_message(2, "zda-cimserver: request failed");
+            server::logFormat(2, "zda-cimserver: request failed");
             response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         }
         if (streamer.begun() || !response) {
@@ -462,7 +462,7 @@ private:
 
     void refuseTooLarge()
     {
-        log_message(3, "zda-cimserver: refused a request of more than %zu bytes", _owner.options.maxRequestBytes);
+        server::logFormat(3, "zda-cimserver: refused a request of more than %zu bytes", _owner.options.maxRequestBytes);
         _response = CimRequestHandler::refusal(413, "request-not-valid", _parser->get().version(), false);
         write();
     }
@@ -475,7 +475,7 @@ private:
             ec == asio::error::connection_reset || ec == asio::error::operation_aborted ||
             ec.category() == asio::error::get_ssl_category() || ec == asio::ssl::error::stream_truncated) {
             if (ec == beast::error::timeout)
-                log_message(3, "zda-cimserver: closed a connection that stopped sending");
+                server::logFormat(3, "zda-cimserver: closed a connection that stopped sending");
             close();
             return;
         }

@@ -6,6 +6,7 @@
 #include "Users.h"
 
 #include <InProcessHost.h>
+#include <ServerLog.h>
 
 #include <zdaapi_base.h>
 #include <zdasim_control.h>
@@ -156,6 +157,9 @@ int serve(Settings& s)
     if (s.certificateFile.empty() != s.keyFile.empty())
         throw std::runtime_error("--tls-cert and --tls-key go together");
 
+    // The server's lines join the array library's log, so one file and one
+    // threshold serve the server, the providers and the array alike.
+    zda::server::setLogSink([](int level, const std::string& line) { log_message(level, "%s", line.c_str()); });
     if (s.logFile.size() && zdasim_log_to_file(s.logFile.c_str()) != 0)
         throw std::runtime_error("cannot write the log file " + s.logFile);
     if (s.logLevel >= 0)

@@ -4,11 +4,10 @@
 #include "MofError.h"
 #include "MofParser.h"
 #include "SchemaObjects.h"
+#include "ServerLog.h"
 
 #include <Pegasus/Client/CIMClientTransport.h>
 #include <Pegasus/Provider/CIMOMHandleBackend.h>
-
-#include <zdaapi.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -39,8 +38,6 @@ std::vector<mof::Declaration> compileDirectories(const std::vector<std::string>&
     return all;
 }
 
-void logToArrayLibrary(int level, const std::string& line) { log_message(level, "%s\n", line.c_str()); }
-
 }  // namespace
 
 String systemHostName() {
@@ -60,7 +57,7 @@ bool InProcessHost::isInternalNamespace(const CIMNamespaceName& nameSpace) {
 }
 
 InProcessHost::InProcessHost(HostOptions options) {
-    ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logToArrayLibrary);
+    ProviderManager::LogSink log = options.log ? options.log : ProviderManager::LogSink(logLine);
     _repository = std::make_unique<ClassRepository>(compileDirectories(options.mofDirectories));
     if (_repository->namespaceExists(options.interopNamespace))
         for (const CIMNamespaceName& alias : options.interopAliases)

@@ -43,7 +43,7 @@ struct HostOptions {
     Pegasus::String hostName;
     // Whether connectLocal() in this process is to reach this host.
     bool installLoopback = true;
-    // Receives the host's log lines; empty: the array library's log_message.
+    // Receives the host's log lines; empty: the server's log (ServerLog.h).
     ProviderManager::LogSink log;
 };
 

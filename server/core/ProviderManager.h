@@ -22,6 +22,7 @@
 #define ZDA_SERVER_PROVIDER_MANAGER_H
 
 #include "ProviderRegistry.h"
+#include "ServerLog.h"
 
 #include <Pegasus/Provider/CIMOMHandle.h>
 #include <Pegasus/Provider/CIMProvider.h>
@@ -43,9 +44,7 @@ class ProviderManager {
 public:
     // Makes the handle given to one provider's initialize().
     using HandleFactory = std::function<Pegasus::CIMOMHandle()>;
-    // Receives log lines (level 2 errors, 3 warnings, 4 trace) without
-    // trailing newline.
-    using LogSink = std::function<void(int level, const std::string& line)>;
+    using LogSink = zda::server::LogSink;
 
     // `registry` must outlive the manager.
     ProviderManager(std::string modulesDirectory, const ProviderRegistry& registry, HandleFactory makeHandle,

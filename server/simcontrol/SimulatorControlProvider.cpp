@@ -7,6 +7,7 @@
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Provider/ProviderException.h>
 
+#include <zdaapi_base.h>
 #include <zdasim_control.h>
 
 #include <string>
@@ -46,9 +47,32 @@ private:
     const Array<CIMParamValue>& _in;
 };
 
+// The providers keep the system's identity and policy for the life of the
+// process; after the array is replaced they are told to read it again
+// through the method their cache answers.
+void refreshProviderCaches(CIMOMHandle& cimom, const OperationContext& context)
+{
+    CIMObjectPath cache;
+    cache.setClassName("ZDA_InternalCache");
+    cache.setNameSpace("root/PG_Internal");
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding("InstanceID", "localhost-InternalCache", CIMKeyBinding::STRING));
+    cache.setKeyBindings(keys);
+    Array<CIMParamValue> out;
+    try {
+        cimom.invokeMethod(context, "root/PG_Internal", cache, "Refresh", Array<CIMParamValue>(), out);
+    } catch (const CIMException& e) {
+        // A server without the array's providers has no cache to refresh.
+        if (e.getCode() == CIM_ERR_INVALID_NAMESPACE || e.getCode() == CIM_ERR_INVALID_CLASS)
+            return;
+        log_message(2, "ZDA_SimulatorControlProvider: the providers' cache was not refreshed: %s",
+                    (const char*)e.getMessage().getCString());
+    }
+}
+
 class SimulatorControlProvider : public CIMMethodProvider {
 public:
-    void initialize(CIMOMHandle&) override {}
+    void initialize(CIMOMHandle& cimom) override { _cimom = cimom; }
     void terminate() override { delete this; }
 
     void invokeMethod(const OperationContext& context, const CIMObjectPath&, const CIMName& method,
@@ -66,15 +90,19 @@ public:
 
         if (method.equal("LoadDemo")) {
             zdasim_reset_demo_array();
+            refreshProviderCaches(_cimom, context);
         } else if (method.equal("LoadDescription")) {
             std::string text = in.text("Description");
             result = zdasim_load_description_text(text.c_str(), "Description", error, sizeof error) == 0 ? 0 : 1;
+            if (result == 0)
+                refreshProviderCaches(_cimom, context);
             handler.deliverParamValue(CIMParamValue("Error", CIMValue(String(error))));
         } else if (method.equal("Reset")) {
             // The real clock first: the demo array's times count from now.
             zdasim_clock_use_real();
             zdasim_faults_clear();
             zdasim_reset_demo_array();
+            refreshProviderCaches(_cimom, context);
             zdasim_clear_records();
         } else if (method.equal("InjectFault")) {
             std::string function = in.text("Function");
@@ -120,6 +148,9 @@ public:
         handler.deliver(CIMValue(result));
         handler.complete();
     }
+
+private:
+    CIMOMHandle _cimom;
 };
 
 }  // namespace

@@ -8,7 +8,6 @@
 
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
-#include "ZDA_InternalCacheService.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -37,27 +36,6 @@ const Uint16 STATUS_COMPLETED = 17;
 const Uint16 ERROR_TYPE_OTHER = 1;
 const Uint16 SEVERITY_MAJOR = 6;
 const Uint16 CIM_STATUS_FAILED = 1;
-
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !className.equal("CIM_ConcreteJob"))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
-// The host name job paths carry; false while the array has not answered
-// the internal cache's first read.
-bool systemHostName(String& hostName)
-{
-    ZDA_InternalCacheService* service = ZDA_InternalCacheService::getInstance();
-    if (service->getStorageArrayUpdateTime() == 0)
-    {
-        log_message(2, "ZDA_ConcreteJobProvider: the system identity could not be read from the array\n");
-        return false;
-    }
-    hostName = service->getSystemHostName();
-    return true;
-}
 
 const char* taskKind(int type)
 {
@@ -213,12 +191,13 @@ void ZDA_ConcreteJobProvider::getInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_ConcreteJob");
     CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     api_task_t task;
-    String host;
-    if (!systemHostName(host) || !_findTask(instanceReference, task))
+    String systemName, host;
+    if (!ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, host) ||
+        !_findTask(instanceReference, task))
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     handler.processing();
     handler.deliver(buildInstance(task, host, jobClass));
@@ -233,13 +212,13 @@ void ZDA_ConcreteJobProvider::enumerateInstances(const OperationContext& context
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ConcreteJob");
     CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
-    String host;
+    String systemName, host;
     ArrayList<api_task_t> tasks;
-    if (systemHostName(host) && readTasks(tasks))
+    if (ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, host) && readTasks(tasks))
         for (const api_task_t& t : tasks)
             handler.deliver(buildInstance(t, host, jobClass));
     handler.complete();
@@ -251,11 +230,11 @@ void ZDA_ConcreteJobProvider::enumerateInstanceNames(const OperationContext& con
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ConcreteJob");
     handler.processing();
-    String host;
+    String systemName, host;
     ArrayList<api_task_t> tasks;
-    if (systemHostName(host) && readTasks(tasks))
+    if (ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, host) && readTasks(tasks))
     {
         for (const api_task_t& t : tasks)
             handler.deliver(buildObjectPath(host, makeUniqueID(t.tid)));
@@ -288,7 +267,7 @@ void ZDA_ConcreteJobProvider::invokeMethod(const OperationContext& context,
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::invokeMethod()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(objectReference);
+    ZDA_CompanionFrame::checkClassName(objectReference, ClassName, "CIM_ConcreteJob");
     if (!methodName.equal("GetError"))
         throw CIMMethodNotFoundException(ClassName + " has no method " + methodName.getString());
     api_task_t task;

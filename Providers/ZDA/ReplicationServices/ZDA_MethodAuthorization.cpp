@@ -1,6 +1,7 @@
 // The authorization kinds of method calls and the refusals they lead to.
 #include "ZDA_MethodAuthorization.h"
 
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
 #include "ZDA_Authorization.h"

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 
@@ -371,6 +372,17 @@ void ZDA_ReplicationServiceProvider::setConcreteJobParam(Array<CIMParamValue>& p
     paramValues.append(CIMParamValue("Job", CIMValue(job), true));
 }
 
+namespace
+{
+
+void logSkippedSynchronization(const CIMObjectPath& syncRef, const String& why)
+{
+    log_message(3, "ZDA_ReplicationServiceProvider::_returnToResourcePool: skipped %s: %s\n",
+        (const char*)syncRef.toString().getCString(), (const char*)why.getCString());
+}
+
+}  // namespace
+
 api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_t* apiEventp,
     const OperationContext& context, const Array<CIMObjectPath>& syncRefs,
     const CIMObjectPath& targetGroup, Boolean targetGroupSet)
@@ -385,7 +397,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
     Uint32 found = 0;
     for (Uint32 i = 0; i < syncRefs.size(); i++)
     {
-        // A synchronization that cannot be read is skipped, whatever the reason.
+        // A synchronization that cannot be read is skipped, whatever the
+        // reason; one that exists but failed to read is logged.
         try
         {
             const CIMObjectPath& syncRef = syncRefs[i];
@@ -404,8 +417,18 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
             else if (syncType == SYNC_TYPE_SNAPSHOT)
                 svRefs.append(syncRef);
         }
+        catch (CIMException& e)
+        {
+            if (e.getCode() != CIM_ERR_NOT_FOUND)
+                logSkippedSynchronization(syncRefs[i], e.getMessage());
+        }
+        catch (Exception& e)
+        {
+            logSkippedSynchronization(syncRefs[i], e.getMessage());
+        }
         catch (...)
         {
+            logSkippedSynchronization(syncRefs[i], "unknown failure");
         }
     }
 

@@ -1,6 +1,5 @@
 #include "ZDA_CopyServicesCommon.h"
 
-#include "ZDA_InternalCacheService.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -10,19 +9,6 @@ namespace ZDA_CopyServices
 const char NAMESPACE[] = "root/zda";
 const char VOLUME_CLASS[] = "ZDA_StorageVolume";
 const char SYNC_CLASS[] = "ZDA_StorageSynchronized";
-
-bool systemIdentity(const char* who, String& systemName, String& hostName)
-{
-    ZDA_InternalCacheService* service = ZDA_InternalCacheService::getInstance();
-    if (service->getStorageArrayUpdateTime() == 0)
-    {
-        log_message(2, "%s: the system identity could not be read from the array\n", who);
-        return false;
-    }
-    systemName = service->getSystemName();
-    hostName = service->getSystemHostName();
-    return true;
-}
 
 int readAllVolumes(ZDA_CompanionFrame::ArrayList<api_VVObj_t>& volumes)
 {

@@ -1,6 +1,5 @@
 // What the copy services, synchronization and pool providers of this
-// library share: the system identity their paths carry, and reading
-// volumes from the array.
+// library share: reading volumes from the array.
 #ifndef ZDA_COPY_SERVICES_COMMON_H
 #define ZDA_COPY_SERVICES_COMMON_H
 
@@ -20,9 +19,7 @@ extern const char NAMESPACE[];        // "root/zda"
 extern const char VOLUME_CLASS[];     // "ZDA_StorageVolume"
 extern const char SYNC_CLASS[];       // "ZDA_StorageSynchronized"
 
-// The system name and host name of this array from the internal cache;
-// false (logged under `who`) while the array has not answered its first read.
-bool systemIdentity(const char* who, String& systemName, String& hostName);
+using ZDA_CompanionFrame::systemIdentity;
 
 // Every volume of the array, in id order, into `volumes`. Returns the
 // array's code (0, or the semaphore's time-out); the list is empty on failure.

@@ -47,13 +47,6 @@ bool isOneOf(const CIMName& name, const char* const (&names)[N])
     return false;
 }
 
-void checkClassName(const CIMObjectPath& reference)
-{
-    if (!reference.getClassName().equal(ClassName))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" +
-            reference.getClassName().getString());
-}
-
 // What the array holds: every volume, and the CPGs by name.
 struct ArrayState
 {
@@ -159,7 +152,7 @@ void ZDA_ReplicaPoolForStorageProvider::getInstance(const OperationContext& cont
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName);
     CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     CIMInstance found;
@@ -186,7 +179,7 @@ void ZDA_ReplicaPoolForStorageProvider::enumerateInstances(const OperationContex
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName);
     CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
@@ -204,7 +197,7 @@ void ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames(const OperationCo
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName);
     handler.processing();
     ArrayState array;
     if (array.read(false))

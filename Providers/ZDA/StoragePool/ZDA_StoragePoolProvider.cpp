@@ -35,13 +35,6 @@ bool isDelta(const CIMName& className)
     return className.equal(DELTA_CLASS);
 }
 
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !isDelta(className))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
 CIMObjectPath poolPath(const char* prefix, const char* className, const String& cpgName,
     const String& host)
 {
@@ -169,7 +162,7 @@ void ZDA_StoragePoolProvider::getInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StoragePoolProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, DELTA_CLASS);
     const CIMName className = instanceReference.getClassName();
     CIMClass poolClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         className, false, includeQualifiers, includeClassOrigin, propertyList);
@@ -194,7 +187,7 @@ void ZDA_StoragePoolProvider::enumerateInstances(const OperationContext& context
 {
     log_message(4, "--> ZDA_StoragePoolProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, DELTA_CLASS);
     CIMClass poolClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         classReference.getClassName(), false, includeQualifiers, includeClassOrigin,
         propertyList);
@@ -210,7 +203,7 @@ void ZDA_StoragePoolProvider::enumerateInstanceNames(const OperationContext& con
 {
     log_message(4, "--> ZDA_StoragePoolProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, DELTA_CLASS);
     handler.processing();
     _forEachPool(classReference.getClassName(), nullptr,
         [&](const CIMInstance& named) { handler.deliver(named.getPath()); });

@@ -24,13 +24,6 @@ const char SOURCE_FILE[] = "ZDA_StorageSettingProvider";
 const char ID_PREFIX[] = "KX_ORLA:SETTING:";
 const Uint16 CHANGEABLE_PERSISTENT = 2;
 
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !className.equal("CIM_StorageSetting"))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
 std::string text(const String& s)
 {
     return (const char*)s.getCString();
@@ -243,7 +236,7 @@ void ZDA_StorageSettingProvider::getInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageSettingProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSetting");
     CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     api_setting_t setting;
@@ -264,7 +257,7 @@ void ZDA_StorageSettingProvider::enumerateInstances(const OperationContext& cont
 {
     log_message(4, "--> ZDA_StorageSettingProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSetting");
     CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
@@ -282,7 +275,7 @@ void ZDA_StorageSettingProvider::enumerateInstanceNames(const OperationContext& 
 {
     log_message(4, "--> ZDA_StorageSettingProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSetting");
     handler.processing();
     ArrayList<api_setting_t> settings;
     String host;
@@ -299,7 +292,7 @@ void ZDA_StorageSettingProvider::createInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageSettingProvider::createInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSetting");
     CIMInstance instance = instanceObject;
     const std::string name = text(ZDA_Common::getStringProperty(instance, "ElementName"));
     if (name.empty())
@@ -334,7 +327,7 @@ void ZDA_StorageSettingProvider::modifyInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageSettingProvider::modifyInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSetting");
     api_setting_t record;
     String host;
     const std::string name = nameOf(instanceReference);
@@ -365,7 +358,7 @@ void ZDA_StorageSettingProvider::deleteInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageSettingProvider::deleteInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSetting");
     const std::string name = nameOf(instanceReference);
     if (name.empty())
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");

@@ -60,13 +60,6 @@ bool isLocalCopy(const api_VVObj_t& vv)
         vv.copyOfId != 0;
 }
 
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !className.equal("CIM_StorageSynchronized"))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
 // One relationship: indexes of the source and the copy in a volume list.
 struct Pair
 {
@@ -245,7 +238,7 @@ void ZDA_StorageSynchronizedProvider::getInstance(const OperationContext& contex
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSynchronized");
     CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
 
@@ -287,7 +280,7 @@ void ZDA_StorageSynchronizedProvider::enumerateInstances(const OperationContext&
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSynchronized");
     CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
         ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
@@ -309,7 +302,7 @@ void ZDA_StorageSynchronizedProvider::enumerateInstanceNames(const OperationCont
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSynchronized");
     handler.processing();
     String systemName;
     String host;

@@ -61,8 +61,6 @@ void ZDA_InternalCacheProvider::invokeMethod(const OperationContext& context,
     const CString method = methodName.getString().getCString();
     log_message(4, "--> ZDA_InternalCacheProvider::invokeMethod(), methodName = %s \n",
         (const char*)method);
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-
     const CIMName className = objectReference.getClassName();
     if (!className.equal(ClassName))
         throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
@@ -71,6 +69,21 @@ void ZDA_InternalCacheProvider::invokeMethod(const OperationContext& context,
         ownPath.setNameSpace(CIMNamespaceName());
     if (!ZDA_Common::matchObjectPath(objectReference, ownPath))
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
+
+    // The array was replaced: the facts are read again on the next call.
+    // Nothing is read from the array here, so any caller may ask, including
+    // one the new array does not know.
+    if (methodName.equal("Refresh"))
+    {
+        ZDA_InternalCacheService::getInstance()->refresh();
+        handler.processing();
+        handler.deliver(CIMValue(RETURN_OK));
+        handler.complete();
+        log_message(4, "<-- ZDA_InternalCacheProvider::invokeMethod()\n");
+        return;
+    }
+
+    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
 
     // Filled from the array on first use; a fill that found the array busy
     // or failing leaves the facts unread, and is tried again next time.

@@ -3,7 +3,7 @@
 // over a local connection to their own server.
 //
 // Its six methods answer from the process-wide ZDA_InternalCacheService,
-// which reads the facts from the array once: "GetSystemName" (out
+// which reads the facts from the array on first use: "GetSystemName" (out
 // "SystemName", string), "GetSystemHostName" ("SystemHostName", string),
 // "GetSystemAddress" ("SystemAddress", string), "GetSystemID" ("SystemID",
 // uint32), "GetSystemType" ("SystemType", sint32) and "IsQuadPortSystem"
@@ -11,6 +11,9 @@
 // array has not answered yet (busy or failing) it returns 1 without one, so
 // the caller reads an empty or zero fact, and the next call asks the array
 // again.
+// "Refresh" (no parameters, returns 0) has the service read the facts from
+// the array again on the next call, for a process whose array was replaced;
+// it reads nothing itself, so it does not open the array for the caller.
 //
 // The one instance has the InstanceID "localhost-InternalCache"; a path
 // naming another is not found. May be called on any number of threads.

@@ -25,13 +25,6 @@ const Uint16 STATUS_DEGRADED = 3;
 const Uint16 HEALTH_OK = 5;
 const Uint16 HEALTH_DEGRADED = 10;
 
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !className.equal("CIM_ComputerSystem"))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
 CIMObjectPath systemPath(String const& hostName, String const& nameSpace, String const& name)
 {
     Array<CIMKeyBinding> keys;
@@ -119,7 +112,7 @@ void ZDA_StorageSystemProvider::getInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageSystemProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_ComputerSystem");
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
     if (keyCount != KEY_COUNT)
     {
@@ -141,7 +134,7 @@ void ZDA_StorageSystemProvider::enumerateInstances(const OperationContext& conte
 {
     log_message(4, "--> ZDA_StorageSystemProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ComputerSystem");
     cim_handler_u h;
     h.instanceHandler = &handler;
     _deliverInstances(context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
@@ -154,7 +147,7 @@ void ZDA_StorageSystemProvider::enumerateInstanceNames(const OperationContext& c
 {
     log_message(4, "--> ZDA_StorageSystemProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ComputerSystem");
     cim_handler_u h;
     h.objectPathHandler = &handler;
     _deliverInstances(context, CIMObjectPath(), false, false, CIMPropertyList(),

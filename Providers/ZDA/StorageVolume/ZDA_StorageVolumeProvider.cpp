@@ -8,7 +8,6 @@
 
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
-#include "ZDA_InternalCacheService.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -45,29 +44,6 @@ const int RAID_0 = 1;
 const int RAID_1 = 2;
 const int RAID_5 = 3;
 const int RAID_6 = 4;
-
-void checkClassName(const CIMObjectPath& reference)
-{
-    const CIMName className = reference.getClassName();
-    if (!className.equal(ClassName) && !className.equal("CIM_StorageVolume"))
-        throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
-}
-
-// The system name and host name the volumes' paths carry, from the internal
-// cache. False while the array has not answered the cache's first read.
-bool systemIdentity(String& systemName, String& hostName)
-{
-    ZDA_InternalCacheService* service = ZDA_InternalCacheService::getInstance();
-    if (service->getStorageArrayUpdateTime() == 0)
-    {
-        log_message(2, "ZDA_StorageVolumeProvider: the system identity could not be read from "
-            "the array\n");
-        return false;
-    }
-    systemName = service->getSystemName();
-    hostName = service->getSystemHostName();
-    return true;
-}
 
 // A volume is usable (OK) unless a physical copy is still being written to
 // it (starting) or such a copy ended before it was complete (error).
@@ -235,7 +211,7 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(instanceReference);
+    ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageVolume");
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
     if (keyCount != KEY_COUNT)
     {
@@ -251,7 +227,8 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
     String systemName;
     String hostName;
     const String deviceID = ZDA_Common::getStringProperty(instanceReference, "DeviceID");
-    if (deviceID.size() > 0 && systemIdentity(systemName, hostName))
+    if (deviceID.size() > 0 &&
+        ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, hostName))
     {
         ArrayList<api_cpg_t> cpgs;
         readCPGs(cpgs);
@@ -288,7 +265,7 @@ void ZDA_StorageVolumeProvider::enumerateInstances(const OperationContext& conte
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageVolume");
     CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(),
         VOLUME_NAMESPACE, ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     cim_handler_u h;
@@ -302,7 +279,7 @@ void ZDA_StorageVolumeProvider::enumerateInstanceNames(const OperationContext& c
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    checkClassName(classReference);
+    ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageVolume");
     cim_handler_u h;
     h.objectPathHandler = &handler;
     _deliverAll(nullptr, CIM_ENUMERATE_INSTANCE_NAMES, h);
@@ -333,7 +310,7 @@ void ZDA_StorageVolumeProvider::_deliverAll(CIMClass* volumeClass, cim_method_e 
     ZDA_Common::handleProcessing(handler, method);
     String systemName;
     String hostName;
-    if (systemIdentity(systemName, hostName))
+    if (ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, hostName))
     {
         ArrayList<api_cpg_t> cpgs;
         if (volumeClass)

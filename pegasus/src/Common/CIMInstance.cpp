@@ -1,5 +1,6 @@
 #include "ObjectRep.h"
 #include <Pegasus/Common/CIMObjectAccess.h>
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
 PEGASUS_NAMESPACE_BEGIN

@@ -2,6 +2,7 @@
 // shared delivery routine to the handler of the operation served.
 #include "common_sim_fixture.h"
 
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
 #include "RecordingResponseHandler.h"

@@ -136,6 +136,54 @@ TEST_F(StorageSystemTest, CacheAnswersOnlyItsInstanceAndOnlyOnceTheArrayHasAnswe
     }), CIM_ERR_NOT_FOUND);
 }
 
+// The simulator's controls replace the array under running providers: what
+// they answer next is the new array's identity and policy, not the first
+// array's that the cache read.
+class ArrayReplacedTest : public StorageSystemTest
+{
+protected:
+    zda::server::HostOptions options() const override
+    {
+        return zda_test::hostOptions({ZDA_SIMULATOR_CONTROL_MOF_DIR});
+    }
+};
+
+TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
+{
+    const char otherArray[] = R"({"version": 1,
+        "system": {"name": "zda-other", "hostName": "zda-other.example.net", "policyFlags": 2},
+        "roles": [{"name": "super", "default": "allowed"}],
+        "users": [{"name": "admin", "role": "super"}]})";
+    Array<CIMParamValue> description;
+    description.append(CIMParamValue("Description", CIMValue(String(otherArray))));
+    const struct
+    {
+        const char* control;
+        Array<CIMParamValue> in;
+        const char* name;
+        const char* hostName;
+        bool noReplicationEntities;
+    } cases[] = {
+        {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
+        {"LoadDemo", {}, "zda-demo", "zda-demo.example.net", false},
+        {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
+        {"Reset", {}, "zda-demo", "zda-demo.example.net", false},
+    };
+    CIMOMHandle unused;  // the local connection answers
+    ASSERT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");  // the cache is filled
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.control);
+        Array<CIMParamValue> out;
+        EXPECT_TRUE(server().invokeMethod(admin(), "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
+            c.control, c.in, out).equal(CIMValue(Uint32(0))));
+        EXPECT_EQ(text(ZDA_Common::getSystemName()), c.name);
+        EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), c.hostName);
+        EXPECT_EQ(text(get<String>(systems()[0], "Name")), c.name);
+        EXPECT_EQ(isNoREPolicy(ZDA_Common::getPolicy()), c.noReplicationEntities);
+    }
+}
+
 TEST_F(StorageSystemTest, RefusedUsersAreDeniedAccess)
 {
     const OperationContext noaccess = zda::server::InProcessHost::contextFor("noaccess");

@@ -13,8 +13,8 @@
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMValue.h>
-#include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/MessageLoader.h>
+#include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/AcceptLanguageList.h>
 
 using namespace Pegasus;

@@ -6,6 +6,7 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
 #include "object_model_fixtures.h"

@@ -225,7 +225,7 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
     }
 
     const std::map<int, std::vector<Boolean>> hostAccessible = {
-        {4, std::vector<Boolean>(8, true)}, {6, {true, true, false}},
+        {4, std::vector<Boolean>(8, true)}, {5, std::vector<Boolean>(8, true)}, {6, {true, true, false}},
         {10, std::vector<Boolean>(3, false)}, {11, std::vector<Boolean>(5, false)}};
     for (const auto& entry : hostAccessible)
     {

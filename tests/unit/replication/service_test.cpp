@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 

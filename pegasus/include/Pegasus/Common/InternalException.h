@@ -1,8 +1,14 @@
 // Exceptions used inside the object model and by servers and providers that
 // want the throwing source position recorded. MessageLoader.h must be
-// included before this header.
+// included before this header: the header does not include it itself, and
+// refusing the other order here keeps code that builds against this SDK
+// building against the OpenPegasus headers as well.
 #ifndef Pegasus_InternalException_h
 #define Pegasus_InternalException_h
+
+#ifndef Pegasus_MessageLoader_h
+#error "include <Pegasus/Common/MessageLoader.h> before <Pegasus/Common/InternalException.h>"
+#endif
 
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/Linkage.h>

@@ -1,7 +1,8 @@
-// The steps every companion provider operation shares: opening the array for
-// the user of the request, making one array call under the array semaphore
-// (int or status form), and holding the lists the array hands out until
-// they are released.
+// The steps every companion provider operation shares: refusing a path of a
+// class the provider does not serve, opening the array for the user of the
+// request, reading the system's identity from the internal cache, making
+// one array call under the array semaphore (int or status form), and
+// holding the lists the array hands out until they are released.
 //
 // Header only, so that each companion library carries its own copy and none
 // depends on another for it.
@@ -9,16 +10,47 @@
 #define ZDA_COMPANION_FRAME_H
 
 #include <Pegasus/Common/Config.h>
+#include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/String.h>
+#include <Pegasus/Provider/ProviderException.h>
 
+#include "ZDA_InternalCacheService.h"
 #include "zdaapi.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
 namespace ZDA_CompanionFrame
 {
+
+// Refuses a path whose class is neither `served` nor `alsoServed` (the
+// general class a provider also answers for; none when null) with
+// CIMNotSupportedException "<served> Invalid class name<class>".
+inline void checkClassName(const CIMObjectPath& reference, const String& served,
+    const char* alsoServed = nullptr)
+{
+    const CIMName className = reference.getClassName();
+    if (className.equal(served) || (alsoServed && className.equal(alsoServed)))
+        return;
+    throw CIMNotSupportedException(served + " Invalid class name" + className.getString());
+}
+
+// The system's name and host name from the internal cache service, which
+// reads them from the array on first use. False, with a line at level 2
+// naming `who`, while the array has not answered that read.
+inline bool systemIdentity(const char* who, String& systemName, String& hostName)
+{
+    ZDA_InternalCacheService* service = ZDA_InternalCacheService::getInstance();
+    if (service->getStorageArrayUpdateTime() == 0)
+    {
+        log_message(2, "%s: the system identity could not be read from the array\n", who);
+        return false;
+    }
+    systemName = service->getSystemName();
+    hostName = service->getSystemHostName();
+    return true;
+}
 
 // Opens the array for the user named by the request's IdentityContainer
 // (no container: an empty name, which the array refuses). Throws

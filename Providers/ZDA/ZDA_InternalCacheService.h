@@ -2,8 +2,8 @@
 // and of the CIM classes the providers build their instances from.
 //
 // The system facts (name, host name, address, id, type, quad port flag and
-// the policy flags) are read from the array once, when the service is first
-// reached, and kept until destroy(). Classes are fetched from the server
+// the policy flags) are read from the array when the service is first
+// reached, and kept until refresh() or destroy(). Classes are fetched from the server
 // through CIMOMHandle::getClass on first use and kept per namespace, class
 // name and request flags.
 //
@@ -49,6 +49,12 @@ public:
     // so a process that loads another array starts clean. Pointers returned
     // before are dangling afterwards.
     static void destroy();
+
+    // Forgets the system facts, so that the next getInstance() reads them
+    // from the array again: called when the array behind the process was
+    // replaced. Safe while other threads use the service; the cached
+    // classes stay, as they do not depend on the array.
+    void refresh();
 
     String getSystemAddress() const;    // IPv4 address text, "" when the array has none
     String getSystemName() const;
@@ -96,6 +102,7 @@ private:
 
     mutable std::mutex _factsMutex;     // guards the facts below
     std::atomic<bool> _filled{false};
+    Uint32 _generation = 0;             // counts refresh() calls
     String _systemAddress;
     String _systemName;
     std::atomic<cim_policy_t> _policy{0};

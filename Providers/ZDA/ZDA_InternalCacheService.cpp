@@ -84,8 +84,20 @@ void ZDA_InternalCacheService::destroy()
     g_instance = nullptr;
 }
 
+void ZDA_InternalCacheService::refresh()
+{
+    std::lock_guard<std::mutex> lock(_factsMutex);
+    _generation++;
+    _filled.store(false);
+}
+
 bool ZDA_InternalCacheService::initSystemInfo()
 {
+    Uint32 generation;
+    {
+        std::lock_guard<std::mutex> lock(_factsMutex);
+        generation = _generation;
+    }
     api_system_info_t info;
     int rc = cim_sem_wait();
     if (rc == 0)
@@ -122,7 +134,9 @@ bool ZDA_InternalCacheService::initSystemInfo()
     _isQuadPort = info.isQuadPort;
     _policy.store(info.policyFlags);
     _getStorageArrayUpdateTime = time(nullptr);
-    _filled.store(true);
+    // A refresh while the array was read may have come after the read: the
+    // facts are kept, but read again on the next call.
+    _filled.store(generation == _generation);
     return true;
 }
 
