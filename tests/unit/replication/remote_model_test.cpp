@@ -5,13 +5,17 @@
 #include "replication_fixture.h"
 
 #include <cstring>
+#include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <vector>
 
 #include "CimBuilders.h"
+#include "RecordingResponseHandler.h"
 #include "RemoteCopyTestArray.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
+#include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_RemoteReplicationGroupProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_RemoteStorageSynchronizedProvider.h"
@@ -451,6 +455,54 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
     EXPECT_EQ(cimErrorOf([&] {
         getInstance(instancePath(ZDA_NS, SAP, {{"Name", "tReady"}}));
     }), CIM_ERR_INVALID_PARAMETER);
+}
+
+// The model is read-only and its classes have no methods.
+TEST_F(RemoteModelTest, ChangesAndObjectPathConstructorsAreRefused)
+{
+    const CIMObjectPath path;
+    auto refusal = [](const std::function<void()>& construct) {
+        try
+        {
+            construct();
+        }
+        catch (const CIMException& e)
+        {
+            return text(e.getMessage());
+        }
+        return std::string("constructed");
+    };
+    EXPECT_EQ(refusal([&] { ZDA_RemoteReplicationGroupProvider p(path); }),
+        "ZDA_RemoteReplicationGroup does not support constructor with object path.");
+    EXPECT_EQ(refusal([&] { ZDA_RemoteReplicationCollectionProvider p(path); }),
+        "ZDA_RemoteReplicationCollection does not support constructor with object path.");
+    EXPECT_EQ(refusal([&] { ZDA_ReplicationEntityProvider p(path); }),
+        "ZDA_ReplicationEntity does not support constructor with object path.");
+    EXPECT_EQ(refusal([&] { ZDA_RemoteServiceAccessPointProvider p(path); }),
+        "ZDA_RemoteServiceAccessPoint does not support constructor with object path.");
+
+    for (const char* className : {RC_GROUP, COLLECTION, SAP, ENTITY})
+    {
+        SCOPED_TRACE(className);
+        CIMInstance instance = all(className)[0];
+        EXPECT_EQ(cimErrorOf([&] {
+            server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList());
+        }), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, instance.getPath()); }),
+            CIM_ERR_NOT_SUPPORTED);
+    }
+    // The server refuses methods the class does not declare; the providers
+    // refuse any that reach them.
+    zda_test::RecordingResponseHandler handler;
+    const Array<CIMParamValue> none;
+    std::vector<std::unique_ptr<CIMMethodProvider>> providers;
+    providers.emplace_back(new ZDA_RemoteReplicationGroupProvider());
+    providers.emplace_back(new ZDA_RemoteReplicationCollectionProvider());
+    providers.emplace_back(new ZDA_ReplicationEntityProvider());
+    providers.emplace_back(new ZDA_RemoteServiceAccessPointProvider());
+    for (auto& provider : providers)
+        EXPECT_EQ(cimErrorOf([&] { provider->invokeMethod(admin(), path, "Any", none, handler); }),
+            CIM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(RemoteModelTest, PeerSystemsOncePerNodeWWN)
