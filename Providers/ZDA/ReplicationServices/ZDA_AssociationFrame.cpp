@@ -216,6 +216,91 @@ void VVSetList::release()
     std::memset(&_list, 0, sizeof _list);
 }
 
+RCopySnapshot::RCopySnapshot()
+{
+    std::memset(&rcopy, 0, sizeof rcopy);
+}
+
+RCopySnapshot::~RCopySnapshot()
+{
+    api_freeRCopy(&rcopy);
+}
+
+api_Status_t RCopySnapshot::read(int selector)
+{
+    api_freeRCopy(&rcopy);
+    std::memset(&rcopy, 0, sizeof rcopy);
+    return ZDA_CompanionFrame::statusCall([&] { return api_getRCopy(selector, &rcopy); });
+}
+
+bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider)
+{
+    if (snapshot.read(selector).code == 0)
+        return true;
+    log_message(2, "--> %s::deliverInstances()  api_getRCopy failed.\n", provider);
+    return false;
+}
+
+void endWalk(const char* provider, const String& className, cim_handler_u handler,
+    cim_method_e method, bool found)
+{
+    if (method == CIM_GET_INSTANCE && !found)
+    {
+        log_message(2, "%s::deliverInstances() object not found for getInstance()\n", provider);
+        throw CIMObjectNotFoundException(className + " CIM Object not found.");
+    }
+    ZDA_Common::handleComplete(handler, method);
+}
+
+void requireInstanceClass(const CIMObjectPath& reference,
+    const std::vector<const char*>& accepted, const String& className)
+{
+    const CIMName given = reference.getClassName();
+    if (!isOneOf(given, accepted))
+        throw CIMNotSupportedException(nameText(given) + className + " Invalid class name");
+}
+
+void walkGetInstance(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& systemAddress, InstanceResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::getInstance()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(instanceReference, walked.accepted, walked.className);
+    requireKeyCount(instanceReference, walked.keyCount, walked.provider, walked.className,
+        walked.keyRefusal);
+    walked.walk(cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
+        propertyList, systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
+    log_message(4, "<-- %s::getInstance()\n", walked.provider);
+}
+
+void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress,
+    InstanceResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::enumerateInstances()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(classReference, walked.accepted, walked.className);
+    walked.walk(cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
+        propertyList, systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
+    log_message(4, "<-- %s::enumerateInstances()\n", walked.provider);
+}
+
+void walkEnumerateInstanceNames(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const String& systemAddress, ObjectPathResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::enumerateInstanceNames()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(classReference, walked.accepted, walked.className);
+    walked.walk(cimom, context, CIMObjectPath(), false, false, CIMPropertyList(), systemAddress,
+        CIM_ENUMERATE_INSTANCE_NAMES, handlerOf(handler));
+    log_message(4, "<-- %s::enumerateInstanceNames()\n", walked.provider);
+}
+
 bool hasParentRCGroup(const api_set_t& set)
 {
     api_keyvalue_query_t query;
