@@ -8,6 +8,12 @@
 #include "ZDA_MemberOfReplicationGroupProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
+#include "ZDA_CapabilitiesOfReplicationService.h"
+#include "ZDA_ReplicationAffectsElement.h"
+#include "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider.h"
+#include "ZDA_HostedRemoteReplicationGroupProvider.h"
+#include "ZDA_ReplicationAffectsRemoteCollectionProvider.h"
+#include "ZDA_HostedReplicationGroupProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -25,6 +31,21 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
+    if (String::equalNoCase(providerName, "ZDA_CapabilitiesOfReplicationService"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_CapabilitiesOfReplicationService());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsElement"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsElement());
+    if (String::equalNoCase(providerName,
+            "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsRemoteCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_ReplicationAffectsRemoteCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedReplicationGroupProvider());
     return 0;
 }
 
