@@ -38,6 +38,11 @@ const Walk WALKS[] = {
         "Capabilities"},
     {"ZDA_ReplicationAffectsElement", SERVICE, "ZDA_ReplicationGroup", "AffectedElement"},
     {"ZDA_HostedReplicationGroup", SYSTEM, "ZDA_ReplicationGroup", "Dependent"},
+    {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", SERVICE, "ZDA_RemoteReplicationGroup",
+        "AffectedElement"},
+    {"ZDA_HostedRemoteReplicationGroup", SYSTEM, "ZDA_RemoteReplicationGroup", "Dependent"},
+    {"ZDA_ReplicationAffectsRemoteCollection", SERVICE, "ZDA_RemoteReplicationCollection",
+        "AffectedElement"},
 };
 
 std::vector<std::string> lines(const std::string& output)

@@ -8,6 +8,10 @@
 #include "ZDA_MemberOfReplicationGroupProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
+#include "ZDA_RemoteReplicationGroupProvider.h"
+#include "ZDA_RemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationEntityProvider.h"
+#include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_CapabilitiesOfReplicationService.h"
 #include "ZDA_ReplicationAffectsElement.h"
 #include "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider.h"
@@ -35,15 +39,23 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_CapabilitiesOfReplicationService());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsElement"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsElement());
+    if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName,
             "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsRemoteCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_ReplicationAffectsRemoteCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationEntityProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteServiceAccessPointProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteServiceAccessPointProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedReplicationGroupProvider());
     return 0;

@@ -49,6 +49,15 @@ const Row ROWS[] = {
         "CIM_Service", false, "ReplicationServiceCapabilities"},
     {"ZDA_ReplicationAffectsElement", Kind::Affects, "AffectingElement", "AffectedElement",
         "ZDA_ReplicationGroup", "CIM_Collection", "CIM_LogicalElement", false, "set1"},
+    {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", Kind::Affects, "AffectingElement",
+        "AffectedElement", "ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_Service",
+        true, "rcg_fin_sync"},
+    {"ZDA_HostedRemoteReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
+        "ZDA_RemoteReplicationGroup", "CIM_SystemSpecificCollection", "CIM_System", true,
+        "rcg_two_targets"},
+    {"ZDA_ReplicationAffectsRemoteCollection", Kind::Affects, "AffectingElement",
+        "AffectedElement", "ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
+        "CIM_ReplicationService", true, "siteB_ip"},
     {"ZDA_HostedReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
         "ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_ComputerSystem", false, "set_one"},
 };
@@ -98,10 +107,12 @@ protected:
         path.setKeyBindings(keys);
         return path;
     }
-    void load(const Row& row)
+    static void load(const Row& row)
     {
         if (row.remote)
             zdasim_reset_demo_array();
+        else
+            zdasim_reset_test_array();
     }
 
     // Runs `call` on the server's own provider of the row, outside any
