@@ -43,6 +43,10 @@ const Walk WALKS[] = {
     {"ZDA_HostedRemoteReplicationGroup", SYSTEM, "ZDA_RemoteReplicationGroup", "Dependent"},
     {"ZDA_ReplicationAffectsRemoteCollection", SERVICE, "ZDA_RemoteReplicationCollection",
         "AffectedElement"},
+    {"ZDA_HostedRemoteReplicationCollection", SYSTEM, "ZDA_RemoteReplicationCollection",
+        "Dependent"},
+    {"ZDA_ReplicationAffectsEntity", SERVICE, "ZDA_ReplicationEntity", "AffectedElement"},
+    {"ZDA_HostedRemoteSAP", SYSTEM, "ZDA_RemoteServiceAccessPoint", "Dependent"},
 };
 
 std::vector<std::string> lines(const std::string& output)

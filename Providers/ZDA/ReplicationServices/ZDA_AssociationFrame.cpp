@@ -697,6 +697,74 @@ bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* p
     return true;
 }
 
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
+    std::vector<EndPair>& pairs)
+{
+    if (first.getClassName().isNull())
+    {
+        log_message(2, "%s::_getRelatedInstances(): no object to pair\n", provider);
+        return false;
+    }
+    CIMInstance firstInstance;
+    try
+    {
+        if (query.instancesOf == 1)
+            firstInstance = cimom.getInstance(query.context, NAMESPACE, first, false,
+                query.includeQualifiers, query.includeClassOrigin, query.propertyList);
+    }
+    catch (const Exception& e)
+    {
+        log_message(2, "%s: cannot read the associated object: %s\n", provider,
+            (const char*)e.getMessage().getCString());
+        return false;
+    }
+
+    std::vector<WalkEnd> ends;
+    {
+        RCopySnapshot snapshot;
+        const api_Status_t status = snapshot.read(selector);
+        if (status.code != 0)
+        {
+            log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider,
+                status.code, (const char*)statusText(status).getCString());
+            return false;
+        }
+        walk(snapshot.rcopy, query.instancesOf == 2, ends);
+    }
+    for (const WalkEnd& end : ends)
+        pairs.push_back(EndPair{first, end.path, firstInstance, end.instance});
+    return true;
+}
+
+RemoteCopyWalk targetWalk(CIMOMHandle& cimom, const PairQuery& query, const CIMName& endClass,
+    const std::function<CIMObjectPath(const String& targetName)>& pathOf,
+    const std::function<CIMInstance(rm_target_t& target, CIMClass& endClass)>& instanceOf)
+{
+    return [&cimom, &query, endClass, pathOf, instanceOf](api_rcopy_t& rcopy,
+               bool withInstances, std::vector<WalkEnd>& ends) {
+        CIMClass shape;
+        if (withInstances)
+            shape = moduleClass(cimom, endClass, query.includeQualifiers,
+                query.includeClassOrigin, query.propertyList);
+        for (int i = 0; i < rcopy.target_count; i++)
+        {
+            rm_target_t& target = rcopy.targets[i];
+            WalkEnd end;
+            if (withInstances)
+            {
+                end.instance = instanceOf(target, shape);
+                end.path = end.instance.getPath();
+            }
+            else
+            {
+                end.path = pathOf(String(target.rm_hdr.rm_name));
+            }
+            ends.push_back(end);
+        }
+    };
+}
+
 bool sameObject(const CIMObjectPath& end, const CIMObjectPath& object)
 {
     CIMObjectPath a = end;

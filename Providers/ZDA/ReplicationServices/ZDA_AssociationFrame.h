@@ -387,6 +387,36 @@ bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* p
     const CIMName& firstEnd, const CIMObjectPath& fixedFirst, const CIMName& secondEnd,
     std::vector<EndPair>& pairs);
 
+// A far end found by a walk of the remote copy configuration: its path and,
+// when the walk was asked for them, its instance.
+struct WalkEnd
+{
+    CIMObjectPath path;
+    CIMInstance instance;
+};
+// Appends the far ends one snapshot holds, in the walk's order.
+typedef std::function<void(api_rcopy_t& rcopy, bool withInstances, std::vector<WalkEnd>& ends)>
+    RemoteCopyWalk;
+
+// Pairs read from the array, for HostedByWalk and Deliver providers: `first`
+// with each far end `walk` finds in the remote copy configuration
+// (api_getRCopy with `selector`, the semaphore held for that call only).
+// The first end's instance, when wanted, is asked of the server. A failed or
+// busy array is logged at level 2 ("<provider>::_getRelatedInstances():
+// api_getRCopy error (<code>): <text>") and gives false, as does a null
+// `first` or a server error.
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
+    std::vector<EndPair>& pairs);
+
+// The walk of the remote copy targets, one far end for each target in the
+// array's order: its path from `pathOf` (given the target's name) or, when
+// instances are asked for, its instance from `instanceOf` on `endClass` as
+// the query shapes it.
+RemoteCopyWalk targetWalk(CIMOMHandle& cimom, const PairQuery& query, const CIMName& endClass,
+    const std::function<CIMObjectPath(const String& targetName)>& pathOf,
+    const std::function<CIMInstance(rm_target_t& target, CIMClass& endClass)>& instanceOf);
+
 // True when `end` and `object` name the same object; a path without a
 // namespace is taken to be in the module's namespace, hosts do not count.
 bool sameObject(const CIMObjectPath& end, const CIMObjectPath& object);

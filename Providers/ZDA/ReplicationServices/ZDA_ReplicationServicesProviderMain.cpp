@@ -18,6 +18,9 @@
 #include "ZDA_HostedRemoteReplicationGroupProvider.h"
 #include "ZDA_ReplicationAffectsRemoteCollectionProvider.h"
 #include "ZDA_HostedReplicationGroupProvider.h"
+#include "ZDA_HostedRemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationAffectsEntityProvider.h"
+#include "ZDA_HostedRemoteSAPProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -49,13 +52,20 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_HostedRemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsRemoteCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_ReplicationAffectsRemoteCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationEntityProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsEntityProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsEntityProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteServiceAccessPointProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteServiceAccessPointProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteSAPProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteSAPProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedReplicationGroupProvider());
     return 0;

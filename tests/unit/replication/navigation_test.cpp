@@ -7,7 +7,9 @@
 #include "replication_fixture.h"
 
 #include <cctype>
+#include <cstring>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,7 @@ struct Row
     const char* backSuper;   // a superclass only the first end has
     bool remote;             // needs the demo array's remote copy
     const char* sample;      // one far end the array surely has
+    bool rolesMatchNothing = false;  // no role a request names finds an end
 };
 
 const Row ROWS[] = {
@@ -58,6 +61,15 @@ const Row ROWS[] = {
     {"ZDA_ReplicationAffectsRemoteCollection", Kind::Affects, "AffectingElement",
         "AffectedElement", "ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
         "CIM_ReplicationService", true, "siteB_ip"},
+    {"ZDA_HostedRemoteReplicationCollection", Kind::HostedByWalk, "Antecedent", "Dependent",
+        "ZDA_RemoteReplicationCollection", "CIM_ConnectivityCollection", "CIM_ComputerSystem",
+        true, "siteC"},
+    {"ZDA_ReplicationAffectsEntity", Kind::Deliver, "AffectingElement", "AffectedElement",
+        "ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_Service", true,
+        "RG:rcg_fin_sync.r:zda-siteB", true},
+    {"ZDA_HostedRemoteSAP", Kind::HostedByWalk, "Antecedent", "Dependent",
+        "ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint", "CIM_System", true,
+        "siteD"},
     {"ZDA_HostedReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
         "ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_ComputerSystem", false, "set_one"},
 };
@@ -145,6 +157,8 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         const std::set<std::string> every =
             labels(server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass));
         ASSERT_EQ(every.count(row.sample), 1u);
+        const String firstRole = row.rolesMatchNothing ? "" : row.firstRole;
+        const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
 
         // From the first end: every object of the far class, as names, as
         // instances and through the association's own instances.
@@ -153,12 +167,12 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         EXPECT_EQ(labels(far), every);
         EXPECT_EQ(far.size(), every.size());
         Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first, row.association,
-            row.farClass, row.firstRole, row.secondRole, false, false, CIMPropertyList());
+            row.farClass, firstRole, secondRole, false, false, CIMPropertyList());
         ASSERT_EQ(objects.size(), far.size());
         for (Uint32 i = 0; i < objects.size(); i++)
             EXPECT_TRUE(objects[i].getClassName().equal(row.farClass));
         Array<CIMObjectPath> links = server().referenceNames(admin(), ZDA_NS, first,
-            row.association, row.firstRole);
+            row.association, firstRole);
         EXPECT_EQ(links.size(), far.size());
         Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, row.association,
             true, false, false, false, CIMPropertyList());
@@ -173,7 +187,7 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         for (Uint32 i = 0; i < far.size(); i++)
         {
             Array<CIMObjectPath> back = server().associatorNames(admin(), ZDA_NS, far[i],
-                row.association, CIMName(), row.secondRole, "");
+                row.association, CIMName(), secondRole, "");
             ASSERT_EQ(back.size(), 1u) << label(far[i]);
             EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], first));
             EXPECT_EQ(server().references(admin(), ZDA_NS, far[i], row.association, "", false,
@@ -196,6 +210,7 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         const CIMObjectPath far = server().associatorNames(admin(), ZDA_NS, first,
             row.association, CIMName(), "", "")[0];
         const CIMName none;
+        const CIMObjectPath missing = missingFarEnd(row);
         struct Case
         {
             const char* what;
@@ -217,7 +232,7 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
             {"the far end's role", first, true, none, row.secondRole, "", false},
             {"own role as result role", far, false, none, "", row.secondRole, false},
             {"unknown role", first, false, none, "Owner", "", false},
-            {"an object that is not there", missingFarEnd(row), false, none, "", "", false},
+            {"an object that is not there", missing, false, none, "", "", false},
         };
         for (const Case& c : cases)
         {
@@ -230,8 +245,11 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
                     p.associatorNames(admin(), c.object, row.association, c.resultClass, c.role,
                         c.resultRole, h);
             });
-            if (c.answered)
+            const bool namesRoles = c.role.size() || c.resultRole.size();
+            if (c.answered && !(namesRoles && row.rolesMatchNothing))
                 EXPECT_EQ(sequence.rfind("processing deliver(path)", 0), 0u) << sequence;
+            else if (c.object == missing && row.kind == Kind::Deliver)
+                EXPECT_EQ(sequence, "processing complete");  // nothing asked of the server
             else
                 EXPECT_EQ(sequence, "");
         }
@@ -256,8 +274,10 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
             CIMKeyBinding::REFERENCE));
         elsewhere.setKeyBindings(keys);
 
+        // A walk that reads the reference's ends answers nothing without
+        // both; the server reports too few objects.
         const int oneKeyError = row.kind == Kind::Affects ? int(CIM_ERR_NOT_FOUND)
-            : row.kind == Kind::HostedByWalk             ? -1
+            : row.kind == Kind::HostedByWalk             ? int(CIM_ERR_FAILED)
                                                          : int(CIM_ERR_INVALID_PARAMETER);
         EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
         EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
@@ -278,6 +298,110 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
         });
         const bool checksClass = row.kind == Kind::Affects || row.kind == Kind::HostedByWalk;
         EXPECT_EQ(other.empty(), checksClass) << other;
+    }
+}
+
+}  // namespace
+
+namespace
+{
+
+// How many captured log lines contain `text`.
+size_t logLinesWith(const char* text)
+{
+    size_t n = 0;
+    for (size_t i = 0; i < zdasim_log_count(); i++)
+    {
+        int level = 0;
+        char line[1024] = "";
+        zdasim_log_line(i, &level, line, sizeof line);
+        if (std::strstr(line, text))
+            n++;
+    }
+    return n;
+}
+
+const Row& rowOf(const char* association)
+{
+    for (const Row& row : ROWS)
+        if (std::string(row.association) == association)
+            return row;
+    throw std::logic_error(association);
+}
+
+TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
+{
+    const Row& row = rowOf("ZDA_ReplicationAffectsEntity");
+    load(row);
+    const CIMObjectPath service = firstEnd(row);
+    struct Case
+    {
+        const char* role;
+        const char* resultRole;
+        bool refused;
+    };
+    // The instances' own roles are refused; the checked ones pass the check
+    // and name no end of the instances, so nothing is found either way.
+    const Case cases[] = {{"AffectingElement", "", true}, {"", "AffectedElement", true},
+        {"SystemElement", "", false}, {"", "SyncedElement", false}, {"SyncedElement", "", true}};
+    zdasim_log_capture(1);
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
+        zdasim_log_clear();
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
+                      zda_test::RecordingResponseHandler& h) {
+            p.associatorNames(admin(), service, row.association, CIMName(), c.role,
+                c.resultRole, h);
+        }), "");
+        EXPECT_EQ(logLinesWith("invalid params"), c.refused ? 1u : 0u);
+    }
+    zdasim_log_capture(0);
+}
+
+TEST_F(NavigationTest, AnArrayFailureAnswersEmpty)
+{
+    // The walks of the array complete an empty answer, except the one that
+    // delivers as it walks, which leaves it without complete().
+    for (const char* association :
+        {"ZDA_HostedRemoteReplicationCollection", "ZDA_HostedRemoteSAP",
+            "ZDA_ReplicationAffectsEntity"})
+    {
+        SCOPED_TRACE(association);
+        const Row& row = rowOf(association);
+        load(row);
+        const CIMObjectPath first = firstEnd(row);
+        const std::string expected =
+            row.kind == Kind::Deliver ? "processing" : "processing complete";
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
+                      zda_test::RecordingResponseHandler& h) {
+            zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
+            p.referenceNames(admin(), first, CIMName(), "", h);
+        }), expected);
+        zdasim_faults_clear();
+        // A busy array: the enumeration's first wait is the walk's.
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider&, CIMInstanceProvider& p,
+                      zda_test::RecordingResponseHandler& h) {
+            zdasim_fault_sem_timeouts(1);
+            p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
+        }), expected);
+        zdasim_faults_clear();
+    }
+}
+
+TEST_F(NavigationTest, AccessPointsNameTheSystemByItsHostName)
+{
+    const Row& row = rowOf("ZDA_HostedRemoteSAP");
+    load(row);
+    Array<CIMInstance> links = server().enumerateInstances(admin(), ZDA_NS, row.association,
+        true, false, false, false, CIMPropertyList());
+    ASSERT_EQ(links.size(), 6u);  // one per remote copy target of the demo array
+    for (Uint32 i = 0; i < links.size(); i++)
+    {
+        const CIMObjectPath system = endOf(links[i].getPath(), "Antecedent");
+        const CIMObjectPath point = endOf(links[i].getPath(), "Dependent");
+        EXPECT_EQ(text(ZDA_Common::getStringProperty(point, "SystemName")), HOST);
+        EXPECT_NE(ZDA_Common::getStringProperty(system, "Name"), HOST);
     }
 }
 
