@@ -11,6 +11,11 @@
 // release them on every path. One array call under the semaphore is
 // ZDA_CompanionFrame's callUnderSemaphore (int form) or statusCall.
 //
+// The navigation associations (hosted, affects, capabilities) share more:
+// each is a row of the association table and a reader of its pairs, and
+// one routine here serves all their operations (see "Navigation
+// associations" below).
+//
 // All functions may run on any thread; none holds the semaphore on return.
 #ifndef ZDA_ASSOCIATION_FRAME_H
 #define ZDA_ASSOCIATION_FRAME_H
