@@ -172,6 +172,8 @@ void ZDA_RemoteReplicationGroupProvider::enumerateInstances(const OperationConte
     log_message(4, "--> ZDA_RemoteReplicationGroupProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
+    log_message(4, "\t className = %s\n",
+        (const char*)classReference.getClassName().getString().getCString());
     Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), includeQualifiers,
         includeClassOrigin, propertyList);
     handler.processing();
@@ -187,6 +189,8 @@ void ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames(const OperationC
     log_message(4, "--> ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
+    log_message(4, "\t className = %s\n",
+        (const char*)classReference.getClassName().getString().getCString());
     Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), false, false,
         CIMPropertyList());
     handler.processing();

@@ -1133,7 +1133,10 @@ void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationCont
         if (value.isNull() || !String::equalNoCase(inParameters[i].getParameterName(), "System"))
             continue;
         value.get(systemRef);
-        systemGiven = ZDA_Common::verifyRefMethodParam(systemRef, NAMESPACE, _systemAddress,
+        // A peer system lives on another host: the reference is checked
+        // against its own host, for namespace and class.
+        String peerHost = systemRef.getHost();
+        systemGiven = ZDA_Common::verifyRefMethodParam(systemRef, NAMESPACE, peerHost,
             CIMName(SYSTEM_CLASS));
         if (!systemGiven)
             break;

@@ -239,7 +239,7 @@ private:
     void _getPeerSystems(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     // GetServiceAccessPoints: System (required, a ZDA_StorageSystem of this
-    // namespace, on this array's host or none); gives ServiceAccessPoints,
+    // namespace, on any host: peers live elsewhere); gives ServiceAccessPoints,
     // the access points of the ready, usable targets whose remote system is
     // `System` (by node WWN, else the computed one). 4 when the array
     // cannot be read.

@@ -395,7 +395,10 @@ TEST_F(NavigationTest, AccessPointsNameTheSystemByItsHostName)
     load(row);
     Array<CIMInstance> links = server().enumerateInstances(admin(), ZDA_NS, row.association,
         true, false, false, false, CIMPropertyList());
-    ASSERT_EQ(links.size(), 6u);  // one per remote copy target of the demo array
+    // One per remote copy target, each seen as an access point.
+    ASSERT_EQ(links.size(),
+        server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass).size());
+    ASSERT_GT(links.size(), 0u);
     for (Uint32 i = 0; i < links.size(); i++)
     {
         const CIMObjectPath system = endOf(links[i].getPath(), "Antecedent");
