@@ -6,8 +6,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_CAPABILITIESOFREPLICATIONSERVICE_H
-#define ZDA_CAPABILITIESOFREPLICATIONSERVICE_H
+#ifndef ZDA_CAPABILITIES_OF_REPLICATION_SERVICE_H
+#define ZDA_CAPABILITIES_OF_REPLICATION_SERVICE_H
 
 #include <vector>
 

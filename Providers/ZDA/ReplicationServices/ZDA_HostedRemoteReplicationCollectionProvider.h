@@ -7,8 +7,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_HOSTEDREMOTEREPLICATIONCOLLECTIONPROVIDER_H
-#define ZDA_HOSTEDREMOTEREPLICATIONCOLLECTIONPROVIDER_H
+#ifndef ZDA_HOSTED_REMOTE_REPLICATION_COLLECTION_PROVIDER_H
+#define ZDA_HOSTED_REMOTE_REPLICATION_COLLECTION_PROVIDER_H
 
 #include <vector>
 

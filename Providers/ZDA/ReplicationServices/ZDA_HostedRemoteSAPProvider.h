@@ -8,8 +8,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_HOSTEDREMOTESAPPROVIDER_H
-#define ZDA_HOSTEDREMOTESAPPROVIDER_H
+#ifndef ZDA_HOSTED_REMOTE_SAP_PROVIDER_H
+#define ZDA_HOSTED_REMOTE_SAP_PROVIDER_H
 
 #include <vector>
 

@@ -6,8 +6,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_HOSTEDREPLICATIONGROUPPROVIDER_H
-#define ZDA_HOSTEDREPLICATIONGROUPPROVIDER_H
+#ifndef ZDA_HOSTED_REPLICATION_GROUP_PROVIDER_H
+#define ZDA_HOSTED_REPLICATION_GROUP_PROVIDER_H
 
 #include <vector>
 

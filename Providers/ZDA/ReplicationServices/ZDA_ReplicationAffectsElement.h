@@ -6,8 +6,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_REPLICATIONAFFECTSELEMENT_H
-#define ZDA_REPLICATIONAFFECTSELEMENT_H
+#ifndef ZDA_REPLICATION_AFFECTS_ELEMENT_H
+#define ZDA_REPLICATION_AFFECTS_ELEMENT_H
 
 #include <vector>
 

@@ -8,8 +8,8 @@
 // The association frame serves every operation from the row and the reader
 // (ZDA_NAVIGATION_PROVIDER_OPERATIONS). Thread-safe: the members are written
 // by initialize only.
-#ifndef ZDA_REPLICATIONAFFECTSENTITYPROVIDER_H
-#define ZDA_REPLICATIONAFFECTSENTITYPROVIDER_H
+#ifndef ZDA_REPLICATION_AFFECTS_ENTITY_PROVIDER_H
+#define ZDA_REPLICATION_AFFECTS_ENTITY_PROVIDER_H
 
 #include <vector>
 
