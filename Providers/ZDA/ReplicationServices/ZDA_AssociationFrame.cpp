@@ -86,7 +86,8 @@ Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objec
         if (!isOneOf(resultClass, shape.first.classes) &&
             !isOneOf(resultClass, shape.first.superClasses) &&
             !isOneOf(resultClass, shape.second.classes) &&
-            !isOneOf(resultClass, shape.second.superClasses))
+            !isOneOf(resultClass, shape.second.superClasses) &&
+            !isOneOf(resultClass, shape.sharedSuperClasses))
             return true;
         // Asking for the object's own class or one of its end's
         // superclasses asks the way back.
@@ -391,6 +392,429 @@ int VolumeQuery::byNames(const std::string& piece, int slots)
         _count = 0;
     }
     return rc;
+}
+
+const std::vector<const char*>& classChain(EndClass end)
+{
+    static const std::vector<const char*> chains[] = {
+        {"ZDA_StorageSystem", "CIM_ComputerSystem", "CIM_System", "CIM_AllocatedLogicalElement",
+            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+            "CIM_ManagedElement"},
+        {"ZDA_ReplicationService", "CIM_ReplicationService", "CIM_Service",
+            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+            "CIM_ManagedElement"},
+        {"ZDA_ReplicationServiceCapabilities", "CIM_ReplicationServiceCapabilities",
+            "CIM_Capabilities", "CIM_ManagedElement"},
+        {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
+            "CIM_Collection", "CIM_ManagedElement"},
+        {"ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
+            "CIM_Collection", "CIM_ManagedElement"},
+        {"ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
+            "CIM_ConnectivityCollection", "CIM_SystemSpecificCollection", "CIM_Collection",
+            "CIM_ManagedElement"},
+        {"ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint",
+            "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement",
+            "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+    };
+    return chains[static_cast<int>(end)];
+}
+
+namespace
+{
+
+bool contains(const std::vector<const char*>& names, const char* name)
+{
+    for (const char* n : names)
+        if (String::equalNoCase(n, name))
+            return true;
+    return false;
+}
+
+// The end of `chain` as a shape sees it: its class, and the superclasses
+// that `other` does not have.
+AssociationEnd endOfChain(const char* role, const std::vector<const char*>& chain,
+    const std::vector<const char*>& other)
+{
+    AssociationEnd end{role, {chain[0]}, {}};
+    for (size_t i = 1; i < chain.size(); i++)
+        if (!contains(other, chain[i]))
+            end.superClasses.push_back(chain[i]);
+    return end;
+}
+
+const char* const OPERATION_NAMES[] = {"associators", "associatorNames", "references",
+    "referenceNames", "getInstance", "enumerateInstances", "enumerateInstanceNames"};
+
+// A path-only instance: what handleDeliver needs to deliver a path.
+CIMInstance pathOnly(const CIMObjectPath& path)
+{
+    CIMInstance instance(path.getClassName());
+    instance.setPath(path);
+    return instance;
+}
+
+CIMInstance associationInstance(const NavigationProvider& provider, const EndPair& pair,
+    CIMClass& associationClass)
+{
+    const AssociationShape& shape = provider.row.shape;
+    return ZDA_Common::buildAssocInstance(CIMName(shape.associationClass), shape.first.role,
+        shape.second.role, pair.first, pair.second, provider.host, NAMESPACE, associationClass);
+}
+
+// The association class as the request shapes its instances.
+CIMClass associationClassFor(const NavigationProvider& provider, const NavigationRequest& request)
+{
+    return moduleClass(provider.cimom, CIMName(provider.row.shape.associationClass),
+        request.includeQualifiers, request.includeClassOrigin, request.propertyList);
+}
+
+bool readPairs(const NavigationProvider& provider, const NavigationRequest& request,
+    int instancesOf, std::vector<EndPair>& pairs)
+{
+    const PairQuery query{request.context, instancesOf, request.includeQualifiers,
+        request.includeClassOrigin, request.propertyList};
+    return provider.readPairs(query, pairs);
+}
+
+// Whether the object named by an association operation is there, asked of
+// the server; kinds that read only the array do not ask.
+bool objectExists(const NavigationProvider& provider, const NavigationRequest& request)
+{
+    const NavigationKind kind = provider.row.kind;
+    if (kind == NavigationKind::Deliver)
+        return true;
+    try
+    {
+        provider.cimom.getInstance(request.context, NAMESPACE, request.objectName, false, false,
+            false, CIMPropertyList());
+        return true;
+    }
+    catch (...)
+    {
+        const String object = request.objectName.toString();
+        if (kind == NavigationKind::ThroughCimom)
+            log_message(2, "%s: Instance does not exist for object %s\n", provider.row.provider,
+                (const char*)object.getCString());
+        else
+            log_message(2, "%s: error trying to getInstance of %s\n", provider.row.provider,
+                (const char*)object.getCString());
+        return false;
+    }
+}
+
+void navigate(const NavigationProvider& provider, const NavigationRequest& request,
+    cim_method_e method, cim_handler_u handler)
+{
+    const AssociationShape& shape = provider.row.shape;
+    const NavigationKind kind = provider.row.kind;
+    const String operation = OPERATION_NAMES[method];
+    const bool toReferences = method == CIM_REFERENCES || method == CIM_REFERENCE_NAMES;
+    const String resultRole = toReferences ? String::EMPTY : request.resultRole;
+    if (provider.invalidParms(request.objectName, request.role, resultRole, request.resultClass,
+            operation))
+    {
+        logRefusedRequest(provider.row.provider, operation, request.resultClass);
+        return;
+    }
+
+    const CIMName objectClass = request.objectName.getClassName();
+    const int ownEnd = isOneOf(objectClass, shape.first.classes) ? 1
+        : isOneOf(objectClass, shape.second.classes)              ? 2
+                                                                  : 0;
+    const SearchDirections search = searchDirections(shape, request.role, resultRole);
+    if ((ownEnd == 1 && !search.towardSecond) || (ownEnd == 2 && !search.towardFirst))
+        return;
+    if (ownEnd == 0 && kind == NavigationKind::Deliver)
+        return;
+    if (!objectExists(provider, request))
+        return;
+
+    CIMClass associationClass;
+    if (toReferences)
+        associationClass = associationClassFor(provider, request);
+    ZDA_Common::handleProcessing(handler, method);
+    std::vector<EndPair> pairs;
+    const int farEnd = ownEnd == 0 ? 0 : 3 - ownEnd;
+    if (ownEnd != 0 &&
+        !readPairs(provider, request, method == CIM_ASSOCIATORS ? farEnd : 0, pairs))
+    {
+        if (kind != NavigationKind::Deliver)
+            ZDA_Common::handleComplete(handler, method);
+        return;
+    }
+    for (const EndPair& pair : pairs)
+    {
+        if (!sameObject(ownEnd == 1 ? pair.first : pair.second, request.objectName))
+            continue;
+        CIMInstance result;
+        if (method == CIM_ASSOCIATORS)
+            result = farEnd == 1 ? pair.firstInstance : pair.secondInstance;
+        else if (method == CIM_ASSOCIATOR_NAMES)
+            result = pathOnly(farEnd == 1 ? pair.first : pair.second);
+        else
+            result = associationInstance(provider, pair, associationClass);
+        if (!result.isUninitialized())
+            ZDA_Common::handleDeliver(handler, method, result);
+    }
+    ZDA_Common::handleComplete(handler, method);
+}
+
+void getPair(const NavigationProvider& provider, const NavigationRequest& request,
+    cim_handler_u handler)
+{
+    const NavigationRow& row = provider.row;
+    const CIMObjectPath& reference = request.objectName;
+    if (row.kind == NavigationKind::ThroughCimom || row.kind == NavigationKind::Deliver)
+        requireKeyCount(reference, 2, row.provider, row.className, " Expect two keys.");
+
+    CIMObjectPath first;
+    CIMObjectPath second;
+    const bool endsGiven = endReference(reference, row.shape.first.role, first) &&
+        endReference(reference, row.shape.second.role, second);
+    const bool readsEnds =
+        row.kind == NavigationKind::HostedByWalk || row.kind == NavigationKind::Deliver;
+    if (readsEnds && !endsGiven)
+        return;
+
+    CIMClass associationClass = associationClassFor(provider, request);
+    ZDA_Common::handleProcessing(handler, CIM_GET_INSTANCE);
+    std::vector<EndPair> pairs;
+    if (!readPairs(provider, request, 0, pairs) && row.kind == NavigationKind::Deliver)
+        return;
+    if (endsGiven)
+    {
+        for (const EndPair& pair : pairs)
+        {
+            if (!sameObject(pair.first, first) || !sameObject(pair.second, second))
+                continue;
+            ZDA_Common::handleDeliver(handler, CIM_GET_INSTANCE,
+                associationInstance(provider, pair, associationClass));
+            ZDA_Common::handleComplete(handler, CIM_GET_INSTANCE);
+            return;
+        }
+    }
+    if (row.kind == NavigationKind::Affects)
+    {
+        log_message(2, "%s::getInstance():\n\t Object not found: instanceRef = %s\n",
+            row.provider, (const char*)reference.toString().getCString());
+        throw CIMObjectNotFoundException(
+            String(row.className) + "::getInstance: " + reference.toString());
+    }
+    throw CIMObjectNotFoundException(String(row.className) + " CIM Object not found.");
+}
+
+void enumeratePairs(const NavigationProvider& provider, const NavigationRequest& request,
+    cim_method_e method, cim_handler_u handler)
+{
+    const NavigationRow& row = provider.row;
+    const CIMName given = request.objectName.getClassName();
+    if ((row.kind == NavigationKind::Affects || row.kind == NavigationKind::HostedByWalk) &&
+        !given.equal(row.shape.associationClass) && !isOneOf(given, row.shape.answersTo))
+    {
+        log_message(2, "%s::%s()\n\t classReference is invalid: %s\n", row.provider,
+            OPERATION_NAMES[method], (const char*)nameText(given).getCString());
+        return;
+    }
+    CIMClass associationClass = associationClassFor(provider, request);
+    ZDA_Common::handleProcessing(handler, method);
+    std::vector<EndPair> pairs;
+    if (!readPairs(provider, request, 0, pairs))
+    {
+        if (row.kind != NavigationKind::Deliver)
+            ZDA_Common::handleComplete(handler, method);
+        return;
+    }
+    for (const EndPair& pair : pairs)
+        ZDA_Common::handleDeliver(handler, method,
+            associationInstance(provider, pair, associationClass));
+    ZDA_Common::handleComplete(handler, method);
+}
+
+// The server's instances (or only their names) of `className`, with the
+// query's flags.
+void endsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const CIMName& className,
+    bool withInstances, Array<CIMObjectPath>& paths, Array<CIMInstance>& instances)
+{
+    if (!withInstances)
+    {
+        paths = cimom.enumerateInstanceNames(query.context, NAMESPACE, className);
+        return;
+    }
+    instances = cimom.enumerateInstances(query.context, NAMESPACE, className, true, false,
+        query.includeQualifiers, query.includeClassOrigin, query.propertyList);
+    for (Uint32 i = 0; i < instances.size(); i++)
+        paths.append(instances[i].getPath());
+}
+
+}  // namespace
+
+AssociationShape navigationShape(const char* associationClass, const char* answersTo,
+    const char* firstRole, EndClass first, const char* secondRole, EndClass second,
+    bool keyCheckedSecond)
+{
+    const std::vector<const char*>& firstChain = classChain(first);
+    const std::vector<const char*>& secondChain = classChain(second);
+    AssociationShape shape{associationClass, {answersTo},
+        endOfChain(firstRole, firstChain, secondChain),
+        endOfChain(secondRole, secondChain, firstChain), {}, {}};
+    for (const char* name : firstChain)
+        if (contains(secondChain, name))
+            shape.sharedSuperClasses.push_back(name);
+    if (keyCheckedSecond)
+    {
+        shape.keyCheckedClasses = shape.second.classes;
+        shape.keyCheckedClasses.insert(shape.keyCheckedClasses.end(),
+            shape.second.superClasses.begin(), shape.second.superClasses.end());
+    }
+    return shape;
+}
+
+void answer(const NavigationProvider& provider, const NavigationRequest& request,
+    cim_method_e method, cim_handler_u handler)
+{
+    const char* name = provider.row.provider;
+    const char* operation = OPERATION_NAMES[method];
+    log_message(4, "--> %s::%s()\n", name, operation);
+    log_message(4, "objectName = %s \n role = %s, resultRole = %s, resultClass = %s \n",
+        (const char*)request.objectName.toString().getCString(),
+        (const char*)request.role.getCString(), (const char*)request.resultRole.getCString(),
+        (const char*)nameText(request.resultClass).getCString());
+    ZDA_CompanionFrame::openArrayForCaller(request.context, name, __LINE__);
+    if (method == CIM_GET_INSTANCE)
+        getPair(provider, request, handler);
+    else if (method == CIM_ENUMERATE_INSTANCES || method == CIM_ENUMERATE_INSTANCE_NAMES)
+        enumeratePairs(provider, request, method, handler);
+    else
+        navigate(provider, request, method, handler);
+    log_message(4, "<-- %s::%s()\n", name, operation);
+}
+
+bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    const CIMName& firstEnd, const CIMObjectPath& fixedFirst, const CIMName& secondEnd,
+    std::vector<EndPair>& pairs)
+{
+    Array<CIMObjectPath> firstPaths;
+    Array<CIMInstance> firstInstances;
+    Array<CIMObjectPath> secondPaths;
+    Array<CIMInstance> secondInstances;
+    try
+    {
+        if (fixedFirst.getClassName().isNull())
+        {
+            endsThroughCimom(cimom, query, firstEnd, query.instancesOf == 1, firstPaths,
+                firstInstances);
+        }
+        else
+        {
+            firstPaths.append(fixedFirst);
+            if (query.instancesOf == 1)
+                firstInstances.append(cimom.getInstance(query.context, NAMESPACE, fixedFirst,
+                    false, query.includeQualifiers, query.includeClassOrigin,
+                    query.propertyList));
+        }
+        endsThroughCimom(cimom, query, secondEnd, query.instancesOf == 2, secondPaths,
+            secondInstances);
+    }
+    catch (const Exception& e)
+    {
+        log_message(2, "%s: cannot read the associated objects: %s\n", provider,
+            (const char*)e.getMessage().getCString());
+        return false;
+    }
+    for (Uint32 f = 0; f < firstPaths.size(); f++)
+    {
+        for (Uint32 s = 0; s < secondPaths.size(); s++)
+        {
+            EndPair pair{firstPaths[f], secondPaths[s], CIMInstance(), CIMInstance()};
+            if (query.instancesOf == 1)
+                pair.firstInstance = firstInstances[f];
+            if (query.instancesOf == 2)
+                pair.secondInstance = secondInstances[s];
+            pairs.push_back(pair);
+        }
+    }
+    return true;
+}
+
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
+    std::vector<EndPair>& pairs)
+{
+    if (first.getClassName().isNull())
+    {
+        log_message(2, "%s::_getRelatedInstances(): no object to pair\n", provider);
+        return false;
+    }
+    CIMInstance firstInstance;
+    try
+    {
+        if (query.instancesOf == 1)
+            firstInstance = cimom.getInstance(query.context, NAMESPACE, first, false,
+                query.includeQualifiers, query.includeClassOrigin, query.propertyList);
+    }
+    catch (const Exception& e)
+    {
+        log_message(2, "%s: cannot read the associated object: %s\n", provider,
+            (const char*)e.getMessage().getCString());
+        return false;
+    }
+
+    std::vector<WalkEnd> ends;
+    {
+        RCopySnapshot snapshot;
+        const api_Status_t status = snapshot.read(selector);
+        if (status.code != 0)
+        {
+            log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider,
+                status.code, (const char*)statusText(status).getCString());
+            return false;
+        }
+        walk(snapshot.rcopy, query.instancesOf == 2, ends);
+    }
+    for (const WalkEnd& end : ends)
+        pairs.push_back(EndPair{first, end.path, firstInstance, end.instance});
+    return true;
+}
+
+RemoteCopyWalk targetWalk(CIMOMHandle& cimom, const PairQuery& query, const CIMName& endClass,
+    const std::function<CIMObjectPath(const String& targetName)>& pathOf,
+    const std::function<CIMInstance(rm_target_t& target, CIMClass& endClass)>& instanceOf)
+{
+    return [&cimom, &query, endClass, pathOf, instanceOf](api_rcopy_t& rcopy,
+               bool withInstances, std::vector<WalkEnd>& ends) {
+        CIMClass shape;
+        if (withInstances)
+            shape = moduleClass(cimom, endClass, query.includeQualifiers,
+                query.includeClassOrigin, query.propertyList);
+        for (int i = 0; i < rcopy.target_count; i++)
+        {
+            rm_target_t& target = rcopy.targets[i];
+            WalkEnd end;
+            if (withInstances)
+            {
+                end.instance = instanceOf(target, shape);
+                end.path = end.instance.getPath();
+            }
+            else
+            {
+                end.path = pathOf(String(target.rm_hdr.rm_name));
+            }
+            ends.push_back(end);
+        }
+    };
+}
+
+bool sameObject(const CIMObjectPath& end, const CIMObjectPath& object)
+{
+    CIMObjectPath a = end;
+    CIMObjectPath b = object;
+    if (a.getNameSpace().isNull())
+        a.setNameSpace(NAMESPACE);
+    if (b.getNameSpace().isNull())
+        b.setNameSpace(NAMESPACE);
+    return ZDA_Common::matchObjectPath(a, b);
 }
 
 }  // namespace ZDA_AssociationFrame

@@ -11,15 +11,22 @@
 // release them on every path. One array call under the semaphore is
 // ZDA_CompanionFrame's callUnderSemaphore (int form) or statusCall.
 //
+// The navigation associations (hosted, affects, capabilities) share more:
+// each is a row of the association table and a reader of its pairs, and
+// one routine here serves all their operations (see "Navigation
+// associations" below).
+//
 // All functions may run on any thread; none holds the semaphore on return.
 #ifndef ZDA_ASSOCIATION_FRAME_H
 #define ZDA_ASSOCIATION_FRAME_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/CIMClass.h>
+#include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMPropertyList.h>
@@ -65,6 +72,8 @@ struct AssociationShape
     // Object classes whose InstanceID must name something ("KX_ORLA:<name>")
     // for a request to be valid; empty for providers that check no key.
     std::vector<const char*> keyCheckedClasses;
+    // Superclasses of both ends: a valid result class from either end.
+    std::vector<const char*> sharedSuperClasses = {};
 };
 
 // True when `name` is one of `names` (without case).
@@ -264,8 +273,361 @@ private:
     int _count = 0;
 };
 
+// ---- Navigation associations ---------------------------------------------
+// The hosted, affects and capabilities associations link one object (the
+// storage system or the replication service) with the elements it hosts or
+// affects. Each of their providers is its row (a NavigationRow) and a reader
+// of its pairs; the operations below serve every request from those two.
+
+// The end classes these associations join.
+enum class EndClass
+{
+    StorageSystem,
+    ReplicationService,
+    ReplicationServiceCapabilities,
+    ReplicationGroup,
+    RemoteReplicationGroup,
+    RemoteReplicationCollection,
+    RemoteServiceAccessPoint,
+    ReplicationEntity
+};
+
+// The class of an end, then its superclasses up to CIM_ManagedElement.
+const std::vector<const char*>& classChain(EndClass end);
+
+// The shape of an association between two end classes: each end has its
+// own class; the superclasses only one end has lead there (and ask the way
+// back from it); those both have are valid from either end. With
+// `keyCheckedSecond` an object of the second end's class or of its own
+// superclasses must carry a name in its InstanceID.
+AssociationShape navigationShape(const char* associationClass, const char* answersTo,
+    const char* firstRole, EndClass first, const char* secondRole, EndClass second,
+    bool keyCheckedSecond = false);
+
+// How a navigation provider reads its pairs and answers, which decides the
+// frame's checks:
+// - ThroughCimom: the pairs come from the server. Association operations
+//   first ask the server for the object (logging "Instance does not exist
+//   for object ..."); getInstance wants two keys and searches all pairs.
+// - Affects: as ThroughCimom, but the object check logs "error trying to
+//   getInstance of ...", getInstance counts no keys and its not-found names
+//   the reference, and enumerations of another class answer nothing.
+// - HostedByWalk: the pairs come from the array. The object check and the
+//   enumerations as Affects; getInstance reads the reference's ends first
+//   (an empty end answers nothing) and counts no keys.
+// - Deliver: the pairs come from the array, nothing is asked of the server.
+//   getInstance wants two keys and reads the ends first; navigation that
+//   the roles exclude, or from an object at neither end, answers nothing;
+//   a failed read leaves the answer without complete().
+// In every other kind a failed read answers empty and complete.
+enum class NavigationKind
+{
+    ThroughCimom,
+    Affects,
+    HostedByWalk,
+    Deliver
+};
+
+// A navigation provider's row of the association table.
+struct NavigationRow
+{
+    // The provider's class name: heads the log lines and names the source
+    // file of a refused session.
+    const char* provider;
+    // The provider's ClassName: heads the messages of its exceptions.
+    const char* className;
+    NavigationKind kind;
+    AssociationShape shape;
+};
+
+// One pair that the association links, first end first. The instances are
+// set when the reader was asked for the instances of that end.
+struct EndPair
+{
+    CIMObjectPath first;
+    CIMObjectPath second;
+    CIMInstance firstInstance;
+    CIMInstance secondInstance;
+};
+
+// What a pair reader is asked for: paths only (`instancesOf` 0), or also
+// the instances of the first (1) or second (2) end, as the caller's flags
+// and property list shape them.
+struct PairQuery
+{
+    const OperationContext& context;
+    int instancesOf;
+    Boolean includeQualifiers;
+    Boolean includeClassOrigin;
+    const CIMPropertyList& propertyList;
+};
+
+// Appends every pair of the association to `pairs`, in the order the array
+// or the server gives them. False when they could not be read (the reader
+// has logged why); what was appended is then not used.
+typedef std::function<bool(const PairQuery& query, std::vector<EndPair>& pairs)> PairReader;
+
+// The request checks of a provider: its _invalidParms.
+typedef std::function<Boolean(const CIMObjectPath& objectName, const String& role,
+    const String& resultRole, const CIMName& resultClass, const String& method)>
+    RequestCheck;
+
+// What a navigation provider hands the frame for one operation: its row,
+// the server handle, the host of the association paths it builds, its
+// request checks and its pair reader. Holds references only.
+struct NavigationProvider
+{
+    const NavigationRow& row;
+    CIMOMHandle& cimom;
+    const String& host;
+    RequestCheck invalidParms;
+    PairReader readPairs;
+};
+
+// One request, as the provider's operation received it. Fields an
+// operation lacks stay empty.
+struct NavigationRequest
+{
+    const OperationContext& context;
+    CIMObjectPath objectName;
+    CIMName resultClass;
+    String role;
+    String resultRole;
+    Boolean includeQualifiers;
+    Boolean includeClassOrigin;
+    CIMPropertyList propertyList;
+};
+
+// Serves one operation of a navigation provider: `method` says which (the
+// four association operations, getInstance, and the two enumerations) and
+// which member of `handler` is valid. For the association operations
+// `request.objectName` is the object, for getInstance the association's
+// reference, for the enumerations the class reference.
+// The session is opened first (TraceableCIMException CIM_ERR_ACCESS_DENIED
+// for a refused user). Then, as the row's kind says above:
+// - association operations: a request the provider's checks refuse, or an
+//   object the server does not find, answers nothing (no processing, no
+//   complete, no exception). Otherwise associators give the far ends'
+//   instances, associatorNames their paths, references and referenceNames
+//   the association instances and paths of the object's pairs;
+// - getInstance: the pair of the reference; CIMInvalidParameterException
+//   "<className> Expect two keys." for a wrong key count where counted,
+//   CIMObjectNotFoundException when no pair matches;
+// - enumerations: every pair's association instance or path.
+// Server errors while reading classes pass on.
+void answer(const NavigationProvider& provider, const NavigationRequest& request,
+    cim_method_e method, cim_handler_u handler);
+
+// Pairs read through the server, for ThroughCimom and Affects providers:
+// each object of `firstEnd` with each of `secondEnd`. An end is either a
+// class whose instance names (or instances) the server enumerates, or, when
+// `fixedFirst` is not null, that one path for the first end (its instance
+// asked of the server when wanted). A server error is logged at level 2
+// with `provider` and gives false.
+bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    const CIMName& firstEnd, const CIMObjectPath& fixedFirst, const CIMName& secondEnd,
+    std::vector<EndPair>& pairs);
+
+// A far end found by a walk of the remote copy configuration: its path and,
+// when the walk was asked for them, its instance.
+struct WalkEnd
+{
+    CIMObjectPath path;
+    CIMInstance instance;
+};
+// Appends the far ends one snapshot holds, in the walk's order.
+typedef std::function<void(api_rcopy_t& rcopy, bool withInstances, std::vector<WalkEnd>& ends)>
+    RemoteCopyWalk;
+
+// Pairs read from the array, for HostedByWalk and Deliver providers: `first`
+// with each far end `walk` finds in the remote copy configuration
+// (api_getRCopy with `selector`, the semaphore held for that call only).
+// The first end's instance, when wanted, is asked of the server. A failed or
+// busy array is logged at level 2 ("<provider>::_getRelatedInstances():
+// api_getRCopy error (<code>): <text>") and gives false, as does a null
+// `first` or a server error.
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
+    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
+    std::vector<EndPair>& pairs);
+
+// The walk of the remote copy targets, one far end for each target in the
+// array's order: its path from `pathOf` (given the target's name) or, when
+// instances are asked for, its instance from `instanceOf` on `endClass` as
+// the query shapes it.
+RemoteCopyWalk targetWalk(CIMOMHandle& cimom, const PairQuery& query, const CIMName& endClass,
+    const std::function<CIMObjectPath(const String& targetName)>& pathOf,
+    const std::function<CIMInstance(rm_target_t& target, CIMClass& endClass)>& instanceOf);
+
+// True when `end` and `object` name the same object; a path without a
+// namespace is taken to be in the module's namespace, hosts do not count.
+bool sameObject(const CIMObjectPath& end, const CIMObjectPath& object);
+
 }  // namespace ZDA_AssociationFrame
 
 PEGASUS_NAMESPACE_END
+
+// The operations every navigation provider declares, inside its class body:
+// - the default constructor, the destructor, and terminate(), which deletes
+//   the provider;
+// - associators, associatorNames, references, referenceNames, getInstance,
+//   enumerateInstances and enumerateInstanceNames, each served by
+//   ZDA_AssociationFrame::answer (see there for what each gives and throws);
+// - modifyInstance, createInstance and deleteInstance, refused with
+//   CIMNotSupportedException "<ClassName> does not support <operation>.":
+//   the pairs follow from the array;
+// - _invalidParms, the provider's request checks (see invalidRequest), and
+//   _frame(), the provider as the frame sees it.
+// Leaves the class body in its private part.
+#define ZDA_NAVIGATION_PROVIDER_OPERATIONS(Provider)                                          \
+public:                                                                                       \
+    Provider();                                                                               \
+    virtual ~Provider();                                                                      \
+    virtual void terminate();                                                                 \
+    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName, \
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,      \
+        const String& resultRole, const Boolean includeQualifiers,                            \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
+        ObjectResponseHandler& handler);                                                      \
+    virtual void associatorNames(const OperationContext& context,                             \
+        const CIMObjectPath& objectName, const CIMName& associationClass,                     \
+        const CIMName& resultClass, const String& role, const String& resultRole,             \
+        ObjectPathResponseHandler& handler);                                                  \
+    virtual void references(const OperationContext& context, const CIMObjectPath& objectName, \
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,      \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
+        ObjectResponseHandler& handler);                                                      \
+    virtual void referenceNames(const OperationContext& context,                              \
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,      \
+        ObjectPathResponseHandler& handler);                                                  \
+    virtual void getInstance(const OperationContext& context,                                 \
+        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,              \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
+        InstanceResponseHandler& handler);                                                    \
+    virtual void enumerateInstances(const OperationContext& context,                          \
+        const CIMObjectPath& classReference, const Boolean includeQualifiers,                 \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
+        InstanceResponseHandler& handler);                                                    \
+    virtual void enumerateInstanceNames(const OperationContext& context,                      \
+        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);             \
+    virtual void modifyInstance(const OperationContext& context,                              \
+        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,            \
+        const Boolean includeQualifiers, const CIMPropertyList& propertyList,                 \
+        ResponseHandler& handler);                                                            \
+    virtual void createInstance(const OperationContext& context,                              \
+        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,            \
+        ObjectPathResponseHandler& handler);                                                  \
+    virtual void deleteInstance(const OperationContext& context,                              \
+        const CIMObjectPath& instanceReference, ResponseHandler& handler);                     \
+                                                                                              \
+private:                                                                                      \
+    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role,                \
+        const String& resultRole, const CIMName& resultClass, const String& method);          \
+    ZDA_AssociationFrame::NavigationProvider _frame();
+
+// Defines those operations for `Provider`, in its source file; its request
+// checks test `requestShape`. The file provides, at file scope, `ROW` (its
+// NavigationRow) and `ClassName`; the class has `_cimom`, `_systemAddress`
+// (the host of its association paths), `_assoClassName` and the pair reader
+// named `reader`.
+#define ZDA_NAVIGATION_PROVIDER_DEFINE(Provider, reader, requestShape)                         \
+    Provider::Provider() : _assoClassName(ROW.shape.associationClass) {}                       \
+    Provider::~Provider() = default;                                                           \
+    void Provider::terminate()                                                                 \
+    {                                                                                          \
+        delete this;                                                                           \
+    }                                                                                          \
+    Boolean Provider::_invalidParms(const CIMObjectPath& objectName, const String& role,       \
+        const String& resultRole, const CIMName& resultClass, const String& method)            \
+    {                                                                                          \
+        return ZDA_AssociationFrame::invalidRequest(requestShape, objectName, role,            \
+            resultRole, resultClass, method);                                                  \
+    }                                                                                          \
+    ZDA_AssociationFrame::NavigationProvider Provider::_frame()                                \
+    {                                                                                          \
+        return ZDA_AssociationFrame::NavigationProvider{ROW, _cimom, _systemAddress,           \
+            [this](const CIMObjectPath& objectName, const String& role,                        \
+                const String& resultRole, const CIMName& resultClass, const String& method) {  \
+                return _invalidParms(objectName, role, resultRole, resultClass, method);       \
+            },                                                                                 \
+            [this](const ZDA_AssociationFrame::PairQuery& query,                               \
+                std::vector<ZDA_AssociationFrame::EndPair>& pairs) {                           \
+                return reader(query, pairs);                                                   \
+            }};                                                                                \
+    }                                                                                          \
+    void Provider::associators(const OperationContext& context,                                \
+        const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,           \
+        const String& role, const String& resultRole, const Boolean includeQualifiers,         \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
+        ObjectResponseHandler& handler)                                                        \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
+            resultRole, includeQualifiers, includeClassOrigin, propertyList},                  \
+            CIM_ASSOCIATORS, ZDA_AssociationFrame::handlerOf(handler));                        \
+    }                                                                                          \
+    void Provider::associatorNames(const OperationContext& context,                            \
+        const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,           \
+        const String& role, const String& resultRole, ObjectPathResponseHandler& handler)      \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
+            resultRole, false, false, CIMPropertyList()}, CIM_ASSOCIATOR_NAMES,                \
+            ZDA_AssociationFrame::handlerOf(handler));                                         \
+    }                                                                                          \
+    void Provider::references(const OperationContext& context,                                 \
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,       \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                     \
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)                   \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
+            String(), includeQualifiers, includeClassOrigin, propertyList}, CIM_REFERENCES,    \
+            ZDA_AssociationFrame::handlerOf(handler));                                         \
+    }                                                                                          \
+    void Provider::referenceNames(const OperationContext& context,                             \
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,       \
+        ObjectPathResponseHandler& handler)                                                    \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
+            String(), false, false, CIMPropertyList()}, CIM_REFERENCE_NAMES,                   \
+            ZDA_AssociationFrame::handlerOf(handler));                                         \
+    }                                                                                          \
+    void Provider::getInstance(const OperationContext& context,                                \
+        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,               \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
+        InstanceResponseHandler& handler)                                                      \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, instanceReference, CIMName(),          \
+            String(), String(), includeQualifiers, includeClassOrigin, propertyList},          \
+            CIM_GET_INSTANCE, ZDA_AssociationFrame::handlerOf(handler));                       \
+    }                                                                                          \
+    void Provider::enumerateInstances(const OperationContext& context,                         \
+        const CIMObjectPath& classReference, const Boolean includeQualifiers,                  \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
+        InstanceResponseHandler& handler)                                                      \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, classReference, CIMName(), String(),   \
+            String(), includeQualifiers, includeClassOrigin, propertyList},                    \
+            CIM_ENUMERATE_INSTANCES, ZDA_AssociationFrame::handlerOf(handler));                \
+    }                                                                                          \
+    void Provider::enumerateInstanceNames(const OperationContext& context,                     \
+        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)               \
+    {                                                                                          \
+        ZDA_AssociationFrame::answer(_frame(), {context, classReference, CIMName(), String(),   \
+            String(), false, false, CIMPropertyList()}, CIM_ENUMERATE_INSTANCE_NAMES,          \
+            ZDA_AssociationFrame::handlerOf(handler));                                         \
+    }                                                                                          \
+    void Provider::modifyInstance(const OperationContext&, const CIMObjectPath&,               \
+        const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)           \
+    {                                                                                          \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "modifyInstance");                 \
+    }                                                                                          \
+    void Provider::createInstance(const OperationContext&, const CIMObjectPath&,               \
+        const CIMInstance&, ObjectPathResponseHandler&)                                        \
+    {                                                                                          \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "createInstance");                 \
+    }                                                                                          \
+    void Provider::deleteInstance(const OperationContext&, const CIMObjectPath&,               \
+        ResponseHandler&)                                                                      \
+    {                                                                                          \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "deleteInstance");                 \
+    }
 
 #endif

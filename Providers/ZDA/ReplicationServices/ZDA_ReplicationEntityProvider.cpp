@@ -194,60 +194,68 @@ void ZDA_ReplicationEntityProvider::deliverInstances(CIMOMHandle& cimom,
     bool found = false;
     // A getInstance ends at the first entity that matches: a far group
     // reached through two targets to one system is one entity.
-    auto deliver = [&](const char* type, const String& name, const String& host,
-                       CIMClass& elementClass) {
+    auto deliver = [&](const char* type, const String& name, const String& host) {
         if (wanted.skips(type, name, host))
-            return;
-        ZDA_Common::handleDeliver(handler, method,
-            buildInstance(systemAddress, host, type, name, elementClass, entityClass));
+            return false;
+        ZDA_Common::handleDeliver(handler, method, buildInstance(systemAddress, host, type, name,
+            String::equal(type, GROUP_TYPE) ? groupClass : volumeClass, entityClass));
         found = true;
+        return wanted.one;
     };
 
     RCopySnapshot snapshot;
     if (readable && readForWalk(snapshot, API_RCOPY_QUERY_TYPE_ALL, SOURCE_FILE))
+        forEachEntity(snapshot.rcopy, wanted.wants(GROUP_TYPE), wanted.wants(VOLUME_TYPE),
+            deliver);
+    endWalk(SOURCE_FILE, ClassName, handler, method, found);
+    log_message(4, "<-- ZDA_ReplicationEntityProvider::deliverInstances()\n");
+}
+
+void ZDA_ReplicationEntityProvider::forEachEntity(api_rcopy_t& rcopy, bool groups,
+    bool volumes, const EntityVisitor& visit)
+{
+    for (rm_group_wrapper* g = rcopy.groups; g && groups; g = g->next)
     {
-        api_rcopy_t& rcopy = snapshot.rcopy;
-        for (rm_group_wrapper* g = rcopy.groups; g && wanted.wants(GROUP_TYPE); g = g->next)
+        for (int t = 0; t < g->gtarget_count; t++)
         {
-            for (int t = 0; t < g->gtarget_count && !(wanted.one && found); t++)
-            {
-                rm_group_target& gtarget = g->gtargets[t];
-                deliver(GROUP_TYPE, String(gtarget.rm_remote_group),
-                    ZDA_Common::RCTargetToSysname(rcopy, gtarget.rm_target), groupClass);
-            }
+            rm_group_target& gtarget = g->gtargets[t];
+            if (visit(GROUP_TYPE, String(gtarget.rm_remote_group),
+                    ZDA_Common::RCTargetToSysname(rcopy, gtarget.rm_target)))
+                return;
         }
-        for (rm_group_wrapper* g = rcopy.groups; g && wanted.wants(VOLUME_TYPE); g = g->next)
+    }
+    for (rm_group_wrapper* g = rcopy.groups; g && volumes; g = g->next)
+    {
+        for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
         {
-            for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
+            for (int t = 0; t < g->gtarget_count; t++)
             {
-                for (int t = 0; t < g->gtarget_count && !(wanted.one && found); t++)
+                rm_group_target* gtarget = &g->gtargets[t];
+                const String peerWWN =
+                    ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&rcopy, gtarget);
+                const rm_group_vv_map* map =
+                    ZDA_RemoteStorageSynchronizedProvider::findVVMap(g, gtarget, v);
+                if (!map)
+                    continue;
+                bool stop;
+                if (peerWWN.size() > 0 && map->rm_wwn_status != RM_VV_WWN_INVALID)
                 {
-                    rm_group_target* gtarget = &g->gtargets[t];
-                    const String peerWWN =
-                        ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&rcopy, gtarget);
-                    const rm_group_vv_map* map =
-                        ZDA_RemoteStorageSynchronizedProvider::findVVMap(g, gtarget, v);
-                    if (!map)
-                        continue;
-                    if (peerWWN.size() > 0 && map->rm_wwn_status != RM_VV_WWN_INVALID)
-                    {
-                        char wwn[API_WWN_TEXT_LEN];
-                        api_wwnIntToString(map->rm_remote_wwn_re, map->rm_remote_wwn, wwn,
-                            sizeof wwn);
-                        wwn[API_WWN_TEXT_LEN - 1] = '\0';
-                        deliver(VOLUME_TYPE, String(wwn), peerWWN, volumeClass);
-                    }
-                    else
-                    {
-                        deliver(VOLUME_TYPE, String(map->rm_remote_name),
-                            String(gtarget->rm_target), volumeClass);
-                    }
+                    char wwn[API_WWN_TEXT_LEN];
+                    api_wwnIntToString(map->rm_remote_wwn_re, map->rm_remote_wwn, wwn,
+                        sizeof wwn);
+                    wwn[API_WWN_TEXT_LEN - 1] = '\0';
+                    stop = visit(VOLUME_TYPE, String(wwn), peerWWN);
                 }
+                else
+                {
+                    stop = visit(VOLUME_TYPE, String(map->rm_remote_name),
+                        String(gtarget->rm_target));
+                }
+                if (stop)
+                    return;
             }
         }
     }
-    endWalk(SOURCE_FILE, ClassName, handler, method, found);
-    log_message(4, "<-- ZDA_ReplicationEntityProvider::deliverInstances()\n");
 }
 
 void ZDA_ReplicationEntityProvider::initialize(CIMOMHandle& cimom)

@@ -18,6 +18,8 @@
 #ifndef ZDA_REPLICATION_ENTITY_PROVIDER_H
 #define ZDA_REPLICATION_ENTITY_PROVIDER_H
 
+#include <functional>
+
 #include <Pegasus/Common/Config.h>
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMInstance.h>
@@ -65,6 +67,18 @@ public:
     // none, or without the prefix, all three are empty.
     static void extractFromInstanceID(const String& instanceID, String& entityType,
         String& entityName, String& hostName);
+    // Receives one entity of a walk: its type ("RG" or "VV"), name and host.
+    // True ends the walk.
+    typedef std::function<bool(const char* entityType, const String& entityName,
+        const String& entityHost)>
+        EntityVisitor;
+    // The entities of a remote copy snapshot, in the walk's order: with
+    // `groups` every far group, one per group and target; then with
+    // `volumes` every far volume, one per group volume and target that has
+    // a map, named by its WWN when the peer's WWN is known, else by its
+    // name on the target.
+    static void forEachEntity(api_rcopy_t& rcopy, bool groups, bool volumes,
+        const EntityVisitor& visit);
     // The walk behind getInstance (`method` CIM_GET_INSTANCE: the entity the
     // reference's InstanceID names, CIMObjectNotFoundException when there is
     // none), enumerateInstances and enumerateInstanceNames (for a reference

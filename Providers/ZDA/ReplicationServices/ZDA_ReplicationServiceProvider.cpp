@@ -92,21 +92,27 @@ void ZDA_ReplicationServiceProvider::terminate()
 
 // ---- the instance --------------------------------------------------------------------
 
+CIMObjectPath ZDA_ReplicationServiceProvider::buildObjectPath(const String& systemName,
+    const String& systemAddress)
+{
+    Array<CIMKeyBinding> keys;
+    keys.append(CIMKeyBinding("SystemCreationClassName", SYSTEM_CLASS, CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding("SystemName", systemName, CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding("CreationClassName", ClassName, CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding("Name", SERVICE_NAME, CIMKeyBinding::STRING));
+    CIMObjectPath path(systemAddress, CIMNamespaceName(NAMESPACE), CIMName(ClassName));
+    path.setKeyBindings(keys);
+    return path;
+}
+
 void ZDA_ReplicationServiceProvider::_buildInstanceName()
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_buildInstanceName()\n");
     // Built once per process, by the first provider object.
     if (!_instanceName.getClassName().isNull())
         return;
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("SystemCreationClassName", SYSTEM_CLASS, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("SystemName", _systemName, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("CreationClassName", ClassName, CIMKeyBinding::STRING));
     _name = SERVICE_NAME;
-    keys.append(CIMKeyBinding("Name", _name, CIMKeyBinding::STRING));
-    CIMObjectPath path(_systemAddress, CIMNamespaceName(NAMESPACE), CIMName(ClassName));
-    path.setKeyBindings(keys);
-    _instanceName = path;
+    _instanceName = buildObjectPath(_systemName, _systemAddress);
     log_message(4, "<-- ZDA_ReplicationServiceProvider::_buildInstanceName()\n");
 }
 

@@ -101,6 +101,9 @@ public:
     // table knows. Only 0 is a refusal.
     static int validateCopyStateOp(Uint16 waitForCopyState, Uint16 op);
 
+    // The path of the one service of the system `systemName`: host
+    // `systemAddress`, root/zda, its four keys (Name "KX_ORLA_ReplicationService").
+    static CIMObjectPath buildObjectPath(const String& systemName, const String& systemAddress);
     // The service's path; null until the first initialize.
     static CIMObjectPath instanceName() { return _instanceName; }
 

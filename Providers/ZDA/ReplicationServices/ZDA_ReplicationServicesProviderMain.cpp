@@ -12,6 +12,15 @@
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
+#include "ZDA_CapabilitiesOfReplicationService.h"
+#include "ZDA_ReplicationAffectsElement.h"
+#include "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider.h"
+#include "ZDA_HostedRemoteReplicationGroupProvider.h"
+#include "ZDA_ReplicationAffectsRemoteCollectionProvider.h"
+#include "ZDA_HostedReplicationGroupProvider.h"
+#include "ZDA_HostedRemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationAffectsEntityProvider.h"
+#include "ZDA_HostedRemoteSAPProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -29,14 +38,36 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
+    if (String::equalNoCase(providerName, "ZDA_CapabilitiesOfReplicationService"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_CapabilitiesOfReplicationService());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsElement"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsElement());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName,
+            "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_HostedRemoteReplicationCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsRemoteCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_ReplicationAffectsRemoteCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationEntityProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsEntityProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsEntityProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteServiceAccessPointProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteServiceAccessPointProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedRemoteSAPProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteSAPProvider());
+    if (String::equalNoCase(providerName, "ZDA_HostedReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedReplicationGroupProvider());
     return 0;
 }
 

@@ -1,0 +1,411 @@
+// The navigation associations: from the storage system to what it hosts,
+// from the replication service to what it affects and to its capabilities.
+// One table drives what they share; each row is an association, its two
+// roles, where its far ends come from and the superclasses a client names.
+// The test array has vvsets and no remote copy; rows about remote copy run
+// on the demo array.
+#include "replication_fixture.h"
+
+#include <cctype>
+#include <cstring>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+
+#include "RecordingResponseHandler.h"
+#include "SemaphoreCheckingHandler.h"
+
+using namespace zda_replication_test;
+
+namespace
+{
+
+enum class Kind
+{
+    ThroughCimom,  // two keys on getInstance; every failure completes
+    Affects,       // no key count on getInstance
+    HostedByWalk,  // getInstance reads the ends: an empty one answers nothing
+    Deliver        // two keys; a failed array read leaves out complete()
+};
+
+struct Row
+{
+    const char* association;
+    Kind kind;
+    const char* firstRole;   // the system's or the service's
+    const char* secondRole;
+    const char* farClass;    // the class of the second end
+    const char* farSuper;    // a superclass only the second end has
+    const char* backSuper;   // a superclass only the first end has
+    bool remote;             // needs the demo array's remote copy
+    const char* sample;      // one far end the array surely has
+    bool rolesMatchNothing = false;  // no role a request names finds an end
+};
+
+const Row ROWS[] = {
+    {"ZDA_CapabilitiesOfReplicationService", Kind::ThroughCimom, "ManagedElement",
+        "Capabilities", "ZDA_ReplicationServiceCapabilities", "CIM_Capabilities",
+        "CIM_Service", false, "ReplicationServiceCapabilities"},
+    {"ZDA_ReplicationAffectsElement", Kind::Affects, "AffectingElement", "AffectedElement",
+        "ZDA_ReplicationGroup", "CIM_Collection", "CIM_LogicalElement", false, "set1"},
+    {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", Kind::Affects, "AffectingElement",
+        "AffectedElement", "ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_Service",
+        true, "rcg_fin_sync"},
+    {"ZDA_HostedRemoteReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
+        "ZDA_RemoteReplicationGroup", "CIM_SystemSpecificCollection", "CIM_System", true,
+        "rcg_two_targets"},
+    {"ZDA_ReplicationAffectsRemoteCollection", Kind::Affects, "AffectingElement",
+        "AffectedElement", "ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
+        "CIM_ReplicationService", true, "siteB_ip"},
+    {"ZDA_HostedRemoteReplicationCollection", Kind::HostedByWalk, "Antecedent", "Dependent",
+        "ZDA_RemoteReplicationCollection", "CIM_ConnectivityCollection", "CIM_ComputerSystem",
+        true, "siteC"},
+    {"ZDA_ReplicationAffectsEntity", Kind::Deliver, "AffectingElement", "AffectedElement",
+        "ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_Service", true,
+        "RG:rcg_fin_sync.r:zda-siteB", true},
+    {"ZDA_HostedRemoteSAP", Kind::HostedByWalk, "Antecedent", "Dependent",
+        "ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint", "CIM_System", true,
+        "siteD"},
+    {"ZDA_HostedReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
+        "ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_ComputerSystem", false, "set_one"},
+};
+
+String upper(std::string text)
+{
+    for (char& c : text)
+        c = char(std::toupper(static_cast<unsigned char>(c)));
+    return String(text.c_str());
+}
+
+class NavigationTest : public ReplicationTest
+{
+protected:
+    // The system (for the hosted associations) or the service.
+    CIMObjectPath firstEnd(const Row& row)
+    {
+        const char* cls = std::string(row.firstRole) == "Antecedent" ? "ZDA_StorageSystem"
+                                                                      : "ZDA_ReplicationService";
+        Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, cls);
+        EXPECT_EQ(paths.size(), 1u) << cls;
+        return paths.size() ? paths[0] : CIMObjectPath();
+    }
+    // What names an end: the name in its InstanceID, else its Name key.
+    static std::string label(const CIMObjectPath& path)
+    {
+        const String id = ZDA_Common::getStringProperty(path, "InstanceID");
+        if (id.size())
+            return text(ZDA_Common::extractFromInstanceID(id));
+        return text(ZDA_Common::getStringProperty(path, "Name"));
+    }
+    static std::set<std::string> labels(const Array<CIMObjectPath>& paths)
+    {
+        std::set<std::string> out;
+        for (Uint32 i = 0; i < paths.size(); i++)
+            out.insert(label(paths[i]));
+        return out;
+    }
+    // A far end of the row's class that the array does not have.
+    CIMObjectPath missingFarEnd(const Row& row)
+    {
+        CIMObjectPath path = server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass)[0];
+        Array<CIMKeyBinding> keys = path.getKeyBindings();
+        for (Uint32 i = 0; i < keys.size(); i++)
+            if (keys[i].getName().equal("InstanceID") || keys[i].getName().equal("Name"))
+                keys[i] = CIMKeyBinding(keys[i].getName(), "KX_ORLA:no_such", CIMKeyBinding::STRING);
+        path.setKeyBindings(keys);
+        return path;
+    }
+    static void load(const Row& row)
+    {
+        if (row.remote)
+            zdasim_reset_demo_array();
+        else
+            zdasim_reset_test_array();
+    }
+
+    // Runs `call` on the server's own provider of the row, outside any
+    // request, with a recording handler; the ledgers are checked after.
+    template <class Call>
+    std::string direct(const Row& row, Call call)
+    {
+        std::optional<zda::server::ProviderId> id = ServerHostFixture::host().registry().find(ZDA_NS,
+            row.association, zda::server::ProviderType::Association);
+        EXPECT_TRUE(id.has_value()) << row.association;
+        zda_test::SemaphoreCheckingHandler handler;
+        {
+            zda::server::ProviderManager::Lease lease = ServerHostFixture::host().providers().acquire(*id);
+            call(dynamic_cast<CIMAssociationProvider&>(lease.provider()),
+                dynamic_cast<CIMInstanceProvider&>(lease.provider()), handler);
+        }
+        EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
+        expectLedgersClean(std::string("a direct call of ") + row.association);
+        return handler.sequence();
+    }
+};
+
+TEST_F(NavigationTest, EveryWalkWorksBothWays)
+{
+    for (const Row& row : ROWS)
+    {
+        SCOPED_TRACE(row.association);
+        load(row);
+        const CIMObjectPath first = firstEnd(row);
+        const std::set<std::string> every =
+            labels(server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass));
+        ASSERT_EQ(every.count(row.sample), 1u);
+        const String firstRole = row.rolesMatchNothing ? "" : row.firstRole;
+        const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
+
+        // From the first end: every object of the far class, as names, as
+        // instances and through the association's own instances.
+        Array<CIMObjectPath> far = server().associatorNames(admin(), ZDA_NS, first,
+            row.association, CIMName(), "", "");
+        EXPECT_EQ(labels(far), every);
+        EXPECT_EQ(far.size(), every.size());
+        Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first, row.association,
+            row.farClass, firstRole, secondRole, false, false, CIMPropertyList());
+        ASSERT_EQ(objects.size(), far.size());
+        for (Uint32 i = 0; i < objects.size(); i++)
+            EXPECT_TRUE(objects[i].getClassName().equal(row.farClass));
+        Array<CIMObjectPath> links = server().referenceNames(admin(), ZDA_NS, first,
+            row.association, firstRole);
+        EXPECT_EQ(links.size(), far.size());
+        Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, row.association,
+            true, false, false, false, CIMPropertyList());
+        EXPECT_EQ(all.size(), far.size());
+        for (Uint32 i = 0; i < links.size(); i++)
+        {
+            EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(links[i], row.firstRole), first));
+            EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(links[i]).getPath(), links[i]));
+        }
+
+        // From a far end: the first end alone, and each far end's one link.
+        for (Uint32 i = 0; i < far.size(); i++)
+        {
+            Array<CIMObjectPath> back = server().associatorNames(admin(), ZDA_NS, far[i],
+                row.association, CIMName(), secondRole, "");
+            ASSERT_EQ(back.size(), 1u) << label(far[i]);
+            EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], first));
+            EXPECT_EQ(server().references(admin(), ZDA_NS, far[i], row.association, "", false,
+                false, CIMPropertyList()).size(), 1u);
+        }
+        EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, missingFarEnd(row), row.association,
+            CIMName(), "", "").size(), 0u);
+        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, links[0]); }),
+            CIM_ERR_NOT_SUPPORTED);
+    }
+}
+
+TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
+{
+    for (const Row& row : ROWS)
+    {
+        SCOPED_TRACE(row.association);
+        load(row);
+        const CIMObjectPath first = firstEnd(row);
+        const CIMObjectPath far = server().associatorNames(admin(), ZDA_NS, first,
+            row.association, CIMName(), "", "")[0];
+        const CIMName none;
+        const CIMObjectPath missing = missingFarEnd(row);
+        struct Case
+        {
+            const char* what;
+            CIMObjectPath object;
+            bool references;
+            CIMName resultClass;
+            String role;
+            String resultRole;
+            bool answered;
+        };
+        const Case cases[] = {
+            {"far class", first, false, row.farClass, "", "", true},
+            {"far superclass, roles in capitals", first, false, row.farSuper,
+                upper(row.firstRole), upper(row.secondRole), true},
+            {"a root shared by both ends", far, false, "CIM_ManagedElement", "", "", true},
+            {"association's parent class", far, true, "CIM_ManagedElement", "", "", false},
+            {"own class", first, false, first.getClassName(), "", "", false},
+            {"way back by a superclass", first, false, row.backSuper, "", "", false},
+            {"the far end's role", first, true, none, row.secondRole, "", false},
+            {"own role as result role", far, false, none, "", row.secondRole, false},
+            {"unknown role", first, false, none, "Owner", "", false},
+            {"an object that is not there", missing, false, none, "", "", false},
+        };
+        for (const Case& c : cases)
+        {
+            SCOPED_TRACE(c.what);
+            const std::string sequence = direct(row, [&](CIMAssociationProvider& p,
+                CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                if (c.references)
+                    p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
+                else
+                    p.associatorNames(admin(), c.object, row.association, c.resultClass, c.role,
+                        c.resultRole, h);
+            });
+            const bool namesRoles = c.role.size() || c.resultRole.size();
+            if (c.answered && !(namesRoles && row.rolesMatchNothing))
+                EXPECT_EQ(sequence.rfind("processing deliver(path)", 0), 0u) << sequence;
+            else if (c.object == missing && row.kind == Kind::Deliver)
+                EXPECT_EQ(sequence, "processing complete");  // nothing asked of the server
+            else
+                EXPECT_EQ(sequence, "");
+        }
+    }
+}
+
+TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
+{
+    for (const Row& row : ROWS)
+    {
+        SCOPED_TRACE(row.association);
+        load(row);
+        const CIMObjectPath link =
+            server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
+        CIMObjectPath oneKey = link;
+        Array<CIMKeyBinding> keys;
+        keys.append(CIMKeyBinding(row.firstRole, endOf(link, row.firstRole).toString(),
+            CIMKeyBinding::REFERENCE));
+        oneKey.setKeyBindings(keys);
+        CIMObjectPath elsewhere = link;
+        keys.append(CIMKeyBinding(row.secondRole, missingFarEnd(row).toString(),
+            CIMKeyBinding::REFERENCE));
+        elsewhere.setKeyBindings(keys);
+
+        // A walk that reads the reference's ends answers nothing without
+        // both; the server reports too few objects.
+        const int oneKeyError = row.kind == Kind::Affects ? int(CIM_ERR_NOT_FOUND)
+            : row.kind == Kind::HostedByWalk             ? int(CIM_ERR_FAILED)
+                                                         : int(CIM_ERR_INVALID_PARAMETER);
+        EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
+        EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(cimErrorOf([&] { server().getInstance(as("noaccess"), ZDA_NS, link, false,
+            false, false, CIMPropertyList()); }), CIM_ERR_ACCESS_DENIED);
+
+        CIMInstance instance(row.association);
+        instance.setPath(link);
+        EXPECT_EQ(cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false,
+            CIMPropertyList()); }), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }),
+            CIM_ERR_NOT_SUPPORTED);
+
+        // The kinds that check the class enumerate nothing for another one.
+        const std::string other = direct(row, [&](CIMAssociationProvider&,
+            CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
+            p.enumerateInstanceNames(admin(), CIMObjectPath("ZDA_StorageVolume"), h);
+        });
+        const bool checksClass = row.kind == Kind::Affects || row.kind == Kind::HostedByWalk;
+        EXPECT_EQ(other.empty(), checksClass) << other;
+    }
+}
+
+}  // namespace
+
+namespace
+{
+
+// How many captured log lines contain `text`.
+size_t logLinesWith(const char* text)
+{
+    size_t n = 0;
+    for (size_t i = 0; i < zdasim_log_count(); i++)
+    {
+        int level = 0;
+        char line[1024] = "";
+        zdasim_log_line(i, &level, line, sizeof line);
+        if (std::strstr(line, text))
+            n++;
+    }
+    return n;
+}
+
+const Row& rowOf(const char* association)
+{
+    for (const Row& row : ROWS)
+        if (std::string(row.association) == association)
+            return row;
+    throw std::logic_error(association);
+}
+
+TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
+{
+    const Row& row = rowOf("ZDA_ReplicationAffectsEntity");
+    load(row);
+    const CIMObjectPath service = firstEnd(row);
+    struct Case
+    {
+        const char* role;
+        const char* resultRole;
+        bool refused;
+    };
+    // The instances' own roles are refused; the checked ones pass the check
+    // and name no end of the instances, so nothing is found either way.
+    const Case cases[] = {{"AffectingElement", "", true}, {"", "AffectedElement", true},
+        {"SystemElement", "", false}, {"", "SyncedElement", false}, {"SyncedElement", "", true}};
+    zdasim_log_capture(1);
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
+        zdasim_log_clear();
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
+                      zda_test::RecordingResponseHandler& h) {
+            p.associatorNames(admin(), service, row.association, CIMName(), c.role,
+                c.resultRole, h);
+        }), "");
+        EXPECT_EQ(logLinesWith("invalid params"), c.refused ? 1u : 0u);
+    }
+    zdasim_log_capture(0);
+}
+
+TEST_F(NavigationTest, AnArrayFailureAnswersEmpty)
+{
+    // The walks of the array complete an empty answer, except the one that
+    // delivers as it walks, which leaves it without complete().
+    for (const char* association :
+        {"ZDA_HostedRemoteReplicationCollection", "ZDA_HostedRemoteSAP",
+            "ZDA_ReplicationAffectsEntity"})
+    {
+        SCOPED_TRACE(association);
+        const Row& row = rowOf(association);
+        load(row);
+        const CIMObjectPath first = firstEnd(row);
+        const std::string expected =
+            row.kind == Kind::Deliver ? "processing" : "processing complete";
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
+                      zda_test::RecordingResponseHandler& h) {
+            zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
+            p.referenceNames(admin(), first, CIMName(), "", h);
+        }), expected);
+        zdasim_faults_clear();
+        // A busy array: the enumeration's first wait is the walk's.
+        EXPECT_EQ(direct(row, [&](CIMAssociationProvider&, CIMInstanceProvider& p,
+                      zda_test::RecordingResponseHandler& h) {
+            zdasim_fault_sem_timeouts(1);
+            p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
+        }), expected);
+        zdasim_faults_clear();
+    }
+}
+
+TEST_F(NavigationTest, AccessPointsNameTheSystemByItsHostName)
+{
+    const Row& row = rowOf("ZDA_HostedRemoteSAP");
+    load(row);
+    Array<CIMInstance> links = server().enumerateInstances(admin(), ZDA_NS, row.association,
+        true, false, false, false, CIMPropertyList());
+    // One per remote copy target, each seen as an access point.
+    ASSERT_EQ(links.size(),
+        server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass).size());
+    ASSERT_GT(links.size(), 0u);
+    for (Uint32 i = 0; i < links.size(); i++)
+    {
+        const CIMObjectPath system = endOf(links[i].getPath(), "Antecedent");
+        const CIMObjectPath point = endOf(links[i].getPath(), "Dependent");
+        EXPECT_EQ(text(ZDA_Common::getStringProperty(point, "SystemName")), HOST);
+        EXPECT_NE(ZDA_Common::getStringProperty(system, "Name"), HOST);
+    }
+}
+
+}  // namespace
