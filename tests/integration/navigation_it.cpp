@@ -66,7 +66,7 @@ std::string objectOf(const std::string& line)
     return line.substr(line.find(':', line.find('/')) + 1);
 }
 
-class NavigationTest : public ::testing::Test
+class NavigationWalkTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite()
@@ -101,10 +101,10 @@ protected:
     static TemporaryFolder* folder;
     static ServerProcess* server;
 };
-TemporaryFolder* NavigationTest::folder = nullptr;
-ServerProcess* NavigationTest::server = nullptr;
+TemporaryFolder* NavigationWalkTest::folder = nullptr;
+ServerProcess* NavigationWalkTest::server = nullptr;
 
-TEST_F(NavigationTest, WbemcliWalksEveryAssociationBothWays)
+TEST_F(NavigationWalkTest, WbemcliWalksEveryAssociationBothWays)
 {
     for (const Walk& walk : WALKS)
     {
@@ -135,7 +135,7 @@ TEST_F(NavigationTest, WbemcliWalksEveryAssociationBothWays)
     }
 }
 
-TEST_F(NavigationTest, CimClientReadsTheAssociationsAndTheirEnds)
+TEST_F(NavigationWalkTest, CimClientReadsTheAssociationsAndTheirEnds)
 {
     CIMClient client;
     client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
