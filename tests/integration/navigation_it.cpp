@@ -191,7 +191,7 @@ size_t countOf(const std::vector<std::string>& paths, const std::string& classNa
     return n;
 }
 
-TEST_F(NavigationTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffect)
+TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffect)
 {
     // A remote copy group's volumes, one link for each.
     CommandResult members = wbemcli("ain", RCG_MIXED,
@@ -231,7 +231,7 @@ TEST_F(NavigationTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffect)
     EXPECT_EQ(countOf(ends, "ZDA_ReplicationEntity"), 1u) << affected.output;
 }
 
-TEST_F(NavigationTest, CimClientReadsMembersInOrderAndWhatAJobAffects)
+TEST_F(NavigationWalkTest, CimClientReadsMembersInOrderAndWhatAJobAffects)
 {
     CIMClient client;
     client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
