@@ -2,6 +2,7 @@
 #include "ZDA_AffectedJobElementProvider.h"
 
 #include <cstring>
+#include <string>
 
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"

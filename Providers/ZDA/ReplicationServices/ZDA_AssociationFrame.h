@@ -11,10 +11,10 @@
 // release them on every path. One array call under the semaphore is
 // ZDA_CompanionFrame's callUnderSemaphore (int form) or statusCall.
 //
-// The navigation associations (hosted, affects, capabilities) share more:
-// each is a row of the association table and a reader of its pairs, and
-// one routine here serves all their operations (see "Navigation
-// associations" below).
+// The navigation associations (hosted, affects, capabilities) and the
+// membership, access point and job associations share more: each is a row
+// of the association table and a reader of its pairs, and one routine here
+// serves all their operations (see "Navigation associations" below).
 //
 // All functions may run on any thread; none holds the semaphore on return.
 #ifndef ZDA_ASSOCIATION_FRAME_H
@@ -246,7 +246,9 @@ private:
 // ---- Navigation associations ---------------------------------------------
 // The hosted, affects and capabilities associations link one object (the
 // storage system or the replication service) with the elements it hosts or
-// affects. Each of their providers is its row (a NavigationRow) and a reader
+// affects; the membership, access point and job associations link groups
+// with their members, what they replicate over, and jobs with what they
+// act on. Each of their providers is its row (a NavigationRow) and a reader
 // of its pairs; the operations below serve every request from those two.
 
 // The end classes these associations join.

@@ -133,7 +133,7 @@ bool ZDA_OrderedMemberOfRemoteReplicationGroupProvider::_getRelatedInstances(
     if (status.code != 0)
     {
         // A set that is not there has no members.
-        if (fromSet)
+        if (fromSet && status.code == API_E_NOT_FOUND)
             return true;
         log_message(2, "%s::_getRelatedInstances():api_getVVSets error (%d): %s\n", ROW.provider,
             status.code, (const char*)statusText(status).getCString());
