@@ -187,6 +187,12 @@ CIMClass moduleClass(CIMOMHandle& cimom, const CIMName& className, Boolean inclu
         includeQualifiers, includeClassOrigin, propertyList);
 }
 
+CIMClass queryClass(CIMOMHandle& cimom, const PairQuery& query, const CIMName& className)
+{
+    return moduleClass(cimom, className, query.includeQualifiers, query.includeClassOrigin,
+        query.propertyList);
+}
+
 String statusText(const api_Status_t& status)
 {
     char buffer[512];
@@ -239,6 +245,16 @@ bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider)
     if (snapshot.read(selector).code == 0)
         return true;
     log_message(2, "--> %s::deliverInstances()  api_getRCopy failed.\n", provider);
+    return false;
+}
+
+bool readForPairs(RCopySnapshot& snapshot, int selector, const char* provider)
+{
+    const api_Status_t status = snapshot.read(selector);
+    if (status.code == 0)
+        return true;
+    log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider,
+        status.code, (const char*)statusText(status).getCString());
     return false;
 }
 
@@ -417,6 +433,17 @@ const std::vector<const char*>& classChain(EndClass end)
             "CIM_ManagedSystemElement", "CIM_ManagedElement"},
         {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement",
             "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_StorageVolume", "CIM_StorageVolume", "CIM_StorageExtent", "CIM_LogicalDevice",
+            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+            "CIM_ManagedElement"},
+        {"ZDA_ConcreteJob", "CIM_ConcreteJob", "CIM_Job", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_SCSIProtocolFCEndpoint", "CIM_SCSIProtocolEndpoint", "CIM_ProtocolEndpoint",
+            "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_IPProtocolEndpoint", "CIM_IPProtocolEndpoint", "CIM_ProtocolEndpoint",
+            "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
     };
     return chains[static_cast<int>(end)];
 }
@@ -459,8 +486,23 @@ CIMInstance associationInstance(const NavigationProvider& provider, const EndPai
     CIMClass& associationClass)
 {
     const AssociationShape& shape = provider.row.shape;
-    return ZDA_Common::buildAssocInstance(CIMName(shape.associationClass), shape.first.role,
-        shape.second.role, pair.first, pair.second, provider.host, NAMESPACE, associationClass);
+    CIMInstance instance = ZDA_Common::buildAssocInstance(CIMName(shape.associationClass),
+        shape.first.role, shape.second.role, pair.first, pair.second, provider.host, NAMESPACE,
+        associationClass);
+    for (const auto& property : pair.properties)
+        if (instance.findProperty(property.first) != PEG_NOT_FOUND)
+            instance.getProperty(instance.findProperty(property.first)).setValue(property.second);
+    return instance;
+}
+
+// The refusal of a reference of another class, for the membership kinds
+// that check it in `method`.
+void checkClass(const NavigationRow& row, const CIMObjectPath& reference, cim_method_e method)
+{
+    if (row.classCheck == ClassCheck::None ||
+        (row.classCheck == ClassCheck::Instances && method == CIM_ENUMERATE_INSTANCE_NAMES))
+        return;
+    requireAssociationClass(row.shape, reference, row.className);
 }
 
 // The association class as the request shapes its instances.
@@ -471,11 +513,19 @@ CIMClass associationClassFor(const NavigationProvider& provider, const Navigatio
 }
 
 bool readPairs(const NavigationProvider& provider, const NavigationRequest& request,
-    int instancesOf, std::vector<EndPair>& pairs)
+    int instancesOf, std::vector<EndPair>& pairs, const CIMObjectPath& object = CIMObjectPath())
 {
     const PairQuery query{request.context, instancesOf, request.includeQualifiers,
-        request.includeClassOrigin, request.propertyList};
+        request.includeClassOrigin, request.propertyList, object};
     return provider.readPairs(query, pairs);
+}
+
+// Kinds whose read goes to the array alone or through the server's other
+// associations: they neither ask the server for the object first nor
+// answer an object at neither end.
+bool readsOwnPairs(NavigationKind kind)
+{
+    return kind == NavigationKind::Deliver || kind == NavigationKind::Gather;
 }
 
 // Whether the object named by an association operation is there, asked of
@@ -483,7 +533,7 @@ bool readPairs(const NavigationProvider& provider, const NavigationRequest& requ
 bool objectExists(const NavigationProvider& provider, const NavigationRequest& request)
 {
     const NavigationKind kind = provider.row.kind;
-    if (kind == NavigationKind::Deliver)
+    if (readsOwnPairs(kind))
         return true;
     try
     {
@@ -526,7 +576,7 @@ void navigate(const NavigationProvider& provider, const NavigationRequest& reque
     const SearchDirections search = searchDirections(shape, request.role, resultRole);
     if ((ownEnd == 1 && !search.towardSecond) || (ownEnd == 2 && !search.towardFirst))
         return;
-    if (ownEnd == 0 && kind == NavigationKind::Deliver)
+    if (ownEnd == 0 && readsOwnPairs(kind))
         return;
     if (!objectExists(provider, request))
         return;
@@ -537,8 +587,8 @@ void navigate(const NavigationProvider& provider, const NavigationRequest& reque
     ZDA_Common::handleProcessing(handler, method);
     std::vector<EndPair> pairs;
     const int farEnd = ownEnd == 0 ? 0 : 3 - ownEnd;
-    if (ownEnd != 0 &&
-        !readPairs(provider, request, method == CIM_ASSOCIATORS ? farEnd : 0, pairs))
+    if (ownEnd != 0 && !readPairs(provider, request, method == CIM_ASSOCIATORS ? farEnd : 0,
+                           pairs, request.objectName))
     {
         if (kind != NavigationKind::Deliver)
             ZDA_Common::handleComplete(handler, method);
@@ -566,15 +616,15 @@ void getPair(const NavigationProvider& provider, const NavigationRequest& reques
 {
     const NavigationRow& row = provider.row;
     const CIMObjectPath& reference = request.objectName;
-    if (row.kind == NavigationKind::ThroughCimom || row.kind == NavigationKind::Deliver)
+    checkClass(row, reference, CIM_GET_INSTANCE);
+    if (row.kind == NavigationKind::ThroughCimom || readsOwnPairs(row.kind))
         requireKeyCount(reference, 2, row.provider, row.className, " Expect two keys.");
 
     CIMObjectPath first;
     CIMObjectPath second;
     const bool endsGiven = endReference(reference, row.shape.first.role, first) &&
         endReference(reference, row.shape.second.role, second);
-    const bool readsEnds =
-        row.kind == NavigationKind::HostedByWalk || row.kind == NavigationKind::Deliver;
+    const bool readsEnds = row.kind == NavigationKind::HostedByWalk || readsOwnPairs(row.kind);
     if (readsEnds && !endsGiven)
         return;
 
@@ -609,6 +659,7 @@ void enumeratePairs(const NavigationProvider& provider, const NavigationRequest&
     cim_method_e method, cim_handler_u handler)
 {
     const NavigationRow& row = provider.row;
+    checkClass(row, request.objectName, method);
     const CIMName given = request.objectName.getClassName();
     if ((row.kind == NavigationKind::Affects || row.kind == NavigationKind::HostedByWalk) &&
         !given.equal(row.shape.associationClass) && !isOneOf(given, row.shape.answersTo))
@@ -649,6 +700,38 @@ void endsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const CIMName&
 }
 
 }  // namespace
+
+AssociationShape navigationShape(const char* associationClass,
+    const std::vector<const char*>& answersTo, const char* firstRole,
+    const std::vector<EndClass>& first, const char* secondRole,
+    const std::vector<EndClass>& second)
+{
+    std::vector<const char*> firstChains;
+    std::vector<const char*> secondChains;
+    for (EndClass end : first)
+        firstChains.insert(firstChains.end(), classChain(end).begin(), classChain(end).end());
+    for (EndClass end : second)
+        secondChains.insert(secondChains.end(), classChain(end).begin(), classChain(end).end());
+    AssociationShape shape{associationClass, answersTo, {firstRole, {}, {}},
+        {secondRole, {}, {}}, {}, {}};
+    const auto fill = [](AssociationEnd& end, const std::vector<EndClass>& classes,
+                          const std::vector<const char*>& other) {
+        for (EndClass cls : classes)
+        {
+            const std::vector<const char*>& chain = classChain(cls);
+            end.classes.push_back(chain[0]);
+            for (size_t i = 1; i < chain.size(); i++)
+                if (!contains(other, chain[i]) && !contains(end.superClasses, chain[i]))
+                    end.superClasses.push_back(chain[i]);
+        }
+    };
+    fill(shape.first, first, secondChains);
+    fill(shape.second, second, firstChains);
+    for (const char* name : firstChains)
+        if (contains(secondChains, name) && !contains(shape.sharedSuperClasses, name))
+            shape.sharedSuperClasses.push_back(name);
+    return shape;
+}
 
 AssociationShape navigationShape(const char* associationClass, const char* answersTo,
     const char* firstRole, EndClass first, const char* secondRole, EndClass second,
@@ -764,13 +847,8 @@ bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char*
     std::vector<WalkEnd> ends;
     {
         RCopySnapshot snapshot;
-        const api_Status_t status = snapshot.read(selector);
-        if (status.code != 0)
-        {
-            log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider,
-                status.code, (const char*)statusText(status).getCString());
+        if (!readForPairs(snapshot, selector, provider))
             return false;
-        }
         walk(snapshot.rcopy, query.instancesOf == 2, ends);
     }
     for (const WalkEnd& end : ends)

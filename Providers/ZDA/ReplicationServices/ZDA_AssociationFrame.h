@@ -11,10 +11,10 @@
 // release them on every path. One array call under the semaphore is
 // ZDA_CompanionFrame's callUnderSemaphore (int form) or statusCall.
 //
-// The navigation associations (hosted, affects, capabilities) share more:
-// each is a row of the association table and a reader of its pairs, and
-// one routine here serves all their operations (see "Navigation
-// associations" below).
+// The navigation associations (hosted, affects, capabilities) and the
+// membership, access point and job associations share more: each is a row
+// of the association table and a reader of its pairs, and one routine here
+// serves all their operations (see "Navigation associations" below).
 //
 // All functions may run on any thread; none holds the semaphore on return.
 #ifndef ZDA_ASSOCIATION_FRAME_H
@@ -22,6 +22,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Pegasus/Common/Config.h>
@@ -30,6 +31,7 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/OperationContext.h>
 #include <Pegasus/Common/ResponseHandler.h>
 #include <Pegasus/Common/Exception.h>
@@ -189,6 +191,10 @@ public:
 // deliverInstances and, on a failed or busy array, logs "--> <provider>::
 // deliverInstances()  api_getRCopy failed." at level 2 and gives false.
 bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider);
+// The read of a pair reader: the snapshot with `selector`; on a failed or
+// busy array a level 2 line ("<provider>::_getRelatedInstances():
+// api_getRCopy error (<code>): <text>") and false.
+bool readForPairs(RCopySnapshot& snapshot, int selector, const char* provider);
 // The end of such a walk: for getInstance (`method` 4) with nothing found,
 // a level 2 line and CIMObjectNotFoundException "<className> CIM Object not
 // found."; otherwise handleComplete. An enumeration thus completes empty
@@ -276,7 +282,9 @@ private:
 // ---- Navigation associations ---------------------------------------------
 // The hosted, affects and capabilities associations link one object (the
 // storage system or the replication service) with the elements it hosts or
-// affects. Each of their providers is its row (a NavigationRow) and a reader
+// affects; the membership, access point and job associations link groups
+// with their members, what they replicate over, and jobs with what they
+// act on. Each of their providers is its row (a NavigationRow) and a reader
 // of its pairs; the operations below serve every request from those two.
 
 // The end classes these associations join.
@@ -289,7 +297,11 @@ enum class EndClass
     RemoteReplicationGroup,
     RemoteReplicationCollection,
     RemoteServiceAccessPoint,
-    ReplicationEntity
+    ReplicationEntity,
+    StorageVolume,
+    ConcreteJob,
+    SCSIProtocolFCEndpoint,
+    IPProtocolEndpoint
 };
 
 // The class of an end, then its superclasses up to CIM_ManagedElement.
@@ -303,6 +315,14 @@ const std::vector<const char*>& classChain(EndClass end);
 AssociationShape navigationShape(const char* associationClass, const char* answersTo,
     const char* firstRole, EndClass first, const char* secondRole, EndClass second,
     bool keyCheckedSecond = false);
+
+// The same for ends that objects of several classes stand at: an end's
+// classes are the first of each chain, its superclasses the rest of its
+// chains that the other end's chains lack.
+AssociationShape navigationShape(const char* associationClass,
+    const std::vector<const char*>& answersTo, const char* firstRole,
+    const std::vector<EndClass>& first, const char* secondRole,
+    const std::vector<EndClass>& second);
 
 // How a navigation provider reads its pairs and answers, which decides the
 // frame's checks:
@@ -319,13 +339,26 @@ AssociationShape navigationShape(const char* associationClass, const char* answe
 //   getInstance wants two keys and reads the ends first; navigation that
 //   the roles exclude, or from an object at neither end, answers nothing;
 //   a failed read leaves the answer without complete().
+// - Gather: as Deliver, but the pairs are gathered through the server, and
+//   a failed read answers empty and complete.
 // In every other kind a failed read answers empty and complete.
 enum class NavigationKind
 {
     ThroughCimom,
     Affects,
     HostedByWalk,
-    Deliver
+    Deliver,
+    Gather
+};
+
+// Which operations of a membership association refuse a reference of a
+// class that is neither the association nor one it answers to
+// (CIMNotSupportedException "<given class><className> Invalid class name").
+enum class ClassCheck
+{
+    None,
+    InstancesAndNames,  // getInstance and both enumerations
+    Instances           // getInstance and enumerateInstances only
 };
 
 // A navigation provider's row of the association table.
@@ -338,6 +371,7 @@ struct NavigationRow
     const char* className;
     NavigationKind kind;
     AssociationShape shape;
+    ClassCheck classCheck = ClassCheck::None;
 };
 
 // One pair that the association links, first end first. The instances are
@@ -348,6 +382,8 @@ struct EndPair
     CIMObjectPath second;
     CIMInstance firstInstance;
     CIMInstance secondInstance;
+    // Further properties of the association instance, beside its two ends.
+    std::vector<std::pair<const char*, CIMValue>> properties = {};
 };
 
 // What a pair reader is asked for: paths only (`instancesOf` 0), or also
@@ -360,7 +396,13 @@ struct PairQuery
     Boolean includeQualifiers;
     Boolean includeClassOrigin;
     const CIMPropertyList& propertyList;
+    // The object navigated from, when it stands at an end; a reader may
+    // read only its pairs (the frame keeps only those). Null otherwise.
+    CIMObjectPath object = CIMObjectPath();
 };
+
+// The class `className` as the query shapes the instances it asks for.
+CIMClass queryClass(CIMOMHandle& cimom, const PairQuery& query, const CIMName& className);
 
 // Appends every pair of the association to `pairs`, in the order the array
 // or the server gives them. False when they could not be read (the reader

@@ -21,6 +21,11 @@
 #include "ZDA_HostedRemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationAffectsEntityProvider.h"
 #include "ZDA_HostedRemoteSAPProvider.h"
+#include "ZDA_SAPAvailableForRemoteReplicaVolumeProvider.h"
+#include "ZDA_SAPAvailableForRemoteReplicationGroupProvider.h"
+#include "ZDA_OrderedMemberOfRemoteReplicationGroupProvider.h"
+#include "ZDA_MemberOfRemoteReplicationCollectionProvider.h"
+#include "ZDA_AffectedJobElementProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -50,8 +55,20 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
             new ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_SAPAvailableForRemoteReplicaVolumeProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_SAPAvailableForRemoteReplicaVolumeProvider());
+    if (String::equalNoCase(providerName, "ZDA_SAPAvailableForRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_SAPAvailableForRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_OrderedMemberOfRemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_OrderedMemberOfRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_MemberOfRemoteReplicationCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(
+            new ZDA_MemberOfRemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_HostedRemoteReplicationCollectionProvider());
@@ -66,6 +83,8 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteServiceAccessPointProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteSAPProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteSAPProvider());
+    if (String::equalNoCase(providerName, "ZDA_AffectedJobElementProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_AffectedJobElementProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedReplicationGroupProvider());
     return 0;

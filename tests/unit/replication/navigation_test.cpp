@@ -127,23 +127,11 @@ protected:
             zdasim_reset_test_array();
     }
 
-    // Runs `call` on the server's own provider of the row, outside any
-    // request, with a recording handler; the ledgers are checked after.
+    // The row's own provider, called directly (see ReplicationTest::direct).
     template <class Call>
     std::string direct(const Row& row, Call call)
     {
-        std::optional<zda::server::ProviderId> id = ServerHostFixture::host().registry().find(ZDA_NS,
-            row.association, zda::server::ProviderType::Association);
-        EXPECT_TRUE(id.has_value()) << row.association;
-        zda_test::SemaphoreCheckingHandler handler;
-        {
-            zda::server::ProviderManager::Lease lease = ServerHostFixture::host().providers().acquire(*id);
-            call(dynamic_cast<CIMAssociationProvider&>(lease.provider()),
-                dynamic_cast<CIMInstanceProvider&>(lease.provider()), handler);
-        }
-        EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
-        expectLedgersClean(std::string("a direct call of ") + row.association);
-        return handler.sequence();
+        return ReplicationTest::direct(row.association, call);
     }
 };
 

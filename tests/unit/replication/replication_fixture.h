@@ -5,7 +5,14 @@
 #ifndef ZDA_REPLICATION_FIXTURE_H
 #define ZDA_REPLICATION_FIXTURE_H
 
+#include <optional>
+#include <string>
+
+#include <Pegasus/Provider/CIMAssociationProvider.h>
+#include <Pegasus/Provider/CIMInstanceProvider.h>
+
 #include "copysvcs_fixture.h"
+#include "SemaphoreCheckingHandler.h"
 
 namespace zda_replication_test
 {
@@ -29,6 +36,28 @@ protected:
     {
         out.clear();
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
+    }
+
+    // Runs `call` on the host's own provider of the association class,
+    // outside any request, with a recording handler, and gives what the
+    // handler saw ("processing deliver(path) complete"). No delivery may
+    // come under the semaphore, and the ledgers are checked after.
+    template <class Call>
+    std::string direct(const char* association, Call call)
+    {
+        std::optional<zda::server::ProviderId> id = ServerHostFixture::host().registry().find(
+            ZDA_NS, association, zda::server::ProviderType::Association);
+        EXPECT_TRUE(id.has_value()) << association;
+        zda_test::SemaphoreCheckingHandler handler;
+        {
+            zda::server::ProviderManager::Lease lease =
+                ServerHostFixture::host().providers().acquire(*id);
+            call(dynamic_cast<CIMAssociationProvider&>(lease.provider()),
+                dynamic_cast<CIMInstanceProvider&>(lease.provider()), handler);
+        }
+        EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
+        expectLedgersClean(std::string("a direct call of ") + association);
+        return handler.sequence();
     }
 };
 
