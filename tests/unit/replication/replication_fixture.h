@@ -5,6 +5,10 @@
 #ifndef ZDA_REPLICATION_FIXTURE_H
 #define ZDA_REPLICATION_FIXTURE_H
 
+#include <string>
+
+#include <zdasim_control.h>
+
 #include "copysvcs_fixture.h"
 
 namespace zda_replication_test
@@ -30,7 +34,54 @@ protected:
         out.clear();
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
     }
+
+    // A method of the replication service called as `user`: "returned
+    // <value>" or "thrown <code>: <message>"; serviceOut receives the output
+    // parameters.
+    std::string serviceOutcome(const char* method, const Array<CIMParamValue>& in,
+        const char* user = "admin")
+    {
+        try
+        {
+            const CIMObjectPath service =
+                server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
+            return "returned " + text(call(as(user), service, method, in, serviceOut).toString());
+        }
+        catch (const CIMException& e)
+        {
+            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
+        }
+    }
+    Array<CIMParamValue> serviceOut;
 };
+
+// The value of the argument `argument` in the journal's last entry of
+// `function` that has it ("" when none): the text of a quoted value, else
+// the word.
+inline std::string lastJournalArgument(const char* function, const char* argument)
+{
+    const std::string head = std::string(function) + " ";
+    const std::string name = std::string(" ") + argument + "=";
+    std::string value;
+    char entry[1024];
+    for (size_t i = 0; zdasim_journal_entry(i, entry, sizeof entry) == 0; i++)
+    {
+        const std::string line = entry;
+        const size_t at = line.find(name);
+        if (line.rfind(head, 0) != 0 || at == std::string::npos)
+            continue;
+        const size_t start = at + name.size();
+        value = line[start] == '"' ? line.substr(start + 1, line.find('"', start + 1) - start - 1)
+                                   : line.substr(start, line.find(' ', start) - start);
+    }
+    return value;
+}
+
+// The right asked of the array by the last authorization.
+inline std::string lastAuthorizationKey()
+{
+    return lastJournalArgument("api_authorizeCIMUser", "key");
+}
 
 // The output parameter of that name, a null value when absent.
 inline CIMValue outParam(const Array<CIMParamValue>& out, const char* name)
