@@ -640,6 +640,11 @@ void readRemoteCopy(Obj o, ArrayModel& m, Tasks& tasks, RemoteCopy& rc) {
                 if (given[static_cast<size_t>(i)]) fail(mo.at("target"), "target " + q(target) + " is mapped twice");
                 given[static_cast<size_t>(i)] = true;
                 RcMap& map = v.maps[static_cast<size_t>(i)];
+                map.absent = mo.flag("absent");
+                if (map.absent) {
+                    mo.done();
+                    return;
+                }
                 map.remoteName = mo.str("remoteName", v.name);
                 map.remoteVid = mo.u32("remoteVid", 0xFFFFFFFEu);
                 map.status = static_cast<uint8_t>(mo.choice("status", kMapStatus, RM_GROUP_VV_NEW));
@@ -775,6 +780,10 @@ json writeRemoteCopy(const ArrayModel& m, const RcState& s) {
         for (const RcVolume& v : g.volumes) {
             json maps = json::array();
             for (const RcMap& mp : v.maps) {
+                if (mp.absent) {
+                    maps.push_back({{"target", mp.target}, {"absent", true}});
+                    continue;
+                }
                 json jm = {{"target", mp.target}, {"remoteName", mp.remoteName}, {"remoteVid", mp.remoteVid},
                            {"status", named(kMapStatus, mp.status)}, {"lastSync", mp.lastSync},
                            {"syncOffset", mp.syncOffset}, {"syncLength", mp.syncLength},

@@ -137,7 +137,10 @@ api_Status_t snapshot(const ArrayModel& m, const RcState& s, Ledger& ledger, api
             vw.gvv.rm_local_wwn_re = v.wwnRe;
             vw.map_count = static_cast<int>(v.maps.size());
             vw.maps = mapOut;
-            for (const RcMap& map : v.maps) fillMap(map, g.primary != 0, *mapOut++);
+            for (const RcMap& map : v.maps) {
+                if (!map.absent) fillMap(map, g.primary != 0, *mapOut);
+                ++mapOut;
+            }
             // Readers walk a volume's maps by the group's target count.
             for (size_t k = v.maps.size(); k < g.targets.size(); ++k) ++mapOut;
             *vvLink = &vw;

@@ -245,7 +245,7 @@ uint32_t RemoteCopy::startSync(const ArrayModel& m, RcGroup& g, size_t i, bool r
     bool any = false;
     for (RcVolume& v : g.volumes) {
         RcMap& map = v.maps[i];
-        if (map.status == RM_GROUP_VV_SYNCED && !resyncSynced) continue;
+        if (map.absent || (map.status == RM_GROUP_VV_SYNCED && !resyncSynced)) continue;
         const Volume* vol = m.findVolume(v.name);
         const api_u64_t bytes = vol ? vol->sizeMiB << 20 : 0;
         // A volume that held the data once only moves what changed since.

@@ -74,6 +74,9 @@ struct RcMap {
     api_u64_t remoteWwn = 0;
     api_u64_t remoteWwnRe = 0;
     uint8_t wwnStatus = RM_VV_WWN_INVALID;
+    // The volume has no map for this target: the snapshot leaves its slot
+    // zeroed (no target name) and no synchronisation touches it.
+    bool absent = false;
 };
 
 struct RcVolume {

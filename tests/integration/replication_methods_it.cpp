@@ -1,7 +1,8 @@
-// The replication service's group and copy target methods through the
-// running server on the demo array, called with wbemcli where it can write
-// the parameters and with CIMClient where it cannot (wbemcli splits a
-// reference array at the commas between a path's keys).
+// The replication service's group, copy target and peer system methods and
+// the remote replication model through the running server on the demo
+// array, with wbemcli where it can write the parameters and read the answer
+// and with CIMClient where it cannot (wbemcli splits a reference array at
+// the commas between a path's keys, and `cm` cannot read one).
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -137,6 +138,97 @@ TEST_F(ReplicationMethodsTest, AViewerMayNotCreateAGroup)
     EXPECT_NE(refused.exitCode, 0);
     EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED: Insufficient generic privilege"),
         std::string::npos) << refused.output;
+}
+
+// Each class of the remote replication model, listed by wbemcli and every
+// path it lists fetched again. The demo array has 11 remote copy groups and
+// 8 targets; 13 far groups (one per group and target) and 22 far volumes
+// (one per group volume and target it has a map for).
+TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
+{
+    const std::vector<std::pair<const char*, size_t>> classes = {
+        {"ZDA_RemoteReplicationGroup", 11}, {"ZDA_RemoteReplicationCollection", 8},
+        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 35}};
+    for (const auto& c : classes)
+    {
+        CommandResult listed = runCommand({"wbemcli", "ein",
+            server->url("admin:admin-demo", "root/zda") + c.first});
+        ASSERT_EQ(listed.exitCode, 0) << listed.output;
+        Array<CIMObjectPath> paths = client.enumerateInstanceNames("root/zda", c.first);
+        EXPECT_EQ(paths.size(), c.second) << c.first;
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            const std::string path = text(paths[i].toString());
+            EXPECT_NE(listed.output.find(path.substr(path.find(':') + 1)), std::string::npos)
+                << path << "\n" << listed.output;
+            // The instance fetched by the path carries the path's keys.
+            const CIMInstance fetched = client.getInstance("root/zda", paths[i], false);
+            const Array<CIMKeyBinding> keys = paths[i].getKeyBindings();
+            for (Uint32 k = 0; k < keys.size(); k++)
+            {
+                const Uint32 at = fetched.findProperty(keys[k].getName());
+                ASSERT_NE(at, PEG_NOT_FOUND) << path << " " << text(keys[k].getName().getString());
+                EXPECT_EQ(text(fetched.getProperty(at).getValue().toString()),
+                    text(keys[k].getValue())) << path;
+            }
+        }
+    }
+    CommandResult sap = runCommand({"wbemcli", "-nl", "gi", server->url("admin:admin-demo",
+        "root/zda") + "ZDA_RemoteServiceAccessPoint.CreationClassName=\"ZDA_RemoteServiceAccessPoint\","
+        "Name=\"siteE\",SystemCreationClassName=\"ZDA_StorageSystem\",SystemName=\"elsewhere\""});
+    EXPECT_NE(sap.output.find("-OperationalStatus=10,2"), std::string::npos) << sap.output;
+}
+
+// The peer systems and one's access points: wbemcli prints the raw answer
+// (cmx), CIMClient reads it and passes a peer back as it came.
+TEST_F(ReplicationMethodsTest, PeerSystemsAndTheirAccessPoints)
+{
+    CommandResult ready = wbemcli("cmx", "admin:admin-demo", SERVICE, "GetPeerSystems.Options=2");
+    EXPECT_EQ(ready.exitCode, 0) << ready.output;
+    EXPECT_NE(ready.output.find("2FF70002AC013E64"), std::string::npos) << ready.output;
+    EXPECT_EQ(ready.output.find("2FF70002AC01B5C8"), std::string::npos) << ready.output;
+
+    Array<CIMParamValue> in, out;
+    in.append(CIMParamValue("Options", CIMValue(Uint16(0))));
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetPeerSystems", in, out).toString()),
+        "0");
+    Array<CIMObjectPath> systems;
+    outValue(out, "Systems").get(systems);
+    ASSERT_EQ(systems.size(), 5u);  // siteB's two targets count once; no WWN, no entry
+
+    in.clear();
+    in.append(CIMParamValue("System", CIMValue(systems[0])));
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetServiceAccessPoints", in, out)
+                       .toString()), "0");
+    Array<CIMObjectPath> accessPoints;
+    outValue(out, "ServiceAccessPoints").get(accessPoints);
+    std::vector<std::string> names;
+    for (Uint32 i = 0; i < accessPoints.size(); i++)
+    {
+        const CIMInstance sap = client.getInstance("root/zda", accessPoints[i], false);
+        names.push_back(text(sap.getProperty(sap.findProperty("Name")).getValue().toString()));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"siteB_ip", "siteB_fc"}));
+
+    for (const char* method : {"GetPeerSystems.Options=0",
+             "GetServiceAccessPoints.System=zda-siteB/root/zda:ZDA_StorageSystem.CreationClassName="
+             "\"ZDA_StorageSystem\",Name=\"2FF70002AC013E64\""})
+    {
+        CommandResult refused = wbemcli("cmx", "viewer:viewer-demo", SERVICE, method);
+        EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos)
+            << method << "\n" << refused.output;
+    }
+}
+
+TEST_F(ReplicationMethodsTest, ARemoteCopyGroupIsDeleted)
+{
+    const CIMObjectPath group("root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_empty\"");
+    ASSERT_NO_THROW(client.getInstance("root/zda", group));
+    CommandResult deleted = wbemcli("cm", "admin:admin-demo", SERVICE,
+        "DeleteGroup.ReplicationGroup=zda-demo.example.net/root/zda:ZDA_RemoteReplicationGroup."
+        "InstanceID=\"KX_ORLA:rcg_empty\",RemoveElements=false");
+    EXPECT_NE(deleted.output.find("DeleteGroup: 0"), std::string::npos) << deleted.output;
+    EXPECT_THROW(client.getInstance("root/zda", group), CIMException);
 }
 
 }  // namespace

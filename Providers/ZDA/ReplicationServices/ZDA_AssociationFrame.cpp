@@ -216,6 +216,50 @@ void VVSetList::release()
     std::memset(&_list, 0, sizeof _list);
 }
 
+RCopySnapshot::RCopySnapshot()
+{
+    std::memset(&rcopy, 0, sizeof rcopy);
+}
+
+RCopySnapshot::~RCopySnapshot()
+{
+    api_freeRCopy(&rcopy);
+}
+
+api_Status_t RCopySnapshot::read(int selector)
+{
+    api_freeRCopy(&rcopy);
+    std::memset(&rcopy, 0, sizeof rcopy);
+    return ZDA_CompanionFrame::statusCall([&] { return api_getRCopy(selector, &rcopy); });
+}
+
+bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider)
+{
+    if (snapshot.read(selector).code == 0)
+        return true;
+    log_message(2, "--> %s::deliverInstances()  api_getRCopy failed.\n", provider);
+    return false;
+}
+
+void endWalk(const char* provider, const String& className, cim_handler_u handler,
+    cim_method_e method, bool found)
+{
+    if (method == CIM_GET_INSTANCE && !found)
+    {
+        log_message(2, "%s::deliverInstances() object not found for getInstance()\n", provider);
+        throw CIMObjectNotFoundException(className + " CIM Object not found.");
+    }
+    ZDA_Common::handleComplete(handler, method);
+}
+
+void requireInstanceClass(const CIMObjectPath& reference,
+    const std::vector<const char*>& accepted, const String& className)
+{
+    const CIMName given = reference.getClassName();
+    if (!isOneOf(given, accepted))
+        throw CIMNotSupportedException(nameText(given) + className + " Invalid class name");
+}
+
 bool hasParentRCGroup(const api_set_t& set)
 {
     api_keyvalue_query_t query;

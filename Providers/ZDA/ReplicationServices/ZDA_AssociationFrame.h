@@ -156,6 +156,40 @@ private:
     api_sets_t _list;
 };
 
+// The remote copy configuration of api_getRCopy, zeroed before the call and
+// released with api_freeRCopy when the owner goes, on every path.
+class RCopySnapshot
+{
+public:
+    RCopySnapshot();
+    ~RCopySnapshot();
+    RCopySnapshot(const RCopySnapshot&) = delete;
+    RCopySnapshot& operator=(const RCopySnapshot&) = delete;
+
+    // Reads the configuration with `selector` under the semaphore; what was
+    // held before is released first.
+    api_Status_t read(int selector);
+
+    api_rcopy_t rcopy;
+};
+
+// The walk of a remote copy instance provider (collections, entities,
+// access points) over one snapshot: reads it for `provider`'s
+// deliverInstances and, on a failed or busy array, logs "--> <provider>::
+// deliverInstances()  api_getRCopy failed." at level 2 and gives false.
+bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider);
+// The end of such a walk: for getInstance (`method` 4) with nothing found,
+// a level 2 line and CIMObjectNotFoundException "<className> CIM Object not
+// found."; otherwise handleComplete. An enumeration thus completes empty
+// after an array failure.
+void endWalk(const char* provider, const String& className, cim_handler_u handler,
+    cim_method_e method, bool found);
+// The class check of an instance provider: the reference's class must be
+// one of `accepted`, else CIMNotSupportedException "<given class><className>
+// Invalid class name".
+void requireInstanceClass(const CIMObjectPath& reference,
+    const std::vector<const char*>& accepted, const String& className);
+
 // True when the array holds the key "parentRCGroup" for the vvset: the set
 // stands for a remote copy group and is no local replication group. The
 // query's status is not looked at: a failed query finds nothing.

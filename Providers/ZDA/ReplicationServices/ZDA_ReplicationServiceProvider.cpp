@@ -18,8 +18,10 @@
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
+#include "ZDA_StorageSystemProvider.h"
 #include "ZDA_StorageVolumeProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
@@ -521,6 +523,14 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._getAvailableTargetElements(c.context, c.inParameters, c.handler);
         }},
+    {"GetPeerSystems", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._getPeerSystems(c.context, c.inParameters, c.handler);
+        }},
+    {"GetServiceAccessPoints", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._getServiceAccessPoints(c.context, c.inParameters, c.handler);
+        }},
     {nullptr, nullptr, 0, nullptr}  // end of the table
 };
 
@@ -536,16 +546,6 @@ const Uint16 VOLUME_TYPE_BASE = 1;
 const Uint16 OPERATIONAL_STATUS_OK = 2;
 // Removal attempts of busy volumes after the first, two seconds apart.
 const int BUSY_RETRIES = 10;
-
-// The remote copy configuration api_getRCopy fills, released on every path.
-struct RCopySnapshot
-{
-    api_rcopy_t rcopy;
-    RCopySnapshot() { std::memset(&rcopy, 0, sizeof rcopy); }
-    ~RCopySnapshot() { api_freeRCopy(&rcopy); }
-    RCopySnapshot(const RCopySnapshot&) = delete;
-    RCopySnapshot& operator=(const RCopySnapshot&) = delete;
-};
 
 // A key-value option set, released on every path.
 struct OptionSet
@@ -886,9 +886,8 @@ int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
     const CString name = groupName.getCString();
     if (!removeElements)
     {
-        RCopySnapshot snapshot;
-        const api_Status_t read = ZDA_CompanionFrame::statusCall(
-            [&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &snapshot.rcopy); });
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        const api_Status_t read = snapshot.read(API_RCOPY_QUERY_TYPE_ALL);
         if (read.code != 0)
         {
             const String text = ZDA_AssociationFrame::statusText(read);
@@ -1963,6 +1962,127 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
             errStr.append(i == 0 ? errStrs[i] : "; " + errStrs[i]);
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_modifyListSynchronization");
+}
+
+// ---- peer systems and their access points --------------------------------------------
+
+namespace
+{
+
+// GetPeerSystems' Options: every target, or only the ready, usable ones.
+const Uint16 PEERS_ALL = 0;
+const Uint16 PEERS_READY = 2;
+
+bool readyAndUsable(const rm_target& target)
+{
+    return !(target.rm_options & RM_TARGET_OPT_UNUSABLE) && target.rm_status == RM_TARGET_READY;
+}
+
+}  // namespace
+
+void ZDA_ReplicationServiceProvider::_getPeerSystems(const OperationContext&,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _getPeerSystems\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    Uint16 options = PEERS_ALL;
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size(); i++)
+    {
+        const CIMValue value = inParameters[i].getValue();
+        if (!value.isNull() && String::equalNoCase(inParameters[i].getParameterName(), "Options"))
+            value.get(options);
+    }
+
+    if (outstatus == 0)
+    {
+        Array<CIMObjectPath> systems;
+        Array<String> remoteWWNStrings;
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        if (snapshot.read(API_RCOPY_QUERY_TYPE_TARGETS).code != 0)
+            log_message(2, "api_getRCopy error\n");
+        for (int i = 0; i < snapshot.rcopy.target_count; i++)
+        {
+            const rm_target& target = snapshot.rcopy.targets[i];
+            if (options != PEERS_ALL && (options != PEERS_READY || !readyAndUsable(target)))
+                continue;
+            // Only a system whose node WWN the array knows can be named.
+            const String wwn = target.rm_node_wwn;
+            if (wwn.size() == 0 || ZDA_Common::isPartOfArray(wwn, remoteWWNStrings))
+                continue;
+            remoteWWNStrings.append(wwn);
+            systems.append(ZDA_StorageSystemProvider::createObjectPath(
+                String(target.rm_remote_sysname), wwn, NAMESPACE));
+        }
+        paramValues.append(CIMParamValue("Systems", CIMValue(systems), true));
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_getPeerSystems");
+}
+
+void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationContext&,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _getServiceAccessPoints\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    CIMObjectPath systemRef;
+    Boolean systemGiven = false;
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull() || !String::equalNoCase(inParameters[i].getParameterName(), "System"))
+            continue;
+        value.get(systemRef);
+        // A peer system lives on another host: the reference is checked
+        // against its own host, for namespace and class.
+        String peerHost = systemRef.getHost();
+        systemGiven = ZDA_Common::verifyRefMethodParam(systemRef, NAMESPACE, peerHost,
+            CIMName(SYSTEM_CLASS));
+        if (!systemGiven)
+            break;
+    }
+    if (outstatus == 0 && !systemGiven)
+    {
+        outstatus = 5;
+        errStr = "System parameter contains invalid object path";
+    }
+
+    ZDA_AssociationFrame::RCopySnapshot snapshot;
+    if (outstatus == 0 && snapshot.read(API_RCOPY_QUERY_TYPE_TARGETS).code != 0)
+    {
+        log_message(2, "api_getRCopy error\n");
+        outstatus = 4;
+        errStr = "Problem getting rcopy information";
+    }
+    if (outstatus == 0)
+    {
+        Array<CIMObjectPath> accessPoints;
+        for (int i = 0; i < snapshot.rcopy.target_count; i++)
+        {
+            const rm_target& target = snapshot.rcopy.targets[i];
+            if (!readyAndUsable(target))
+                continue;
+            // A target the array knows only by its computed WWN still
+            // leads to its system.
+            String wwn = target.rm_node_wwn;
+            if (wwn.size() == 0)
+                wwn = target.rm_computed_remote_node_wwn;
+            const CIMObjectPath peer = ZDA_StorageSystemProvider::createObjectPath(
+                String(target.rm_remote_sysname), wwn, NAMESPACE);
+            if (!ZDA_Common::matchObjectPath(peer, systemRef))
+                continue;
+            accessPoints.append(ZDA_RemoteServiceAccessPointProvider::buildObjectPath(
+                _systemAddress, String(target.rm_hdr.rm_name)));
+        }
+        paramValues.append(CIMParamValue("ServiceAccessPoints", CIMValue(accessPoints), true));
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_getServiceAccessPoints");
 }
 
 PEGASUS_NAMESPACE_END

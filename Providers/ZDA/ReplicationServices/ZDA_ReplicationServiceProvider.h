@@ -299,6 +299,20 @@ private:
     // miss the source's snapshot pool. Reads the server only.
     void _getAvailableTargetElements(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // GetPeerSystems: Options (default 0); gives Systems, the storage
+    // systems the array has remote copy targets on, one path per node WWN,
+    // in the order of the targets. Options 0 lists every target with a node
+    // WWN; 2 only the ready ones without the not-usable option; any other
+    // value nothing. An array failure gives an empty list and 0.
+    void _getPeerSystems(const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // GetServiceAccessPoints: System (required, a ZDA_StorageSystem of this
+    // namespace, on any host: peers live elsewhere); gives ServiceAccessPoints,
+    // the access points of the ready, usable targets whose remote system is
+    // `System` (by node WWN, else the computed one). 4 when the array
+    // cannot be read.
+    void _getServiceAccessPoints(const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
 };
 
 PEGASUS_NAMESPACE_END

@@ -8,6 +8,10 @@
 #include "ZDA_MemberOfReplicationGroupProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
+#include "ZDA_RemoteReplicationGroupProvider.h"
+#include "ZDA_RemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationEntityProvider.h"
+#include "ZDA_RemoteServiceAccessPointProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -25,6 +29,14 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
+    if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationEntityProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteServiceAccessPointProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteServiceAccessPointProvider());
     return 0;
 }
 

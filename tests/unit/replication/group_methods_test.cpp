@@ -20,12 +20,6 @@ CIMObjectPath setPath(const char* name)
     return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
 }
 
-CIMObjectPath rcopyGroupPath(const std::string& name)
-{
-    const std::string path = "root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" + name;
-    return CIMObjectPath(String((path + "\"").c_str()));
-}
-
 Array<CIMParamValue> params(std::initializer_list<std::pair<const char*, CIMValue>> list)
 {
     Array<CIMParamValue> in;
@@ -46,20 +40,6 @@ public:
         Array<CIMObjectPath> noMembers;
         CIMObjectPath made;
         return _createGroup(&event, name, noMembers, keys, values, made, errStr);
-    }
-};
-
-// Finds every remote copy group: no provider serves them in these tests.
-class RemoteGroupsFound : public RepositoryBackend
-{
-public:
-    using RepositoryBackend::RepositoryBackend;
-    CIMInstance getInstance(const OperationContext&, const CIMNamespaceName&,
-        const CIMObjectPath& path, Boolean, Boolean, Boolean, const CIMPropertyList&) override
-    {
-        CIMInstance group(path.getClassName());
-        group.setPath(path);
-        return group;
     }
 };
 
@@ -95,27 +75,17 @@ protected:
     }
 
     // The service as an object of the test, its calls into the server
-    // answered by RemoteGroupsFound.
+    // answered from the host's repository.
     ServiceWorkers& directService()
     {
         if (!provider)
         {
             attachCIMOMHandleBackend(handle,
-                std::make_shared<RemoteGroupsFound>(zda_test::ServerHostFixture::host()));
+                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
             provider = new ServiceWorkers();
             provider->initialize(handle);
         }
         return *provider;
-    }
-    std::string outcomeDirect(const char* method, const Array<CIMParamValue>& in)
-    {
-        zda_test::RecordingResponseHandler handler;
-        const int thrown = cimErrorOf([&] {
-            directService().invokeMethod(admin(), service, method, in, handler);
-        });
-        expectLedgersClean(method);
-        return thrown >= 0 ? "thrown " + std::to_string(thrown)
-                           : "returned " + text(handler.returnValues().at(0).toString());
     }
 
     // The vvset's member names, or {"<none>"} when the array has no such set.
@@ -222,27 +192,6 @@ TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
     EXPECT_EQ(outcome("DeleteGroup", params({{"ReplicationGroup", CIMValue(volume("vol3"))}})),
         "thrown 5: ReplicationGroup parameter contains invalid object path");
     EXPECT_EQ(zdasim_journal_count_of("api_removeVVSet"), 2u);
-}
-
-TEST_F(GroupMethodsTest, DeleteGroupOfARemoteCopyGroup)
-{
-    zdasim_reset_demo_array();
-    auto deleteGroup = [&](const char* group, Boolean removeElements) {
-        return outcomeDirect("DeleteGroup",
-            params({{"ReplicationGroup", CIMValue(rcopyGroupPath(group))},
-                {"RemoveElements", CIMValue(removeElements)}}));
-    };
-    EXPECT_EQ(deleteGroup("rcg_fin_sync", false), "thrown 6");
-    EXPECT_EQ(zdasim_journal_count_of("api_deleteRCopyGroup"), 0u);
-    // A group the array does not know is the array's to refuse.
-    EXPECT_EQ(deleteGroup("rcg_no_such", false), "thrown 4");
-    EXPECT_EQ(deleteGroup("rcg_fin_stopped", true), "returned 0");
-    EXPECT_EQ(deleteGroup("rcg_fin_stopped", true), "thrown 4");
-    char entry[512] = "";
-    for (size_t i = zdasim_journal_count(); i-- > 0 && !std::strstr(entry, "api_deleteRCopyGroup");)
-        zdasim_journal_entry(i, entry, sizeof entry);
-    EXPECT_NE(std::strstr(entry, "name=\"rcg_fin_stopped\" options=0 removevv_flag=1"), nullptr)
-        << entry;
 }
 
 TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
