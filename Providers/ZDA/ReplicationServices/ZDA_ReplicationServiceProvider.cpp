@@ -18,6 +18,7 @@
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_RemoteGroupSynchronizedProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
@@ -1587,8 +1588,6 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
     Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupReplicaPath)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
-    (void)context;
-    (void)groupReplicaPath;
     if (parentSetRef.getClassName().isNull())
     {
         log_message(2, "SourceElement has to be specified\n");
@@ -1617,33 +1616,128 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         relationshipName = stem + tail;
     }
 
+    // The copies of a set's members are named after the relationship and
+    // numbered from 1.
+    auto snapshotMembers = [&](const api_set_t& set) {
+        Array<String> parentVolNames;
+        Array<String> childVolNames;
+        const CString stem = relationshipName.getCString();
+        for (int m = 0; m < set.memberCount; m++)
+        {
+            char child[100];
+            std::snprintf(child, sizeof child, "%s_%u", (const char*)stem, unsigned(m + 1));
+            parentVolNames.append(String(set.members[m].name));
+            childVolNames.append(String(child));
+        }
+        return _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames, goalSettingInst,
+            targetVolumes, synchronizations);
+    };
+
     api_Status_t status;
     api_initStatus(&status);
-    if (parentSetRef.getClassName().equal(GROUP_CLASS))
+    if (parentSetRef.getClassName().equal(RCOPY_GROUP_CLASS))
+    {
+        const CString groupName = parentSetName.getCString();
+        Boolean primary = false;
+        Uint32 setID = 0;
+        {
+            ZDA_AssociationFrame::RCopySnapshot snapshot;
+            const api_Status_t read = snapshot.read(API_RCOPY_QUERY_TYPE_GROUPS);
+            if (read.code != 0)
+            {
+                log_message(2, "api_getRCopy error (%d): %s\n", read.code,
+                    (const char*)ZDA_AssociationFrame::statusText(read).getCString());
+                return read;
+            }
+            rm_group_wrapper* group = snapshot.rcopy.groups;
+            while (group && std::strcmp(group->group.rm_hdr.rm_name, groupName) != 0)
+                group = group->next;
+            if (!group)
+            {
+                char text[API_ERRTEXT_LEN];
+                std::snprintf(text, sizeof text, "The rcopy group %s is not found\n",
+                    (const char*)groupName);
+                log_message(2, "%s", text);
+                return groupCopyRefusal(text);
+            }
+            primary = ZDA_RemoteGroupSynchronizedProvider::isPrimary(group, group->gtargets);
+            setID = api_external_set_id(group->group.rm_auto_set_id);
+        }
+
+        if (primary)
+        {
+            // The primary side's snapshot is the copy services' work; the
+            // goal is deliberately not passed on.
+            Array<CIMParamValue> paramValues;
+            return ZDA_StorageConfigurationServiceProvider::createVirtualCopy(apiEventp, _cimom,
+                context, paramValues, parentSetRef, relationshipName, CIMObjectPath(),
+                CIMInstance(), _systemName, _systemAddress);
+        }
+
+        // The secondary side: snapshot the members of the set behind the
+        // group, and gather the copies in a new set named after the
+        // relationship.
+        const String childSetName = relationshipName;
+        Array<String> keys;
+        Array<String> values;
+        keys.append("parentRCGroup");
+        values.append(parentSetName);
+        ZDA_AssociationFrame::VVSetList sets;
+        sets.read(nullptr);
+        const api_set_t* parentSet = nullptr;
+        const api_set_t* childSet = nullptr;
+        for (Uint32 i = 0; i < sets.size() && !(parentSet && childSet); i++)
+        {
+            if (Uint32(sets[i].id) == setID)
+                parentSet = &sets[i];
+            if (childSetName == String(sets[i].name))
+                childSet = &sets[i];
+        }
+        char text[API_ERRTEXT_LEN];
+        if (!parentSet)
+        {
+            std::snprintf(text, sizeof text,
+                "The vvset associated with rcopy group %s is not found\n", (const char*)groupName);
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        if (childSet)
+        {
+            std::snprintf(text, sizeof text, "The target vvset %s already exists.\n",
+                (const char*)childSetName.getCString());
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        status = snapshotMembers(*parentSet);
+        if (status.code != 0)
+            return status;
+        String errStr;
+        if (_createGroup(apiEventp, childSetName, targetVolumes, keys, values, groupReplicaPath,
+                errStr) != 0)
+        {
+            // The snapshots stay, without a set.
+            std::snprintf(text, sizeof text, "Problem creating vvset %s : %s\n",
+                (const char*)childSetName.getCString(), (const char*)errStr.getCString());
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        // One group-level synchronization stands for the per-volume ones.
+        synchronizations.clear();
+        synchronizations.append(ZDA_Common::buildAssocPath("ZDA_RemoteGroupSynchronized",
+            "SystemElement", "SyncedElement", parentSetRef, groupReplicaPath, _systemAddress,
+            NAMESPACE));
+    }
+    else if (parentSetRef.getClassName().equal(GROUP_CLASS))
     {
         ZDA_AssociationFrame::VVSetList parentSets;
         status = parentSets.read(parentSetName.getCString());
         if (status.code == 0 && parentSets.size() > 0)
-        {
-            // The copies are named after the relationship and numbered from 1.
-            const api_set_t& set = parentSets[0];
-            Array<String> parentVolNames;
-            Array<String> childVolNames;
-            const CString stem = relationshipName.getCString();
-            for (int m = 0; m < set.memberCount; m++)
-            {
-                char child[100];
-                std::snprintf(child, sizeof child, "%s_%u", (const char*)stem, unsigned(m + 1));
-                parentVolNames.append(String(set.members[m].name));
-                childVolNames.append(String(child));
-            }
-            status = _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames,
-                goalSettingInst, targetVolumes, synchronizations);
-        }
+            status = snapshotMembers(parentSets[0]);
     }
     log_message(4, "<-- ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
     return status;
 }
+
 
 api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtparam_t* apiEventp,
     Array<String>& parentVolNames, Array<String>& childVolNames, CIMInstance& goalSettingInst,

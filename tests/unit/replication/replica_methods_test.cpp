@@ -9,6 +9,7 @@
 #include <set>
 
 #include "RecordingResponseHandler.h"
+#include "ZDA_AssociationFrame.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceProvider.h"
 #include "ZDA_StorageSettingProvider.h"
@@ -59,43 +60,26 @@ public:
     api_Status_t groupSnapshot(const CIMObjectPath& set, String& relationshipName,
         Array<CIMObjectPath>& targets)
     {
+        return groupSnapshot(set, relationshipName, targets, syncs, made);
+    }
+    api_Status_t groupSnapshot(const CIMObjectPath& set, String& relationshipName,
+        Array<CIMObjectPath>& targets, Array<CIMObjectPath>& synchronizations,
+        CIMObjectPath& groupPath)
+    {
         api_evtparam_t event{};
         CIMObjectPath setRef = set;
         CIMObjectPath pool;
         CIMInstance goal;
-        Array<CIMObjectPath> syncs;
-        CIMObjectPath made;
         return _createGroupVirtualCopy(&event, OperationContext(), setRef, relationshipName, pool,
-            goal, targets, syncs, made);
+            goal, targets, synchronizations, groupPath);
     }
+    Array<CIMObjectPath> syncs;
+    CIMObjectPath made;
 };
 
 class ReplicaMethodsTest : public ReplicationTest
 {
 protected:
-    void SetUp() override
-    {
-        ReplicationTest::SetUp();
-        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
-    }
-    void TearDown() override
-    {
-        if (provider)
-        {
-            provider->terminate();
-            attachCIMOMHandleBackend(handle, nullptr);
-        }
-        ReplicationTest::TearDown();
-    }
-
-    std::string outcome(const char* method, const Array<CIMParamValue>& in,
-        const char* user = "admin")
-    {
-        const std::string result = serviceOutcome(method, in, user);
-        out = serviceOut;
-        return result;
-    }
-
     // The provider as an object of the test, with a recording handler, to
     // see where processing() falls; "<handler events> | <code thrown>".
     std::string sequenceDirect(const char* method, const Array<CIMParamValue>& in)
@@ -107,17 +91,7 @@ protected:
         expectLedgersClean(method);
         return handler.sequence() + " | " + std::to_string(thrown);
     }
-    SnapshotWorkers& directService()
-    {
-        if (!provider)
-        {
-            attachCIMOMHandleBackend(handle,
-                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
-            provider = new SnapshotWorkers();
-            provider->initialize(handle);
-        }
-        return *provider;
-    }
+    SnapshotWorkers& directService() { return ReplicationTest::directService<SnapshotWorkers>(); }
 
     CIMObjectPath outPath(const char* name)
     {
@@ -158,10 +132,6 @@ protected:
         return CIMValue(server().createInstance(admin(), ZDA_NS, setting));
     }
 
-    CIMObjectPath service;
-    Array<CIMParamValue> out;
-    CIMOMHandle handle;
-    SnapshotWorkers* provider = nullptr;
 };
 
 TEST_F(ReplicaMethodsTest, CreateElementReplicaRefusesBeforeItStarts)
@@ -428,6 +398,60 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
         }
         EXPECT_EQ(result, l.expected) << l.expiration << " " << l.retention;
     }
+}
+
+TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
+{
+    zdasim_reset_demo_array();
+    auto rcopyGroup = [](const char* name) {
+        return CIMObjectPath(String(("root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" +
+            std::string(name) + "\"").c_str()));
+    };
+    Array<CIMObjectPath> targets;
+    Array<CIMObjectPath> syncs;
+    CIMObjectPath groupPath;
+    // Held here as secondary: the copies of the group's volumes form a new
+    // set tied to the group, with one group synchronization.
+    String name = "dr_snap";
+    ASSERT_EQ(directService().groupSnapshot(rcopyGroup("rcg_dr_secondary"), name, targets, syncs,
+        groupPath).code, 0);
+    ASSERT_EQ(targets.size(), 2u);
+    EXPECT_EQ(nameOf(targets[0]), "dr_snap_1");
+    ASSERT_EQ(syncs.size(), 1u);
+    EXPECT_EQ(text(syncs[0].getClassName().getString()), "ZDA_RemoteGroupSynchronized");
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(groupPath,
+        ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "dr_snap")));
+    {
+        ZDA_AssociationFrame::VVSetList made;
+        ASSERT_EQ(made.read("dr_snap").code, 0);
+        ASSERT_EQ(made.size(), 1u);
+        EXPECT_EQ(made[0].memberCount, 2);
+        EXPECT_TRUE(ZDA_AssociationFrame::hasParentRCGroup(made[0]));
+    }
+
+    char refusal[API_ERRTEXT_LEN];
+    const std::pair<const char*, const char*> refused[] = {
+        {"rcg_dr_secondary", "The target vvset dr_snap already exists."},
+        {"rcg_nowhere", "The rcopy group rcg_nowhere is not found"},
+    };
+    for (const auto& r : refused)
+    {
+        const api_Status_t status = directService().groupSnapshot(rcopyGroup(r.first), name,
+            targets, syncs, groupPath);
+        EXPECT_EQ(status.code, 78);
+        EXPECT_STREQ(api_getErrorTextNoNL(refusal, sizeof refusal, &status), r.second);
+    }
+
+    // Held here as primary: the copy services snapshot it, nothing is reported.
+    const size_t volumesBefore = volumeCount();
+    targets.clear();
+    syncs.clear();
+    name = "fin_sync_snap";
+    ASSERT_EQ(directService().groupSnapshot(rcopyGroup("rcg_fin_sync"), name, targets, syncs,
+        groupPath).code, 0);
+    EXPECT_EQ(targets.size() + syncs.size(), 0u);
+    EXPECT_EQ(volumeCount(), volumesBefore + 2);
+    expectLedgersClean("remote group snapshot");
 }
 
 TEST_F(ReplicaMethodsTest, ModifyListSynchronizationRefusals)

@@ -5,11 +5,13 @@
 #ifndef ZDA_REPLICATION_FIXTURE_H
 #define ZDA_REPLICATION_FIXTURE_H
 
+#include <memory>
 #include <string>
 
 #include <zdasim_control.h>
 
 #include "copysvcs_fixture.h"
+#include "ZDA_ReplicationServiceProvider.h"
 
 namespace zda_replication_test
 {
@@ -35,24 +37,59 @@ protected:
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
     }
 
+    void SetUp() override
+    {
+        CopyServicesTest::SetUp();
+        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
+    }
+    void TearDown() override
+    {
+        if (_direct)
+        {
+            _direct->terminate();
+            attachCIMOMHandleBackend(_handle, nullptr);
+        }
+        CopyServicesTest::TearDown();
+    }
+
     // A method of the replication service called as `user`: "returned
-    // <value>" or "thrown <code>: <message>"; serviceOut receives the output
+    // <value>" or "thrown <code>: <message>"; out receives the output
     // parameters.
-    std::string serviceOutcome(const char* method, const Array<CIMParamValue>& in,
+    std::string outcome(const char* method, const Array<CIMParamValue>& in,
         const char* user = "admin")
     {
         try
         {
-            const CIMObjectPath service =
-                server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
-            return "returned " + text(call(as(user), service, method, in, serviceOut).toString());
+            return "returned " + text(call(as(user), service, method, in, out).toString());
         }
         catch (const CIMException& e)
         {
             return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
         }
     }
-    Array<CIMParamValue> serviceOut;
+
+    // The service as an object of the test, of the class Service that opens
+    // what a test needs of it; its calls into the server are answered from
+    // the host's repository. One per test, terminated at its end.
+    template <class Service>
+    Service& directService()
+    {
+        if (!_direct)
+        {
+            attachCIMOMHandleBackend(_handle,
+                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+            _direct = new Service();
+            _direct->initialize(_handle);
+        }
+        return static_cast<Service&>(*_direct);
+    }
+
+    CIMObjectPath service;
+    Array<CIMParamValue> out;
+
+private:
+    CIMOMHandle _handle;
+    ZDA_ReplicationServiceProvider* _direct = nullptr;
 };
 
 // The value of the argument `argument` in the journal's last entry of
