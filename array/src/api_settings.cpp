@@ -19,7 +19,9 @@ api_Status_t check(const ArrayModel& m, const api_setting_t& s) {
         const std::string name = fieldName(cpg, API_NAME_LEN);
         if (!name.empty() && !m.findCpg(name)) return statusError(API_E_INVALID, "CPG %s does not exist", name.c_str());
     }
-    if (s.expirationSeconds && s.retentionSeconds > s.expirationSeconds)
+    // Times of different kinds cannot be compared until a snapshot is made.
+    const bool sameKind = ((s.timesAt & API_SETTING_EXPIRATION_AT) != 0) == ((s.timesAt & API_SETTING_RETENTION_AT) != 0);
+    if (s.expirationSeconds && sameKind && s.retentionSeconds > s.expirationSeconds)
         return statusError(API_E_INVALID, "Retention time %u s is longer than expiration time %u s", s.retentionSeconds,
                            s.expirationSeconds);
     if (s.deltaReservationGoal > 100) return statusError(API_E_INVALID, "Delta reservation %u%% is above 100%%", s.deltaReservationGoal);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <set>
+#include <tuple>
 
 #include <nlohmann/json.hpp>
 
@@ -343,8 +344,18 @@ void readSettings(Obj& top, ArrayModel& m) {
         copyText(r.name, name);
         copyText(r.comment, o.str("comment", "", 256));
         r.baseId = o.u32("baseId");
-        r.expirationSeconds = o.u32("expirationSeconds");
-        r.retentionSeconds = o.u32("retentionSeconds");
+        // Each time is an interval or a point in time, never both.
+        for (auto [seconds, at, field, flag] :
+             {std::make_tuple("expirationSeconds", "expiresAt", &r.expirationSeconds, API_SETTING_EXPIRATION_AT),
+              std::make_tuple("retentionSeconds", "retainedUntil", &r.retentionSeconds, API_SETTING_RETENTION_AT)}) {
+            if (o.has(seconds) && o.has(at)) fail(o.at(at), std::string("cannot be given with ") + seconds);
+            if (o.has(at)) {
+                *field = static_cast<uint32_t>(o.time(at));
+                r.timesAt |= flag;
+            } else {
+                *field = o.u32(seconds);
+            }
+        }
         for (auto [key, field] : {std::make_pair("userCpg", r.userCpg), std::make_pair("snapCpg", r.snapCpg)}) {
             const std::string cpg = o.str(key);
             if (!cpg.empty() && !m.findCpg(cpg)) fail(o.at(key), "CPG " + q(cpg) + " is not described under cpgs");
@@ -904,13 +915,15 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
     doc["settings"] = json::array();
     for (const auto& [name, s] : m.settings) {
         const api_setting_t& r = s.record;
-        doc["settings"].push_back({{"name", name}, {"comment", r.comment}, {"baseId", r.baseId},
-                                   {"expirationSeconds", r.expirationSeconds}, {"retentionSeconds", r.retentionSeconds},
+        json setting = {{"name", name}, {"comment", r.comment}, {"baseId", r.baseId},
                                    {"userCpg", r.userCpg}, {"snapCpg", r.snapCpg},
                                    {"dataRedundancyGoal", r.dataRedundancyGoal},
                                    {"packageRedundancyGoal", r.packageRedundancyGoal},
                                    {"deltaReservationGoal", r.deltaReservationGoal},
-                                   {"noSinglePointOfFailure", r.noSinglePointOfFailure != 0}});
+                                   {"noSinglePointOfFailure", r.noSinglePointOfFailure != 0}};
+        setting[(r.timesAt & API_SETTING_EXPIRATION_AT) ? "expiresAt" : "expirationSeconds"] = r.expirationSeconds;
+        setting[(r.timesAt & API_SETTING_RETENTION_AT) ? "retainedUntil" : "retentionSeconds"] = r.retentionSeconds;
+        doc["settings"].push_back(setting);
     }
     doc["volumes"] = json::array();
     // Parents before their copies, as a reader needs them.

@@ -727,6 +727,13 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx)
     invalid("an embedded object holds " + elementName(root));
 }
 
+CIMObject decodeEmbeddedObject(const String& xml, const DecodeLimits& limits)
+{
+    ReadContext ctx;
+    ctx.limits = limits;
+    return readEmbeddedObject(xml, ctx);
+}
+
 // ---- documents ----
 
 namespace

@@ -2,6 +2,8 @@
 
 #include "SchemaObjects.h"
 
+#include <cimxml/Codec.h>
+
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMParameter.h>
@@ -136,11 +138,59 @@ CIMValue valueFromText(const String& text, CIMType type, const String& what) {
     }
 }
 
+bool declaresEmbedded(const CIMConstParameter& declared) {
+    return declared.getType() == CIMTYPE_STRING && (declared.findQualifier("EmbeddedInstance") != PEG_NOT_FOUND ||
+                                                    declared.findQualifier("EmbeddedObject") != PEG_NOT_FOUND);
+}
+
+// Whether `given` is an embedded object sent as text, typed as a string.
+bool embeddedAsTypedText(const CIMConstMethod& method, const CIMParamValue& given) {
+    const CIMValue& value = given.getValue();
+    if (!given.isTyped() || value.isNull() || value.getType() != CIMTYPE_STRING) return false;
+    const Uint32 index = method.findParameter(CIMName(given.getParameterName()));
+    return index != PEG_NOT_FOUND && declaresEmbedded(method.getParameter(index));
+}
+
+// The value of a parameter declared as an embedded instance or object
+// that arrived as CIM-XML text (clients that cannot send it typed): the
+// object the text holds, an instance for an embedded instance.
+CIMValue embeddedFromText(const CIMConstParameter& declared, const CIMValue& value, const String& what) {
+    const bool instance = declared.findQualifier("EmbeddedInstance") != PEG_NOT_FOUND;
+    auto decode = [&](const String& text) {
+        try {
+            const CIMObject object = cimxml::decodeEmbeddedObject(text);
+            if (instance && !object.isInstance())
+                throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": the text holds no instance");
+            return object;
+        } catch (const cimxml::DecodeError& e) {
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": the text is no embedded object: " + e.what());
+        }
+    };
+    if (!value.isArray()) {
+        String text;
+        value.get(text);
+        const CIMObject object = decode(text);
+        return instance ? CIMValue(CIMInstance(object)) : CIMValue(object);
+    }
+    Array<String> texts;
+    value.get(texts);
+    Array<CIMInstance> instances;
+    Array<CIMObject> objects;
+    for (Uint32 i = 0; i < texts.size(); ++i) {
+        const CIMObject object = decode(texts[i]);
+        if (instance)
+            instances.append(CIMInstance(object));
+        else
+            objects.append(object);
+    }
+    return instance ? CIMValue(instances) : CIMValue(objects);
+}
+
 Array<CIMParamValue> typeParameters(const CIMConstMethod& method, const Array<CIMParamValue>& inParameters) {
     Array<CIMParamValue> out;
     for (Uint32 i = 0; i < inParameters.size(); ++i) {
         const CIMParamValue& given = inParameters[i];
-        if (given.isTyped()) {
+        if (given.isTyped() && !embeddedAsTypedText(method, given)) {
             out.append(given);
             continue;
         }
@@ -153,7 +203,10 @@ Array<CIMParamValue> typeParameters(const CIMConstMethod& method, const Array<CI
         CIMConstParameter declared = method.getParameter(index);
         const CIMValue value = given.getValue();
         CIMValue typed;
-        if (value.isNull()) {
+        if (declaresEmbedded(declared) && !value.isNull() && value.getType() == CIMTYPE_STRING &&
+            value.isArray() == declared.isArray()) {
+            typed = embeddedFromText(declared, value, what);
+        } else if (value.isNull()) {
             typed.setNullValue(declared.getType(), declared.isArray());
         } else if (value.isArray() != declared.isArray()) {
             throw CIMException(CIM_ERR_TYPE_MISMATCH, what + (declared.isArray() ? " must be an array"

@@ -1,8 +1,9 @@
-// The replication service's group, copy target and peer system methods and
-// the remote replication model through the running server on the demo
-// array, with wbemcli where it can write the parameters and read the answer
-// and with CIMClient where it cannot (wbemcli splits a reference array at
-// the commas between a path's keys, and `cm` cannot read one).
+// The replication service's group, copy target, local replica and peer
+// system methods and the remote replication model through the running
+// server on the demo array (a clone's job followed on the simulator's
+// stepped clock), with wbemcli where it can write the parameters and read
+// the answer and with CIMClient where it cannot (wbemcli splits a reference
+// array at the commas between a path's keys, and `cm` cannot read one).
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -42,7 +43,8 @@ protected:
     {
         cimxml::registerClientTransports();
         folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {"--https-port", "off"}, false);
+        server = new ServerProcess(folder->path(), {"--https-port", "off", "--simulator-control"},
+            false);
     }
     static void TearDownTestSuite()
     {
@@ -61,8 +63,34 @@ protected:
     {
         return runCommand({"wbemcli", verb, server->url(user, "root/zda") + object, argument});
     }
+    static CommandResult control(const std::string& call)
+    {
+        return runCommand({"wbemcli", "cm",
+            server->url("admin:admin-demo", "root/zda_sim") + "ZDA_SimulatorControl", call});
+    }
+    Uint32 invoke(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
+    {
+        Uint32 result = 0;
+        client.invokeMethod("root/zda", service, method, in, out).get(result);
+        return result;
+    }
+    Uint16 jobValue(const CIMObjectPath& job, const char* property)
+    {
+        CIMInstance instance = client.getInstance("root/zda", job, false);
+        Uint16 value = 0;
+        instance.getProperty(instance.findProperty(property)).getValue().get(value);
+        return value;
+    }
     // The demo array's volumes by name.
     CIMObjectPath volume(const std::string& name)
+    {
+        const CIMObjectPath found = volumeNamed(name);
+        if (found.getClassName().isNull())
+            ADD_FAILURE() << "no volume " << name;
+        return found;
+    }
+    bool volumeExists(const std::string& name) { return !volumeNamed(name).getClassName().isNull(); }
+    CIMObjectPath volumeNamed(const std::string& name)
     {
         Array<CIMInstance> all =
             client.enumerateInstances("root/zda", "ZDA_StorageVolume", true, false);
@@ -70,7 +98,6 @@ protected:
             if (text(all[i].getProperty(all[i].findProperty("ElementName")).getValue().toString())
                 == name)
                 return all[i].getPath();
-        ADD_FAILURE() << "no volume " << name;
         return CIMObjectPath();
     }
 
@@ -229,6 +256,94 @@ TEST_F(ReplicationMethodsTest, ARemoteCopyGroupIsDeleted)
         "InstanceID=\"KX_ORLA:rcg_empty\",RemoveElements=false");
     EXPECT_NE(deleted.output.find("DeleteGroup: 0"), std::string::npos) << deleted.output;
     EXPECT_THROW(client.getInstance("root/zda", group), CIMException);
+}
+
+TEST_F(ReplicationMethodsTest, ACloneIsFollowedToCompletionOnASteppedClock)
+{
+    ASSERT_EQ(control("SetClock.Start=2000000000").exitCode, 0);
+    Array<CIMParamValue> in, out;
+    in.append(CIMParamValue("ElementName", CIMValue(String("it_clone"))));
+    in.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
+    in.append(CIMParamValue("SourceElement", CIMValue(volume("fin_log02"))));
+    ASSERT_EQ(invoke("CreateElementReplica", in, out), 4096u);
+    CIMObjectPath job;
+    outValue(out, "Job").get(job);
+    EXPECT_EQ(jobValue(job, "JobState"), 4);
+
+    // fin_log02 holds 8 GiB: the copy takes 32 seconds of the array's clock.
+    ASSERT_EQ(control("StepClock.Seconds=16").exitCode, 0);
+    EXPECT_EQ(jobValue(job, "PercentComplete"), 50);
+    ASSERT_EQ(control("StepClock.Seconds=16").exitCode, 0);
+    EXPECT_EQ(jobValue(job, "JobState"), 7);
+    EXPECT_EQ(jobValue(job, "PercentComplete"), 100);
+    ASSERT_EQ(control("UseRealClock").exitCode, 0);
+}
+
+TEST_F(ReplicationMethodsTest, ASnapshotOfOneVolumeWithWbemcli)
+{
+    // The volume's reference goes last, written as the array's paths are.
+    const std::string source = "zda-demo.example.net/root/zda:ZDA_StorageVolume.CreationClassName="
+                               "\"ZDA_StorageVolume\",DeviceID=\"60002D1A0013D64A2000000000000001\","
+                               "SystemCreationClassName=\"ZDA_StorageSystem\",SystemName=\"zda-demo\"";
+    CommandResult made = wbemcli("cm", "admin:admin-demo", SERVICE,
+        "CreateElementReplica.ElementName=\"it_snap\",SyncType=7,SourceElement=" + source);
+    EXPECT_NE(made.output.find("CreateElementReplica: 0"), std::string::npos) << made.output;
+    EXPECT_TRUE(volumeExists("it_snap"));
+
+    // A user who may only read is refused the right of a snapshot.
+    CommandResult refused = wbemcli("cm", "viewer:viewer-demo", SERVICE,
+        "CreateElementReplica.SyncType=7,SourceElement=" + source);
+    EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos) << refused.output;
+}
+
+TEST_F(ReplicationMethodsTest, ListsOfCopiesAreMadeAndChanged)
+{
+    // Snapshots of two volumes at one instant, kept as a goal says.
+    Array<CIMObjectPath> sources;
+    sources.append(volume("fin_db02"));
+    sources.append(volume("fin_db03"));
+    Array<CIMParamValue> in, out;
+    in.append(CIMParamValue("SyncType", CIMValue(Uint16(7))));
+    in.append(CIMParamValue("SourceElements", CIMValue(sources)));
+    in.append(CIMParamValue("TargetSettingGoal", CIMValue(CIMObjectPath(
+        "root/zda:ZDA_StorageSetting.InstanceID=\"KX_ORLA:SETTING:snap_month_end\""))));
+    ASSERT_EQ(invoke("CreateListReplica", in, out), 0u);
+    Array<CIMObjectPath> synchronizations;
+    outValue(out, "Synchronizations").get(synchronizations);
+    ASSERT_EQ(synchronizations.size(), 2u);
+    EXPECT_TRUE(volumeExists("fin_db02.rw"));
+
+    // Clones of a list as one consistent set: a job for each.
+    Array<CIMObjectPath> clones;
+    clones.append(volume("fin_log03"));
+    clones.append(volume("fin_app01"));
+    Array<String> names;
+    names.append("it_list_a");
+    names.append("it_list_b");
+    in.clear();
+    in.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
+    in.append(CIMParamValue("SourceElements", CIMValue(clones)));
+    in.append(CIMParamValue("ElementNames", CIMValue(names)));
+    ASSERT_EQ(invoke("ZDA_CreateConsistentReplicaList", in, out), 4096u);
+    Array<CIMObjectPath> jobs;
+    outValue(out, "Jobs").get(jobs);
+    EXPECT_EQ(jobs.size(), 2u);
+
+    // The snapshots dissolved as a list, each element on its own.
+    in.clear();
+    in.append(CIMParamValue("Operation", CIMValue(Uint16(9))));
+    in.append(CIMParamValue("Synchronization", CIMValue(synchronizations)));
+    EXPECT_EQ(invoke("ModifyListSynchronization", in, out), 0u);
+    EXPECT_FALSE(volumeExists("fin_db02.rw"));
+
+    // A group's copies returned to the pool, the group named with wbemcli.
+    CommandResult returned = wbemcli("cm", "admin:admin-demo", SERVICE,
+        "ZDA_ModifyGroupReplicaSynchronization.Operation=19,TargetGroup="
+        "zda-demo.example.net/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:eng_copies\"");
+    EXPECT_NE(returned.output.find("ZDA_ModifyGroupReplicaSynchronization: 0"), std::string::npos)
+        << returned.output;
+    EXPECT_FALSE(volumeExists("eng_build03.clone"));
+    EXPECT_TRUE(volumeExists("eng_build03"));
 }
 
 }  // namespace

@@ -4,8 +4,12 @@
 
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+#include <string>
+#include <vector>
 
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
@@ -15,10 +19,12 @@
 #include "ZDA_Common.h"
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_RemoteGroupSynchronizedProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
 #include "ZDA_StorageSystemProvider.h"
+#include "ZDA_StorageVolumeProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -53,6 +59,17 @@ void callerOf(const OperationContext& context, String& userName, String& ipAddre
     IdentityContainer identity(context.get(IdentityContainer::NAME));
     userName = identity.getUserName();
     ipAddress = identity.getIpAddress();
+}
+
+// A method called without parameters is refused with 5 before its loop.
+void refuseEmptyParameters(const Array<CIMParamValue>& inParameters, Uint32& outstatus,
+    String& errStr)
+{
+    if (inParameters.size() != 0)
+        return;
+    log_message(2, " Invalid number of parameters\n");
+    outstatus = 5;
+    errStr = "Invalid number of parameters";
 }
 
 }  // namespace
@@ -310,13 +327,16 @@ void ZDA_ReplicationServiceProvider::_authorizeGeneric(const String& className,
 
 void ZDA_ReplicationServiceProvider::_completeMethod(MethodResultResponseHandler& handler,
     Uint32 outstatus, const String& errStr, const Array<CIMParamValue>& paramValues,
-    const char* handlerName)
+    const char* handlerName, ProcessingOrder order)
 {
     log_message(4, "Overall status of the operation = %d\n", int(outstatus));
+    if (order == PROCESSING_FIRST)
+        handler.processing();
     // The method's result travels as the CIM status code, unmapped.
     if (outstatus != 0 && errStr.size() > 0)
         throw CIMException(CIMStatusCode(outstatus), errStr, true);
-    handler.processing();
+    if (order == PROCESSING_AFTER_CHECK)
+        handler.processing();
     for (Uint32 i = 0; i < paramValues.size(); i++)
         handler.deliverParamValue(paramValues[i]);
     handler.deliver(CIMValue(outstatus));
@@ -499,6 +519,23 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
 
 const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::_methodTable[] = {
     // name, alternative name, authorization, dispatch
+    {"CreateElementReplica", nullptr, AUTH_CREATE_ELEMENT_REPLICA,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createElementReplica(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"CreateListReplica", nullptr, AUTH_CREATE_ELEMENT_REPLICA,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
+                c.authMethodName);
+        }},
+    {"ModifyListSynchronization", nullptr, AUTH_MODIFY_LIST_SYNCHRONIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._modifyListSynchronization(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"ZDA_ModifyGroupReplicaSynchronization", nullptr, AUTH_MODIFY_GROUP_REPLICA_SYNCHRONIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._modifyListSynchronization(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
     {"CreateGroup", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._createGroup(c.apiEventp, c.context, c.inParameters, c.handler);
@@ -506,6 +543,11 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
     {"DeleteGroup", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._deleteGroup(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"ZDA_CreateConsistentReplicaList", nullptr, AUTH_CREATE_CONSISTENT_REPLICA_LIST,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
+                c.authMethodName);
         }},
     {"GetAvailableTargetElements", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -987,12 +1029,7 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
     Boolean volRefSet = false;
     Array<CIMObjectPath> tgtPools;
     Boolean targetPoolRefSet = false;
-    if (inParameters.size() == 0)
-    {
-        log_message(2, " Invalid number of parameters\n");
-        outstatus = 5;
-        errStr = "Invalid number of parameters";
-    }
+    refuseEmptyParameters(inParameters, outstatus, errStr);
     for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
     {
         const String paramName = inParameters[i].getParameterName();
@@ -1071,6 +1108,985 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
     _completeMethod(handler, outstatus, errStr, paramValues, "_getReplicationRelationships");
 }
 
+// ---- making local replicas ---------------------------------------------------------
+
+namespace
+{
+
+const char SYNC_CLASS[] = "ZDA_StorageSynchronized";
+const char SETTING_CLASS[] = "ZDA_StorageSetting";
+const char MEMBER_ASSOC_CLASS[] = "ZDA_MemberOfReplicationGroup";
+
+// The status a refusal of the group virtual copy carries.
+const int GROUP_COPY_REFUSED = 78;
+// Longest relationship name; a generated one is always 25 characters, at
+// most 20 of the set's name, a point and a random tail.
+const Uint32 RELATIONSHIP_NAME_MAX = 24;
+const Uint32 GENERATED_STEM_MAX = 20;
+const unsigned int GENERATED_NAME_BUFFER = 26;
+// Longest name of a copy the array takes.
+const Uint32 TARGET_NAME_MAX = 31;
+// Expiration and retention lie between an hour and five 365-day years ahead.
+const Uint32 SHORTEST_LIFE = 3600;
+const Uint32 LONGEST_LIFE = 157680000;
+
+// Array codes a method maps to its own results.
+const int ARRAY_IN_USE = 68;
+const int ARRAY_BAD_VALUE_1 = 76;
+const int ARRAY_BAD_VALUE_2 = 77;
+const int ARRAY_BAD_VALUE_3 = 80;
+const int ARRAY_SOME_NOT_DELETED = 89;
+
+// The result of a method whose array call failed with `code`: in use (6)
+// for 68, failed (4) otherwise; with `invalidCodes` also invalid parameter
+// (5) for 76, 77 and 80.
+Uint32 copyFailure(int code, bool invalidCodes = false)
+{
+    if (code == ARRAY_IN_USE)
+        return 6;
+    if (invalidCodes &&
+        (code == ARRAY_BAD_VALUE_1 || code == ARRAY_BAD_VALUE_2 || code == ARRAY_BAD_VALUE_3))
+        return 5;
+    return 4;
+}
+
+api_Status_t groupCopyRefusal(const char* text)
+{
+    api_Status_t status;
+    api_initStatus(&status);
+    errinfo_set_str(&status, GROUP_COPY_REFUSED, text);
+    return status;
+}
+
+// Fills in the clone defaults (synchronous goes with synchronized,
+// asynchronous with inactive) and gives the refusal of a state or pairing
+// a physical copy cannot take, or null.
+const char* cloneRefusal(Uint16& mode, Uint16& waitForCopyState)
+{
+    if (mode == 0)
+        mode = waitForCopyState == 8 ? 3 : 2;
+    if (waitForCopyState == 0)
+        waitForCopyState = mode == 3 ? 8 : 4;
+    if (waitForCopyState != 4 && waitForCopyState != 8)
+        return "Only waitForCopyState Sync and Inactive are are supported for physical copy";
+    if ((mode == 2 && waitForCopyState != 4) || (mode == 3 && waitForCopyState != 8))
+        return "Invalid Mode and WaitForCopyState combination";
+    return nullptr;
+}
+
+Uint16 cloneCopyType(Uint16 waitForCopyState)
+{
+    return waitForCopyState == 8 ? ZDA_StorageConfigurationServiceProvider::COPY_INACTIVE
+                                 : ZDA_StorageConfigurationServiceProvider::COPY_SYNCHRONIZED;
+}
+
+void refuse(Uint32& outstatus, String& errStr, const char* text)
+{
+    log_message(2, "%s\n", text);
+    outstatus = 5;
+    errStr = text;
+}
+
+// A goal's time as seconds since the epoch; 0 for none, an interval or a
+// value that cannot be read.
+Uint32 goalTime(CIMInstance& goal, const char* property)
+{
+    try
+    {
+        CIMDateTime when;
+        if (ZDA_Common::getProperty(goal, property, when) != 0)
+            return 0;
+        return Uint32(ZDA_Common::getDateTime(when));
+    }
+    catch (...)
+    {
+        return 0;
+    }
+}
+
+}  // namespace
+
+String ZDA_ReplicationServiceProvider::_readCopyParameter(const OperationContext& context,
+    const String& name, const CIMValue& value, CopyRequest& request)
+{
+    if (String::equalNoCase(name, "SyncType"))
+    {
+        value.get(request.syncType);
+        if (request.syncType != SYNC_TYPE_SNAPSHOT && request.syncType != SYNC_TYPE_CLONE)
+        {
+            log_message(2, "Only SyncType Snapshot and Clone is supported\n");
+            return "Only SyncType Snapshot and Clone is supported";
+        }
+    }
+    else if (String::equalNoCase(name, "Mode"))
+    {
+        value.get(request.mode);
+        if (request.mode != 2 && request.mode != 3)
+        {
+            log_message(2, "Only Mode Sync or Async  are supported\n");
+            return "Only Mode Sync or Async are supported";
+        }
+    }
+    else if (String::equalNoCase(name, "TargetPool"))
+    {
+        value.get(request.tgtPoolRef);
+        if (!ZDA_Common::verifyRefMethodParam(request.tgtPoolRef, NAMESPACE, _systemAddress))
+            return "TargetPool contains invalid object path";
+    }
+    else if (String::equalNoCase(name, "TargetSettingGoal"))
+    {
+        value.get(request.tgtSettingGoalRef);
+        if (!ZDA_Common::verifyRefMethodParam(request.tgtSettingGoalRef, NAMESPACE,
+                _systemAddress, CIMName(SETTING_CLASS)))
+            return "TargetSettingGoal contains invalid object path";
+        // Whatever the server answers, a goal it cannot give is not found.
+        try
+        {
+            request.goalSettingInst = _cimom.getInstance(context, NAMESPACE,
+                request.tgtSettingGoalRef, false, false, false, CIMPropertyList());
+        }
+        catch (...)
+        {
+            log_message(2, "Goal Storage Setting is not found\n");
+            return "TargetSettingGoal not found";
+        }
+    }
+    else if (String::equalNoCase(name, "WaitForCopyState"))
+    {
+        value.get(request.waitForCopyState);
+        const Uint16 state = request.waitForCopyState;
+        if (state != 4 && state != 3 && state != 8)
+        {
+            log_message(2, "Only waitForCopyState Inactive, Unsync and Sync is supported\n");
+            return "Only waitForCopyState Inactive, Unsync and Sync is supported";
+        }
+    }
+    return String();
+}
+
+String ZDA_ReplicationServiceProvider::_freeCopyName(const String& sourceName)
+{
+    const CString source = sourceName.getCString();
+    char name[100];
+    for (Uint32 id = 0;; id++)
+    {
+        if (id == 0)
+            std::snprintf(name, sizeof name, "%s.rw", (const char*)source);
+        else
+            std::snprintf(name, sizeof name, "%s.rw%u", (const char*)source, id - 1);
+        ZDA_CompanionFrame::ArrayList<api_VVObj_t> found;
+        const int rc = ZDA_CompanionFrame::callUnderSemaphore(
+            [&] { return api_getVVs(name, nullptr, found.count(), found.out(), 1); });
+        if (rc != 0)
+            return String(name);
+    }
+}
+
+void ZDA_ReplicationServiceProvider::_createElementReplica(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _createElementReplica\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    String childVolName;
+    CIMObjectPath parentVolRef;
+    CIMObjectPath childVolRef;
+    CopyRequest copy;
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        log_message(4, "Param %s\n", (const char*)paramName.getCString());
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "ElementName"))
+        {
+            value.get(childVolName);
+        }
+        else if (String::equalNoCase(paramName, "SourceElement") ||
+            String::equalNoCase(paramName, "TargetElement"))
+        {
+            const bool source = String::equalNoCase(paramName, "SourceElement");
+            CIMObjectPath& ref = source ? parentVolRef : childVolRef;
+            value.get(ref);
+            if (!ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress,
+                    CIMName(VOLUME_CLASS)))
+            {
+                outstatus = 5;
+                errStr = source ? "SourceElement contains invalid object path"
+                                : "TargetElement contains invalid object path";
+            }
+        }
+        else
+        {
+            errStr = _readCopyParameter(context, paramName, value, copy);
+            if (errStr.size() > 0)
+                outstatus = 5;
+        }
+    }
+
+    if (outstatus == 0 && copy.syncType == SYNC_TYPE_CLONE)
+    {
+        const String op = "clone " + parentVolRef.toString() + " " + childVolRef.toString() + " " +
+            childVolName;
+        ZDA_Common::setEventOp(apiEventp, op.getCString());
+        if (const char* refusal = cloneRefusal(copy.mode, copy.waitForCopyState))
+        {
+            refuse(outstatus, errStr, refusal);
+        }
+        else
+        {
+            Array<CIMObjectPath> jobs;
+            Array<CIMObjectPath> synchronizations;
+            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
+                apiEventp, _cimom, context, cloneCopyType(copy.waitForCopyState), parentVolRef,
+                childVolRef, copy.tgtPoolRef, copy.goalSettingInst, jobs, synchronizations,
+                _systemName, _systemAddress, childVolName);
+            if (jobs.size() > 0)
+            {
+                paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
+                outstatus = 4096;
+            }
+            if (synchronizations.size() > 0)
+                paramValues.append(
+                    CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+            if (status.code == 0 && synchronizations.size() > 0)
+            {
+                const CIMObjectPath target(
+                    ZDA_Common::getStringProperty(synchronizations[0], "SyncedElement"));
+                paramValues.append(CIMParamValue("TargetElement", CIMValue(target), true));
+            }
+            if (status.code != 0)
+            {
+                outstatus = copyFailure(status.code);
+                errStr = ZDA_AssociationFrame::statusText(status);
+            }
+        }
+    }
+    else if (outstatus == 0 && copy.syncType == SYNC_TYPE_SNAPSHOT)
+    {
+        const String op = "snapshot " + parentVolRef.toString() + " " + childVolName;
+        ZDA_Common::setEventOp(apiEventp, op.getCString());
+        if (copy.waitForCopyState != 0 && copy.waitForCopyState != 4)
+        {
+            refuse(outstatus, errStr, "Only waitForCopyState sync is supported for virtual copy");
+        }
+        else
+        {
+            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
+                apiEventp, _cimom, context, paramValues, parentVolRef, childVolName,
+                copy.tgtPoolRef, copy.goalSettingInst, _systemName, _systemAddress);
+            if (status.code != 0)
+            {
+                outstatus = copyFailure(status.code);
+                errStr = ZDA_AssociationFrame::statusText(status);
+            }
+            else
+            {
+                // The new volume is the first target the copy services name;
+                // it replaces any TargetElement the caller sent.
+                for (Uint32 i = 0; i < paramValues.size(); i++)
+                {
+                    if (String::equalNoCase(paramValues[i].getParameterName(), "TargetElement") &&
+                        !paramValues[i].getValue().isNull())
+                    {
+                        paramValues[i].getValue().get(childVolRef);
+                        break;
+                    }
+                }
+                if (!childVolRef.getClassName().isNull())
+                {
+                    const CIMObjectPath sync = ZDA_Common::buildAssocPath(SYNC_CLASS,
+                        "SystemElement", "SyncedElement", parentVolRef, childVolRef, _systemName,
+                        NAMESPACE);
+                    paramValues.append(CIMParamValue("Synchronization", CIMValue(sync), true));
+                    paramValues.append(
+                        CIMParamValue("TargetElement", CIMValue(childVolRef), true));
+                }
+            }
+        }
+    }
+    else if (outstatus == 0)
+    {
+        refuse(outstatus, errStr, "SyncType/Mode combination not supported");
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createElementReplica");
+}
+
+void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler, String methodName)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _createListReplica\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    Array<CIMObjectPath> sourceElements;
+    Array<CIMObjectPath> targetElements;
+    Array<String> elementNames;
+    CopyRequest copy;
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        log_message(4, "Param %s\n", (const char*)paramName.getCString());
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "ElementNames") ||
+            String::equalNoCase(paramName, "TargetNames"))
+        {
+            value.get(elementNames);
+        }
+        else if (String::equalNoCase(paramName, "SourceElements") ||
+            String::equalNoCase(paramName, "TargetElements"))
+        {
+            const bool sources = String::equalNoCase(paramName, "SourceElements");
+            Array<CIMObjectPath>& refs = sources ? sourceElements : targetElements;
+            value.get(refs);
+            for (Uint32 e = 0; e < refs.size() && outstatus == 0; e++)
+            {
+                if (!ZDA_Common::verifyRefMethodParam(refs[e], NAMESPACE, _systemAddress,
+                        CIMName(VOLUME_CLASS)))
+                {
+                    outstatus = 5;
+                    errStr = (sources
+                            ? "SourceElements contains an invalid object path at index position "
+                            : "TargetElements contains invalid object path at index position ") +
+                        String(std::to_string(e).c_str());
+                }
+                else if (sources && e > 0 &&
+                    !refs[e].getClassName().equal(refs[e - 1].getClassName()))
+                {
+                    // Answered by the return value alone.
+                    log_message(2, "SourceElements cannot contain a mix of element types.\n");
+                    outstatus = 5;
+                }
+            }
+        }
+        else
+        {
+            errStr = _readCopyParameter(context, paramName, value, copy);
+            if (errStr.size() > 0)
+                outstatus = 5;
+        }
+    }
+
+    Array<CIMObjectPath> jobs;
+    Array<CIMObjectPath> synchronizations;
+    Array<CIMObjectPath> outTargetElements;
+    api_Status_t status;
+    api_initStatus(&status);
+    if (outstatus == 0 && copy.syncType == SYNC_TYPE_CLONE)
+    {
+        const char* refusal = nullptr;
+        if (targetElements.size() > 0 && elementNames.size() > 0)
+            refusal = "Cannot specify both ElementNames and TargetElements.";
+        else if (targetElements.size() > 0 && targetElements.size() != sourceElements.size())
+            refusal = "If specified, the number of elements in TargetElements must match the "
+                      "number in SourceElements.";
+        else
+            refusal = cloneRefusal(copy.mode, copy.waitForCopyState);
+        if (refusal)
+        {
+            refuse(outstatus, errStr, refusal);
+        }
+        else
+        {
+            Array<CIMObjectPath> parentVolRefs;
+            Array<CIMObjectPath> childVolRefs;
+            Array<String> childVolNames;
+            String parentVolRefStr;
+            String childVolRefStr;
+            String childVolNameStr;
+            for (Uint32 i = 0; i < sourceElements.size(); i++)
+            {
+                parentVolRefs.append(sourceElements[i]);
+                parentVolRefStr.append(sourceElements[i].toString() + " ");
+                // A short list of names leaves the rest to the copy services.
+                const String name = i < elementNames.size() ? elementNames[i] : String();
+                childVolNames.append(name);
+                childVolNameStr.append(name + " ");
+                if (targetElements.size() > 0)
+                {
+                    childVolRefs.append(targetElements[i]);
+                    childVolRefStr.append(targetElements[i].toString() + " ");
+                }
+            }
+            const String op = "clone " + parentVolRefStr + " " + childVolRefStr + " " +
+                childVolNameStr;
+            ZDA_Common::setEventOp(apiEventp, op.getCString());
+            status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(apiEventp,
+                _cimom, context, cloneCopyType(copy.waitForCopyState), parentVolRefs,
+                childVolRefs, copy.tgtPoolRef, copy.goalSettingInst, jobs, synchronizations,
+                _systemName, _systemAddress, childVolNames, true);
+            if (jobs.size() > 0)
+            {
+                // The standard method has room for one job only.
+                if (String::equalNoCase(methodName, "CreateListReplica"))
+                    paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
+                else
+                    paramValues.append(CIMParamValue("Jobs", CIMValue(jobs), true));
+                outstatus = 4096;
+            }
+            if (synchronizations.size() > 0)
+            {
+                paramValues.append(
+                    CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+                for (Uint32 i = 0; i < synchronizations.size(); i++)
+                    outTargetElements.append(CIMObjectPath(
+                        ZDA_Common::getStringProperty(synchronizations[i], "SyncedElement")));
+            }
+            if (outTargetElements.size() > 0)
+                paramValues.append(
+                    CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
+        }
+    }
+    else if (outstatus == 0 && copy.syncType == SYNC_TYPE_SNAPSHOT)
+    {
+        if (copy.waitForCopyState != 0 && copy.waitForCopyState != 4)
+            refuse(outstatus, errStr, "Only waitForCopyState sync is supported for virtual copy");
+        else if (targetElements.size() > 0)
+            refuse(outstatus, errStr, "TargetElements is not supported for virtual copy");
+        Array<String> parentVolNames;
+        Array<String> childVolNames;
+        String parentVolRefStr;
+        String targetStr;
+        for (Uint32 i = 0; i < sourceElements.size() && outstatus == 0; i++)
+        {
+            parentVolRefStr.append(sourceElements[i].toString() + " ");
+            String parentVolName;
+            try
+            {
+                CIMInstance source = _cimom.getInstance(context, NAMESPACE, sourceElements[i],
+                    false, false, false, CIMPropertyList());
+                parentVolName = ZDA_Common::getStringProperty(source, "ElementName");
+            }
+            catch (...)
+            {
+                refuse(outstatus, errStr, "Cannot find the source volume");
+                break;
+            }
+            parentVolNames.append(parentVolName);
+            if (i < elementNames.size())
+            {
+                childVolNames.append(elementNames[i]);
+                targetStr.append(elementNames[i] + " ");
+            }
+            else
+            {
+                childVolNames.append(_freeCopyName(parentVolName));
+            }
+        }
+        if (outstatus == 0)
+        {
+            const String op = "snapshot " + parentVolRefStr + " " + targetStr;
+            ZDA_Common::setEventOp(apiEventp, op.getCString());
+            status = _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames,
+                copy.goalSettingInst, outTargetElements, synchronizations);
+            if (outTargetElements.size() > 0)
+                paramValues.append(
+                    CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
+            if (synchronizations.size() > 0)
+                paramValues.append(
+                    CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+        }
+    }
+    else if (outstatus == 0)
+    {
+        refuse(outstatus, errStr, "SyncType/Mode combination not supported");
+    }
+    if (status.code != 0)
+    {
+        outstatus = copyFailure(status.code);
+        errStr = ZDA_AssociationFrame::statusText(status);
+    }
+    // A list's caller has been told the request is in hand before any refusal.
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createListReplica",
+        PROCESSING_FIRST);
+}
+
+api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtparam_t* apiEventp,
+    const OperationContext& context, CIMObjectPath& parentSetRef, String& relationshipName,
+    CIMObjectPath&, CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
+    Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupReplicaPath)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
+    if (parentSetRef.getClassName().isNull())
+    {
+        log_message(2, "SourceElement has to be specified\n");
+        return groupCopyRefusal("SourceElement has to be specified");
+    }
+    if (relationshipName.size() > RELATIONSHIP_NAME_MAX)
+    {
+        char text[API_ERRTEXT_LEN];
+        std::snprintf(text, sizeof text, "The size of the RelationshipName must be less than %d\n",
+            int(RELATIONSHIP_NAME_MAX + 1));
+        log_message(2, "%s", text);
+        return groupCopyRefusal(text);
+    }
+    const String parentSetName = ZDA_Common::extractFromInstanceID(
+        ZDA_Common::getStringProperty(parentSetRef, "InstanceID"));
+    if (parentSetName.size() == 0)
+    {
+        log_message(2, "Null InstanceID\n");
+        return groupCopyRefusal("Null InstanceID");
+    }
+    if (relationshipName.size() == 0)
+    {
+        const String stem = parentSetName.subString(0, GENERATED_STEM_MAX) + ".";
+        char tail[GENERATED_NAME_BUFFER];
+        ZDA_Common::generate_random_string(tail, GENERATED_NAME_BUFFER - stem.size());
+        relationshipName = stem + tail;
+    }
+
+    // The copies of a set's members are named after the relationship and
+    // numbered from 1.
+    auto snapshotMembers = [&](const api_set_t& set) {
+        Array<String> parentVolNames;
+        Array<String> childVolNames;
+        const CString stem = relationshipName.getCString();
+        for (int m = 0; m < set.memberCount; m++)
+        {
+            char child[100];
+            std::snprintf(child, sizeof child, "%s_%u", (const char*)stem, unsigned(m + 1));
+            parentVolNames.append(String(set.members[m].name));
+            childVolNames.append(String(child));
+        }
+        return _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames, goalSettingInst,
+            targetVolumes, synchronizations);
+    };
+
+    api_Status_t status;
+    api_initStatus(&status);
+    if (parentSetRef.getClassName().equal(RCOPY_GROUP_CLASS))
+    {
+        const CString groupName = parentSetName.getCString();
+        Boolean primary = false;
+        Uint32 setID = 0;
+        {
+            ZDA_AssociationFrame::RCopySnapshot snapshot;
+            const api_Status_t read = snapshot.read(API_RCOPY_QUERY_TYPE_GROUPS);
+            if (read.code != 0)
+            {
+                log_message(2, "api_getRCopy error (%d): %s\n", read.code,
+                    (const char*)ZDA_AssociationFrame::statusText(read).getCString());
+                return read;
+            }
+            rm_group_wrapper* group = snapshot.rcopy.groups;
+            while (group && std::strcmp(group->group.rm_hdr.rm_name, groupName) != 0)
+                group = group->next;
+            if (!group)
+            {
+                char text[API_ERRTEXT_LEN];
+                std::snprintf(text, sizeof text, "The rcopy group %s is not found\n",
+                    (const char*)groupName);
+                log_message(2, "%s", text);
+                return groupCopyRefusal(text);
+            }
+            primary = ZDA_RemoteGroupSynchronizedProvider::isPrimary(group, group->gtargets);
+            setID = api_external_set_id(group->group.rm_auto_set_id);
+        }
+
+        if (primary)
+        {
+            // The primary side's snapshot is the copy services' work; the
+            // goal is deliberately not passed on.
+            Array<CIMParamValue> paramValues;
+            return ZDA_StorageConfigurationServiceProvider::createVirtualCopy(apiEventp, _cimom,
+                context, paramValues, parentSetRef, relationshipName, CIMObjectPath(),
+                CIMInstance(), _systemName, _systemAddress);
+        }
+
+        // The secondary side: snapshot the members of the set behind the
+        // group, and gather the copies in a new set named after the
+        // relationship.
+        const String childSetName = relationshipName;
+        Array<String> keys;
+        Array<String> values;
+        keys.append("parentRCGroup");
+        values.append(parentSetName);
+        ZDA_AssociationFrame::VVSetList sets;
+        sets.read(nullptr);
+        const api_set_t* parentSet = nullptr;
+        const api_set_t* childSet = nullptr;
+        for (Uint32 i = 0; i < sets.size() && !(parentSet && childSet); i++)
+        {
+            if (Uint32(sets[i].id) == setID)
+                parentSet = &sets[i];
+            if (childSetName == String(sets[i].name))
+                childSet = &sets[i];
+        }
+        char text[API_ERRTEXT_LEN];
+        if (!parentSet)
+        {
+            std::snprintf(text, sizeof text,
+                "The vvset associated with rcopy group %s is not found\n", (const char*)groupName);
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        if (childSet)
+        {
+            std::snprintf(text, sizeof text, "The target vvset %s already exists.\n",
+                (const char*)childSetName.getCString());
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        status = snapshotMembers(*parentSet);
+        if (status.code != 0)
+            return status;
+        String errStr;
+        if (_createGroup(apiEventp, childSetName, targetVolumes, keys, values, groupReplicaPath,
+                errStr) != 0)
+        {
+            // The snapshots stay, without a set.
+            std::snprintf(text, sizeof text, "Problem creating vvset %s : %s\n",
+                (const char*)childSetName.getCString(), (const char*)errStr.getCString());
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        // One group-level synchronization stands for the per-volume ones.
+        synchronizations.clear();
+        synchronizations.append(ZDA_Common::buildAssocPath("ZDA_RemoteGroupSynchronized",
+            "SystemElement", "SyncedElement", parentSetRef, groupReplicaPath, _systemAddress,
+            NAMESPACE));
+    }
+    else if (parentSetRef.getClassName().equal(GROUP_CLASS))
+    {
+        ZDA_AssociationFrame::VVSetList parentSets;
+        status = parentSets.read(parentSetName.getCString());
+        if (status.code == 0 && parentSets.size() > 0)
+            status = snapshotMembers(parentSets[0]);
+    }
+    log_message(4, "<-- ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
+    return status;
+}
+
+
+api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtparam_t* apiEventp,
+    Array<String>& parentVolNames, Array<String>& childVolNames, CIMInstance& goalSettingInst,
+    Array<CIMObjectPath>& targetVolumes, Array<CIMObjectPath>& synchronizations)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(names)\n");
+    if (parentVolNames.size() == 0 || childVolNames.size() == 0)
+    {
+        log_message(2, "source or target names have to be specified\n");
+        return groupCopyRefusal("source or target names have to be specified");
+    }
+    if (parentVolNames.size() != childVolNames.size())
+    {
+        log_message(2, "source and target names have to be the same\n");
+        return groupCopyRefusal("source and target names must be of same size");
+    }
+
+    Uint32 baseID = API_BASEID_ANY;
+    Uint32 expirationTime = 0;
+    Uint32 retentionTime = 0;
+    String comment;
+    if (!goalSettingInst.isUninitialized())
+    {
+        // A goal without BaseID lets the array choose the first id.
+        const Uint32 at = goalSettingInst.findProperty("BaseID");
+        if (at != PEG_NOT_FOUND && !goalSettingInst.getProperty(at).getValue().isNull())
+            goalSettingInst.getProperty(at).getValue().get(baseID);
+        // Only points in time count here; an interval reads as none.
+        expirationTime = goalTime(goalSettingInst, "ExpirationTime");
+        retentionTime = goalTime(goalSettingInst, "RetentionTime");
+        try
+        {
+            comment = ZDA_Common::getStringProperty(goalSettingInst, "Description");
+        }
+        catch (const Exception& e)
+        {
+            log_message(2, "property %s value is not valid: %s\n", "Description",
+                (const char*)e.getMessage().getCString());
+        }
+
+        // 32-bit sums, as the array keeps its times.
+        const Uint32 currTime = Uint32(time(nullptr));
+        const char* refusal = nullptr;
+        if (retentionTime != 0 && currTime + SHORTEST_LIFE > retentionTime)
+            refusal = "expiration must be at least 1hr longer";
+        else if (retentionTime != 0 && currTime + LONGEST_LIFE < retentionTime)
+            refusal = "expiration must be no longer than 5 years";
+        else if (expirationTime != 0 && retentionTime > expirationTime)
+            refusal = "Retention must be no longer than expiration";
+        else if (expirationTime != 0 && currTime + SHORTEST_LIFE > expirationTime)
+            refusal = "expiration must be at least 1hr longer";
+        else if (expirationTime != 0 && currTime + LONGEST_LIFE < expirationTime)
+            refusal = "expiration must be no longer than 5 years";
+        if (refusal)
+        {
+            log_message(2, "%s.\n", refusal);
+            return groupCopyRefusal(refusal);
+        }
+        if (expirationTime != 0)
+            expirationTime -= currTime;
+        if (retentionTime != 0)
+            retentionTime -= currTime;
+    }
+
+    std::vector<api_groupsv_entry_t> svs(parentVolNames.size());
+    std::memset(svs.data(), 0, svs.size() * sizeof(api_groupsv_entry_t));
+    for (Uint32 i = 0; i < parentVolNames.size(); i++)
+    {
+        const CString child = childVolNames[i].getCString();
+        if (std::strlen(child) > TARGET_NAME_MAX)
+        {
+            char text[API_ERRTEXT_LEN];
+            std::snprintf(text, sizeof text,
+                "Target volume name %s too long, has to be no more than %u characters\n",
+                (const char*)child, unsigned(TARGET_NAME_MAX));
+            log_message(2, "%s", text);
+            return groupCopyRefusal(text);
+        }
+        // A longer source name is cut: the array knows no such volume.
+        std::strncpy(svs[i].parentVolName, parentVolNames[i].getCString(), API_NAME_LEN - 1);
+        std::strncpy(svs[i].childVolName, child, API_NAME_LEN - 1);
+        svs[i].readOnly = 0;
+    }
+    if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp,
+            parentVolNames) != 0)
+    {
+        log_message(2, "Problem assigning SNAP space to source volumes.\n");
+        return groupCopyRefusal("The was a problem assigning Snap space to source volumes.");
+    }
+
+    api_groupsv_t groupsv;
+    std::memset(&groupsv, 0, sizeof groupsv);
+    groupsv.baseID = baseID;
+    groupsv.expirationTime = expirationTime;
+    groupsv.retentionTime = retentionTime;
+    std::strncpy(groupsv.comment, comment.getCString(), sizeof groupsv.comment - 1);
+    groupsv.count = Uint32(svs.size());
+    groupsv.svs = svs.data();
+    const api_Status_t status =
+        ZDA_CompanionFrame::statusCall([&] { return api_createGroupSV(apiEventp, &groupsv); });
+    if (status.code == 0)
+    {
+        for (const api_groupsv_entry_t& sv : svs)
+        {
+            if (sv.parentVolWWN[0] == '\0' || sv.childVolWWN[0] == '\0')
+                continue;
+            const CIMObjectPath parentVolPath = ZDA_StorageVolumeProvider::createObjectPath(
+                sv.parentVolWWN, _systemName, _systemAddress);
+            const CIMObjectPath childVolPath = ZDA_StorageVolumeProvider::createObjectPath(
+                sv.childVolWWN, _systemName, _systemAddress);
+            synchronizations.append(ZDA_Common::buildAssocPath(SYNC_CLASS, "SystemElement",
+                "SyncedElement", parentVolPath, childVolPath, _systemAddress, NAMESPACE));
+            targetVolumes.append(childVolPath);
+        }
+    }
+    log_message(4, "<-- ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(names)\n");
+    return status;
+}
+
+// ---- changing lists of local replicas -----------------------------------------------------
+
+void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _modifyListSynchronization\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    Uint16 operation = 0;
+    Array<CIMObjectPath> syncRefs;
+    CIMObjectPath targetGroup;
+    Boolean targetGroupSet = false;
+    // A caller's list reports one Job; a list taken from a group all Jobs.
+    Boolean returnSingleJob = true;
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        log_message(4, "Param %s\n", (const char*)paramName.getCString());
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "Operation"))
+        {
+            value.get(operation);
+            if (operation != 2 && operation != 8 && operation != 9 && operation != 14 &&
+                operation != 15 && operation != 19)
+            {
+                log_message(2, "Operation %d not supported\n", int(operation));
+                outstatus = 5;
+                errStr = "Operation not supported";
+            }
+        }
+        else if (String::equalNoCase(paramName, "Synchronization"))
+        {
+            value.get(syncRefs);
+            Uint16 prevReplicaType = 0xFFFF;
+            for (Uint32 e = 0; e < syncRefs.size() && outstatus == 0; e++)
+            {
+                if (!ZDA_Common::verifyRefMethodParam(syncRefs[e], NAMESPACE, _systemAddress,
+                        CIMName(SYNC_CLASS)))
+                {
+                    outstatus = 5;
+                    errStr = "Synchronization parameter contains invalid object path";
+                    break;
+                }
+                const CIMValue replica = _cimom.getProperty(context, NAMESPACE, syncRefs[e],
+                    "ReplicaType");
+                if (replica.isNull())
+                {
+                    refuse(outstatus, errStr, "Cannot get at ReplicaType of the StorageSynchronized");
+                    break;
+                }
+                Uint16 replicaType = 0;
+                replica.get(replicaType);
+                if (prevReplicaType != 0xFFFF && prevReplicaType != replicaType)
+                {
+                    refuse(outstatus, errStr,
+                        "All elements of Synchronization array shall have the same SyncType and Mode");
+                    break;
+                }
+                prevReplicaType = replicaType;
+            }
+        }
+        else if (String::equalNoCase(paramName, "TargetGroup"))
+        {
+            value.get(targetGroup);
+            if (!ZDA_Common::verifyRefMethodParam(targetGroup, NAMESPACE, _systemAddress,
+                    CIMName(GROUP_CLASS)))
+            {
+                outstatus = 5;
+                errStr = "TargetGroup parameter contains invalid object path";
+            }
+            else
+            {
+                targetGroupSet = true;
+            }
+        }
+    }
+
+    if (outstatus == 0 && syncRefs.size() == 0 && targetGroupSet)
+    {
+        // The synchronizations whose targets are the group's members.
+        const Array<CIMObjectPath> volRefs = _cimom.associatorNames(context, NAMESPACE,
+            targetGroup, MEMBER_ASSOC_CLASS, VOLUME_CLASS, "Collection", "Member");
+        for (Uint32 v = 0; v < volRefs.size(); v++)
+            syncRefs.appendArray(_cimom.referenceNames(context, NAMESPACE, volRefs[v],
+                SYNC_CLASS, "SyncedElement"));
+        returnSingleJob = false;
+    }
+    if (outstatus == 0 && syncRefs.size() == 0)
+        refuse(outstatus, errStr, targetGroupSet
+                ? "TargetGroup does not require synchronization"
+                : "Synchronization or TargetGroup parameter is required");
+
+    Array<String> errStrs;
+    if (outstatus == 0 && (operation == 2 || operation == 14))
+    {
+        // One call for the whole list: it fails or succeeds as one.
+        Array<CIMObjectPath> jobs;
+        const api_Status_t status = ZDA_StorageConfigurationServiceProvider::modifySynchronization(
+            apiEventp, _cimom, context, jobs, _convertToCopySvcsOp(operation), syncRefs,
+            _systemAddress);
+        if (jobs.size() > 0)
+        {
+            outstatus = 4096;
+            if (returnSingleJob)
+                paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
+            else
+                paramValues.append(CIMParamValue("Jobs", CIMValue(jobs), true));
+        }
+        if (status.code != 0)
+        {
+            outstatus = copyFailure(status.code, true);
+            errStr = ZDA_AssociationFrame::statusText(status);
+            log_message(2, "Createvv copy error (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+        }
+    }
+    else if (outstatus == 0 && operation == 19)
+    {
+        const api_Status_t status =
+            _returnToResourcePool(apiEventp, context, syncRefs, targetGroup, targetGroupSet);
+        if (status.code != 0)
+        {
+            if (status.code == ARRAY_SOME_NOT_DELETED)
+            {
+                log_message(2, "Some of the volume deletion failed\n");
+                outstatus = 0x8000;
+            }
+            else
+            {
+                log_message(2, "Volume deletion failed\n");
+                outstatus = 4;
+            }
+            errStr = ZDA_AssociationFrame::statusText(status);
+            log_message(2, "Createvv copy error (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+        }
+    }
+    else if (outstatus == 0)
+    {
+        // Detach, dissolve and restore go element by element: every element
+        // is tried, and each one's outcome is a line of the text.
+        Array<CIMObjectPath> jobs;
+        for (Uint32 i = 0; i < syncRefs.size(); i++)
+        {
+            Uint32 tmpstatus = 0;
+            Array<CIMObjectPath> outjobs;
+            const api_Status_t status =
+                ZDA_StorageConfigurationServiceProvider::modifySynchronization(apiEventp, _cimom,
+                    context, outjobs, _convertToCopySvcsOp(operation), syncRefs[i],
+                    _systemAddress);
+            if (status.code != 0)
+            {
+                tmpstatus = copyFailure(status.code, true);
+                const String text = ZDA_AssociationFrame::statusText(status);
+                log_message(2, "Createvv copy error (%d): %s\n", status.code,
+                    (const char*)text.getCString());
+                errStrs.append(syncRefs[i].toString() + ": " + text);
+            }
+            else
+            {
+                errStrs.append(syncRefs[i].toString() + ": Operation succeeded");
+            }
+            // Deliberately uneven: the first element's outcome always counts,
+            // of the later ones only a plain failure.
+            if (tmpstatus == 4 || i == 0)
+                outstatus = tmpstatus;
+            if (i == 0 && returnSingleJob && outjobs.size() > 0)
+            {
+                paramValues.append(CIMParamValue("Job", CIMValue(outjobs[0]), true));
+                outstatus = 4096;
+            }
+            if (outjobs.size() > 0 && !returnSingleJob)
+                jobs.appendArray(outjobs);
+        }
+        if (jobs.size() > 0 && !returnSingleJob)
+        {
+            paramValues.append(CIMParamValue("Jobs", CIMValue(jobs), true));
+            outstatus = 4096;
+        }
+    }
+
+    log_message(4, "Overall status of the operation = %d\n", int(outstatus));
+    if (errStr.size() > 0)
+    {
+        errStrs.append(errStr);
+        errStr.clear();
+    }
+    if (outstatus != 0 && errStrs.size() > 0)
+    {
+        for (Uint32 i = 0; i < errStrs.size(); i++)
+            errStr.append(i == 0 ? errStrs[i] : "; " + errStrs[i]);
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_modifyListSynchronization");
+}
+
 // ---- peer systems and their access points --------------------------------------------
 
 namespace
@@ -1096,12 +2112,7 @@ void ZDA_ReplicationServiceProvider::_getPeerSystems(const OperationContext&,
     Array<CIMParamValue> paramValues;
 
     Uint16 options = PEERS_ALL;
-    if (inParameters.size() == 0)
-    {
-        log_message(2, " Invalid number of parameters\n");
-        outstatus = 5;
-        errStr = "Invalid number of parameters";
-    }
+    refuseEmptyParameters(inParameters, outstatus, errStr);
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
         const CIMValue value = inParameters[i].getValue();
@@ -1144,12 +2155,7 @@ void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationCont
 
     CIMObjectPath systemRef;
     Boolean systemGiven = false;
-    if (inParameters.size() == 0)
-    {
-        log_message(2, " Invalid number of parameters\n");
-        outstatus = 5;
-        errStr = "Invalid number of parameters";
-    }
+    refuseEmptyParameters(inParameters, outstatus, errStr);
     for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
     {
         const CIMValue value = inParameters[i].getValue();

@@ -139,13 +139,48 @@ protected:
     void _authorizeGeneric(const String& className, const String& methodName,
         const String& userName, const String& ipAddress);
 
+    // When the closing of a method calls processing(): after the check for
+    // a failure (the usual order), or before it, so that a failed call has
+    // already been marked as processing when it throws.
+    enum ProcessingOrder
+    {
+        PROCESSING_AFTER_CHECK,
+        PROCESSING_FIRST
+    };
+
     // Ends a method handler: logs the overall status; throws
     // CIMException(outstatus, errStr) when outstatus is non-zero and errStr
     // not empty; else processing, each output parameter, the Uint32 return
     // value and complete, and the exit line "<-- <class>:: <handlerName>".
+    // With PROCESSING_FIRST processing() comes before the check.
     void _completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus,
         const String& errStr, const Array<CIMParamValue>& paramValues,
-        const char* handlerName);
+        const char* handlerName, ProcessingOrder order = PROCESSING_AFTER_CHECK);
+
+    // Snapshots of the members of the replication group `parentSetRef`
+    // taken at one instant, the copies named "<relationshipName>_<n>" from
+    // 1 (a 25-character name is generated from the set's when
+    // `relationshipName` is empty, and written back). A remote copy group
+    // held here as primary is snapshotted by the copy services; held as
+    // secondary, its copies also form the new vvset `relationshipName`,
+    // given in `groupReplicaPath` with one group synchronization. Refusals
+    // come back as status 78 with their text; any other class is a success
+    // that makes nothing.
+    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp,
+        const OperationContext& context, CIMObjectPath& parentSetRef, String& relationshipName,
+        CIMObjectPath& targetPoolRef, CIMInstance& goalSettingInst,
+        Array<CIMObjectPath>& targetVolumes, Array<CIMObjectPath>& synchronizations,
+        CIMObjectPath& groupReplicaPath);
+    // One snapshot of each parentVolNames[i] named childVolNames[i], all in
+    // one array call, after giving sources without snapshot space some. The
+    // goal (when initialized) gives BaseID, the comment (Description) and
+    // expiration and retention as points in time, which must lie between
+    // one hour and five years ahead. Appends a synchronization and a target
+    // path per copy. Refusals come back as status 78 with their text.
+    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp,
+        Array<String>& parentVolNames, Array<String>& childVolNames,
+        CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
+        Array<CIMObjectPath>& synchronizations);
 
     // Makes the vvset `groupName` of the volumes `members` (none is
     // allowed), storing the key-values okv_keys[i] = okv_values[i], and
@@ -212,7 +247,43 @@ private:
     static CIMObjectPath _instanceName;
     static String _name;
 
+    // The parameters the copy-making methods share, as the parameter loop
+    // leaves them; 0 and empty stand for "not given".
+    struct CopyRequest
+    {
+        Uint16 syncType = 0;
+        Uint16 mode = 0;
+        Uint16 waitForCopyState = 0;
+        CIMObjectPath tgtPoolRef;
+        CIMObjectPath tgtSettingGoalRef;
+        CIMInstance goalSettingInst;
+    };
+    // Reads the parameter `name` into `request` when it is one of the
+    // shared ones (SyncType, Mode, TargetPool, TargetSettingGoal,
+    // WaitForCopyState). Gives the refusal's text, or "" when the value is
+    // taken or the name is not a shared one.
+    String _readCopyParameter(const OperationContext& context, const String& name,
+        const CIMValue& value, CopyRequest& request);
+    // Free copy names: "<source>.rw", then "<source>.rw0", "<source>.rw1"...
+    // the first the array does not know (a failed look-up counts as free).
+    static String _freeCopyName(const String& sourceName);
+
     // ---- method handlers ----------------------------------------------------------
+    // CreateElementReplica: one clone (SyncType 8, a Job when it runs on,
+    // 4096) or snapshot (7) of SourceElement.
+    void _createElementReplica(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // CreateListReplica and ZDA_CreateConsistentReplicaList: clones or
+    // snapshots of SourceElements; the snapshots at one instant. The
+    // consistent form reports every job (Jobs), the standard one the first.
+    void _createListReplica(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler,
+        String methodName);
+    // ModifyListSynchronization and ZDA_ModifyGroupReplicaSynchronization:
+    // abort, detach, dissolve, resync, restore or return the targets of a
+    // list of synchronizations, or of those of TargetGroup's members.
+    void _modifyListSynchronization(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     // CreateGroup: GroupName, Members (volume paths), Persistent (only
     // true), DeleteOnEmptyElement and DeleteOnUnassociated (only false);
     // gives ReplicationGroup. A Persistent false is answered 5 without an

@@ -1,6 +1,7 @@
 // The array's storage settings as ZDA_StorageSetting.
 #include "ZDA_StorageSettingProvider.h"
 
+#include <array>
 #include <cstring>
 #include <string>
 
@@ -51,6 +52,21 @@ bool given(const CIMInstance& instance, const CIMPropertyList& list, const char*
     return instance.findProperty(name) != PEG_NOT_FOUND && list.useThisProperty(name);
 }
 
+// A setting's expiration or retention: its property, its field, and the
+// bit of timesAt that marks it a point in time.
+struct TimeField
+{
+    const char* property;
+    uint32_t* seconds;
+    uint8_t atFlag;
+};
+
+std::array<TimeField, 2> timeFields(api_setting_t& record)
+{
+    return {TimeField{"ExpirationTime", &record.expirationSeconds, API_SETTING_EXPIRATION_AT},
+        TimeField{"RetentionTime", &record.retentionSeconds, API_SETTING_RETENTION_AT}};
+}
+
 // Writes what `instance` says into `record`.
 void applyInstance(const CIMInstance& source, const CIMPropertyList& list, api_setting_t& record)
 {
@@ -86,17 +102,26 @@ void applyInstance(const CIMInstance& source, const CIMPropertyList& list, api_s
         if (given(instance, list, "NoSinglePointOfFailure"))
             record.noSinglePointOfFailure =
                 ZDA_Common::getProperty(instance, "NoSinglePointOfFailure", flag) == 0 && flag;
-        for (auto [property, field] : {std::make_pair("ExpirationTime", &record.expirationSeconds),
-                 std::make_pair("RetentionTime", &record.retentionSeconds)})
+        // Each time is kept as given: an interval, or a point in time.
+        for (const TimeField& time : timeFields(record))
         {
-            if (!given(instance, list, property))
+            if (!given(instance, list, time.property))
                 continue;
-            *field = 0;
-            if (ZDA_Common::getProperty(instance, property, when) != 0)
+            *time.seconds = 0;
+            record.timesAt &= ~time.atFlag;
+            if (ZDA_Common::getProperty(instance, time.property, when) != 0)
                 continue;
-            if (!when.isInterval())
-                throw CIMInvalidParameterException(ClassName + " " + property + " must be an interval");
-            *field = uint32_t(when.toMicroSeconds() / 1000000);
+            if (when.isInterval())
+            {
+                *time.seconds = uint32_t(when.toMicroSeconds() / 1000000);
+                continue;
+            }
+            const time_t at = ZDA_Common::getDateTime(when);
+            if (at <= 0 || at > time_t(0xFFFFFFFFu))
+                throw CIMInvalidParameterException(ClassName + " " + time.property +
+                    " lies outside the times the array keeps");
+            *time.seconds = uint32_t(at);
+            record.timesAt |= time.atFlag;
         }
     }
     catch (const TypeMismatchException&)
@@ -201,10 +226,15 @@ CIMInstance ZDA_StorageSettingProvider::buildInstance(const api_setting_t& setti
         ZDA_Common::setPropertyValue(instance, "SnapDSPName", String(setting.snapCpg));
     if (setting.baseId)
         ZDA_Common::setPropertyValue(instance, "BaseID", Uint32(setting.baseId));
-    if (setting.expirationSeconds)
-        ZDA_Common::setPropertyValue(instance, "ExpirationTime", interval(setting.expirationSeconds));
-    if (setting.retentionSeconds)
-        ZDA_Common::setPropertyValue(instance, "RetentionTime", interval(setting.retentionSeconds));
+    api_setting_t shown = setting;
+    for (const TimeField& time : timeFields(shown))
+    {
+        if (*time.seconds == 0)
+            continue;
+        ZDA_Common::setPropertyValue(instance, time.property, (shown.timesAt & time.atFlag)
+                ? ZDA_Common::getCIMDateTime(time_t(*time.seconds))
+                : interval(*time.seconds));
+    }
     if (setting.dataRedundancyGoal)
         ZDA_Common::setPropertyValue(instance, "DataRedundancyGoal", Uint16(setting.dataRedundancyGoal));
     if (setting.packageRedundancyGoal)

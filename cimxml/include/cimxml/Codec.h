@@ -115,6 +115,11 @@ void encodeResponse(const OperationResponse& response, Sink& sink);
 OperationResponse decodeResponseInPlace(char* data, std::size_t size,
                                         const DecodeLimits& limits = DecodeLimits());
 
+// The object an embedded-object text holds (an INSTANCE or a CLASS
+// element, as a string-typed value carries it). Throws DecodeError for text
+// that is no such object.
+CIMObject decodeEmbeddedObject(const String& xml, const DecodeLimits& limits = DecodeLimits());
+
 // Streams the response of an intrinsic operation: the envelope is written
 // by begin(), each result element as it is added, the closing tags by
 // finish(). Bytes reach the sink in pieces of about bufferSize, so memory

@@ -198,7 +198,12 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
 
     gold.deltaReservationGoal = 20;
     ASSERT_EQ(statusForm([&] { return api_modifySetting(&e, &gold); }).code, 0);
+    // A point in time is no interval: a retention interval beside an
+    // expiration point is not compared with it.
     api_setting_t bronze = setting("bronze");
+    bronze.expirationSeconds = 1900000000;
+    bronze.retentionSeconds = 7200;
+    bronze.timesAt = API_SETTING_EXPIRATION_AT;
     ASSERT_EQ(statusForm([&] { return api_createSetting(&e, &bronze); }).code, 0);
     std::vector<api_setting_t> all = settings();
     ASSERT_EQ(all.size(), 2u);
@@ -214,6 +219,7 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
     all = settings();
     ASSERT_EQ(all.size(), 2u);
     EXPECT_EQ(std::memcmp(&all[1], &gold, sizeof gold), 0);
+    EXPECT_EQ(std::memcmp(&all[0], &bronze, sizeof bronze), 0);
     std::remove(path.c_str());
 
     ASSERT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, 0);

@@ -113,7 +113,6 @@ TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArra
     const Bad refused[] = {
         {"UserDSPName", CIMValue(String("nope"))},                    // no such CPG
         {"RetentionTime", CIMValue(CIMDateTime(Uint64(9000) * 1000000, true))},  // beyond expiration
-        {"ExpirationTime", CIMValue(CIMDateTime("20300101000000.000000+000"))},   // not an interval
         {"BaseID", CIMValue(String("seven"))},                         // wrong type
     };
     for (const Bad& b : refused)
@@ -141,6 +140,15 @@ TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArra
     EXPECT_EQ(text(get<String>(got, "Description")), "two-hour snapshots");
     EXPECT_EQ(text(get<String>(got, "SnapDSPName")), "FC_r1");
 
+    // A time is kept as given: a point in time beside an interval.
+    const CIMDateTime retainedUntil("20300101000000.000000+000");
+    CIMInstance pointed(SETTING);
+    pointed.addProperty(CIMProperty("RetentionTime", CIMValue(retainedUntil)));
+    pointed.setPath(path);
+    Array<CIMName> retentionOnly;
+    retentionOnly.append("RetentionTime");
+    server().modifyInstance(admin(), ZDA_NS, pointed, false, CIMPropertyList(retentionOnly));
+
     // Kept with the array: a description written and read back holds it.
     const std::string file = ::testing::TempDir() + "settings_provider.json";
     char error[256] = "";
@@ -153,6 +161,9 @@ TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArra
     ASSERT_EQ(all(SETTING).size(), 1u);
     EXPECT_EQ(get<CIMDateTime>(getInstance(path), "ExpirationTime").toString(),
         CIMDateTime(Uint64(7200) * 1000000, true).toString());
+    const CIMDateTime shown = get<CIMDateTime>(getInstance(path), "RetentionTime");
+    EXPECT_FALSE(shown.isInterval());
+    EXPECT_EQ(ZDA_Common::getDateTime(shown), ZDA_Common::getDateTime(retainedUntil));
 }
 
 TEST_F(PoolsAndSettingsTest, ASettingIsTheGoalOfACopy)

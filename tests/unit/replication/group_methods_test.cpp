@@ -46,47 +46,7 @@ public:
 class GroupMethodsTest : public ReplicationTest
 {
 protected:
-    void SetUp() override
-    {
-        ReplicationTest::SetUp();
-        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
-    }
-    void TearDown() override
-    {
-        if (provider)
-        {
-            provider->terminate();
-            attachCIMOMHandleBackend(handle, nullptr);
-        }
-        ReplicationTest::TearDown();
-    }
-
-    // "returned <value>" or "thrown <code>: <message>".
-    std::string outcome(const char* method, const Array<CIMParamValue>& in)
-    {
-        try
-        {
-            return "returned " + text(call(admin(), service, method, in, out).toString());
-        }
-        catch (const CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
-        }
-    }
-
-    // The service as an object of the test, its calls into the server
-    // answered from the host's repository.
-    ServiceWorkers& directService()
-    {
-        if (!provider)
-        {
-            attachCIMOMHandleBackend(handle,
-                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
-            provider = new ServiceWorkers();
-            provider->initialize(handle);
-        }
-        return *provider;
-    }
+    ServiceWorkers& directService() { return ReplicationTest::directService<ServiceWorkers>(); }
 
     // The vvset's member names, or {"<none>"} when the array has no such set.
     std::set<std::string> setMembers(const char* name)
@@ -113,10 +73,6 @@ protected:
         return names;
     }
 
-    CIMObjectPath service;
-    Array<CIMParamValue> out;
-    CIMOMHandle handle;
-    ServiceWorkers* provider = nullptr;
 };
 
 const std::set<std::string> NO_SET = {"<none>"};
@@ -218,7 +174,7 @@ TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
     for (const auto& c : cases)
     {
         errStr.clear();
-        EXPECT_EQ(provider->_deleteGroupAndMembers(&event, std::get<0>(c), errStr), std::get<1>(c));
+        EXPECT_EQ(directService()._deleteGroupAndMembers(&event, std::get<0>(c), errStr), std::get<1>(c));
         EXPECT_EQ(text(errStr), std::get<2>(c));
         EXPECT_EQ(setMembers(std::get<0>(c)), NO_SET);
         expectLedgersClean(std::get<0>(c));

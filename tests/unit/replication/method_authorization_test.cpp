@@ -7,6 +7,7 @@
 #include <zdasim_control.h>
 
 #include "ServerHostFixture.h"
+#include "replication_fixture.h"
 #include "ZDA_MethodAuthorization.h"
 
 using namespace Pegasus;
@@ -15,20 +16,7 @@ namespace
 {
 
 using MethodAuthorizationTest = zda_test::SimulatorFixture;
-
-std::string lastAuthorizationKey()
-{
-    std::string key;
-    char entry[1024];
-    for (size_t i = 0; zdasim_journal_entry(i, entry, sizeof entry) == 0; i++)
-    {
-        const std::string line = entry;
-        const size_t at = line.find("key=\"");
-        if (line.rfind("api_authorizeCIMUser ", 0) == 0 && at != std::string::npos)
-            key = line.substr(at + 5, line.find('"', at + 5) - at - 5);
-    }
-    return key;
-}
+using zda_replication_test::lastAuthorizationKey;
 
 TEST_F(MethodAuthorizationTest, KindsChooseTheirRightAndKindsWithoutOneAskNothing)
 {

@@ -87,7 +87,6 @@ protected:
         ASSERT_EQ(zdasim_load_description_text(zda_test::remoteCopyTestArray(),
             "remote copy test array", error, sizeof error), 0) << error;
         ZDA_InternalCacheService::destroy();
-        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
     }
 
     Array<CIMInstance> all(const char* className)
@@ -116,19 +115,6 @@ protected:
     {
         return zda_test::ServerHostFixture::host().repository().getClass(ZDA_NS, name, false);
     }
-    // "returned <n>" or "thrown <code>: <message>"; `out` gets the outputs.
-    std::string outcome(const char* method, const Array<CIMParamValue>& in,
-        const char* user = "admin")
-    {
-        try
-        {
-            return "returned " + text(call(as(user), service, method, in, out).toString());
-        }
-        catch (const CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
-        }
-    }
     // The Name keys of the paths of an output parameter.
     std::vector<std::string> names(const char* parameter)
     {
@@ -145,9 +131,6 @@ protected:
     {
         return ZDA_StorageSystemProvider::createObjectPath(host, wwn, ZDA_NS);
     }
-
-    CIMObjectPath service;
-    Array<CIMParamValue> out;
 };
 
 TEST_F(RemoteModelTest, RemoteCopyGroupsWithTheirCaptionAndDomain)

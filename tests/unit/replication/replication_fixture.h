@@ -5,14 +5,17 @@
 #ifndef ZDA_REPLICATION_FIXTURE_H
 #define ZDA_REPLICATION_FIXTURE_H
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
+#include <zdasim_control.h>
 
 #include "copysvcs_fixture.h"
 #include "SemaphoreCheckingHandler.h"
+#include "ZDA_ReplicationServiceProvider.h"
 
 namespace zda_replication_test
 {
@@ -59,7 +62,89 @@ protected:
         expectLedgersClean(std::string("a direct call of ") + association);
         return handler.sequence();
     }
+
+    void SetUp() override
+    {
+        CopyServicesTest::SetUp();
+        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
+    }
+    void TearDown() override
+    {
+        if (_direct)
+        {
+            _direct->terminate();
+            attachCIMOMHandleBackend(_handle, nullptr);
+        }
+        CopyServicesTest::TearDown();
+    }
+
+    // A method of the replication service called as `user`: "returned
+    // <value>" or "thrown <code>: <message>"; out receives the output
+    // parameters.
+    std::string outcome(const char* method, const Array<CIMParamValue>& in,
+        const char* user = "admin")
+    {
+        try
+        {
+            return "returned " + text(call(as(user), service, method, in, out).toString());
+        }
+        catch (const CIMException& e)
+        {
+            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
+        }
+    }
+
+    // The service as an object of the test, of the class Service that opens
+    // what a test needs of it; its calls into the server are answered from
+    // the host's repository. One per test, terminated at its end.
+    template <class Service>
+    Service& directService()
+    {
+        if (!_direct)
+        {
+            attachCIMOMHandleBackend(_handle,
+                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+            _direct = new Service();
+            _direct->initialize(_handle);
+        }
+        return static_cast<Service&>(*_direct);
+    }
+
+    CIMObjectPath service;
+    Array<CIMParamValue> out;
+
+private:
+    CIMOMHandle _handle;
+    ZDA_ReplicationServiceProvider* _direct = nullptr;
 };
+
+// The value of the argument `argument` in the journal's last entry of
+// `function` that has it ("" when none): the text of a quoted value, else
+// the word.
+inline std::string lastJournalArgument(const char* function, const char* argument)
+{
+    const std::string head = std::string(function) + " ";
+    const std::string name = std::string(" ") + argument + "=";
+    std::string value;
+    char entry[1024];
+    for (size_t i = 0; zdasim_journal_entry(i, entry, sizeof entry) == 0; i++)
+    {
+        const std::string line = entry;
+        const size_t at = line.find(name);
+        if (line.rfind(head, 0) != 0 || at == std::string::npos)
+            continue;
+        const size_t start = at + name.size();
+        value = line[start] == '"' ? line.substr(start + 1, line.find('"', start + 1) - start - 1)
+                                   : line.substr(start, line.find(' ', start) - start);
+    }
+    return value;
+}
+
+// The right asked of the array by the last authorization.
+inline std::string lastAuthorizationKey()
+{
+    return lastJournalArgument("api_authorizeCIMUser", "key");
+}
 
 // The output parameter of that name, a null value when absent.
 inline CIMValue outParam(const Array<CIMParamValue>& out, const char* name)

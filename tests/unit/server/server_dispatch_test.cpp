@@ -360,6 +360,11 @@ TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
 
 // ---- methods ----------------------------------------------------------------------
 
+// An embedded instance as a client writes it in a string.
+const char DISK_TEXT[] =
+    "<INSTANCE CLASSNAME=\"Test_Disk\"><PROPERTY NAME=\"Id\" TYPE=\"string\"><VALUE>Disk9</VALUE>"
+    "</PROPERTY></INSTANCE>";
+
 TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
 {
     Array<CIMParamValue> out;
@@ -367,14 +372,14 @@ TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
         params({untypedParam("small", "7"), untypedParam("Big", {"1", "-2"}), untypedParam("Flag", "TRUE"),
             untypedParam("When", "20240102030405.000000+000"),
             untypedParam("Item", "root/test:Test_Disk.Id=\"Disk1\""), untypedParam("Text", "hi"),
-            untypedParam("Ratio", "0.5")}),
+            untypedParam("Ratio", "0.5"), untypedParam("Setting", DISK_TEXT)}),
         out);
     EXPECT_EQ(result, CIMValue(Uint32(0)));
     String summary;
     paramNamed(out, "Summary").get(summary);
     const std::string text = (const char*)summary.getCString();
     for (const char* expected : {"small=uint16:7 ", "Big=sint64[]:", "Flag=boolean:", "When=datetime:20240102",
-             "Item=reference:", "Text=string:hi ", "Ratio=real64:"})
+             "Item=reference:", "Text=string:hi ", "Ratio=real64:", "Setting=instance:"})
         EXPECT_THAT(text, ::testing::HasSubstr(expected));
     EXPECT_THAT(text, ::testing::Not(::testing::HasSubstr("?")));
 
@@ -391,6 +396,8 @@ TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
         {"array for a scalar", untypedParam("Small", {"1"}), CIM_ERR_TYPE_MISMATCH},
         {"scalar for an array", untypedParam("Big", "1"), CIM_ERR_TYPE_MISMATCH},
         {"undeclared", untypedParam("Bogus", "1"), CIM_ERR_INVALID_PARAMETER},
+        {"no embedded object", untypedParam("Setting", "<VALUE>1</VALUE>"), CIM_ERR_INVALID_PARAMETER},
+        {"not XML", untypedParam("Setting", "Id=Disk1"), CIM_ERR_INVALID_PARAMETER},
     };
     for (const Case& c : cases)
     {
@@ -398,6 +405,10 @@ TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
         Array<CIMParamValue> ignored;
         EXPECT_EQ(cimErrorOf([&] { invoke("Echo", params({c.given}), ignored); }), c.code);
     }
+    // The same text typed as a string is an instance too.
+    invoke("Echo", params({CIMParamValue("Setting", CIMValue(String(DISK_TEXT)), true)}), out);
+    paramNamed(out, "Summary").get(summary);
+    EXPECT_THAT((const char*)summary.getCString(), ::testing::HasSubstr("Setting=instance:"));
     Array<CIMParamValue> ignored;
     EXPECT_EQ(cimErrorOf([&] { invoke("Launch", Array<CIMParamValue>(), ignored); }), CIM_ERR_METHOD_NOT_FOUND);
 }
