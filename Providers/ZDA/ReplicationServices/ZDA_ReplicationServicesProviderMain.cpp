@@ -12,6 +12,8 @@
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
+#include "ZDA_RemoteStorageSynchronizedProvider.h"
+#include "ZDA_RemoteGroupSynchronizedProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -29,8 +31,12 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationServiceCapabilitiesProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationServiceCapabilitiesProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteStorageSynchronizedProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteStorageSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteGroupSynchronizedProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteGroupSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
