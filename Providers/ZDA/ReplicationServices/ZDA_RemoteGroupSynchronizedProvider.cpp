@@ -587,6 +587,12 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
             const String& tgt = primary ? farGroup : groupName;
             if (isEntityGetInstance && !(src == srcGroup && tgt == tgtGroup))
                 continue;
+            // Far groups on two targets may share a name: the far end's
+            // host, when the reference names one, tells them apart.
+            const String& farSystem = primary ? tgtSystem : srcSystem;
+            if (isEntityGetInstance && farSystem.size() > 0 &&
+                farSystem != ZDA_Common::RCTargetToSysname(rcopy, String(target->rm_target)))
+                continue;
             if ((fromRemoteGroup || fromEntity) &&
                 ((localGroupName == src && !searchForTarget) ||
                     (localGroupName == tgt && !searchForSource)))
