@@ -220,6 +220,9 @@ typedef struct rm_group_vv {
     api_u64_t rm_local_wwn_re;
 } rm_group_vv;
 
+/* A group volume. `maps` holds a slot for each target of the group, in the
+ * group's order; a volume without a map for a target has that slot zeroed
+ * (an empty rm_target). */
 typedef struct rm_group_vv_wrapper {
     struct rm_group_vv_wrapper* next;   /* NULL ends the list */
     rm_group_vv      gvv;

@@ -277,6 +277,47 @@ void requireInstanceClass(const CIMObjectPath& reference,
         throw CIMNotSupportedException(nameText(given) + className + " Invalid class name");
 }
 
+void walkGetInstance(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& systemAddress, InstanceResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::getInstance()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(instanceReference, walked.accepted, walked.className);
+    requireKeyCount(instanceReference, walked.keyCount, walked.provider, walked.className,
+        walked.keyRefusal);
+    walked.walk(cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
+        propertyList, systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
+    log_message(4, "<-- %s::getInstance()\n", walked.provider);
+}
+
+void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress,
+    InstanceResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::enumerateInstances()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(classReference, walked.accepted, walked.className);
+    walked.walk(cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
+        propertyList, systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
+    log_message(4, "<-- %s::enumerateInstances()\n", walked.provider);
+}
+
+void walkEnumerateInstanceNames(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const String& systemAddress, ObjectPathResponseHandler& handler, Uint32 line)
+{
+    log_message(4, "--> %s::enumerateInstanceNames()\n", walked.provider);
+    ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
+    requireInstanceClass(classReference, walked.accepted, walked.className);
+    walked.walk(cimom, context, CIMObjectPath(), false, false, CIMPropertyList(), systemAddress,
+        CIM_ENUMERATE_INSTANCE_NAMES, handlerOf(handler));
+    log_message(4, "<-- %s::enumerateInstanceNames()\n", walked.provider);
+}
+
 bool hasParentRCGroup(const api_set_t& set)
 {
     api_keyvalue_query_t query;

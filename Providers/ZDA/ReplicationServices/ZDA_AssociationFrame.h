@@ -23,6 +23,8 @@
 #include <Pegasus/Common/CIMName.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/ResponseHandler.h>
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Provider/ProviderException.h>
 #include <Pegasus/Common/String.h>
@@ -192,6 +194,40 @@ bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider);
 // after an array failure.
 void endWalk(const char* provider, const String& className, cim_handler_u handler,
     cim_method_e method, bool found);
+// A provider of the remote model whose instance operations all run one walk
+// (its static deliverInstances): its name for log lines and refusals, its
+// class, the classes it answers to, its number of keys and the walk.
+typedef void (*InstanceWalk)(CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& systemAddress, cim_method_e method, cim_handler_u handler);
+struct WalkedClass
+{
+    const char* provider;
+    const String& className;
+    std::vector<const char*> accepted;
+    Uint32 keyCount;
+    // The refusal of another key count, behind the class name.
+    const char* keyRefusal;
+    InstanceWalk walk;
+};
+// The three read operations of such a provider. Each logs its entry and
+// exit, opens the array for the caller (refusal naming the provider and
+// `line`) and checks the class; getInstance also the key count. Then the
+// walk runs with the reference (getInstance) or an empty path.
+void walkGetInstance(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& systemAddress, InstanceResponseHandler& handler, Uint32 line);
+void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress,
+    InstanceResponseHandler& handler, Uint32 line);
+void walkEnumerateInstanceNames(const WalkedClass& walked, CIMOMHandle& cimom,
+    const OperationContext& context, const CIMObjectPath& classReference,
+    const String& systemAddress, ObjectPathResponseHandler& handler, Uint32 line);
+
 // The class check of an instance provider: the reference's class must be
 // one of `accepted`, else CIMNotSupportedException "<given class><className>
 // Invalid class name".

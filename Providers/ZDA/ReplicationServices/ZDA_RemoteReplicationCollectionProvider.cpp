@@ -44,6 +44,15 @@ Uint16 connectivityStatus(const rm_target_t& target)
 
 }  // namespace
 
+namespace
+{
+
+// The names and the walk the read operations run with.
+const WalkedClass WALKED = {SOURCE_FILE, ClassName, ACCEPTED_CLASSES, 1, " Expect only one key.",
+    &ZDA_RemoteReplicationCollectionProvider::deliverInstances};
+
+}  // namespace
+
 ZDA_RemoteReplicationCollectionProvider::ZDA_RemoteReplicationCollectionProvider() = default;
 
 ZDA_RemoteReplicationCollectionProvider::ZDA_RemoteReplicationCollectionProvider(
@@ -146,13 +155,8 @@ void ZDA_RemoteReplicationCollectionProvider::getInstance(const OperationContext
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteReplicationCollectionProvider::getInstance()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(instanceReference, ACCEPTED_CLASSES, ClassName);
-    requireKeyCount(instanceReference, 1, SOURCE_FILE, ClassName, " Expect only one key.");
-    deliverInstances(_cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteReplicationCollectionProvider::getInstance()\n");
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_RemoteReplicationCollectionProvider::enumerateInstances(const OperationContext& context,
@@ -160,24 +164,15 @@ void ZDA_RemoteReplicationCollectionProvider::enumerateInstances(const Operation
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteReplicationCollectionProvider::enumerateInstances()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteReplicationCollectionProvider::enumerateInstances()\n");
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+void ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames(const OperationContext& context,
+    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), false, false, CIMPropertyList(),
-        _systemAddress, CIM_ENUMERATE_INSTANCE_NAMES, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames()\n");
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
+        __LINE__);
 }
 
 void ZDA_RemoteReplicationCollectionProvider::modifyInstance(const OperationContext&,

@@ -67,6 +67,15 @@ bool suitsAnyMode(const rm_target_t& target)
 
 }  // namespace
 
+namespace
+{
+
+// The names and the walk the read operations run with.
+const WalkedClass WALKED = {SOURCE_FILE, ClassName, ACCEPTED_CLASSES, 4, " Expect four keys.",
+    &ZDA_RemoteServiceAccessPointProvider::deliverInstances};
+
+}  // namespace
+
 ZDA_RemoteServiceAccessPointProvider::ZDA_RemoteServiceAccessPointProvider() = default;
 
 ZDA_RemoteServiceAccessPointProvider::ZDA_RemoteServiceAccessPointProvider(const CIMObjectPath&)
@@ -283,13 +292,8 @@ void ZDA_RemoteServiceAccessPointProvider::getInstance(const OperationContext& c
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteServiceAccessPointProvider::getInstance()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(instanceReference, ACCEPTED_CLASSES, ClassName);
-    requireKeyCount(instanceReference, 4, SOURCE_FILE, ClassName, " Expect four keys.");
-    deliverInstances(_cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteServiceAccessPointProvider::getInstance()\n");
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_RemoteServiceAccessPointProvider::enumerateInstances(const OperationContext& context,
@@ -297,24 +301,15 @@ void ZDA_RemoteServiceAccessPointProvider::enumerateInstances(const OperationCon
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteServiceAccessPointProvider::enumerateInstances()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteServiceAccessPointProvider::enumerateInstances()\n");
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+void ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames(const OperationContext& context,
+    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), false, false, CIMPropertyList(),
-        _systemAddress, CIM_ENUMERATE_INSTANCE_NAMES, handlerOf(handler));
-    log_message(4, "<-- ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames()\n");
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
+        __LINE__);
 }
 
 void ZDA_RemoteServiceAccessPointProvider::modifyInstance(const OperationContext&,

@@ -69,6 +69,15 @@ struct Wanted
 
 }  // namespace
 
+namespace
+{
+
+// The names and the walk the read operations run with.
+const WalkedClass WALKED = {SOURCE_FILE, ClassName, ACCEPTED_CLASSES, 1, " Expect only one key.",
+    &ZDA_ReplicationEntityProvider::deliverInstances};
+
+}  // namespace
+
 ZDA_ReplicationEntityProvider::ZDA_ReplicationEntityProvider() = default;
 
 ZDA_ReplicationEntityProvider::ZDA_ReplicationEntityProvider(const CIMObjectPath&)
@@ -257,13 +266,8 @@ void ZDA_ReplicationEntityProvider::getInstance(const OperationContext& context,
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_ReplicationEntityProvider::getInstance()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(instanceReference, ACCEPTED_CLASSES, ClassName);
-    requireKeyCount(instanceReference, 1, SOURCE_FILE, ClassName, " Expect only one key.");
-    deliverInstances(_cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
-    log_message(4, "<-- ZDA_ReplicationEntityProvider::getInstance()\n");
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_ReplicationEntityProvider::enumerateInstances(const OperationContext& context,
@@ -271,23 +275,15 @@ void ZDA_ReplicationEntityProvider::enumerateInstances(const OperationContext& c
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     InstanceResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_ReplicationEntityProvider::enumerateInstances()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-        propertyList, _systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
-    log_message(4, "<-- ZDA_ReplicationEntityProvider::enumerateInstances()\n");
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
+        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_ReplicationEntityProvider::enumerateInstanceNames(const OperationContext& context,
     const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    log_message(4, "--> ZDA_ReplicationEntityProvider::enumerateInstanceNames()\n");
-    ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    deliverInstances(_cimom, context, CIMObjectPath(), false, false, CIMPropertyList(),
-        _systemAddress, CIM_ENUMERATE_INSTANCE_NAMES, handlerOf(handler));
-    log_message(4, "<-- ZDA_ReplicationEntityProvider::enumerateInstanceNames()\n");
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
+        __LINE__);
 }
 
 void ZDA_ReplicationEntityProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,

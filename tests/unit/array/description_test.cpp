@@ -252,6 +252,34 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_TRUE(syncing);
     EXPECT_TRUE(failedOver);
 
+    // A new target in no group, a target without any WWN, a group never
+    // started, one without a domain, an empty one, a volume without a map
+    // for one of its group's targets (its slot names no target).
+    std::set<std::string> grouped;
+    for (const GroupView& g : rc.groups)
+        for (const GroupTargetView& t : g.targets) grouped.insert(t.target);
+    bool newUnused = false, noWwn = false;
+    for (const rm_target& t : rc.targets) {
+        newUnused = newUnused || (t.rm_status == RM_TARGET_NEW && !grouped.count(t.rm_hdr.rm_name));
+        noWwn = noWwn || (t.rm_node_wwn[0] == '\0' && t.rm_computed_remote_node_wwn[0] == '\0');
+    }
+    EXPECT_TRUE(newUnused);
+    EXPECT_TRUE(noWwn);
+    bool neverStarted = false, noDomain = false, emptyGroup = false, unmapped = false;
+    for (const GroupView& g : rc.groups) {
+        bool allNew = !g.volumes.empty();
+        for (const GroupTargetView& t : g.targets) allNew = allNew && t.state == 0;
+        for (const VolView& v : g.volumes)
+            for (const MapView& m : v.maps) {
+                allNew = allNew && m.status == RM_GROUP_VV_NEW;
+                unmapped = unmapped || m.target.empty();
+            }
+        neverStarted = neverStarted || allNew;
+        noDomain = noDomain || g.domain.empty();
+        emptyGroup = emptyGroup || g.volumes.empty();
+    }
+    EXPECT_TRUE(neverStarted && noDomain && emptyGroup && unmapped);
+
     // Users and their rights.
     const char* replication = "zda_replicationservice.modifyreplicasynchronization.split";
     const char* settings = "zda_storagesetting.modifyinstance";
