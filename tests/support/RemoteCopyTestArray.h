@@ -137,6 +137,9 @@ inline const char* copyStateGroups()
       {"name": "csSyncing", "targets": [{"target": "tReady", "state": "stopped"}],
        "volumes": [{"name": "cv07", "maps": [{"target": "tReady", "status": "syncing",
                                                "syncLength": 4096, "syncOffset": 1024}]}]},
+      {"name": "csSyncingSecondary", "role": "secondary", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv24", "maps": [{"target": "tReady", "status": "syncing",
+                                               "syncLength": 4096, "syncOffset": 1024}]}]},
       {"name": "csSyncedByMode", "targets": [{"target": "tReady", "state": "started", "options": 4194309}],
        "volumes": [{"name": "cv08", "maps": [{"target": "tReady", "status": "synced"}]}]},
       {"name": "csSyncedRestoring", "natural": "secondary", "drState": "restore-in-progress",
@@ -182,7 +185,7 @@ inline const char* copyStateGroups()
 inline std::string remoteCopyStateTestArray()
 {
     std::string volumes;
-    for (int i = 1; i <= 23; i++)
+    for (int i = 1; i <= 24; i++)
         volumes += std::string(",\n    {\"name\": \"cv") + (i < 10 ? "0" : "") + std::to_string(i) +
                    "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 1024}";
     std::string longVolumes;
