@@ -13,6 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string>
+#include <vector>
+
 using namespace zda_it;
 PEGASUS_USING_PEGASUS;
 
@@ -168,14 +172,14 @@ TEST_F(ReplicationMethodsTest, AViewerMayNotCreateAGroup)
 }
 
 // Each class of the remote replication model, listed by wbemcli and every
-// path it lists fetched again. The demo array has 11 remote copy groups and
-// 8 targets; 13 far groups (one per group and target) and 22 far volumes
+// path it lists fetched again. The demo array has 12 remote copy groups and
+// 8 targets; 14 far groups (one per group and target) and 22 far volumes
 // (one per group volume and target it has a map for).
 TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
 {
     const std::vector<std::pair<const char*, size_t>> classes = {
-        {"ZDA_RemoteReplicationGroup", 11}, {"ZDA_RemoteReplicationCollection", 8},
-        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 35}};
+        {"ZDA_RemoteReplicationGroup", 12}, {"ZDA_RemoteReplicationCollection", 8},
+        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 36}};
     for (const auto& c : classes)
     {
         CommandResult listed = runCommand({"wbemcli", "ein",
@@ -245,6 +249,92 @@ TEST_F(ReplicationMethodsTest, PeerSystemsAndTheirAccessPoints)
         EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos)
             << method << "\n" << refused.output;
     }
+}
+
+// The pairs of a remote copy group and of one of its volumes, from both
+// ends and by their paths, and the relationship listings: 22 volume pairs
+// (one per far volume), 14 mirror pairs and 2 snapshot pairs of groups.
+TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
+{
+    const std::string group = "ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_fin_sync\"";
+    CommandResult related = runCommand({"wbemcli", "ain", "-ac", "ZDA_RemoteGroupSynchronized",
+        server->url("admin:admin-demo", "root/zda") + group});
+    ASSERT_EQ(related.exitCode, 0) << related.output;
+    for (const char* end : {"KX_ORLA:RG:rcg_fin_sync.r:zda-siteB", "KX_ORLA:rcg_fin_sync_snap\"",
+             "KX_ORLA:rcg_fin_sync_snap_half\""})
+        EXPECT_NE(related.output.find(end), std::string::npos) << end << "\n" << related.output;
+
+    const CIMObjectPath groupPath("root/zda:" + String(group.c_str()));
+    Array<CIMObject> pairs = client.references("root/zda", groupPath,
+        "ZDA_RemoteGroupSynchronized");
+    ASSERT_EQ(pairs.size(), 3u);
+    std::map<std::string, Uint16> copyStates;
+    for (Uint32 i = 0; i < pairs.size(); i++)
+        copyStates[text(pairs[i].getProperty(pairs[i].findProperty("RelationshipName"))
+                            .getValue().toString())] = Uint16(std::stoi(text(
+            pairs[i].getProperty(pairs[i].findProperty("CopyState")).getValue().toString())));
+    EXPECT_EQ(copyStates, (std::map<std::string, Uint16>{{"rcg_fin_sync->rcg_fin_sync.r", 4},
+        {"rcg_fin_sync->rcg_fin_sync_snap", 4}, {"rcg_fin_sync->rcg_fin_sync_snap_half", 13}}));
+
+    const CIMObjectPath fin = volume("fin_app01");
+    Array<CIMObject> far = client.associators("root/zda", fin, "ZDA_RemoteStorageSynchronized");
+    ASSERT_EQ(far.size(), 1u);
+    EXPECT_EQ(text(far[0].getClassName().getString()), "ZDA_ReplicationEntity");
+    CommandResult volumePairs = runCommand({"wbemcli", "rin", "-arc",
+        "ZDA_RemoteStorageSynchronized",
+        server->url("admin:admin-demo", "root/zda") + text(fin.toString()).substr(
+            text(fin.toString()).find("ZDA_StorageVolume"))});
+    ASSERT_EQ(volumePairs.exitCode, 0) << volumePairs.output;
+    EXPECT_NE(volumePairs.output.find("ZDA_RemoteStorageSynchronized."), std::string::npos)
+        << volumePairs.output;
+
+    // Every pair of both classes fetched again by its path.
+    const std::vector<std::pair<const char*, Uint32>> classes = {
+        {"ZDA_RemoteStorageSynchronized", 22}, {"ZDA_RemoteGroupSynchronized", 16}};
+    for (const auto& c : classes)
+    {
+        Array<CIMObjectPath> paths = client.enumerateInstanceNames("root/zda", c.first);
+        EXPECT_EQ(paths.size(), c.second) << c.first;
+        for (Uint32 i = 0; i < paths.size(); i++)
+        {
+            const CIMInstance fetched = client.getInstance("root/zda", paths[i], false);
+            EXPECT_EQ(text(fetched.getClassName().getString()), c.first);
+        }
+    }
+
+    // Relationships: the remote ones by path, the Skewed ones as instances.
+    Array<CIMParamValue> in, out;
+    in.append(CIMParamValue("Locality", CIMValue(Uint16(3))));
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetReplicationRelationships", in,
+        out).toString()), "0");
+    Array<CIMObjectPath> remote;
+    outValue(out, "Synchronizations").get(remote);
+    EXPECT_EQ(remote.size(), 22u + 16u);
+    in.clear();
+    out.clear();
+    in.append(CIMParamValue("CopyState", CIMValue(Uint16(13))));
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetReplicationRelationshipInstances",
+        in, out).toString()), "0");
+    Array<CIMObject> skewed;
+    outValue(out, "Synchronizations").get(skewed);
+    ASSERT_FALSE(skewed.size() == 0);
+    for (Uint32 i = 0; i < skewed.size(); i++)
+        EXPECT_EQ(text(skewed[i].getProperty(skewed[i].findProperty("CopyState")).getValue()
+                           .toString()), "13");
+
+    CommandResult listed = wbemcli("cmx", "admin:admin-demo", SERVICE,
+        "GetReplicationRelationships.Type=3");
+    ASSERT_EQ(listed.exitCode, 0) << listed.output;
+    size_t groups = 0;
+    for (size_t at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\"");
+         at != std::string::npos;
+         at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\"", at + 1))
+        groups++;
+    EXPECT_EQ(groups, 16u);
+    CommandResult refused = wbemcli("cm", "admin:admin-demo", SERVICE,
+        "GetReplicationRelationships.CopyState=1");
+    EXPECT_NE(refused.exitCode, 0);
+    EXPECT_NE(refused.output.find("Invalid copyState"), std::string::npos) << refused.output;
 }
 
 TEST_F(ReplicationMethodsTest, ARemoteCopyGroupIsDeleted)

@@ -23,8 +23,17 @@
 //            gTwo       dom2, to tReady and tComputed, rv5 synced on both,
 //                       rv6 synced on tReady and without a map for tComputed
 //            gUnknown   dom2, to tUnknown, rv7 synced
+//
+// remoteCopyStateTestArray() adds, on the same targets, one group per way a
+// volume's remote copy state shows (groups "cs..." with one volume "cv..."
+// each, see copyStateGroups below), a group gLong of nine volumes, and
+// snapshot vvsets of remote copy groups: gTwo_part (one snapshot of gTwo's
+// two volumes) and gLong_snaps (nine snapshots whose names join past 255
+// characters).
 #ifndef ZDA_TESTS_REMOTE_COPY_TEST_ARRAY_H
 #define ZDA_TESTS_REMOTE_COPY_TEST_ARRAY_H
+
+#include <string>
 
 namespace zda_test
 {
@@ -103,6 +112,114 @@ inline const char* remoteCopyTestArray()
     ]
   }
 })";
+}
+
+// One group per way the state of a remote copy volume shows, each with one
+// volume "cv<nn>" on tReady unless told: the volume's map status, the group
+// target's mode and state, and the group's direction and recovery state.
+inline const char* copyStateGroups()
+{
+    return R"(
+      {"name": "csNewOnNewTarget", "targets": [{"target": "tReady"}],
+       "volumes": [{"name": "cv01", "maps": [{"target": "tReady", "status": "new"}]}]},
+      {"name": "csRemoteOnStopped", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv02", "maps": [{"target": "tReady", "status": 4}]}]},
+      {"name": "csNewSyncOnFailsafe", "targets": [{"target": "tReady", "state": "failsafe"}],
+       "volumes": [{"name": "cv03", "maps": [{"target": "tReady", "status": "new-sync"}]}]},
+      {"name": "csNewNoSyncStarted", "targets": [{"target": "tReady", "state": "started"}],
+       "volumes": [{"name": "cv04", "maps": [{"target": "tReady", "status": "new-no-sync"}]}]},
+      {"name": "csSyncingRecovering", "natural": "secondary", "drState": "recover-in-progress",
+       "drStepEnds": "+1d", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv05", "maps": [{"target": "tReady", "status": "syncing"}]}]},
+      {"name": "csSyncingRecovered", "natural": "secondary", "drState": "recover-done",
+       "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv06", "maps": [{"target": "tReady", "status": 5}]}]},
+      {"name": "csSyncing", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv07", "maps": [{"target": "tReady", "status": "syncing",
+                                               "syncLength": 4096, "syncOffset": 1024}]}]},
+      {"name": "csSyncingSecondary", "role": "secondary", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv24", "maps": [{"target": "tReady", "status": "syncing",
+                                               "syncLength": 4096, "syncOffset": 1024}]}]},
+      {"name": "csSyncedByMode", "targets": [{"target": "tReady", "state": "started", "options": 4194309}],
+       "volumes": [{"name": "cv08", "maps": [{"target": "tReady", "status": "synced"}]}]},
+      {"name": "csSyncedRestoring", "natural": "secondary", "drState": "restore-in-progress",
+       "drStepEnds": "+1d", "targets": [{"target": "tReady", "state": "started", "lastSync": "-9m"}],
+       "volumes": [{"name": "cv09", "maps": [{"target": "tReady", "status": "synced", "lastSync": "-9m"}]}]},
+      {"name": "csSynced", "targets": [{"target": "tReady", "state": "started", "lastSync": "-5m"}],
+       "volumes": [{"name": "cv10", "maps": [{"target": "tReady", "status": "synced", "lastSync": "-5m",
+                                               "wwnStatus": "computed"}]}]},
+      {"name": "csFailingOver", "natural": "secondary", "drState": "failover-in-progress",
+       "drStepEnds": "+1d", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv11", "maps": [{"target": "tReady", "status": "synced"}]}]},
+      {"name": "csFailedOver", "natural": "secondary", "drState": "failover-done",
+       "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv12", "maps": [{"target": "tReady", "status": "synced"}]}]},
+      {"name": "csSyncedTargetFailed", "targets": [{"target": "tFailed", "state": "stopped"}],
+       "volumes": [{"name": "cv13", "maps": [{"target": "tFailed", "status": "synced"}]}]},
+      {"name": "csSyncedSplit",
+       "targets": [{"target": "tReady", "mode": "sync", "state": "stopped", "lastSync": "-10m"}],
+       "volumes": [{"name": "cv14", "maps": [{"target": "tReady", "status": "synced", "lastSync": "-10m"}]}]},
+      {"name": "csUnsynced",
+       "targets": [{"target": "tReady", "mode": "async", "state": "started", "lastSync": "-1h"}],
+       "volumes": [{"name": "cv15", "maps": [{"target": "tReady", "status": "unsynced", "lastSync": "-1h"}]}]},
+      {"name": "csLdChecking",
+       "targets": [{"target": "tReady", "mode": "semisync", "state": "started"}],
+       "volumes": [{"name": "cv16", "maps": [{"target": "tReady", "status": "ld-checking"}]}]},
+      {"name": "csStale", "targets": [{"target": "tReady", "state": "started"}],
+       "volumes": [{"name": "cv17", "maps": [{"target": "tReady", "status": "stale"}]}]},
+      {"name": "csStoppedTargetFailed", "targets": [{"target": "tFailed", "state": "stopped"}],
+       "volumes": [{"name": "cv18", "maps": [{"target": "tFailed", "status": "stopped"}]}]},
+      {"name": "csStoppedSplit", "targets": [{"target": "tReady", "state": "stopped"}],
+       "volumes": [{"name": "cv19", "maps": [{"target": "tReady", "status": "stopped"}]}]},
+      {"name": "csRepairing", "targets": [{"target": "tReady", "state": "started"}],
+       "volumes": [{"name": "cv20", "maps": [{"target": "tReady", "status": "repairing"}]}]},
+      {"name": "csFailsafe", "targets": [{"target": "tReady", "state": "started"}],
+       "volumes": [{"name": "cv21", "maps": [{"target": "tReady", "status": "failsafe"}]}]},
+      {"name": "csMixed", "targets": [{"target": "tReady", "state": "started"}],
+       "volumes": [{"name": "cv22", "maps": [{"target": "tReady", "status": "synced"}]},
+                   {"name": "cv23", "maps": [{"target": "tReady", "status": "new"}]}]})";
+}
+
+// The remote copy test array with the groups above, gLong and the snapshot
+// vvsets (see the head of this file).
+inline std::string remoteCopyStateTestArray()
+{
+    std::string volumes;
+    for (int i = 1; i <= 24; i++)
+        volumes += std::string(",\n    {\"name\": \"cv") + (i < 10 ? "0" : "") + std::to_string(i) +
+                   "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 1024}";
+    std::string longVolumes;
+    std::string longMaps;
+    std::string longSnaps;
+    for (int i = 0; i < 9; i++)
+    {
+        const std::string base = "lv" + std::to_string(i);
+        // 31 characters each: nine join to 287.
+        const std::string snap = "gLong_snapshot_of_volume_lv" + std::to_string(i) + "_ok";
+        volumes += ",\n    {\"name\": \"" + base + "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 256}";
+        longVolumes += ",\n    {\"name\": \"" + snap + "\", \"type\": \"virtual-copy\", \"copyOf\": \"" +
+                       base + "\", \"readOnly\": true}";
+        longMaps += std::string(i ? ", " : "") + "{\"name\": \"" + base +
+                    "\", \"maps\": [{\"target\": \"tReady\", \"status\": \"synced\"}]}";
+        longSnaps += std::string(i ? ", " : "") + "\"" + snap + "\"";
+    }
+    volumes += longVolumes +
+               ",\n    {\"name\": \"rv5_snap\", \"type\": \"virtual-copy\", \"copyOf\": \"rv5\", \"readOnly\": true}";
+
+    std::string text = remoteCopyTestArray();
+    const std::string lastVolume = R"({"name": "rv7", "usrCpg": "NL_r6", "sizeMiB": 2048})";
+    text.insert(text.find(lastVolume) + lastVolume.size(), volumes);
+    const std::string vvsets = R"("vvsets": [
+    {"name": "gTwo_part", "members": ["rv5_snap"], "keyValues": {"parentRCGroup": "gTwo"}},
+    {"name": "gLong_snaps", "members": [)" + longSnaps + R"(], "keyValues": {"parentRCGroup": "gLong"}}
+  ],
+  )";
+    text.insert(text.find("\"remoteCopy\""), vvsets);
+    const std::string groups = std::string(",") + copyStateGroups() +
+        ",\n      {\"name\": \"gLong\", \"targets\": [{\"target\": \"tReady\", \"state\": \"started\"}], "
+        "\"volumes\": [" + longMaps + "]}";
+    text.insert(text.rfind("]\n  }\n}"), groups + "\n    ");
+    return text;
 }
 
 }  // namespace zda_test

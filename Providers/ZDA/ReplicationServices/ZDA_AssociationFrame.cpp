@@ -217,6 +217,18 @@ api_Status_t VVSetList::read(const char* name)
     return ZDA_CompanionFrame::statusCall([&] { return api_getVVSets(name, nullptr, 0, &_list); });
 }
 
+api_Status_t VVSetList::readChildrenOf(const char* group)
+{
+    release();
+    api_okv_opts_t conditions;
+    std::memset(&conditions, 0, sizeof conditions);
+    api_okv_addIfKV(&conditions, PARENT_RC_GROUP_KEY, group);
+    const api_Status_t status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_getVVSets(nullptr, &conditions, 0, &_list); });
+    api_free_okv_opts(&conditions);
+    return status;
+}
+
 void VVSetList::release()
 {
     api_freeSets(&_list);
@@ -238,6 +250,11 @@ api_Status_t RCopySnapshot::read(int selector)
     api_freeRCopy(&rcopy);
     std::memset(&rcopy, 0, sizeof rcopy);
     return ZDA_CompanionFrame::statusCall([&] { return api_getRCopy(selector, &rcopy); });
+}
+
+bool noReplicationEntityPolicy()
+{
+    return (ZDA_Common::getPolicy() & CIM_POLICY_NO_REPLICATION_ENTITY) != 0;
 }
 
 bool readForWalk(RCopySnapshot& snapshot, int selector, const char* provider)

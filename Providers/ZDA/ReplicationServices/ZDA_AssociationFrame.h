@@ -159,6 +159,10 @@ public:
     // The vvset named `name`, or all vvsets for a null name, under the
     // semaphore. What was held before is released first.
     api_Status_t read(const char* name);
+    // The vvsets whose key "parentRCGroup" is `group` (the snapshot sets of
+    // that remote copy group), under the semaphore. What was held before is
+    // released first.
+    api_Status_t readChildrenOf(const char* group);
     // Releases now (the destructor then has nothing to do).
     void release();
 
@@ -185,6 +189,10 @@ public:
 
     api_rcopy_t rcopy;
 };
+
+// True under the no-replication-entity policy: a far element with a known
+// WWN is shown as a volume or group of its own class, not as an entity.
+bool noReplicationEntityPolicy();
 
 // The walk of a remote copy instance provider (collections, entities,
 // access points) over one snapshot: reads it for `provider`'s

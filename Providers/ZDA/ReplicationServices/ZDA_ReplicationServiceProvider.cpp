@@ -549,6 +549,14 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
             self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
                 c.authMethodName);
         }},
+    {"GetReplicationRelationships", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._getReplicationRelationships(c.context, c.methodName, c.inParameters, c.handler);
+        }},
+    {"GetReplicationRelationshipInstances", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._getReplicationRelationships(c.context, c.methodName, c.inParameters, c.handler);
+        }},
     {"GetAvailableTargetElements", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._getAvailableTargetElements(c.context, c.inParameters, c.handler);
@@ -1202,6 +1210,37 @@ Uint32 goalTime(CIMInstance& goal, const char* property)
     {
         return 0;
     }
+}
+
+// GetReplicationRelationships' Type and Locality: the values that find
+// something. Type 3 is a group relationship, 2 any other; Locality 3 is
+// remote, 2 local.
+const Uint16 RELATIONSHIP_OTHER = 2;
+const Uint16 RELATIONSHIP_GROUP = 3;
+const Uint16 LOCALITY_LOCAL = 2;
+const Uint16 LOCALITY_REMOTE = 3;
+const Uint16 FIRST_COPY_STATE = 2;
+const Uint16 LAST_COPY_STATE = 15;
+
+const char REMOTE_GROUP_SYNC[] = "ZDA_RemoteGroupSynchronized";
+const char REMOTE_VOLUME_SYNC[] = "ZDA_RemoteStorageSynchronized";
+const char LOCAL_VOLUME_SYNC[] = "ZDA_StorageSynchronized";
+
+// A Uint16 filter parameter: set once a non-null value was given.
+struct Filter
+{
+    const char* name;
+    bool set = false;
+    Uint16 value = 0;
+};
+
+// True when `instance` has the property of the filter with its value.
+bool passes(CIMInstance& instance, const Filter& filter)
+{
+    if (!filter.set)
+        return true;
+    Uint16 value = 0;
+    return ZDA_Common::getProperty(instance, filter.name, value) == 0 && value == filter.value;
 }
 
 }  // namespace
@@ -2085,6 +2124,87 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
             errStr.append(i == 0 ? errStrs[i] : "; " + errStrs[i]);
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_modifyListSynchronization");
+}
+
+// ---- relationships -------------------------------------------------------------------------
+
+void ZDA_ReplicationServiceProvider::_getReplicationRelationships(
+    const OperationContext& context, const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+    const bool isInstancesMethod =
+        methodName.equal(CIMName("GetReplicationRelationshipInstances"));
+
+    Filter type{"Type"}, syncType{"SyncType"}, mode{"Mode"}, locality{"Locality"},
+        copyState{"CopyState"};
+    Filter* filters[] = {&type, &syncType, &mode, &locality, &copyState};
+    for (Uint32 i = 0; i < inParameters.size(); i++)
+    {
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull())
+            continue;
+        for (Filter* filter : filters)
+        {
+            if (String::equalNoCase(inParameters[i].getParameterName(), filter->name))
+            {
+                value.get(filter->value);
+                filter->set = true;
+            }
+        }
+    }
+
+    // A Type or Locality no relationship has finds nothing; that is no error.
+    bool findsNothing =
+        (type.set && type.value != RELATIONSHIP_OTHER && type.value != RELATIONSHIP_GROUP) ||
+        (locality.set && locality.value != LOCALITY_LOCAL && locality.value != LOCALITY_REMOTE);
+    if (!findsNothing && copyState.set &&
+        (copyState.value < FIRST_COPY_STATE || copyState.value > LAST_COPY_STATE))
+    {
+        log_message(2, "Invalid copyState %d\n", int(copyState.value));
+        outstatus = 5;
+        errStr = "Invalid copyState";
+    }
+
+    Array<CIMObjectPath> synchronizations;
+    Array<CIMObject> syncObjs;
+    if (outstatus == 0 && !findsNothing)
+    {
+        // Local and remote relationships of every provider, through the server.
+        Array<CIMInstance> syncInsts = _cimom.enumerateInstances(context, NAMESPACE,
+            CIMName("CIM_Synchronized"), false, false, false, false, CIMPropertyList());
+        for (Uint32 i = 0; i < syncInsts.size(); i++)
+        {
+            CIMInstance& instance = syncInsts[i];
+            const CIMName className = instance.getClassName();
+            const bool isGroup = className.equal(REMOTE_GROUP_SYNC);
+            if (type.set && (type.value == RELATIONSHIP_GROUP) != isGroup)
+                continue;
+            if (locality.set &&
+                !(locality.value == LOCALITY_REMOTE
+                        ? isGroup || className.equal(REMOTE_VOLUME_SYNC)
+                        : className.equal(LOCAL_VOLUME_SYNC)))
+                continue;
+            if (!passes(instance, syncType) || !passes(instance, mode) ||
+                !passes(instance, copyState))
+                continue;
+            if (isInstancesMethod)
+                syncObjs.append(CIMObject(instance));
+            else
+                synchronizations.append(instance.getPath());
+        }
+    }
+    if (outstatus == 0)
+    {
+        if (isInstancesMethod)
+            paramValues.append(CIMParamValue("Synchronizations", CIMValue(syncObjs), true));
+        else
+            paramValues.append(CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_getReplicationRelationships");
 }
 
 // ---- peer systems and their access points --------------------------------------------

@@ -302,6 +302,15 @@ private:
     // miss the source's snapshot pool. Reads the server only.
     void _getAvailableTargetElements(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // GetReplicationRelationships and GetReplicationRelationshipInstances
+    // (by `methodName`): Type, SyncType, Mode, Locality and CopyState
+    // (each optional) filter the server's CIM_Synchronized instances;
+    // gives Synchronizations, their paths or the instances. A Type or
+    // Locality outside 2..3 finds nothing; a CopyState outside 2..15 is
+    // refused with 5 "Invalid copyState".
+    void _getReplicationRelationships(const OperationContext& context,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
     // GetPeerSystems: Options (default 0); gives Systems, the storage
     // systems the array has remote copy targets on, one path per node WWN,
     // in the order of the targets. Options 0 lists every target with a node

@@ -26,6 +26,8 @@
 #include "ZDA_OrderedMemberOfRemoteReplicationGroupProvider.h"
 #include "ZDA_MemberOfRemoteReplicationCollectionProvider.h"
 #include "ZDA_AffectedJobElementProvider.h"
+#include "ZDA_RemoteStorageSynchronizedProvider.h"
+#include "ZDA_RemoteGroupSynchronizedProvider.h"
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -47,6 +49,8 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_CapabilitiesOfReplicationService());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsElement"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsElement());
+    if (String::equalNoCase(providerName, "ZDA_RemoteStorageSynchronizedProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteStorageSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName,
@@ -64,6 +68,8 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
     if (String::equalNoCase(providerName, "ZDA_OrderedMemberOfRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_OrderedMemberOfRemoteReplicationGroupProvider());
+    if (String::equalNoCase(providerName, "ZDA_RemoteGroupSynchronizedProvider"))
+        return static_cast<CIMInstanceProvider*>(new ZDA_RemoteGroupSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_MemberOfRemoteReplicationCollectionProvider"))

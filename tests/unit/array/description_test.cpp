@@ -205,7 +205,10 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_TRUE(single);
     EXPECT_TRUE(longJoin);
     EXPECT_EQ(setsOf["fin_db01"], 2);
-    EXPECT_EQ(allSets("parentRCGroup", "rcg_fin_sync").size(), 1u);
+    // Snapshot sets of a remote copy group: of all its volumes, and of fewer.
+    std::set<size_t> snapshotCounts;
+    for (const SetView& s : allSets("parentRCGroup", "rcg_fin_sync")) snapshotCounts.insert(s.members.size());
+    EXPECT_EQ(snapshotCounts, (std::set<size_t>{1, 2}));
 
     // Remote copy: targets of every kind.
     RcopyView rc = readRcopy();
@@ -269,6 +272,7 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_TRUE(newUnused);
     EXPECT_TRUE(noWwn);
     bool neverStarted = false, noDomain = false, emptyGroup = false, unmapped = false;
+    bool byMode = false, newEmpty = false;
     for (const GroupView& g : rc.groups) {
         bool allNew = !g.volumes.empty();
         for (const GroupTargetView& t : g.targets) allNew = allNew && t.state == 0;
@@ -280,8 +284,14 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
         neverStarted = neverStarted || allNew;
         noDomain = noDomain || g.domain.empty();
         emptyGroup = emptyGroup || g.volumes.empty();
+        for (const GroupTargetView& t : g.targets)
+            byMode = byMode || (t.mode == RM_TARGET_MODE_PERIODIC && (t.options & 0x400000u));
+        newEmpty = newEmpty || (g.volumes.empty() && g.targets[0].state == 0);
     }
     EXPECT_TRUE(neverStarted && noDomain && emptyGroup && unmapped);
+    // A periodic group whose direction follows its mode (option 0x400000),
+    // and a group never started without volumes.
+    EXPECT_TRUE(byMode && newEmpty);
 
     // Users and their rights.
     const char* replication = "zda_replicationservice.modifyreplicasynchronization.split";

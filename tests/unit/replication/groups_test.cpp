@@ -71,23 +71,8 @@ protected:
     template <class Call>
     void direct(zda_test::RecordingResponseHandler& handler, Call call)
     {
-        CIMOMHandle handle;
-        attachCIMOMHandleBackend(handle, std::make_shared<RepositoryBackend>(ServerHostFixture::host()));
-        ZDA_MemberOfReplicationGroupProvider* provider = new ZDA_MemberOfReplicationGroupProvider();
-        provider->initialize(handle);
-        try
-        {
-            call(*provider, handler);
-        }
-        catch (...)
-        {
-            provider->terminate();
-            attachCIMOMHandleBackend(handle, nullptr);
-            throw;
-        }
-        provider->terminate();
-        attachCIMOMHandleBackend(handle, nullptr);
-        expectLedgersClean("a direct membership call");
+        directCall<ZDA_MemberOfReplicationGroupProvider>(handler, call,
+            "a direct membership call");
     }
     // A vvset named `name` holding new volumes with these names.
     static void addSet(const char* name, const std::vector<std::string>& volumes)

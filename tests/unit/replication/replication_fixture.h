@@ -16,6 +16,7 @@
 #include "copysvcs_fixture.h"
 #include "SemaphoreCheckingHandler.h"
 #include "ZDA_ReplicationServiceProvider.h"
+#include "RecordingResponseHandler.h"
 
 namespace zda_replication_test
 {
@@ -39,6 +40,32 @@ protected:
     {
         out.clear();
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
+    }
+
+    // Runs `call(provider, handler)` on a provider of our own, initialized
+    // on a handle that reaches the in-process host; the ledgers are checked
+    // afterwards, naming `what`.
+    template <class Provider, class Call>
+    void directCall(zda_test::RecordingResponseHandler& handler, Call call, const char* what)
+    {
+        CIMOMHandle handle;
+        attachCIMOMHandleBackend(handle,
+            std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+        Provider* provider = new Provider();
+        provider->initialize(handle);
+        try
+        {
+            call(*provider, handler);
+        }
+        catch (...)
+        {
+            provider->terminate();
+            attachCIMOMHandleBackend(handle, nullptr);
+            throw;
+        }
+        provider->terminate();
+        attachCIMOMHandleBackend(handle, nullptr);
+        expectLedgersClean(what);
     }
 
     // Runs `call` on the host's own provider of the association class,
