@@ -48,7 +48,7 @@ struct ListenerOptions {
     // maxConnectionsPerAddress from one client address; more get 503 and
     // are closed. The local socket has a cap of maxConnections of its own.
     unsigned maxConnections = 128;
-    unsigned maxUnauthenticatedConnections = 32;
+    unsigned maxUnauthenticatedConnections = 64;
     unsigned maxConnectionsPerAddress = 32;
     // Threads that read requests; as many more wait to run requests, and
     // more are started while every one of them is busy.

@@ -160,7 +160,8 @@ void addOptions(CLI::App& app, Settings& s)
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
-    app.add_option("--threads", s.limits.threads, "Threads serving requests")
+    app.add_option("--threads", s.limits.threads,
+                   "Threads serving connections; as many wait to run requests, and more start while all are busy")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 256u));
