@@ -260,28 +260,46 @@ HttpResponse CimRequestHandler::refusal(unsigned status, const std::string& cimE
     return res;
 }
 
-std::string CimRequestHandler::authenticate(const HttpRequest& request, Peer& peer) const
+HttpResponse CimRequestHandler::authenticationRequired(unsigned version, bool keepAlive)
 {
-    if (peer.trustedLocal)
-        return _options.localUser;
-    std::string header(request[bhttp::field::authorization]);
-    if (!peer.verifiedAuthorization.empty() && header == peer.verifiedAuthorization)
-        return peer.verifiedUser;
+    HttpResponse res = refusal(401, "", version, keepAlive);
+    res.set(bhttp::field::www_authenticate, "Basic realm=\"zda-cimserver\"");
+    return res;
+}
+
+CimRequestHandler::Credentials CimRequestHandler::checkCredentials(const HttpRequestHead& head, Peer& peer,
+                                                                   bool mayHash, std::string& user) const
+{
+    user.clear();
+    if (peer.trustedLocal) {
+        user = _options.localUser;
+        return Credentials::Accepted;
+    }
+    std::string header(head[bhttp::field::authorization]);
+    if (!peer.verifiedAuthorization.empty() && header == peer.verifiedAuthorization) {
+        user = peer.verifiedUser;
+        return Credentials::Accepted;
+    }
     if (!startsWithNoCase(header, "Basic "))
-        return std::string();
+        return Credentials::Refused;
     std::string credentials;
     std::size_t start = header.find_first_not_of(' ', 6);
     if (start == std::string::npos || !decodeBase64(header.substr(start), credentials))
-        return std::string();
+        return Credentials::Refused;
     std::size_t colon = credentials.find(':');
     if (colon == std::string::npos)
-        return std::string();
-    std::string user = credentials.substr(0, colon);
-    if (!_users.verify(user, credentials.substr(colon + 1)))
-        return std::string();
+        return Credentials::Refused;
+    std::string name = credentials.substr(0, colon);
+    const std::string password = credentials.substr(colon + 1);
+    const bool accepted = mayHash ? _users.verify(name, password) : _users.remembered(name, password);
+    if (!accepted) {
+        user = std::move(name);
+        return mayHash ? Credentials::Refused : Credentials::NeedsHash;
+    }
     peer.verifiedAuthorization = header;
-    peer.verifiedUser = user;
-    return user;
+    peer.verifiedUser = name;
+    user = std::move(name);
+    return Credentials::Accepted;
 }
 
 std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Peer& peer,
@@ -302,14 +320,11 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
     }
     auto cimHeader = [&](const char* name) { return std::string(req[prefix + name]); };
 
-    std::string user = authenticate(req, peer);
-    if (user.empty()) {
-        server::logFormat(3, "zda-cimserver: refused request from %s: no valid credentials",
-                    peer.address.empty() ? "the local socket" : peer.address.c_str());
-        HttpResponse res = refusal(401, "", version, keepAlive);
-        res.set(bhttp::field::www_authenticate, "Basic realm=\"zda-cimserver\"");
-        return res;
-    }
+    // The listener has checked the credentials before reading the body;
+    // this finds them on the connection, and keeps the handler safe alone.
+    std::string user;
+    if (checkCredentials(req, peer, true, user) != Credentials::Accepted)
+        return authenticationRequired(version, keepAlive);
 
     if (cimHeader(xhttp::CIM_OPERATION) != "MethodCall") {
         auto r = xhttp::unsupportedOperation();

@@ -29,6 +29,7 @@
 namespace zda::cimserver {
 
 using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>;
+using HttpRequestHead = boost::beast::http::request_header<>;
 using HttpResponse = boost::beast::http::response<boost::beast::http::string_body>;
 using HttpResponseHead = boost::beast::http::response<boost::beast::http::empty_body>;
 
@@ -86,14 +87,23 @@ public:
     // ConnectionLost from the stream.
     std::optional<HttpResponse> handle(const HttpRequest& request, Peer& peer, ResponseStream& stream) const;
 
+    // Checks the credentials in a request's headers, before its body is
+    // read. Without `mayHash` only what needs no password hash is decided
+    // (a trusted local peer, the connection's verified header, a credential
+    // that verified recently); the rest is NeedsHash, known user or not.
+    // Accepted sets `user`; otherwise `user` holds the name the credentials
+    // gave, if any.
+    enum class Credentials { Accepted, Refused, NeedsHash };
+    Credentials checkCredentials(const HttpRequestHead& head, Peer& peer, bool mayHash, std::string& user) const;
+
+    // A 401 answer asking for Basic credentials.
+    static HttpResponse authenticationRequired(unsigned version, bool keepAlive);
+
     // A bare refusal (no body) with the CIMError header when `cimError` is
     // not empty; used by the listener for requests it refuses itself.
     static HttpResponse refusal(unsigned status, const std::string& cimError, unsigned version, bool keepAlive);
 
 private:
-    // The authenticated user, or empty when the credentials are missing or wrong.
-    std::string authenticate(const HttpRequest& request, Peer& peer) const;
-
     server::Dispatcher& _dispatcher;
     const UserStore& _users;
     const HandlerOptions _options;

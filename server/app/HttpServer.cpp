@@ -1,4 +1,6 @@
 #include "HttpServer.h"
+#include "LoginThrottle.h"
+#include "RequestPool.h"
 
 #include <ServerLog.h>
 
@@ -19,6 +21,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <unordered_map>
 
 namespace zda::cimserver {
 
@@ -38,8 +41,9 @@ using LocalStream = beast::basic_stream<local>;
 // Headers beyond this size are refused: CIM requests carry a handful.
 constexpr std::uint32_t kMaxHeaderBytes = 16 * 1024;
 
-// Bounds the blocking writes of streamed answers. A write still running at
-// its deadline (a client that stopped reading) has its socket shut down,
+// Bounds the blocking writes of streamed answers. A write that makes no
+// progress until its deadline (a client that stopped reading) has its
+// socket shut down,
 // which makes the write fail at once; shutDownAll() does the same to every
 // write under way, and to every later one, when the server stops.
 class WriteWatchdog
@@ -76,6 +80,15 @@ public:
         if (deadline < _nextWake)
             _wake.notify_one();
         return ticket;
+    }
+
+    // Moves a watched write's deadline: it made progress.
+    void renew(std::uint64_t ticket, Clock::time_point deadline)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        auto found = _watched.find(ticket);
+        if (found != _watched.end() && !found->second.shutDown)
+            found->second.deadline = deadline;
     }
 
     void release(std::uint64_t ticket)
@@ -134,13 +147,103 @@ private:
     std::thread _thread;  // last: starts once the rest is ready
 };
 
+// Counts the connections being served against the caps of ListenerOptions.
+// A TCP connection starts unauthenticated and moves to the authenticated
+// ones when its first request passes; the local socket is counted apart.
+class ConnectionLimits
+{
+public:
+    explicit ConnectionLimits(const ListenerOptions& options) : _options(options) {}
+
+    // Why a new TCP connection is refused, or nullptr when it is admitted.
+    const char* admitTcp(const std::string& address)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (_tcp >= _options.maxConnections)
+            return "too many connections";
+        if (_unauthenticated >= _options.maxUnauthenticatedConnections)
+            return "too many connections not yet authenticated";
+        unsigned& fromAddress = _perAddress[address];
+        if (fromAddress >= _options.maxConnectionsPerAddress)
+            return "too many connections from one address";
+        fromAddress++;
+        _tcp++;
+        _unauthenticated++;
+        return nullptr;
+    }
+
+    void authenticated()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _unauthenticated--;
+    }
+
+    void closedTcp(const std::string& address, bool wasAuthenticated)
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _tcp--;
+        if (!wasAuthenticated)
+            _unauthenticated--;
+        auto found = _perAddress.find(address);
+        if (found != _perAddress.end() && --found->second == 0)
+            _perAddress.erase(found);
+    }
+
+    bool admitLocal()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        if (_local >= _options.maxConnections)
+            return false;
+        _local++;
+        return true;
+    }
+
+    void closedLocal()
+    {
+        std::lock_guard<std::mutex> lock(_mutex);
+        _local--;
+    }
+
+private:
+    const ListenerOptions& _options;
+    std::mutex _mutex;
+    unsigned _tcp = 0;
+    unsigned _unauthenticated = 0;
+    unsigned _local = 0;
+    std::unordered_map<std::string, unsigned> _perAddress;
+};
+
+// The request body bytes all connections may hold at once.
+class BodyBudget
+{
+public:
+    explicit BodyBudget(std::size_t limit) : _limit(limit) {}
+
+    bool reserve(std::size_t bytes)
+    {
+        std::size_t used = _used.load();
+        do {
+            if (bytes > _limit - used)
+                return false;
+        } while (!_used.compare_exchange_weak(used, used + bytes));
+        return true;
+    }
+
+    void release(std::size_t bytes) { _used -= bytes; }
+
+private:
+    const std::size_t _limit;
+    std::atomic<std::size_t> _used{0};
+};
+
 }  // namespace
 
 class HttpServer::Impl {
 public:
     Impl(const CimRequestHandler& handler, ListenerOptions options)
-        : handler(handler), options(std::move(options)), tls(asio::ssl::context::tls_server), httpAcceptor(io),
-          httpsAcceptor(io), localAcceptor(io)
+        : handler(handler), options(std::move(options)), limits(this->options),
+          bodies(this->options.maxBodyBytesInFlight), requests(this->options.threads),
+          tls(asio::ssl::context::tls_server), httpAcceptor(io), httpsAcceptor(io), localAcceptor(io)
     {
         if (this->options.httpPort >= 0)
             openTcp(httpAcceptor, this->options.httpPort);
@@ -182,6 +285,8 @@ public:
         for (auto& t : threads)
             t.join();
         threads.clear();
+        // Requests still running finish (their writes fail at once).
+        requests.stop();
         if (!options.socketPath.empty())
             ::unlink(options.socketPath.c_str());
     }
@@ -247,9 +352,13 @@ public:
     const ListenerOptions options;
     // Sessions still queued when the io_context goes touch these: they are
     // declared (and so outlive it) before it.
-    std::atomic<unsigned> connections{0};
+    ConnectionLimits limits;
+    BodyBudget bodies;
+    LoginThrottle logins;
+    LogLimiter refusals{10, std::chrono::minutes(1)};
     std::atomic<bool> stopped{false};
     WriteWatchdog watchdog;
+    RequestPool requests;
     asio::io_context io;
     asio::ssl::context tls;
     tcp::acceptor httpAcceptor;
@@ -258,25 +367,46 @@ public:
     std::vector<std::thread> threads;
 };
 
-// One connection: reads a request, answers it, and repeats while both sides
-// keep the connection alive.
+// One connection: reads a request's headers, checks its credentials, reads
+// its body, runs it on the request pool and answers it, and repeats while
+// both sides keep the connection alive. Handlers run on the connection's
+// strand; while a request runs on the pool no handler of the connection is
+// pending, so the request's thread may write to the stream.
 template <class Stream>
 class HttpServer::Impl::Session : public std::enable_shared_from_this<Session<Stream>> {
 public:
+    static constexpr bool kLocal = std::is_same_v<Stream, LocalStream>;
+    static constexpr bool kSecure = std::is_same_v<Stream, TlsStream>;
+
     template <class... Args>
     Session(Impl& owner, Peer peer, Args&&... args)
-        : _owner(owner), _peer(std::move(peer)), _stream(std::forward<Args>(args)...)
+        : _owner(owner), _peer(std::move(peer)), _stream(std::forward<Args>(args)...),
+          _pause(_stream.get_executor())
     {
-        _counted = ++_owner.connections;
     }
 
-    ~Session() { --_owner.connections; }
+    ~Session()
+    {
+        releaseBody();
+        if (!_admitted)
+            return;
+        if constexpr (kLocal)
+            _owner.limits.closedLocal();
+        else
+            _owner.limits.closedTcp(_peer.address, _authenticated);
+    }
 
     void start()
     {
-        if (_counted > _owner.options.maxConnections) {
-            server::logFormat(3, "zda-cimserver: too many connections (%u), refusing one", _owner.options.maxConnections);
-            if constexpr (std::is_same_v<Stream, TlsStream>) {
+        const char* refusal = nullptr;
+        if constexpr (kLocal)
+            refusal = _owner.limits.admitLocal() ? nullptr : "too many local connections";
+        else
+            refusal = _owner.limits.admitTcp(_peer.address);
+        if (refusal) {
+            _owner.refusals.warn(std::string("refused a connection from ") +
+                                 (kLocal ? std::string("the local socket") : _peer.address) + ": " + refusal);
+            if constexpr (kSecure) {
                 // No handshake is spent on a connection that is refused.
                 error_code ignored;
                 beast::get_lowest_layer(_stream).socket().close(ignored);
@@ -286,8 +416,11 @@ public:
             }
             return;
         }
-        if constexpr (std::is_same_v<Stream, TlsStream>) {
-            beast::get_lowest_layer(_stream).expires_after(_owner.options.headerTimeout);
+        _admitted = true;
+        if (_peer.trustedLocal)
+            _authenticated = true;
+        if constexpr (kSecure) {
+            beast::get_lowest_layer(_stream).expires_after(idleTimeout());
             _stream.async_handshake(asio::ssl::stream_base::server,
                                     [self = this->shared_from_this()](error_code ec) {
                                         if (!ec)
@@ -299,12 +432,19 @@ public:
     }
 
 private:
+    std::chrono::milliseconds idleTimeout() const
+    {
+        return _authenticated ? _owner.options.headerTimeout
+                              : std::min(_owner.options.headerTimeout, _owner.options.unauthenticatedTimeout);
+    }
+
     void readHeader()
     {
+        releaseBody();
         _parser.emplace();
         _parser->header_limit(kMaxHeaderBytes);
         _parser->body_limit(_owner.options.maxRequestBytes);
-        beast::get_lowest_layer(_stream).expires_after(_owner.options.headerTimeout);
+        beast::get_lowest_layer(_stream).expires_after(idleTimeout());
         bhttp::async_read_header(_stream, _buffer, *_parser,
                                  [self = this->shared_from_this()](error_code ec, std::size_t) {
                                      self->onHeader(ec);
@@ -327,6 +467,75 @@ private:
             refuseTooLarge();
             return;
         }
+        // Credentials are checked on the headers: nothing of the body is
+        // read, and no 100-continue sent, for a client that cannot log in.
+        beast::get_lowest_layer(_stream).expires_never();
+        std::string user;
+        switch (_owner.handler.checkCredentials(_parser->get(), _peer, false, user)) {
+        case CimRequestHandler::Credentials::Accepted: onAuthenticated(); return;
+        case CimRequestHandler::Credentials::Refused: refuseCredentials(user, false); return;
+        case CimRequestHandler::Credentials::NeedsHash: break;
+        }
+        // The password hash runs on the request pool, after the wait that
+        // the address's recent failures have earned (a timer: no thread
+        // waits for it).
+        std::optional<LoginThrottle::Clock::time_point> turn = _owner.logins.admit(_peer.address);
+        if (!turn) {
+            refuseCredentials(user, true);
+            return;
+        }
+        _pause.expires_at(*turn);
+        _pause.async_wait([self = this->shared_from_this()](error_code ec) {
+            if (ec)
+                return;
+            self->_owner.requests.post([self] {
+                std::string user;
+                bool accepted = self->_owner.handler.checkCredentials(self->_parser->get(), self->_peer, true,
+                                                                      user) == CimRequestHandler::Credentials::Accepted;
+                asio::post(self->_stream.get_executor(), [self, accepted, user = std::move(user)] {
+                    if (accepted) {
+                        self->_owner.logins.succeeded(self->_peer.address);
+                        self->onAuthenticated();
+                    } else {
+                        self->refuseCredentials(user, true);
+                    }
+                });
+            });
+        });
+    }
+
+    // A 401. `counted`: wrong credentials that count as a failed login
+    // (not a request that just came without any). The body, if any, is
+    // left unread, so the connection closes after the answer.
+    void refuseCredentials(const std::string& user, bool counted)
+    {
+        if (counted)
+            _owner.logins.failed(_peer.address, UserStore::validUserName(user) ? user : std::string());
+        const auto& head = _parser->get();
+        const bool noBody = !head.chunked() && _parser->content_length().value_or(0) == 0;
+        _response = CimRequestHandler::authenticationRequired(head.version(), head.keep_alive() && noBody);
+        write();
+    }
+
+    void onAuthenticated()
+    {
+        if (!_authenticated) {
+            _authenticated = true;
+            if constexpr (!kLocal)
+                _owner.limits.authenticated();
+        }
+        // A chunked body may grow to the limit.
+        std::size_t bytes = _parser->get().chunked() ? _owner.options.maxRequestBytes
+                                                     : std::size_t(_parser->content_length().value_or(0));
+        if (bytes > 0 && !_owner.bodies.reserve(bytes)) {
+            _owner.refusals.warn("refused a request body of " + std::to_string(bytes) +
+                                 " bytes: the bodies being received already fill the allowance");
+            _response = CimRequestHandler::refusal(503, "", _parser->get().version(), false);
+            _response.set(bhttp::field::retry_after, "1");
+            write();
+            return;
+        }
+        _reservedBody = bytes;
         beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
         // A client that asks whether to send its body is told to go on.
         if (beast::iequals(_parser->get()[bhttp::field::expect], "100-continue")) {
@@ -340,6 +549,14 @@ private:
             return;
         }
         readBody();
+    }
+
+    void releaseBody()
+    {
+        if (_reservedBody) {
+            _owner.bodies.release(_reservedBody);
+            _reservedBody = 0;
+        }
     }
 
     void readBody()
@@ -358,18 +575,24 @@ private:
                 refuseBroken(ec);
             return;
         }
-        // The request runs on this pool thread; the connection's strand
-        // keeps its other handlers away meanwhile, so a streamed answer can
-        // be written synchronously from here.
+        // The request runs on the request pool, so that a long answer to a
+        // slow client holds none of the threads that read requests.
         beast::get_lowest_layer(_stream).expires_never();
+        _owner.requests.post([self = this->shared_from_this()] { self->serve(); });
+    }
+
+    // On a request pool thread: runs the request, then hands what comes
+    // next back to the connection's strand.
+    void serve()
+    {
         Streamer streamer(*this);
         std::optional<HttpResponse> response;
+        bool lost = false;
         try {
             response = _owner.handler.handle(_parser->get(), _peer, streamer);
         } catch (const ConnectionLost& e) {
             server::logFormat(3, "zda-cimserver: lost a connection while streaming an answer: %s", e.what());
-            close();
-            return;
+            lost = true;
         } catch (const std::exception& e) {
             // Out of memory while encoding, and the like: the pool thread
             // carries on, the client learns that this request failed.
@@ -379,17 +602,25 @@ private:
             server::logFormat(2, "zda-cimserver: request failed");
             response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         }
-        if (streamer.begun() || !response) {
+        enum { Close, ReadNext, Answer } next = Answer;
+        if (lost || streamer.begun() || !response) {
             // A failure after the head went out cannot be answered any more:
             // closing cuts the body short.
-            if (streamer.ended() && streamer.keepAlive() && !response)
-                readHeader();
-            else
-                close();
-            return;
+            next = !lost && streamer.ended() && streamer.keepAlive() && !response ? ReadNext : Close;
         }
-        _response = std::move(*response);
-        write();
+        asio::post(_stream.get_executor(),
+                   [self = this->shared_from_this(), next, response = std::move(response)]() mutable {
+                       self->releaseBody();
+                       std::string().swap(self->_parser->get().body());
+                       if (next == Close) {
+                           self->close();
+                       } else if (next == ReadNext) {
+                           self->readHeader();
+                       } else {
+                           self->_response = std::move(*response);
+                           self->write();
+                       }
+                   });
     }
 
     // Writes a streamed answer on the connection, synchronously, each write
@@ -412,25 +643,27 @@ private:
             _keepAlive = head.keep_alive();
             _begun = true;
             bhttp::response_serializer<bhttp::empty_body> serializer{head};
-            guarded([&](error_code& ec) { bhttp::write_header(_session._stream, serializer, ec); });
+            guarded([&](auto&, error_code& ec) { bhttp::write_header(_session._stream, serializer, ec); });
         }
 
         void send(const char* data, std::size_t size) override
         {
             if (size == 0)
                 return;
-            guarded([&](error_code& ec) {
+            guarded([&](auto& progress, error_code& ec) {
                 if (_chunked)
-                    asio::write(_session._stream, bhttp::make_chunk(asio::buffer(data, size)), ec);
+                    asio::write(_session._stream, bhttp::make_chunk(asio::buffer(data, size)), progress, ec);
                 else
-                    asio::write(_session._stream, asio::buffer(data, size), ec);
+                    asio::write(_session._stream, asio::buffer(data, size), progress, ec);
             });
         }
 
         void end(const bhttp::fields& trailer) override
         {
             if (_chunked)
-                guarded([&](error_code& ec) { asio::write(_session._stream, bhttp::make_chunk_last(trailer), ec); });
+                guarded([&](auto& progress, error_code& ec) {
+                    asio::write(_session._stream, bhttp::make_chunk_last(trailer), progress, ec);
+                });
             _ended = true;
         }
 
@@ -439,15 +672,27 @@ private:
         bool keepAlive() const { return _keepAlive; }
 
     private:
+        // Runs `write(progress, ec)` under the watchdog. `progress` is a
+        // completion condition for asio::write: each part of the write that
+        // got through moves the deadline, so a slow client that keeps
+        // reading is never cut off, one that stopped is after sendTimeout.
         template <class Write>
         void guarded(Write write)
         {
             int socket = beast::get_lowest_layer(_session._stream).socket().native_handle();
             WriteWatchdog& watchdog = _session._owner.watchdog;
-            std::uint64_t ticket =
-                watchdog.watch(socket, WriteWatchdog::Clock::now() + _session._owner.options.bodyTimeout);
+            const auto allowance = _session._owner.options.sendTimeout;
+            std::uint64_t ticket = watchdog.watch(socket, WriteWatchdog::Clock::now() + allowance);
+            std::size_t lastTotal = 0;
+            auto progress = [&](const error_code& ec, std::size_t total) -> std::size_t {
+                if (total != lastTotal) {
+                    lastTotal = total;
+                    watchdog.renew(ticket, WriteWatchdog::Clock::now() + allowance);
+                }
+                return asio::transfer_all()(ec, total);
+            };
             error_code ec;
-            write(ec);
+            write(progress, ec);
             watchdog.release(ticket);
             if (ec)
                 throw ConnectionLost(ec.message());
@@ -486,7 +731,7 @@ private:
 
     void write()
     {
-        beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
+        beast::get_lowest_layer(_stream).expires_after(_owner.options.sendTimeout);
         bhttp::async_write(_stream, _response, [self = this->shared_from_this()](error_code ec, std::size_t) {
             if (!ec && self->_response.keep_alive())
                 self->readHeader();
@@ -498,7 +743,7 @@ private:
     void close()
     {
         error_code ignored;
-        if constexpr (std::is_same_v<Stream, TlsStream>) {
+        if constexpr (kSecure) {
             beast::get_lowest_layer(_stream).expires_after(std::chrono::seconds(2));
             _stream.async_shutdown([self = this->shared_from_this()](error_code) {
                 error_code ignored;
@@ -513,7 +758,10 @@ private:
     Impl& _owner;
     Peer _peer;
     Stream _stream;
-    unsigned _counted = 0;
+    asio::steady_timer _pause;  // the wait before a throttled password check
+    bool _admitted = false;
+    bool _authenticated = false;
+    std::size_t _reservedBody = 0;
     beast::flat_buffer _buffer;
     std::optional<bhttp::request_parser<bhttp::string_body>> _parser;
     HttpResponse _response;

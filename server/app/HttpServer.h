@@ -1,7 +1,8 @@
 // The server's listeners: HTTP and HTTPS on TCP and HTTP on a Unix domain
-// socket, all served by one pool of threads. Each connection reads requests
-// one after the other (keep-alive), under the limits below, and hands each
-// complete request to the CimRequestHandler on a pool thread.
+// socket. Each connection reads requests one after the other (keep-alive),
+// under the limits below, checks the credentials on the headers before it
+// reads a body, and hands each complete request to the CimRequestHandler on
+// a thread of the RequestPool.
 #ifndef ZDA_CIMSERVER_HTTP_SERVER_H
 #define ZDA_CIMSERVER_HTTP_SERVER_H
 
@@ -29,14 +30,28 @@ struct ListenerOptions {
 
     // Largest request body accepted (413 beyond it).
     std::size_t maxRequestBytes = 32u << 20;
+    // Request bodies held at once across all connections: a request whose
+    // body does not fit beside the others gets 503 before it is read.
+    std::size_t maxBodyBytesInFlight = 128u << 20;
     // Time a client has to send a request's headers (also the idle time of
     // a kept-alive connection) and then its body; a connection that misses
-    // either is closed.
+    // either is closed. A connection that has not yet authenticated gets
+    // the shorter unauthenticatedTimeout for its handshake and headers.
     std::chrono::milliseconds headerTimeout{30000};
     std::chrono::milliseconds bodyTimeout{120000};
-    // Connections served at once; more get 503 and are closed.
+    std::chrono::milliseconds unauthenticatedTimeout{10000};
+    // Time an answer may go without any of it being taken by the client;
+    // then the connection is dropped (a client that stopped reading).
+    std::chrono::milliseconds sendTimeout{20000};
+    // TCP connections served at once, of them at most
+    // maxUnauthenticatedConnections not yet authenticated, and at most
+    // maxConnectionsPerAddress from one client address; more get 503 and
+    // are closed. The local socket has a cap of maxConnections of its own.
     unsigned maxConnections = 128;
-    // Threads that read requests and run them.
+    unsigned maxUnauthenticatedConnections = 64;
+    unsigned maxConnectionsPerAddress = 32;
+    // Threads that read requests; as many more wait to run requests, and
+    // more are started while every one of them is busy.
     unsigned threads = 4;
 };
 

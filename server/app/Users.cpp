@@ -122,21 +122,42 @@ UserStore UserStore::readFile(const std::string& path)
     return users;
 }
 
-bool UserStore::verify(const std::string& user, const std::string& password) const
+namespace {
+
+bool holdsNul(const std::string& text)
+{
+    return text.find('\0') != std::string::npos;
+}
+
+}  // namespace
+
+bool UserStore::remembered(const std::string& user, const std::string& password) const
 {
     auto found = _hashes.find(user);
-    if (found == _hashes.end())
+    if (found == _hashes.end() || !_verified || holdsNul(user) || holdsNul(password))
         return false;
-    const std::string digest = _verified ? _verified->digest(user, password, found->second) : std::string();
-    if (_verified && _verified->contains(digest))
+    return _verified->contains(_verified->digest(user, password, found->second));
+}
+
+bool UserStore::verify(const std::string& user, const std::string& password) const
+{
+    // crypt(3) would stop at the NUL and check a shorter password.
+    if (holdsNul(user) || holdsNul(password) || _hashes.empty())
+        return false;
+    auto found = _hashes.find(user);
+    const bool known = found != _hashes.end();
+    // An unknown user is checked against a stored hash all the same, which
+    // costs what a known user's check costs, and then refused.
+    const std::string& stored = known ? found->second : _hashes.begin()->second;
+    const std::string digest = known && _verified ? _verified->digest(user, password, stored) : std::string();
+    if (known && _verified && _verified->contains(digest))
         return true;
     // crypt_data is large; one per call keeps verification thread-safe.
     auto data = std::make_unique<crypt_data>();
     std::memset(data.get(), 0, sizeof(crypt_data));
-    const char* computed = crypt_r(password.c_str(), found->second.c_str(), data.get());
+    const char* computed = crypt_r(password.c_str(), stored.c_str(), data.get());
     if (!computed || computed[0] == '*')
         return false;
-    const std::string& stored = found->second;
     std::size_t n = std::strlen(computed);
     if (n != stored.size())
         return false;
@@ -144,7 +165,7 @@ bool UserStore::verify(const std::string& user, const std::string& password) con
     unsigned char diff = 0;
     for (std::size_t i = 0; i < n; i++)
         diff |= static_cast<unsigned char>(computed[i] ^ stored[i]);
-    if (diff != 0)
+    if (diff != 0 || !known)
         return false;
     if (_verified)
         _verified->remember(digest);

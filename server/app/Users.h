@@ -34,8 +34,14 @@ public:
     // connection, and so authenticate, for every request. A credential that
     // verified is therefore remembered for a few minutes, as a digest keyed
     // with a random key of this process, and then verifies at once; a wrong
-    // password always pays the full hash.
+    // password always pays the full hash, and so does an unknown user (the
+    // time taken does not tell which names exist). A user name or password
+    // holding a NUL byte never verifies.
     bool verify(const std::string& user, const std::string& password) const;
+
+    // Whether the credential verified recently (see verify()): answered
+    // without the hash.
+    bool remembered(const std::string& user, const std::string& password) const;
 
     bool contains(const std::string& user) const { return _hashes.count(user) != 0; }
     std::size_t size() const { return _hashes.size(); }

@@ -47,6 +47,8 @@ struct Settings {
     unsigned maxXmlDepth = 64;
     double headerTimeoutSeconds = 30;
     double bodyTimeoutSeconds = 120;
+    double unauthenticatedTimeoutSeconds = 10;
+    double sendTimeoutSeconds = 20;
 };
 
 // "off" is -1; anything else must be a port number (0: any free port).
@@ -131,11 +133,36 @@ void addOptions(CLI::App& app, Settings& s)
         ->group(group)
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
-    app.add_option("--max-connections", s.limits.maxConnections, "Connections served at once")
+    app.add_option("--max-body-bytes-in-flight", s.limits.maxBodyBytesInFlight,
+                   "Request body bytes received at once over all connections")
+        ->group(group)
+        ->capture_default_str();
+    app.add_option("--unauthenticated-timeout", s.unauthenticatedTimeoutSeconds,
+                   "Seconds a connection that has not authenticated may stay idle")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--send-timeout", s.sendTimeoutSeconds,
+                   "Seconds an answer may wait for its client to read before the connection is dropped")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--max-connections", s.limits.maxConnections, "TCP connections served at once")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
-    app.add_option("--threads", s.limits.threads, "Threads serving requests")
+    app.add_option("--max-unauthenticated-connections", s.limits.maxUnauthenticatedConnections,
+                   "TCP connections served at once that have not authenticated")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 100000u));
+    app.add_option("--max-connections-per-address", s.limits.maxConnectionsPerAddress,
+                   "TCP connections served at once from one client address")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 100000u));
+    app.add_option("--threads", s.limits.threads,
+                   "Threads serving connections; as many wait to run requests, and more start while all are busy")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 256u));
@@ -154,6 +181,10 @@ int serve(Settings& s)
     listen.httpsPort = parsePort(s.httpsPort, "--https-port");
     listen.headerTimeout = millis(s.headerTimeoutSeconds);
     listen.bodyTimeout = millis(s.bodyTimeoutSeconds);
+    listen.unauthenticatedTimeout = millis(s.unauthenticatedTimeoutSeconds);
+    listen.sendTimeout = millis(s.sendTimeoutSeconds);
+    if (listen.maxBodyBytesInFlight < listen.maxRequestBytes)
+        throw std::runtime_error("--max-body-bytes-in-flight must be at least --max-request-bytes");
     if (s.certificateFile.empty() != s.keyFile.empty())
         throw std::runtime_error("--tls-cert and --tls-key go together");
 

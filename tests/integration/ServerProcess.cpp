@@ -247,39 +247,64 @@ std::string ServerProcess::url(const std::string& user, const std::string& nameS
            std::to_string(secure ? _httpsPort : _httpPort) + "/" + nameSpace + ":";
 }
 
-RawExchange rawExchange(int port, const std::string& request, int timeoutMs)
+RawConnection::RawConnection(int port, const std::string& source, int receiveBuffer)
 {
-    RawExchange result;
-    int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    _fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (receiveBuffer > 0)
+        ::setsockopt(_fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    sockaddr_in from{};
+    from.sin_family = AF_INET;
+    ::inet_pton(AF_INET, source.c_str(), &from.sin_addr);
     sockaddr_in where{};
     where.sin_family = AF_INET;
     where.sin_port = htons(static_cast<uint16_t>(port));
     where.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(fd, reinterpret_cast<sockaddr*>(&where), sizeof where) != 0)
+    if (::bind(_fd, reinterpret_cast<sockaddr*>(&from), sizeof from) != 0 ||
+        ::connect(_fd, reinterpret_cast<sockaddr*>(&where), sizeof where) != 0)
     {
-        ::close(fd);
-        throw std::runtime_error("cannot connect to port " + std::to_string(port));
+        ::close(_fd);
+        throw std::runtime_error("cannot connect to port " + std::to_string(port) + " from " + source);
     }
-    auto start = Clock::now();
-    ::send(fd, request.data(), request.size(), MSG_NOSIGNAL);
-    auto deadline = start + std::chrono::milliseconds(timeoutMs);
+}
+
+RawConnection::~RawConnection()
+{
+    ::close(_fd);
+}
+
+void RawConnection::send(const std::string& data)
+{
+    ::send(_fd, data.data(), data.size(), MSG_NOSIGNAL);
+}
+
+const std::string& RawConnection::readUntil(const std::string& until, int timeoutMs)
+{
+    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
     char buffer[4096];
-    for (;;)
+    while (!_closed && (until.empty() || _received.find(until) == std::string::npos))
     {
-        pollfd p{fd, POLLIN, 0};
+        pollfd p{_fd, POLLIN, 0};
         if (::poll(&p, 1, millisLeft(deadline)) <= 0)
             break;
-        ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        ssize_t n = ::recv(_fd, buffer, sizeof buffer, 0);
         if (n <= 0)
-        {
-            result.closedByServer = true;
-            break;
-        }
-        result.response.append(buffer, std::size_t(n));
+            _closed = true;
+        else
+            _received.append(buffer, std::size_t(n));
     }
+    return _received;
+}
+
+RawExchange rawExchange(int port, const std::string& request, int timeoutMs)
+{
+    RawExchange result;
+    RawConnection connection(port);
+    auto start = Clock::now();
+    connection.send(request);
+    result.response = connection.readUntil("", timeoutMs);
+    result.closedByServer = connection.closedByServer();
     result.elapsedMs =
         int(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-    ::close(fd);
     return result;
 }
 

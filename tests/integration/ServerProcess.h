@@ -83,6 +83,30 @@ private:
     int _httpsPort = -1;
 };
 
+// A TCP connection to 127.0.0.1:port from the loopback address `source`
+// (other 127.x addresses let a test act as several clients), open until it
+// is destroyed. A `receiveBuffer` above 0 shrinks the client's receive
+// buffer, as a client that reads little would.
+class RawConnection
+{
+public:
+    explicit RawConnection(int port, const std::string& source = "127.0.0.1", int receiveBuffer = 0);
+    ~RawConnection();
+    RawConnection(const RawConnection&) = delete;
+    RawConnection& operator=(const RawConnection&) = delete;
+
+    void send(const std::string& data);
+    // Reads until `until` has arrived (never, when empty), the server closes
+    // or `timeoutMs` passes; returns everything read so far.
+    const std::string& readUntil(const std::string& until, int timeoutMs);
+    bool closedByServer() const { return _closed; }
+
+private:
+    int _fd = -1;
+    std::string _received;
+    bool _closed = false;
+};
+
 // One exchange over a fresh TCP connection to 127.0.0.1:port: sends
 // `request`, then reads until the server closes or `timeoutMs` passes.
 struct RawExchange
