@@ -309,6 +309,20 @@ private:
                    const Pegasus::String& role, const Pegasus::String& resultRole, bool includeQualifiers,
                    bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
                    const ObjectConsumer* consumeObject, const PathConsumer* consumePath);
+    // The three sources of association results, each passing its results
+    // to the walk's emitters.
+    struct AssociationWalk;
+    // Calls `visit` with the far end's class of each pair of references of
+    // `association` that can hold the object at the near end and, with the
+    // walk's result class, lead to it (also up the hierarchy when
+    // `resultEitherWay`); stops and returns true when `visit` does.
+    bool forEachEnd(const AssociationWalk& walk, const ClassShape& association, bool resultEitherWay,
+                    const std::function<bool(const Pegasus::CIMName& farClass)>& visit) const;
+    void associateClasses(const AssociationWalk& walk, const Pegasus::CIMName& association,
+                          const ClassShape& associationShape, std::set<std::string>& classesSeen);
+    void associateByProvider(const AssociationWalk& walk, const Pegasus::CIMName& association,
+                             const ProviderId& id);
+    void associateFromMof(const AssociationWalk& walk, const Pegasus::CIMName& association);
 
     const ClassRepository& _repository;
     const ProviderRegistry& _registry;
