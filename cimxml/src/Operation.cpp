@@ -207,6 +207,18 @@ String OperationResponse::name() const
     return intrinsic ? String(intrinsicName(operation)) : methodName.getString();
 }
 
+OperationResponse errorResponse(const OperationRequest& request, Uint32 code, const String& description)
+{
+    OperationResponse r;
+    r.messageId = request.messageId;
+    r.intrinsic = request.intrinsic;
+    r.operation = request.operation;
+    r.methodName = request.methodName;
+    r.errorCode = code;
+    r.errorDescription = description;
+    return r;
+}
+
 const CIMParamValue* OperationRequest::find(const char* name) const
 {
     String wanted(name);

@@ -6,6 +6,7 @@
 
 #include <cimxml/Codec.h>
 #include <cimxml/Http.h>
+#include <cimxml/OperationCalls.h>
 
 #include <zdaapi_base.h>
 
@@ -25,83 +26,14 @@ namespace xhttp = cimxml::http;
 
 namespace {
 
-template <class T>
-CIMValue objects(const Array<T>& items)
-{
-    Array<CIMObject> out;
-    for (Uint32 i = 0; i < items.size(); i++)
-        out.append(CIMObject(items[i]));
-    return CIMValue(out);
-}
-
 // Runs one decoded request whose result is a single value (or an
 // extrinsic method) on the dispatcher; CIM errors become the response's
 // error.
 OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r)
 {
-    OperationResponse out;
-    out.messageId = r.messageId;
-    out.intrinsic = r.intrinsic;
-    out.operation = r.operation;
-    out.methodName = r.methodName;
-    const CIMNamespaceName& ns = r.nameSpace;
     try {
         try {
-            if (!r.intrinsic) {
-                out.returnValue = d.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters, out.outParameters);
-                return out;
-            }
-            switch (r.operation) {
-            case Intrinsic::GetClass:
-                out.returnValue = CIMValue(CIMObject(d.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
-                                                                r.flag("IncludeQualifiers"),
-                                                                r.flag("IncludeClassOrigin"), r.propertyList())));
-                break;
-            case Intrinsic::EnumerateClasses:
-                out.returnValue = objects(d.enumerateClasses(ctx, ns, r.className("ClassName"),
-                                                             r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                                                             r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
-                break;
-            case Intrinsic::EnumerateClassNames: {
-                Array<CIMName> names =
-                    d.enumerateClassNames(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"));
-                Array<String> texts;
-                for (Uint32 i = 0; i < names.size(); i++)
-                    texts.append(names[i].getString());
-                out.returnValue = CIMValue(texts);
-                break;
-            }
-            case Intrinsic::CreateClass: d.createClass(ctx, ns, r.cimClass("NewClass")); break;
-            case Intrinsic::ModifyClass: d.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
-            case Intrinsic::DeleteClass: d.deleteClass(ctx, ns, r.className("ClassName")); break;
-            case Intrinsic::GetInstance:
-                out.returnValue = CIMValue(d.getInstance(ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
-                                                         r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
-                                                         r.propertyList()));
-                break;
-            case Intrinsic::CreateInstance:
-                out.returnValue = CIMValue(d.createInstance(ctx, ns, r.instance("NewInstance")));
-                break;
-            case Intrinsic::ModifyInstance:
-                d.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
-                                 r.propertyList());
-                break;
-            case Intrinsic::DeleteInstance: d.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
-            case Intrinsic::ExecQuery:
-                out.returnValue = CIMValue(d.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
-                break;
-            case Intrinsic::GetProperty:
-                out.returnValue =
-                    d.getProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
-                break;
-            default:
-                // The list results are written by writeListResult().
-                throw std::logic_error("dispatch() called for a list operation");
-            case Intrinsic::SetProperty:
-                d.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
-                              r.value("NewValue"));
-                break;
-            }
+            return cimxml::callOperation(d, ctx, r);
         } catch (const CIMException&) {
             throw;
         } catch (...) {
@@ -110,12 +42,8 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
             server::rethrowAsCIMException();
         }
     } catch (const CIMException& e) {
-        out.errorCode = Uint32(e.getCode());
-        out.errorDescription = server::errorDescription(e);
-        out.returnValue = CIMValue();
-        out.outParameters.clear();
+        return cimxml::errorResponse(r, Uint32(e.getCode()), server::errorDescription(e));
     }
-    return out;
 }
 
 // Answers the operations whose results can be long lists straight into
@@ -395,12 +323,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                 queued.end(trailer);
                 return std::nullopt;
             }
-            response.messageId = request.messageId;
-            response.intrinsic = request.intrinsic;
-            response.operation = request.operation;
-            response.methodName = request.methodName;
-            response.errorCode = Uint32(e.getCode());
-            response.errorDescription = server::errorDescription(e);
+            response = cimxml::errorResponse(request, Uint32(e.getCode()), server::errorDescription(e));
             cimxml::encodeResponse(response, body);
             return answer(std::move(body.text));
         }

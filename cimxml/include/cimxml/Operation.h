@@ -162,6 +162,9 @@ struct OperationResponse
     bool isError() const { return errorCode != 0; }
 };
 
+// The answer to `request` that reports a CIM error.
+OperationResponse errorResponse(const OperationRequest& request, Uint32 code, const String& description);
+
 }  // namespace cimxml
 
 #endif
