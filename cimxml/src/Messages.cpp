@@ -534,12 +534,15 @@ OperationResponse RequestRefused::response() const
 {
     OperationResponse r;
     r.messageId = messageId;
-    r.intrinsic = intrinsic && findIntrinsic(methodName, r.operation);
-    if (!r.intrinsic)
+    // An intrinsic call is answered as one even when the operation is
+    // unknown, so that the client reads the error instead of failing on the
+    // envelope.
+    r.intrinsic = intrinsic;
+    if (!intrinsic || !findIntrinsic(methodName, r.operation))
     {
         String name = lossyString(methodName);
-        // The response names the method; one the client misspelt cannot be
-        // echoed as a name, so a placeholder stands in.
+        // The response names the operation; one the client misspelt cannot
+        // be echoed as a name, so a placeholder stands in.
         r.methodName = CIMName::legal(name) ? CIMName(name) : CIMName("InvalidMethodName");
     }
     r.errorCode = code;
@@ -671,10 +674,17 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
     ReadContext ctx{limits};
     try
     {
+        pugi::xml_node first = firstElement(rsp);
         if (response.intrinsic)
         {
+            // An operation the codec does not know can only have been
+            // refused.
             if (!findIntrinsic(name, response.operation))
-                invalid("response to an unknown operation '" + name + "'");
+            {
+                if (!first || !is(first, "ERROR") || !CIMName::legal(String(name.c_str())))
+                    invalid("response to an unknown operation '" + name + "'");
+                response.methodName = CIMName(String(name.c_str()));
+            }
         }
         else
         {
@@ -682,7 +692,6 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
                 invalid("METHODRESPONSE NAME '" + name + "' is not a valid method name");
             response.methodName = CIMName(String(name.c_str()));
         }
-        pugi::xml_node first = firstElement(rsp);
         if (first && is(first, "ERROR"))
         {
             // Instances inside ERROR describe the error further; they are

@@ -204,7 +204,7 @@ String OperationRequest::name() const
 
 String OperationResponse::name() const
 {
-    return intrinsic ? String(intrinsicName(operation)) : methodName.getString();
+    return intrinsic && methodName.isNull() ? String(intrinsicName(operation)) : methodName.getString();
 }
 
 OperationResponse errorResponse(const OperationRequest& request, Uint32 code, const String& description)

@@ -450,6 +450,10 @@ CIMValue readTypedValue(const pugi::xml_node& e, CIMType type, bool isArray, Rea
     case CIMTYPE_REFERENCE:
         if (isArray)
         {
+            // Some clients send an empty reference array as an empty
+            // VALUE.ARRAY: it holds nothing that could be mistyped.
+            if (is(e, "VALUE.ARRAY") && !firstElement(e))
+                return CIMValue(Array<CIMObjectPath>());
             if (!is(e, "VALUE.REFARRAY"))
                 invalid("expected VALUE.REFARRAY, found " + elementName(e));
             Array<CIMObjectPath> paths;

@@ -243,6 +243,10 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
         auto r = xhttp::unsupportedOperation();
         return refusal(r.status, r.cimError, version, keepAlive);
     }
+    if (req.find(prefix + xhttp::CIM_BATCH) != req.end()) {
+        auto r = xhttp::refusalFor(cimxml::DecodeFailure::MultipleRequests);
+        return refusal(r.status, r.cimError, version, keepAlive);
+    }
     std::string protocolVersion = cimHeader(xhttp::CIM_PROTOCOL_VERSION);
     if (!protocolVersion.empty() && protocolVersion.compare(0, 2, "1.") != 0 && protocolVersion != "1")
         return refusal(501, "unsupported-protocol-version", version, keepAlive);

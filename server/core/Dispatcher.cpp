@@ -51,7 +51,6 @@ struct Dispatcher::ClassShape {
     };
     CIMClass full;               // every property and method, with qualifiers and origins
     std::set<std::string> all;   // folded property names
-    std::set<std::string> local; // defined or overridden by the class itself
     std::vector<Reference> references;
 };
 
@@ -123,7 +122,6 @@ std::shared_ptr<const Dispatcher::ClassShape> Dispatcher::shape(const CIMNamespa
         CIMConstProperty p = built->full.getProperty(i);
         const std::string name = folded(p.getName());
         built->all.insert(name);
-        if (!p.getPropagated()) built->local.insert(name);
         if (p.getType() == CIMTYPE_REFERENCE) built->references.push_back({name, p.getReferenceClassName()});
     }
     std::lock_guard<std::mutex> lock(_shapesMutex);
@@ -183,7 +181,7 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
 }
 
 Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
-                                                const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                                const CIMName& requestedClass, bool deepInheritance,
                                                 bool includeQualifiers, bool includeClassOrigin,
                                                 const CIMPropertyList& propertyList, FinishMemo* memo) const {
     const CIMNamespaceName where =
@@ -217,12 +215,11 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
     }
     completePath(path, nameSpace);
 
-    // Which properties the request allows: those of the requested class
-    // (only its own with localOnly), plus, with deepInheritance, those the
-    // instance's subclass adds.
+    // Which properties the request allows: those of the requested class,
+    // plus, with deepInheritance, those the instance's subclass adds.
     const std::shared_ptr<const ClassShape>& requested = known.requested;
     auto allowed = [&](const std::string& name) {
-        if ((localOnly ? requested->local : requested->all).count(name)) return true;
+        if (requested->all.count(name)) return true;
         return deepInheritance && own->all.count(name) && !requested->all.count(name);
     };
     auto keeps = [&](Uint32 i, const CIMName& name) {
@@ -241,11 +238,18 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
     // from `source` are only read and shared.)
     CIMInstance& source = const_cast<CIMInstance&>(delivered);
     const Uint32 count = source.getPropertyCount();
+    // With includeClassOrigin, a property the provider left without its
+    // class origin gets the one its class declares.
+    auto declaredOrigin = [&](const CIMProperty& property) {
+        if (!includeClassOrigin || !property.getClassOrigin().isNull() || !own) return CIMName();
+        const Uint32 at = own->full.findProperty(property.getName());
+        return at == PEG_NOT_FOUND ? CIMName() : own->full.getProperty(at).getClassOrigin();
+    };
     bool whole = includeQualifiers || source.getQualifierCount() == 0;
     for (Uint32 i = 0; whole && i < count; ++i) {
         const CIMProperty& property = CIMObjectAccess::property(source, i);
         whole = keeps(i, property.getName()) && (includeQualifiers || property.getQualifierCount() == 0) &&
-                (includeClassOrigin || property.getClassOrigin().isNull());
+                (includeClassOrigin ? declaredOrigin(property).isNull() : property.getClassOrigin().isNull());
     }
     if (whole) {
         finished.instance = delivered;
@@ -259,9 +263,10 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
         if (!keeps(i, property.getName())) continue;
         const bool dropQualifiers = !includeQualifiers && property.getQualifierCount() != 0;
         const bool dropOrigin = !includeClassOrigin && !property.getClassOrigin().isNull();
-        if (dropQualifiers || dropOrigin) {
+        const CIMName addOrigin = declaredOrigin(property);
+        if (dropQualifiers || dropOrigin || !addOrigin.isNull()) {
             property = property.clone();
-            if (dropOrigin) property.setClassOrigin(CIMName());
+            if (dropOrigin || !addOrigin.isNull()) property.setClassOrigin(addOrigin);
             while (dropQualifiers && property.getQualifierCount() != 0)
                 property.removeQualifier(property.getQualifierCount() - 1);
         }
@@ -286,10 +291,10 @@ CIMInstance withPath(const CIMInstance& instance, const CIMObjectPath& path) {
 }  // namespace
 
 CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
-                                       const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                       const CIMName& requestedClass, bool deepInheritance,
                                        bool includeQualifiers, bool includeClassOrigin,
                                        const CIMPropertyList& propertyList, FinishMemo* memo) const {
-    const FinishedInstance f = finish(delivered, nameSpace, requestedClass, deepInheritance, localOnly,
+    const FinishedInstance f = finish(delivered, nameSpace, requestedClass, deepInheritance,
                                       includeQualifiers, includeClassOrigin, propertyList, memo);
     return withPath(f.instance, f.path);
 }
@@ -347,13 +352,14 @@ CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNa
     OperationScope scope(*this, "GetInstance");
     requireNamespace(nameSpace);
     requireClass(nameSpace, instanceName.getClassName(), CIM_ERR_INVALID_CLASS, "The class");
-    return getInstanceFor(providerContext(context), nameSpace, instanceName, localOnly, includeQualifiers,
+    (void)localOnly;  // deprecated for instances: every property is answered
+    return getInstanceFor(providerContext(context), nameSpace, instanceName, includeQualifiers,
                           includeClassOrigin, propertyList);
 }
 
 CIMInstance Dispatcher::getInstanceFor(const OperationContext& providerCtx, const CIMNamespaceName& nameSpace,
-                                       const CIMObjectPath& instanceName, bool localOnly, bool includeQualifiers,
-                                       bool includeClassOrigin, const CIMPropertyList& propertyList) {
+                                       const CIMObjectPath& instanceName, bool includeQualifiers, bool includeClassOrigin,
+                                       const CIMPropertyList& propertyList) {
     const CIMName className = instanceName.getClassName();
     CIMInstance found;
     if (std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance)) {
@@ -369,7 +375,7 @@ CIMInstance Dispatcher::getInstanceFor(const OperationContext& providerCtx, cons
     } else {
         found = _repository.getInstance(nameSpace, instanceName);
     }
-    return finishInstance(found, nameSpace, className, true, localOnly, includeQualifiers, includeClassOrigin,
+    return finishInstance(found, nameSpace, className, true, includeQualifiers, includeClassOrigin,
                           propertyList);
 }
 
@@ -390,13 +396,14 @@ void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNa
                                     bool includeQualifiers, bool includeClassOrigin,
                                     const CIMPropertyList& propertyList, const InstanceConsumer& consume) {
     OperationScope scope(*this, "EnumerateInstances");
+    (void)localOnly;  // deprecated for instances: every property is answered
     requireNamespace(nameSpace);
     requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
     const OperationContext providerCtx = providerContext(context);
 
     FinishMemo memo;
     auto finished = [&](const CIMInstance& delivered) {
-        const FinishedInstance f = finish(delivered, nameSpace, className, deepInheritance, localOnly,
+        const FinishedInstance f = finish(delivered, nameSpace, className, deepInheritance,
                                           includeQualifiers, includeClassOrigin, propertyList, &memo);
         consume(f.instance, f.path);
     };
@@ -554,7 +561,7 @@ CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNames
                            "The class " + nameText(className) + " has no property " + nameText(propertyName) + ".");
     Array<CIMName> names;
     names.append(propertyName);
-    CIMInstance instance = getInstanceFor(providerContext(context), nameSpace, instanceName, false, false, false,
+    CIMInstance instance = getInstanceFor(providerContext(context), nameSpace, instanceName, false, false,
                                           CIMPropertyList(names));
     Uint32 index = instance.findProperty(propertyName);
     if (index == PEG_NOT_FOUND)
@@ -691,7 +698,7 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
             return;
         } else if (object.isInstance()) {
             CIMInstance instance(object);
-            (*consumeObject)(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true, false,
+            (*consumeObject)(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true,
                                                       includeQualifiers, includeClassOrigin, propertyList)));
         } else {
             (*consumeObject)(object);
@@ -808,8 +815,7 @@ void Dispatcher::associateFromMof(const AssociationWalk& walk, const CIMName& as
                         farPath.getNameSpace().isNull() ? nameSpace : farPath.getNameSpace();
                     CIMInstance farInstance;
                     try {
-                        farInstance = getInstanceFor(walk.providerCtx, farNamespace, farPath, false,
-                                                     walk.includeQualifiers, walk.includeClassOrigin,
+                        farInstance = getInstanceFor(walk.providerCtx, farNamespace, farPath, walk.includeQualifiers, walk.includeClassOrigin,
                                                      walk.propertyList);
                     } catch (const CIMException& e) {
                         // A link to an object that is gone is no result.

@@ -23,8 +23,11 @@
 //   - ExecQuery gives CIM_ERR_NOT_SUPPORTED.
 // Results carry complete paths (the server's host name and the namespace,
 // where a provider left them empty). Instances are filtered as PropertyList,
-// LocalOnly, DeepInheritance, IncludeQualifiers and IncludeClassOrigin ask,
-// whatever the provider delivered. A provider that returns without calling
+// DeepInheritance, IncludeQualifiers and IncludeClassOrigin ask, whatever
+// the provider delivered. LocalOnly is deprecated for instances and clients
+// leave it to a default of true that would strip most properties: instance
+// operations accept it and always answer as if it were false; class
+// operations honour it. A provider that returns without calling
 // complete() still has what it delivered returned.
 //
 // The enumeration and association operations also come in a streamed form
@@ -281,13 +284,13 @@ private:
         Pegasus::CIMObjectPath path;
     };
     FinishedInstance finish(const Pegasus::CIMInstance& delivered, const Pegasus::CIMNamespaceName& nameSpace,
-                            const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                            const Pegasus::CIMName& requestedClass, bool deepInheritance,
                             bool includeQualifiers, bool includeClassOrigin,
                             const Pegasus::CIMPropertyList& propertyList, FinishMemo* memo = nullptr) const;
     // finish(), as one instance that carries its path.
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
                                         const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                        const Pegasus::CIMName& requestedClass, bool deepInheritance,
                                         bool includeQualifiers, bool includeClassOrigin,
                                         const Pegasus::CIMPropertyList& propertyList,
                                         FinishMemo* memo = nullptr) const;
@@ -296,9 +299,8 @@ private:
 
     Pegasus::CIMInstance getInstanceFor(const Pegasus::OperationContext& providerCtx,
                                         const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMObjectPath& instanceName, bool localOnly,
-                                        bool includeQualifiers, bool includeClassOrigin,
-                                        const Pegasus::CIMPropertyList& propertyList);
+                                        const Pegasus::CIMObjectPath& instanceName, bool includeQualifiers,
+                                        bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
     void modifyInstanceFor(const Pegasus::OperationContext& providerCtx, const Pegasus::CIMNamespaceName& nameSpace,
                            const Pegasus::CIMInstance& modifiedInstance, bool includeQualifiers,
                            const Pegasus::CIMPropertyList& propertyList);

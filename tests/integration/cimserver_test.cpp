@@ -208,6 +208,8 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
                          "73-CIMMethod: EnumerateInstanceNames\r\n73-CIMObject: root%2Ftest\r\n",
                  kEnumerateDisks),
          "200", "73-CIMOperation: MethodResponse"},
+        {"CIMBatch", request("POST", admin + cimHeaders + "CIMBatch: CIMBatch\r\n", kEnumerateDisks), "501",
+         "CIMError: multiple-requests-unsupported"},
         {"valid POST", request("POST", admin + cimHeaders, kEnumerateDisks), "200", "CIMOperation: MethodResponse"},
     };
     for (const Case& c : cases)
@@ -217,6 +219,71 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
             << c.what << ": " << r.response;
         EXPECT_NE(r.response.find(c.header), std::string::npos) << c.what << ": " << r.response;
     }
+}
+
+// What clients that send only what they need get back: instance operations
+// answer every property whatever LocalOnly says, IncludeClassOrigin adds
+// the origins, an empty reference array may come as VALUE.ARRAY, and an
+// intrinsic operation the server does not serve is refused in an
+// IMETHODRESPONSE.
+TEST_F(CimServerTest, RawRequestsGetTheAnswersClientsExpect)
+{
+    auto post = [&](const std::string& method, const std::string& object, const std::string& call) {
+        const std::string body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+                                 "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" "
+                                 "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>" +
+                                 call + "</SIMPLEREQ></MESSAGE></CIM>";
+        const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                                    "CIMMethod: " + method + "\r\nCIMObject: " + object + "\r\n";
+        return rawExchange(server->httpPort(), request("POST", headers, body)).response;
+    };
+    auto intrinsic = [&](const std::string& name, const std::string& params) {
+        return post(name, "root%2Ftest",
+                    "<IMETHODCALL NAME=\"" + name +
+                        "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
+                        "</LOCALNAMESPACEPATH>" + params + "</IMETHODCALL>");
+    };
+    const std::string fastDisk = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_FastDisk\"/></IPARAMVALUE>";
+    const std::string fast1 = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"Test_FastDisk\">"
+                              "<KEYBINDING NAME=\"Id\"><KEYVALUE>Fast1</KEYVALUE></KEYBINDING></INSTANCENAME>"
+                              "</IPARAMVALUE>";
+    const std::string localOnly = "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
+    const std::string withOrigin = "<IPARAMVALUE NAME=\"IncludeClassOrigin\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
+
+    // Id and Name come from the superclasses, Tier from the class itself.
+    for (const std::string& answer : {intrinsic("EnumerateInstances", fastDisk),
+                                      intrinsic("EnumerateInstances", fastDisk + localOnly),
+                                      intrinsic("GetInstance", fast1), intrinsic("GetInstance", fast1 + localOnly)})
+    {
+        EXPECT_NE(answer.find("NAME=\"Id\""), std::string::npos) << answer;
+        EXPECT_NE(answer.find("NAME=\"Name\""), std::string::npos) << answer;
+        EXPECT_NE(answer.find("NAME=\"Tier\""), std::string::npos) << answer;
+        EXPECT_EQ(answer.find("CLASSORIGIN"), std::string::npos) << answer;
+    }
+    for (const std::string& answer :
+         {intrinsic("EnumerateInstances", fastDisk + withOrigin), intrinsic("GetInstance", fast1 + withOrigin)})
+    {
+        EXPECT_NE(answer.find("NAME=\"Name\" TYPE=\"string\" CLASSORIGIN=\"Test_Element\""), std::string::npos)
+            << answer;
+        EXPECT_NE(answer.find("CLASSORIGIN=\"Test_FastDisk\""), std::string::npos) << answer;
+    }
+
+    for (const char* refused : {"GetQualifier", "EnumerateQualifiers", "EnumerationCount", "NoSuchOperation"})
+    {
+        const std::string answer = intrinsic(refused, "");
+        EXPECT_NE(answer.find(std::string("<IMETHODRESPONSE NAME=\"") + refused + "\"><ERROR CODE=\"7\""),
+                  std::string::npos)
+            << answer;
+    }
+
+    const std::string echo =
+        post("Echo", "root%2Ftest%3ATest_Service.Name%3D%22svc%22",
+             "<METHODCALL NAME=\"Echo\"><LOCALINSTANCEPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
+             "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><INSTANCENAME CLASSNAME=\"Test_Service\">"
+             "<KEYBINDING NAME=\"Name\"><KEYVALUE>svc</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>"
+             "<PARAMVALUE NAME=\"Items\" PARAMTYPE=\"reference\"><VALUE.ARRAY/></PARAMVALUE></METHODCALL>");
+    EXPECT_NE(echo.find("Items=reference[]:"), std::string::npos) << echo;
 }
 
 TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)

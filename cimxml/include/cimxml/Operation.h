@@ -145,6 +145,8 @@ struct OperationResponse
 
     bool intrinsic = true;
     Intrinsic operation = Intrinsic::GetClass;
+    // Extrinsic: the method. Intrinsic: null, or the name of an operation
+    // the codec does not know (the response to its refusal).
     CIMName methodName;
 
     // A CIM error: errorCode != 0 (CIMStatusCode, or any other number a
