@@ -9,6 +9,7 @@
 #include <cimxml/Operation.h>
 
 #include <Pegasus/Common/CIMObject.h>
+#include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/OperationContext.h>
 
 namespace cimxml
@@ -118,6 +119,10 @@ OperationResponse callOperation(Target& target, const OperationContext& ctx, con
         target.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
                            r.value("NewValue"));
         break;
+    default:
+        // The pull operations need enumeration contexts, which only a
+        // server keeps.
+        throw CIMException(CIM_ERR_NOT_SUPPORTED, String(intrinsicName(r.operation)) + " is not supported here.");
     }
     return out;
 }
