@@ -438,6 +438,31 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
             EXPECT_GE(answers, (c.expected.size() + piece - 1) / piece) << c.what;
         }
     }
+    // CIMClient's pull calls walk the same sequences.
+    {
+        CIMEnumerationContext context;
+        Boolean end = false;
+        Array<CIMInstance> pulled =
+            client.openEnumerateInstances(context, end, zda, CIMName(volume), true, false, CIMPropertyList(),
+                                          String(), String(), Uint32Arg(), false, 7);
+        while (!end)
+            pulled.appendArray(client.pullInstancesWithPath(context, end, 7));
+        EXPECT_TRUE(context.isNull());
+        EXPECT_EQ(sortedTexts(pulled), cases[0].expected);
+
+        Array<CIMObjectPath> paths = client.openAssociatorInstancePaths(
+            context, end, test, disk, CIMName(), CIMName(), String(), String(), String(), String(), Uint32Arg(),
+            false, 1);
+        while (!end)
+            paths.appendArray(client.pullInstancePaths(context, end, 1));
+        EXPECT_EQ(sortedTexts(paths), cases[5].expected);
+
+        client.openReferenceInstancePaths(context, end, test, disk);
+        ASSERT_FALSE(context.isNull());
+        client.closeEnumeration(context);
+        EXPECT_TRUE(context.isNull());
+    }
+
     // Every context ended with its sequence: closing one now is refused.
     cimxml::OperationResponse opened = intrinsicCall(server->httpPort(), Intrinsic::OpenEnumerateInstancePaths,
                                                      "root/test", named("ClassName", CIMValue(String("Test_Bulk"))));
