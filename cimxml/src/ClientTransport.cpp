@@ -617,6 +617,20 @@ public:
     }
 
 private:
+    CIMValue invokePullOperation(const CIMNamespaceName& ns, const String& operation,
+                                 const Array<CIMParamValue>& inParameters,
+                                 Array<CIMParamValue>& outParameters) override
+    {
+        Intrinsic op;
+        if (!findIntrinsic(std::string(static_cast<const char*>(operation.getCString())), op))
+            throw CIMException(CIM_ERR_NOT_SUPPORTED, operation + " is no pull operation.");
+        Call c(op, ns);
+        c.request.parameters = inParameters;
+        OperationResponse r = call(c);
+        outParameters.appendArray(r.outParameters);
+        return r.returnValue;
+    }
+
     OperationResponse call(Call& c) { return call(c.request); }
 
     OperationResponse call(OperationRequest& request)

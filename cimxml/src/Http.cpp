@@ -12,6 +12,7 @@ namespace http
 const char CIM_OPERATION[] = "CIMOperation";
 const char CIM_METHOD[] = "CIMMethod";
 const char CIM_OBJECT[] = "CIMObject";
+const char CIM_BATCH[] = "CIMBatch";
 const char CIM_ERROR[] = "CIMError";
 const char CIM_PROTOCOL_VERSION[] = "CIMProtocolVersion";
 const char CIM_STATUS_CODE[] = "CIMStatusCode";

@@ -186,6 +186,7 @@ void writeIParamValue(XmlWriter& w, const ParamDescriptor& entry, const CIMValue
     }
     case ParamKind::Flag:
     case ParamKind::Text:
+    case ParamKind::Count:
     case ParamKind::PropertyList:
     case ParamKind::AnyValue:
         writeValue(w, value);
@@ -237,6 +238,8 @@ CIMParamValue readIParamValue(const ParamDescriptor& entry, const pugi::xml_node
         return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_BOOLEAN, false, ctx));
     case ParamKind::Text:
         return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, false, ctx));
+    case ParamKind::Count:
+        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_UINT32, false, ctx));
     case ParamKind::PropertyList:
         return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, true, ctx));
     case ParamKind::Instance:
@@ -353,6 +356,28 @@ CIMValue readIntrinsicResult(Intrinsic op, const pugi::xml_node& ret, ReadContex
     {
         bool typed;
         return readUntypedValue(ret ? firstElement(ret) : pugi::xml_node(), ctx, typed);
+    }
+    case ResultShape::InstancesWithPath:
+    {
+        Array<CIMInstance> items;
+        each([&](const pugi::xml_node& e) {
+            if (!is(e, "VALUE.INSTANCEWITHPATH"))
+                invalid(where + "expected VALUE.INSTANCEWITHPATH, found " + e.name());
+            pugi::xml_node path = firstElement(e);
+            pugi::xml_node instance = path ? nextElement(path) : pugi::xml_node();
+            if (!instance)
+                invalid(where + "VALUE.INSTANCEWITHPATH without INSTANCEPATH and INSTANCE");
+            CIMInstance item = readInstance(instance, ctx);
+            item.setPath(readAnyPath(path, ctx));
+            items.append(item);
+        });
+        return CIMValue(items);
+    }
+    case ResultShape::InstancePaths:
+    {
+        Array<CIMObjectPath> items;
+        each([&](const pugi::xml_node& e) { items.append(readAnyPath(e, ctx)); });
+        return CIMValue(items);
     }
     }
     return CIMValue();
@@ -541,12 +566,15 @@ OperationResponse RequestRefused::response() const
 {
     OperationResponse r;
     r.messageId = messageId;
-    r.intrinsic = intrinsic && findIntrinsic(methodName, r.operation);
-    if (!r.intrinsic)
+    // An intrinsic call is answered as one even when the operation is
+    // unknown, so that the client reads the error instead of failing on the
+    // envelope.
+    r.intrinsic = intrinsic;
+    if (!intrinsic || !findIntrinsic(methodName, r.operation))
     {
         String name = lossyString(methodName);
-        // The response names the method; one the client misspelt cannot be
-        // echoed as a name, so a placeholder stands in.
+        // The response names the operation; one the client misspelt cannot
+        // be echoed as a name, so a placeholder stands in.
         r.methodName = CIMName::legal(name) ? CIMName(name) : CIMName("InvalidMethodName");
     }
     r.errorCode = code;
@@ -609,8 +637,22 @@ void encodeResponse(const OperationResponse& r, Sink& sink)
                 writer.addObject(items[i]);
             break;
         }
+        case ResultShape::InstancesWithPath:
+        {
+            Array<CIMInstance> items = arrayOf<CIMInstance>(v);
+            for (Uint32 i = 0; i < items.size(); i++)
+                writer.addEncoded(encodeInstanceWithPath(items[i], items[i].getPath()));
+            break;
         }
-        writer.finish();
+        case ResultShape::InstancePaths:
+        {
+            Array<CIMObjectPath> items = arrayOf<CIMObjectPath>(v);
+            for (Uint32 i = 0; i < items.size(); i++)
+                writer.addEncoded(encodeInstancePath(items[i]));
+            break;
+        }
+        }
+        writer.finish(r.outParameters);
         return;
     }
 
@@ -678,10 +720,17 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
     ReadContext ctx{limits};
     try
     {
+        pugi::xml_node first = firstElement(rsp);
         if (response.intrinsic)
         {
+            // An operation the codec does not know can only have been
+            // refused.
             if (!findIntrinsic(name, response.operation))
-                invalid("response to an unknown operation '" + name + "'");
+            {
+                if (!first || !is(first, "ERROR") || !CIMName::legal(String(name.c_str())))
+                    invalid("response to an unknown operation '" + name + "'");
+                response.methodName = CIMName(String(name.c_str()));
+            }
         }
         else
         {
@@ -689,7 +738,6 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
                 invalid("METHODRESPONSE NAME '" + name + "' is not a valid method name");
             response.methodName = CIMName(String(name.c_str()));
         }
-        pugi::xml_node first = firstElement(rsp);
         if (first && is(first, "ERROR"))
         {
             // Instances inside ERROR describe the error further; they are
@@ -707,6 +755,13 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
         {
             pugi::xml_node ret = first && is(first, "IRETURNVALUE") ? first : pugi::xml_node();
             response.returnValue = readIntrinsicResult(response.operation, ret, ctx);
+            // The pull operations' EnumerationContext and EndOfSequence.
+            for (pugi::xml_node e = ret ? nextElement(ret) : first; e; e = nextElement(e))
+            {
+                if (!is(e, "PARAMVALUE"))
+                    invalid(std::string("IMETHODRESPONSE holds ") + e.name());
+                response.outParameters.append(readParamValue(e, ctx));
+            }
         }
         else
         {
@@ -745,6 +800,34 @@ OperationResponse readResponse(const pugi::xml_document& doc, const DecodeLimits
 }  // namespace
 
 // ---- streaming ----
+
+namespace
+{
+template <class Write>
+std::string encoded(std::size_t bufferSize, Write&& write)
+{
+    StringSink sink;
+    XmlWriter w(sink, bufferSize);
+    write(w);
+    w.flush();
+    return std::move(sink.text);
+}
+}  // namespace
+
+std::string encodeInstanceWithPath(const CIMConstInstance& instance, const CIMObjectPath& path)
+{
+    return encoded(4096, [&](XmlWriter& w) {
+        w.lit("<VALUE.INSTANCEWITHPATH>");
+        writeObjectPath(w, path);
+        writeInstance(w, instance);
+        w.lit("</VALUE.INSTANCEWITHPATH>");
+    });
+}
+
+std::string encodeInstancePath(const CIMObjectPath& path)
+{
+    return encoded(1024, [&](XmlWriter& w) { writeObjectPath(w, path); });
+}
 
 class ResponseWriter::Impl
 {
@@ -860,13 +943,21 @@ void ResponseWriter::addValue(const CIMValue& value)
     writeValue(_impl->w, value);
 }
 
-void ResponseWriter::finish()
+void ResponseWriter::addEncoded(const std::string& element)
+{
+    _impl->expect({ResultShape::InstancesWithPath, ResultShape::InstancePaths}, "addEncoded");
+    _impl->w.raw(element);
+}
+
+void ResponseWriter::finish(const Array<CIMParamValue>& outParameters)
 {
     if (_impl->state != 1)
         throw std::logic_error("ResponseWriter::finish without begin");
     XmlWriter& w = _impl->w;
     if (_impl->shape != ResultShape::Nothing)
         w.lit("</IRETURNVALUE>");
+    for (Uint32 i = 0; i < outParameters.size(); i++)
+        writeParamValue(w, "PARAMVALUE", outParameters[i]);
     w.lit("</IMETHODRESPONSE>");
     writeEnvelopeEnd(w, "SIMPLERSP");
     w.flush();

@@ -99,6 +99,66 @@ const ParamDescriptor kSetProperty[] = {
     {"NewValue", K::AnyValue, false, false},
 };
 
+// The pull operations. LocalOnly and IncludeQualifiers are accepted on the
+// instance forms, as some clients send them, and ignored.
+#define PULL_FILTER                                    \
+    {"FilterQueryLanguage", K::Text, false, false},    \
+    {"FilterQuery", K::Text, false, false},            \
+    {"OperationTimeout", K::Count, false, false},      \
+    {"ContinueOnError", K::Flag, false, false},        \
+    {"MaxObjectCount", K::Count, false, true}
+const ParamDescriptor kOpenEnumerateInstances[] = {
+    {"ClassName", K::ClassName, true, false},
+    {"DeepInheritance", K::Flag, false, true},
+    {"LocalOnly", K::Flag, false, false},
+    {"IncludeQualifiers", K::Flag, false, false},
+    {"IncludeClassOrigin", K::Flag, false, false},
+    {"PropertyList", K::PropertyList, false, false},
+    PULL_FILTER,
+};
+const ParamDescriptor kOpenEnumerateInstancePaths[] = {
+    {"ClassName", K::ClassName, true, false},
+    PULL_FILTER,
+};
+const ParamDescriptor kOpenReferenceInstances[] = {
+    {"InstanceName", K::InstanceName, true, false},
+    {"ResultClass", K::ClassName, false, false},
+    {"Role", K::Text, false, false},
+    {"IncludeClassOrigin", K::Flag, false, false},
+    {"PropertyList", K::PropertyList, false, false},
+    PULL_FILTER,
+};
+const ParamDescriptor kOpenReferenceInstancePaths[] = {
+    {"InstanceName", K::InstanceName, true, false},
+    {"ResultClass", K::ClassName, false, false},
+    {"Role", K::Text, false, false},
+    PULL_FILTER,
+};
+const ParamDescriptor kOpenAssociatorInstances[] = {
+    {"InstanceName", K::InstanceName, true, false},
+    {"AssocClass", K::ClassName, false, false},
+    {"ResultClass", K::ClassName, false, false},
+    {"Role", K::Text, false, false},
+    {"ResultRole", K::Text, false, false},
+    {"IncludeClassOrigin", K::Flag, false, false},
+    {"PropertyList", K::PropertyList, false, false},
+    PULL_FILTER,
+};
+const ParamDescriptor kOpenAssociatorInstancePaths[] = {
+    {"InstanceName", K::InstanceName, true, false},
+    {"AssocClass", K::ClassName, false, false},
+    {"ResultClass", K::ClassName, false, false},
+    {"Role", K::Text, false, false},
+    {"ResultRole", K::Text, false, false},
+    PULL_FILTER,
+};
+#undef PULL_FILTER
+const ParamDescriptor kPull[] = {
+    {"EnumerationContext", K::Text, true, false},
+    {"MaxObjectCount", K::Count, true, false},
+};
+const ParamDescriptor kCloseEnumeration[] = {{"EnumerationContext", K::Text, true, false}};
+
 #define OPERATION(op, shape, params) \
     {Intrinsic::op, #op, ResultShape::shape, params, sizeof params / sizeof params[0]}
 
@@ -123,6 +183,15 @@ const OperationDescriptor kOperations[] = {
     OPERATION(ReferenceNames, ObjectPaths, kReferenceNames),
     OPERATION(GetProperty, PropertyValue, kGetProperty),
     OPERATION(SetProperty, Nothing, kSetProperty),
+    OPERATION(OpenEnumerateInstances, InstancesWithPath, kOpenEnumerateInstances),
+    OPERATION(OpenEnumerateInstancePaths, InstancePaths, kOpenEnumerateInstancePaths),
+    OPERATION(OpenReferenceInstances, InstancesWithPath, kOpenReferenceInstances),
+    OPERATION(OpenReferenceInstancePaths, InstancePaths, kOpenReferenceInstancePaths),
+    OPERATION(OpenAssociatorInstances, InstancesWithPath, kOpenAssociatorInstances),
+    OPERATION(OpenAssociatorInstancePaths, InstancePaths, kOpenAssociatorInstancePaths),
+    OPERATION(PullInstancesWithPath, InstancesWithPath, kPull),
+    OPERATION(PullInstancePaths, InstancePaths, kPull),
+    OPERATION(CloseEnumeration, Nothing, kCloseEnumeration),
 };
 #undef OPERATION
 
@@ -152,6 +221,11 @@ CIMValue valueOf(const OperationRequest& r, const char* name, CIMType type, bool
 const OperationDescriptor& operationDescriptor(Intrinsic op)
 {
     return kOperations[unsigned(op)];
+}
+
+bool isPullOperation(Intrinsic op)
+{
+    return op >= Intrinsic::OpenEnumerateInstances && op <= Intrinsic::CloseEnumeration;
 }
 
 const char* intrinsicName(Intrinsic op)
@@ -191,6 +265,9 @@ CIMParamValue defaultParameter(const ParamDescriptor& entry)
     case K::NamedInstance: return CIMParamValue(entry.name, CIMValue(CIMTYPE_INSTANCE, false));
     case K::Class: return CIMParamValue(entry.name, CIMValue(CIMTYPE_OBJECT, false));
     case K::AnyValue: return CIMParamValue(entry.name, CIMValue(CIMTYPE_STRING, false), false);
+    case K::Count:
+        return entry.flagDefault ? CIMParamValue(entry.name, CIMValue(Uint32(0)))
+                                 : CIMParamValue(entry.name, CIMValue(CIMTYPE_UINT32, false));
     }
     return CIMParamValue();
 }
@@ -204,7 +281,19 @@ String OperationRequest::name() const
 
 String OperationResponse::name() const
 {
-    return intrinsic ? String(intrinsicName(operation)) : methodName.getString();
+    return intrinsic && methodName.isNull() ? String(intrinsicName(operation)) : methodName.getString();
+}
+
+OperationResponse errorResponse(const OperationRequest& request, Uint32 code, const String& description)
+{
+    OperationResponse r;
+    r.messageId = request.messageId;
+    r.intrinsic = request.intrinsic;
+    r.operation = request.operation;
+    r.methodName = request.methodName;
+    r.errorCode = code;
+    r.errorDescription = description;
+    return r;
 }
 
 const CIMParamValue* OperationRequest::find(const char* name) const

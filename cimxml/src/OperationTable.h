@@ -20,6 +20,7 @@ enum class ParamKind
     NamedInstance,  // VALUE.NAMEDINSTANCE; CIMInstance with path
     Class,          // CLASS; CIMObject holding a CIMClass
     AnyValue,       // VALUE, VALUE.ARRAY, VALUE.REFERENCE; as sent
+    Count,          // VALUE; Uint32, null when absent (flagDefault: 0 instead)
 };
 
 struct ParamDescriptor

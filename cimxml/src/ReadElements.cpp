@@ -10,6 +10,7 @@
 #include <Pegasus/Common/CIMParameter.h>
 #include <Pegasus/Common/CIMProperty.h>
 #include <Pegasus/Common/CIMQualifier.h>
+#include <Pegasus/Common/CIMValueText.h>
 
 #include <charconv>
 #include <cmath>
@@ -111,14 +112,11 @@ bool attrBool(const pugi::xml_node& e, const char* name, bool fallback)
     pugi::xml_attribute a = e.attribute(name);
     if (!a)
         return fallback;
-    std::string v = trimmed(a.value());
-    for (char& c : v)
-        c = char(std::tolower(static_cast<unsigned char>(c)));
-    if (v == "true")
-        return true;
-    if (v == "false")
-        return false;
-    invalid(elementName(e) + ": " + name + " is neither true nor false");
+    const std::string v = trimmed(a.value());
+    Boolean x = false;
+    if (!CIMValueText::toBoolean(v.data(), v.data() + v.size(), x))
+        invalid(elementName(e) + ": " + name + " is neither true nor false");
+    return x;
 }
 
 Uint32 attrArraySize(const pugi::xml_node& e)
@@ -139,42 +137,24 @@ Uint32 attrArraySize(const pugi::xml_node& e)
 template <class Int>
 Int parseInteger(const char* text, const char* typeName)
 {
-    std::string v = trimmed(text);
+    const std::string v = trimmed(text);
     const char* b = v.data();
     const char* e = b + v.size();
-    if (b != e && *b == '+')
-        b++;
-    int base = 10;
-    bool negative = b != e && *b == '-';
-    const char* digits = negative ? b + 1 : b;
-    if (e - digits > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X'))
-        base = 16;
+    bool ok;
     Int x = 0;
-    std::from_chars_result r;
-    if (base == 16)
+    if (std::numeric_limits<Int>::is_signed)
     {
-        // Hexadecimal is read as the magnitude, then negated when asked.
-        typename std::make_unsigned<Int>::type u = 0;
-        r = std::from_chars(digits + 2, e, u, 16);
-        if (r.ec == std::errc() && r.ptr == e)
-        {
-            if (negative)
-            {
-                if (!std::is_signed<Int>::value ||
-                    u > typename std::make_unsigned<Int>::type(std::numeric_limits<Int>::max()) + 1)
-                    r.ec = std::errc::result_out_of_range;
-                else
-                    x = Int(0 - u);
-            }
-            else if (u > typename std::make_unsigned<Int>::type(std::numeric_limits<Int>::max()))
-                r.ec = std::errc::result_out_of_range;
-            else
-                x = Int(u);
-        }
+        Sint64 y = 0;
+        ok = CIMValueText::toSigned(b, e, std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max(), y);
+        x = Int(y);
     }
     else
-        r = std::from_chars(b, e, x, 10);
-    if (b == e || r.ec != std::errc() || r.ptr != e)
+    {
+        Uint64 y = 0;
+        ok = CIMValueText::toUnsigned(b, e, std::numeric_limits<Int>::max(), y);
+        x = Int(y);
+    }
+    if (!ok)
         invalid(std::string("'") + text + "' is not a valid " + typeName);
     return x;
 }
@@ -182,34 +162,20 @@ Int parseInteger(const char* text, const char* typeName)
 template <class Real>
 Real parseReal(const char* text, const char* typeName)
 {
-    std::string v = trimmed(text);
-    if (v == "INF" || v == "+INF")
-        return std::numeric_limits<Real>::infinity();
-    if (v == "-INF")
-        return -std::numeric_limits<Real>::infinity();
-    if (v == "NaN")
-        return std::numeric_limits<Real>::quiet_NaN();
-    const char* b = v.data();
-    const char* e = b + v.size();
-    if (b != e && *b == '+')
-        b++;
-    Real x = 0;
-    auto r = std::from_chars(b, e, x);
-    if (b == e || r.ec != std::errc() || r.ptr != e)
+    const std::string v = trimmed(text);
+    Real64 x = 0;
+    if (!CIMValueText::toReal(v.data(), v.data() + v.size(), x))
         invalid(std::string("'") + text + "' is not a valid " + typeName);
-    return x;
+    return Real(x);
 }
 
 bool parseBoolean(const char* text)
 {
-    std::string v = trimmed(text);
-    for (char& c : v)
-        c = char(std::tolower(static_cast<unsigned char>(c)));
-    if (v == "true")
-        return true;
-    if (v == "false")
-        return false;
-    invalid(std::string("'") + text + "' is not a valid boolean");
+    const std::string v = trimmed(text);
+    Boolean x = false;
+    if (!CIMValueText::toBoolean(v.data(), v.data() + v.size(), x))
+        invalid(std::string("'") + text + "' is not a valid boolean");
+    return x;
 }
 
 void parse(const char* t, ReadContext&, Boolean& x) { x = parseBoolean(t); }
@@ -485,6 +451,10 @@ CIMValue readTypedValue(const pugi::xml_node& e, CIMType type, bool isArray, Rea
     case CIMTYPE_REFERENCE:
         if (isArray)
         {
+            // Some clients send an empty reference array as an empty
+            // VALUE.ARRAY: it holds nothing that could be mistyped.
+            if (is(e, "VALUE.ARRAY") && !firstElement(e))
+                return CIMValue(Array<CIMObjectPath>());
             if (!is(e, "VALUE.REFARRAY"))
                 invalid("expected VALUE.REFARRAY, found " + elementName(e));
             Array<CIMObjectPath> paths;

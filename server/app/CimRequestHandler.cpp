@@ -7,10 +7,12 @@
 
 #include <cimxml/Codec.h>
 #include <cimxml/Http.h>
+#include <cimxml/OperationCalls.h>
 
 
 #include <openssl/evp.h>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 
@@ -25,83 +27,14 @@ namespace xhttp = cimxml::http;
 
 namespace {
 
-template <class T>
-CIMValue objects(const Array<T>& items)
-{
-    Array<CIMObject> out;
-    for (Uint32 i = 0; i < items.size(); i++)
-        out.append(CIMObject(items[i]));
-    return CIMValue(out);
-}
-
 // Runs one decoded request whose result is a single value (or an
 // extrinsic method) on the dispatcher; CIM errors become the response's
 // error.
 OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r)
 {
-    OperationResponse out;
-    out.messageId = r.messageId;
-    out.intrinsic = r.intrinsic;
-    out.operation = r.operation;
-    out.methodName = r.methodName;
-    const CIMNamespaceName& ns = r.nameSpace;
     try {
         try {
-            if (!r.intrinsic) {
-                out.returnValue = d.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters, out.outParameters);
-                return out;
-            }
-            switch (r.operation) {
-            case Intrinsic::GetClass:
-                out.returnValue = CIMValue(CIMObject(d.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
-                                                                r.flag("IncludeQualifiers"),
-                                                                r.flag("IncludeClassOrigin"), r.propertyList())));
-                break;
-            case Intrinsic::EnumerateClasses:
-                out.returnValue = objects(d.enumerateClasses(ctx, ns, r.className("ClassName"),
-                                                             r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                                                             r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
-                break;
-            case Intrinsic::EnumerateClassNames: {
-                Array<CIMName> names =
-                    d.enumerateClassNames(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"));
-                Array<String> texts;
-                for (Uint32 i = 0; i < names.size(); i++)
-                    texts.append(names[i].getString());
-                out.returnValue = CIMValue(texts);
-                break;
-            }
-            case Intrinsic::CreateClass: d.createClass(ctx, ns, r.cimClass("NewClass")); break;
-            case Intrinsic::ModifyClass: d.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
-            case Intrinsic::DeleteClass: d.deleteClass(ctx, ns, r.className("ClassName")); break;
-            case Intrinsic::GetInstance:
-                out.returnValue = CIMValue(d.getInstance(ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
-                                                         r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
-                                                         r.propertyList()));
-                break;
-            case Intrinsic::CreateInstance:
-                out.returnValue = CIMValue(d.createInstance(ctx, ns, r.instance("NewInstance")));
-                break;
-            case Intrinsic::ModifyInstance:
-                d.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
-                                 r.propertyList());
-                break;
-            case Intrinsic::DeleteInstance: d.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
-            case Intrinsic::ExecQuery:
-                out.returnValue = CIMValue(d.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
-                break;
-            case Intrinsic::GetProperty:
-                out.returnValue =
-                    d.getProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
-                break;
-            default:
-                // The list results are written by writeListResult().
-                throw std::logic_error("dispatch() called for a list operation");
-            case Intrinsic::SetProperty:
-                d.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
-                              r.value("NewValue"));
-                break;
-            }
+            return cimxml::callOperation(d, ctx, r);
         } catch (const CIMException&) {
             throw;
         } catch (...) {
@@ -110,22 +43,120 @@ OperationResponse dispatch(server::Dispatcher& d, const OperationContext& ctx, c
             server::rethrowAsCIMException();
         }
     } catch (const CIMException& e) {
-        out.errorCode = Uint32(e.getCode());
-        out.errorDescription = server::errorDescription(e);
-        out.returnValue = CIMValue();
-        out.outParameters.clear();
+        return cimxml::errorResponse(r, Uint32(e.getCode()), server::errorDescription(e));
     }
-    return out;
+}
+
+std::string utf8(const String& s)
+{
+    return std::string(static_cast<const char*>(s.getCString()));
+}
+
+bool pathsOnly(Intrinsic op)
+{
+    return op == Intrinsic::OpenEnumerateInstancePaths || op == Intrinsic::OpenReferenceInstancePaths ||
+           op == Intrinsic::OpenAssociatorInstancePaths || op == Intrinsic::PullInstancePaths;
+}
+
+// The enumeration an open starts, run by its context's producer thread:
+// each result is encoded as the provider delivers it.
+server::EnumerationContexts::Producer pullProducer(server::Dispatcher& d, const OperationContext& ctx,
+                                                  const OperationRequest& r)
+{
+    return [&d, ctx, r](const server::EnumerationContexts::Emit& emit) {
+        const CIMNamespaceName& ns = r.nameSpace;
+        auto instance = [&](const CIMInstance& i, const CIMObjectPath& p) {
+            emit(cimxml::encodeInstanceWithPath(i, p));
+        };
+        auto object = [&](const CIMObject& o) { instance(CIMInstance(o), o.getPath()); };
+        auto path = [&](const CIMObjectPath& p) { emit(cimxml::encodeInstancePath(p)); };
+        switch (r.operation) {
+        case Intrinsic::OpenEnumerateInstances:
+            d.enumerateInstances(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), false, false,
+                                 r.flag("IncludeClassOrigin"), r.propertyList(), instance);
+            break;
+        case Intrinsic::OpenEnumerateInstancePaths: d.enumerateInstanceNames(ctx, ns, r.className("ClassName"), path); break;
+        case Intrinsic::OpenReferenceInstances:
+            d.references(ctx, ns, r.objectPath("InstanceName"), r.className("ResultClass"), r.text("Role"), false,
+                         r.flag("IncludeClassOrigin"), r.propertyList(), object);
+            break;
+        case Intrinsic::OpenReferenceInstancePaths:
+            d.referenceNames(ctx, ns, r.objectPath("InstanceName"), r.className("ResultClass"), r.text("Role"),
+                             path);
+            break;
+        case Intrinsic::OpenAssociatorInstances:
+            d.associators(ctx, ns, r.objectPath("InstanceName"), r.className("AssocClass"),
+                          r.className("ResultClass"), r.text("Role"), r.text("ResultRole"), false,
+                          r.flag("IncludeClassOrigin"), r.propertyList(), object);
+            break;
+        case Intrinsic::OpenAssociatorInstancePaths:
+            d.associatorNames(ctx, ns, r.objectPath("InstanceName"), r.className("AssocClass"),
+                              r.className("ResultClass"), r.text("Role"), r.text("ResultRole"), path);
+            break;
+        default: break;
+        }
+    };
+}
+
+// The pull operations, answered into `writer`: an open starts its
+// enumeration on a context of its own and answers the first piece, a pull
+// the next; each result goes into the answer as the producer hands it over.
+void writePullResult(server::Dispatcher& d, server::EnumerationContexts& pulls, const std::string& user,
+                     const OperationContext& ctx, const OperationRequest& r, cimxml::ResponseWriter& writer)
+{
+    Array<CIMParamValue> out;
+    if (r.operation == Intrinsic::CloseEnumeration) {
+        pulls.close(user, utf8(r.text("EnumerationContext")));
+        return writer.finish(out);
+    }
+    Uint32 maxObjectCount = 0;
+    r.value("MaxObjectCount").get(maxObjectCount);
+    pulls.checkObjectCount(maxObjectCount);
+    const bool paths = pathsOnly(r.operation);
+    auto take = [&](const std::string& element) { writer.addEncoded(element); };
+    bool endOfSequence;
+    std::string name;
+    if (r.operation == Intrinsic::PullInstancesWithPath || r.operation == Intrinsic::PullInstancePaths) {
+        name = utf8(r.text("EnumerationContext"));
+        endOfSequence = pulls.pull(user, name, paths, maxObjectCount, take);
+    } else {
+        if (r.text("FilterQueryLanguage").size() != 0 || r.text("FilterQuery").size() != 0)
+            throw CIMException(CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED,
+                               "Filtered enumerations are not supported: leave out FilterQueryLanguage and "
+                               "FilterQuery.");
+        if (r.flag("ContinueOnError"))
+            throw CIMException(CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED,
+                               "Enumerations end at their first error: ContinueOnError must be false.");
+        const CIMValue timeout = r.value("OperationTimeout");
+        std::optional<Uint32> seconds;
+        if (!timeout.isNull()) {
+            Uint32 given = 0;
+            timeout.get(given);
+            seconds = given;
+        }
+        const std::chrono::milliseconds lifetime = pulls.timeoutFor(seconds);
+        if (r.find("InstanceName") && r.objectPath("InstanceName").getKeyBindings().size() == 0)
+            throw CIMException(CIM_ERR_INVALID_PARAMETER, "InstanceName must name an instance (with keys).");
+        server::EnumerationContexts::Opened opened =
+            pulls.open(user, paths, lifetime, pullProducer(d, ctx, r), maxObjectCount, take);
+        endOfSequence = opened.endOfSequence;
+        name = opened.name;
+    }
+    out.append(CIMParamValue("EnumerationContext", endOfSequence ? CIMValue(CIMTYPE_STRING, false)
+                                                                 : CIMValue(String(name.c_str()))));
+    out.append(CIMParamValue("EndOfSequence", CIMValue(Boolean(endOfSequence))));
+    writer.finish(out);
 }
 
 // Answers the operations whose results can be long lists straight into
 // `sink`, each result encoded as the provider delivers it; false for the
 // others (and for extrinsic methods), which go through dispatch().
-bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const OperationRequest& r,
-                     cimxml::Sink& sink)
+bool writeListResult(server::Dispatcher& d, server::EnumerationContexts& pulls, const std::string& user,
+                     const OperationContext& ctx, const OperationRequest& r, cimxml::Sink& sink)
 {
     if (!r.intrinsic)
         return false;
+    const bool pull = cimxml::isPullOperation(r.operation);
     switch (r.operation) {
     case Intrinsic::EnumerateInstances:
     case Intrinsic::EnumerateInstanceNames:
@@ -133,11 +164,17 @@ bool writeListResult(server::Dispatcher& d, const OperationContext& ctx, const O
     case Intrinsic::References:
     case Intrinsic::AssociatorNames:
     case Intrinsic::ReferenceNames: break;
-    default: return false;
+    default:
+        if (!pull)
+            return false;
     }
     const CIMNamespaceName& ns = r.nameSpace;
     cimxml::ResponseWriter writer(sink, r.messageId, r.operation);
     writer.begin();
+    if (pull) {
+        writePullResult(d, pulls, user, ctx, r, writer);
+        return true;
+    }
     auto addInstance = [&](const CIMInstance& i, const CIMObjectPath& path) { writer.addInstance(i, path); };
     auto addObject = [&](const CIMObject& o) { writer.addObject(o); };
     auto addObjectPath = [&](const CIMObjectPath& p) { writer.addObjectPath(p); };
@@ -244,7 +281,8 @@ bool startsWithNoCase(const std::string& text, const char* prefix)
 }  // namespace
 
 CimRequestHandler::CimRequestHandler(server::Dispatcher& dispatcher, const UserStore& users, HandlerOptions options)
-    : _dispatcher(dispatcher), _users(users), _options(std::move(options))
+    : _dispatcher(dispatcher), _users(users), _options(std::move(options)),
+      _pulls(std::make_unique<server::EnumerationContexts>(_options.pull))
 {
 }
 
@@ -330,6 +368,10 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
         auto r = xhttp::unsupportedOperation();
         return refusal(r.status, r.cimError, version, keepAlive);
     }
+    if (req.find(prefix + xhttp::CIM_BATCH) != req.end()) {
+        auto r = xhttp::refusalFor(cimxml::DecodeFailure::MultipleRequests);
+        return refusal(r.status, r.cimError, version, keepAlive);
+    }
     std::string protocolVersion = cimHeader(xhttp::CIM_PROTOCOL_VERSION);
     if (!protocolVersion.empty() && protocolVersion.compare(0, 2, "1.") != 0 && protocolVersion != "1")
         return refusal(501, "unsupported-protocol-version", version, keepAlive);
@@ -386,7 +428,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
         StreamingSink listSink(queued, streamedHead);
         try {
             try {
-                if (writeListResult(_dispatcher, context, request, listSink)) {
+                if (writeListResult(_dispatcher, *_pulls, user, context, request, listSink)) {
                     if (!listSink.streaming())
                         return answer(listSink.takeHeld());
                     queued.end(bhttp::fields());
@@ -415,12 +457,7 @@ std::optional<HttpResponse> CimRequestHandler::handle(const HttpRequest& req, Pe
                 queued.end(trailer);
                 return std::nullopt;
             }
-            response.messageId = request.messageId;
-            response.intrinsic = request.intrinsic;
-            response.operation = request.operation;
-            response.methodName = request.methodName;
-            response.errorCode = Uint32(e.getCode());
-            response.errorDescription = server::errorDescription(e);
+            response = cimxml::errorResponse(request, Uint32(e.getCode()), server::errorDescription(e));
             cimxml::encodeResponse(response, body);
             return answer(std::move(body.text));
         }

@@ -18,10 +18,12 @@
 #include "Users.h"
 
 #include <Dispatcher.h>
+#include <EnumerationContexts.h>
 
 #include <boost/beast/http.hpp>
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -75,6 +77,8 @@ struct Peer {
 struct HandlerOptions {
     std::string localUser = "admin";
     unsigned maxXmlDepth = 64;
+    // Enumeration contexts of the pull operations.
+    server::PullLimits pull;
 };
 
 class CimRequestHandler {
@@ -107,6 +111,7 @@ private:
     server::Dispatcher& _dispatcher;
     const UserStore& _users;
     const HandlerOptions _options;
+    std::unique_ptr<server::EnumerationContexts> _pulls;
 };
 
 }  // namespace zda::cimserver

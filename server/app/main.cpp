@@ -13,6 +13,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -49,6 +51,9 @@ struct Settings {
     double bodyTimeoutSeconds = 120;
     double unauthenticatedTimeoutSeconds = 10;
     double sendTimeoutSeconds = 20;
+    zda::server::PullLimits pull;
+    unsigned pullDefaultTimeoutSeconds = 30;
+    unsigned pullMaxTimeoutSeconds = 90;
 };
 
 // "off" is -1; anything else must be a port number (0: any free port).
@@ -166,6 +171,28 @@ void addOptions(CLI::App& app, Settings& s)
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 256u));
+    app.add_option("--pull-max-contexts", s.pull.maxContexts, "Enumeration contexts open at once")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 100000u));
+    app.add_option("--pull-max-contexts-per-user", s.pull.maxContextsPerUser,
+                   "Enumeration contexts one user may have open at once")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 100000u));
+    app.add_option("--pull-default-timeout", s.pullDefaultTimeoutSeconds,
+                   "Seconds an enumeration context waits for its next pull when the open names no time-out")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 86400u));
+    app.add_option("--pull-max-timeout", s.pullMaxTimeoutSeconds, "Longest OperationTimeout a client may ask for")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 86400u));
+    app.add_option("--pull-max-object-count", s.pull.maxObjectCount, "Most results one open or pull may ask for")
+        ->group(group)
+        ->capture_default_str()
+        ->check(CLI::Range(1u, 1000000u));
 }
 
 std::chrono::milliseconds millis(double seconds)
@@ -233,6 +260,11 @@ int serve(Settings& s)
     HandlerOptions handlerOptions;
     handlerOptions.localUser = s.localUser;
     handlerOptions.maxXmlDepth = s.maxXmlDepth;
+    handlerOptions.pull = s.pull;
+    // A default beyond the longest allowed time-out is cut to it.
+    handlerOptions.pull.defaultTimeout =
+        std::chrono::seconds(std::min(s.pullDefaultTimeoutSeconds, s.pullMaxTimeoutSeconds));
+    handlerOptions.pull.maxTimeout = std::chrono::seconds(s.pullMaxTimeoutSeconds);
     CimRequestHandler handler(host.dispatcher(), users, handlerOptions);
     HttpServer server(handler, listen);
 

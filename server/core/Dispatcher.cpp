@@ -51,7 +51,6 @@ struct Dispatcher::ClassShape {
     };
     CIMClass full;               // every property and method, with qualifiers and origins
     std::set<std::string> all;   // folded property names
-    std::set<std::string> local; // defined or overridden by the class itself
     std::vector<Reference> references;
 };
 
@@ -123,7 +122,6 @@ std::shared_ptr<const Dispatcher::ClassShape> Dispatcher::shape(const CIMNamespa
         CIMConstProperty p = built->full.getProperty(i);
         const std::string name = folded(p.getName());
         built->all.insert(name);
-        if (!p.getPropagated()) built->local.insert(name);
         if (p.getType() == CIMTYPE_REFERENCE) built->references.push_back({name, p.getReferenceClassName()});
     }
     std::lock_guard<std::mutex> lock(_shapesMutex);
@@ -183,7 +181,7 @@ void Dispatcher::callProvider(const ProviderId& id, const OperationContext& cont
 }
 
 Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
-                                                const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                                const CIMName& requestedClass, bool deepInheritance,
                                                 bool includeQualifiers, bool includeClassOrigin,
                                                 const CIMPropertyList& propertyList, FinishMemo* memo) const {
     const CIMNamespaceName where =
@@ -217,12 +215,11 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
     }
     completePath(path, nameSpace);
 
-    // Which properties the request allows: those of the requested class
-    // (only its own with localOnly), plus, with deepInheritance, those the
-    // instance's subclass adds.
+    // Which properties the request allows: those of the requested class,
+    // plus, with deepInheritance, those the instance's subclass adds.
     const std::shared_ptr<const ClassShape>& requested = known.requested;
     auto allowed = [&](const std::string& name) {
-        if ((localOnly ? requested->local : requested->all).count(name)) return true;
+        if (requested->all.count(name)) return true;
         return deepInheritance && own->all.count(name) && !requested->all.count(name);
     };
     auto keeps = [&](Uint32 i, const CIMName& name) {
@@ -241,11 +238,18 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
     // from `source` are only read and shared.)
     CIMInstance& source = const_cast<CIMInstance&>(delivered);
     const Uint32 count = source.getPropertyCount();
+    // With includeClassOrigin, a property the provider left without its
+    // class origin gets the one its class declares.
+    auto declaredOrigin = [&](const CIMProperty& property) {
+        if (!includeClassOrigin || !property.getClassOrigin().isNull() || !own) return CIMName();
+        const Uint32 at = own->full.findProperty(property.getName());
+        return at == PEG_NOT_FOUND ? CIMName() : own->full.getProperty(at).getClassOrigin();
+    };
     bool whole = includeQualifiers || source.getQualifierCount() == 0;
     for (Uint32 i = 0; whole && i < count; ++i) {
         const CIMProperty& property = CIMObjectAccess::property(source, i);
         whole = keeps(i, property.getName()) && (includeQualifiers || property.getQualifierCount() == 0) &&
-                (includeClassOrigin || property.getClassOrigin().isNull());
+                (includeClassOrigin ? declaredOrigin(property).isNull() : property.getClassOrigin().isNull());
     }
     if (whole) {
         finished.instance = delivered;
@@ -259,9 +263,10 @@ Dispatcher::FinishedInstance Dispatcher::finish(const CIMInstance& delivered, co
         if (!keeps(i, property.getName())) continue;
         const bool dropQualifiers = !includeQualifiers && property.getQualifierCount() != 0;
         const bool dropOrigin = !includeClassOrigin && !property.getClassOrigin().isNull();
-        if (dropQualifiers || dropOrigin) {
+        const CIMName addOrigin = declaredOrigin(property);
+        if (dropQualifiers || dropOrigin || !addOrigin.isNull()) {
             property = property.clone();
-            if (dropOrigin) property.setClassOrigin(CIMName());
+            if (dropOrigin || !addOrigin.isNull()) property.setClassOrigin(addOrigin);
             while (dropQualifiers && property.getQualifierCount() != 0)
                 property.removeQualifier(property.getQualifierCount() - 1);
         }
@@ -286,10 +291,10 @@ CIMInstance withPath(const CIMInstance& instance, const CIMObjectPath& path) {
 }  // namespace
 
 CIMInstance Dispatcher::finishInstance(const CIMInstance& delivered, const CIMNamespaceName& nameSpace,
-                                       const CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                       const CIMName& requestedClass, bool deepInheritance,
                                        bool includeQualifiers, bool includeClassOrigin,
                                        const CIMPropertyList& propertyList, FinishMemo* memo) const {
-    const FinishedInstance f = finish(delivered, nameSpace, requestedClass, deepInheritance, localOnly,
+    const FinishedInstance f = finish(delivered, nameSpace, requestedClass, deepInheritance,
                                       includeQualifiers, includeClassOrigin, propertyList, memo);
     return withPath(f.instance, f.path);
 }
@@ -347,13 +352,14 @@ CIMInstance Dispatcher::getInstance(const OperationContext& context, const CIMNa
     OperationScope scope(*this, "GetInstance");
     requireNamespace(nameSpace);
     requireClass(nameSpace, instanceName.getClassName(), CIM_ERR_INVALID_CLASS, "The class");
-    return getInstanceFor(providerContext(context), nameSpace, instanceName, localOnly, includeQualifiers,
+    (void)localOnly;  // deprecated for instances: every property is answered
+    return getInstanceFor(providerContext(context), nameSpace, instanceName, includeQualifiers,
                           includeClassOrigin, propertyList);
 }
 
 CIMInstance Dispatcher::getInstanceFor(const OperationContext& providerCtx, const CIMNamespaceName& nameSpace,
-                                       const CIMObjectPath& instanceName, bool localOnly, bool includeQualifiers,
-                                       bool includeClassOrigin, const CIMPropertyList& propertyList) {
+                                       const CIMObjectPath& instanceName, bool includeQualifiers, bool includeClassOrigin,
+                                       const CIMPropertyList& propertyList) {
     const CIMName className = instanceName.getClassName();
     CIMInstance found;
     if (std::optional<ProviderId> id = _registry.find(nameSpace, className, ProviderType::Instance)) {
@@ -369,7 +375,7 @@ CIMInstance Dispatcher::getInstanceFor(const OperationContext& providerCtx, cons
     } else {
         found = _repository.getInstance(nameSpace, instanceName);
     }
-    return finishInstance(found, nameSpace, className, true, localOnly, includeQualifiers, includeClassOrigin,
+    return finishInstance(found, nameSpace, className, true, includeQualifiers, includeClassOrigin,
                           propertyList);
 }
 
@@ -390,13 +396,14 @@ void Dispatcher::enumerateInstances(const OperationContext& context, const CIMNa
                                     bool includeQualifiers, bool includeClassOrigin,
                                     const CIMPropertyList& propertyList, const InstanceConsumer& consume) {
     OperationScope scope(*this, "EnumerateInstances");
+    (void)localOnly;  // deprecated for instances: every property is answered
     requireNamespace(nameSpace);
     requireClass(nameSpace, className, CIM_ERR_INVALID_CLASS, "The class");
     const OperationContext providerCtx = providerContext(context);
 
     FinishMemo memo;
     auto finished = [&](const CIMInstance& delivered) {
-        const FinishedInstance f = finish(delivered, nameSpace, className, deepInheritance, localOnly,
+        const FinishedInstance f = finish(delivered, nameSpace, className, deepInheritance,
                                           includeQualifiers, includeClassOrigin, propertyList, &memo);
         consume(f.instance, f.path);
     };
@@ -554,7 +561,7 @@ CIMValue Dispatcher::getProperty(const OperationContext& context, const CIMNames
                            "The class " + nameText(className) + " has no property " + nameText(propertyName) + ".");
     Array<CIMName> names;
     names.append(propertyName);
-    CIMInstance instance = getInstanceFor(providerContext(context), nameSpace, instanceName, false, false, false,
+    CIMInstance instance = getInstanceFor(providerContext(context), nameSpace, instanceName, false, false,
                                           CIMPropertyList(names));
     Uint32 index = instance.findProperty(propertyName);
     if (index == PEG_NOT_FOUND)
@@ -599,6 +606,47 @@ Array<CIMObject> Dispatcher::execQuery(const OperationContext&, const CIMNamespa
 
 // ---- associations -----------------------------------------------------------
 
+// One association request as each of its three sources (class-level
+// associations, association providers, MOF association instances) sees it.
+struct Dispatcher::AssociationWalk {
+    AssociationOp op;
+    CIMNamespaceName nameSpace;
+    CIMObjectPath objectName;
+    CIMName objectClass;
+    CIMObjectPath objectRef;  // the object as providers are asked about it
+    CIMName resultClass;
+    String role;
+    String resultRole;
+    std::string roleName;        // folded
+    std::string resultRoleName;  // folded; empty for References
+    bool toAssociators;
+    bool wantsPaths;
+    bool includeQualifiers;
+    bool includeClassOrigin;
+    CIMPropertyList propertyList;
+    OperationContext providerCtx;
+    ObjectConsumer emitObject;
+    PathConsumer emitPath;
+};
+
+bool Dispatcher::forEachEnd(const AssociationWalk& walk, const ClassShape& association, bool resultEitherWay,
+                            const std::function<bool(const CIMName& farClass)>& visit) const {
+    for (const ClassShape::Reference& near : association.references) {
+        if (!walk.roleName.empty() && near.name != walk.roleName) continue;
+        if (!_repository.isSubclassOf(walk.nameSpace, walk.objectClass, near.referenceClass)) continue;
+        for (const ClassShape::Reference& far : association.references) {
+            if (&far == &near) continue;
+            if (!walk.resultRoleName.empty() && far.name != walk.resultRoleName) continue;
+            if (!walk.resultClass.isNull() &&
+                !_repository.isSubclassOf(walk.nameSpace, far.referenceClass, walk.resultClass) &&
+                !(resultEitherWay && _repository.isSubclassOf(walk.nameSpace, walk.resultClass, far.referenceClass)))
+                continue;
+            if (visit(far.referenceClass)) return true;
+        }
+    }
+    return false;
+}
+
 void Dispatcher::associate(AssociationOp op, const OperationContext& context, const CIMNamespaceName& nameSpace,
                            const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
                            const String& role, const String& resultRole, bool includeQualifiers,
@@ -610,30 +658,24 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     if (!assocClass.isNull()) requireClass(nameSpace, assocClass, CIM_ERR_INVALID_PARAMETER, "The association class");
     if (!resultClass.isNull()) requireClass(nameSpace, resultClass, CIM_ERR_INVALID_PARAMETER, "The result class");
 
-    const bool toAssociators = op == AssociationOp::Associators || op == AssociationOp::AssociatorNames;
-    const CIMName associationFilter = toAssociators ? assocClass : resultClass;
-    const std::string roleName = foldedKey(role);
-    const std::string resultRoleName = toAssociators ? foldedKey(resultRole) : std::string();
-    const OperationContext providerCtx = providerContext(context);
-    const CIMObjectPath objectRef = serverPath(nameSpace, objectClass, objectName.getKeyBindings());
-
-    // Whether association class `shape` has a reference that can hold the
-    // object and another that can lead to the requested result.
-    auto canLead = [&](const ClassShape& association) {
-        for (const ClassShape::Reference& near : association.references) {
-            if (!roleName.empty() && near.name != roleName) continue;
-            if (!_repository.isSubclassOf(nameSpace, objectClass, near.referenceClass)) continue;
-            for (const ClassShape::Reference& far : association.references) {
-                if (&far == &near) continue;
-                if (!resultRoleName.empty() && far.name != resultRoleName) continue;
-                if (!resultClass.isNull() && !_repository.isSubclassOf(nameSpace, far.referenceClass, resultClass) &&
-                    !_repository.isSubclassOf(nameSpace, resultClass, far.referenceClass))
-                    continue;
-                return true;
-            }
-        }
-        return false;
-    };
+    AssociationWalk walk;
+    walk.op = op;
+    walk.nameSpace = nameSpace;
+    walk.objectName = objectName;
+    walk.objectClass = objectClass;
+    walk.objectRef = serverPath(nameSpace, objectClass, objectName.getKeyBindings());
+    walk.resultClass = resultClass;
+    walk.role = role;
+    walk.resultRole = resultRole;
+    walk.toAssociators = op == AssociationOp::Associators || op == AssociationOp::AssociatorNames;
+    walk.wantsPaths = op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames;
+    walk.roleName = foldedKey(role);
+    walk.resultRoleName = walk.toAssociators ? foldedKey(resultRole) : std::string();
+    walk.includeQualifiers = includeQualifiers;
+    walk.includeClassOrigin = includeClassOrigin;
+    walk.propertyList = propertyList;
+    walk.providerCtx = providerContext(context);
+    const CIMName associationFilter = walk.toAssociators ? assocClass : resultClass;
 
     // An object name without keys names a class: the answer is classes,
     // from the repository alone, passed on as they are.
@@ -643,27 +685,26 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     // ReferenceNames, the association class) are passed on; objects of
     // classes another namespace defines are kept. Each result is finished
     // as it comes.
-    const CIMName wanted = resultClass;
     auto wantedClass = [&](const CIMName& cls, const CIMNamespaceName& where) {
-        if (wanted.isNull()) return true;
+        if (resultClass.isNull()) return true;
         const CIMNamespaceName ns = where.isNull() ? nameSpace : where;
         if (!ns.equal(nameSpace) || !_repository.classExists(nameSpace, cls)) return true;
-        return bool(_repository.isSubclassOf(nameSpace, cls, wanted));
+        return bool(_repository.isSubclassOf(nameSpace, cls, resultClass));
     };
-    auto emitObject = [&](const CIMObject& object) {
+    walk.emitObject = [&](const CIMObject& object) {
         if (ofClass) {
             (*consumeObject)(object);
         } else if (!wantedClass(object.getClassName(), object.getPath().getNameSpace())) {
             return;
         } else if (object.isInstance()) {
             CIMInstance instance(object);
-            (*consumeObject)(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true, false,
+            (*consumeObject)(CIMObject(finishInstance(instance, nameSpace, instance.getClassName(), true,
                                                       includeQualifiers, includeClassOrigin, propertyList)));
         } else {
             (*consumeObject)(object);
         }
     };
-    auto emitPath = [&](const CIMObjectPath& path) {
+    walk.emitPath = [&](const CIMObjectPath& path) {
         if (ofClass)
             (*consumePath)(path);
         else if (wantedClass(path.getClassName(), path.getNameSpace()))
@@ -671,117 +712,120 @@ void Dispatcher::associate(AssociationOp op, const OperationContext& context, co
     };
 
     std::set<std::string> classesSeen;
-    auto addClass = [&](const CIMName& cls) {
-        if (!classesSeen.insert(folded(cls)).second) return;
-        if (op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames) {
-            emitPath(serverPath(nameSpace, cls));
-        } else {
-            CIMClass found = _repository.getClass(nameSpace, cls, false, includeQualifiers, includeClassOrigin,
-                                                  propertyList);
-            found.setPath(serverPath(nameSpace, cls));
-            emitObject(CIMObject(found));
-        }
-    };
-
     Array<CIMName> candidates = _repository.getAssociationClassNames(nameSpace, objectClass, role);
     for (Uint32 a = 0; a < candidates.size(); ++a) {
         const CIMName& association = candidates[a];
         if (!associationFilter.isNull() && !_repository.isSubclassOf(nameSpace, association, associationFilter))
             continue;
         std::shared_ptr<const ClassShape> associationShape = shape(nameSpace, association);
-        if (toAssociators && !canLead(*associationShape)) continue;
-
-        if (ofClass) {
-            if (!toAssociators) {
-                addClass(association);
-                continue;
-            }
-            // The classes at the far ends that the filters allow.
-            for (const ClassShape::Reference& near : associationShape->references) {
-                if (!roleName.empty() && near.name != roleName) continue;
-                if (!_repository.isSubclassOf(nameSpace, objectClass, near.referenceClass)) continue;
-                for (const ClassShape::Reference& far : associationShape->references) {
-                    if (&far == &near) continue;
-                    if (!resultRoleName.empty() && far.name != resultRoleName) continue;
-                    if (!resultClass.isNull() && !_repository.isSubclassOf(nameSpace, far.referenceClass, resultClass))
-                        continue;
-                    addClass(far.referenceClass);
-                }
-            }
+        // Skip associations that cannot lead from the object to the result.
+        if (walk.toAssociators &&
+            !forEachEnd(walk, *associationShape, true, [](const CIMName&) { return true; }))
             continue;
-        }
 
-        if (std::optional<ProviderId> id = _registry.find(nameSpace, association, ProviderType::Association)) {
-            ObjectForwarder objects(emitObject);
-            ObjectPathForwarder paths(emitPath);
-            const bool wantsPaths = op == AssociationOp::AssociatorNames || op == AssociationOp::ReferenceNames;
-            const CollectorBase& handler = wantsPaths ? static_cast<const CollectorBase&>(paths) : objects;
-            callProvider<CIMAssociationProvider>(
-                *id, providerCtx,
-                [&](CIMAssociationProvider& provider) {
-                    switch (op) {
-                    case AssociationOp::Associators:
-                        provider.associators(providerCtx, objectRef, association, resultClass, role, resultRole,
-                                             includeQualifiers, includeClassOrigin, propertyList, objects);
-                        break;
-                    case AssociationOp::AssociatorNames:
-                        provider.associatorNames(providerCtx, objectRef, association, resultClass, role,
-                                                 resultRole, paths);
-                        break;
-                    case AssociationOp::References:
-                        provider.references(providerCtx, objectRef, association, role, includeQualifiers,
-                                            includeClassOrigin, propertyList, objects);
-                        break;
-                    case AssociationOp::ReferenceNames:
-                        provider.referenceNames(providerCtx, objectRef, association, role, paths);
-                        break;
-                    }
-                },
-                &handler);
-            lastResponse = handler.responseContext();
-            continue;
-        }
+        if (ofClass)
+            associateClasses(walk, association, *associationShape, classesSeen);
+        else if (std::optional<ProviderId> id = _registry.find(nameSpace, association, ProviderType::Association))
+            associateByProvider(walk, association, *id);
+        else
+            associateFromMof(walk, association);
+    }
+}
 
-        // No provider: the association instances declared in MOF.
-        Array<CIMInstance> links = _repository.enumerateInstances(nameSpace, association, false);
-        for (Uint32 l = 0; l < links.size(); ++l) {
-            const CIMInstance& link = links[l];
-            for (Uint32 n = 0; n < link.getPropertyCount(); ++n) {
-                CIMConstProperty near = link.getProperty(n);
-                if (near.getType() != CIMTYPE_REFERENCE || near.getValue().isNull()) continue;
-                if (!roleName.empty() && folded(near.getName()) != roleName) continue;
-                CIMObjectPath nearPath;
-                near.getValue().get(nearPath);
-                if (!samePath(nearPath, objectName, nameSpace)) continue;
-                if (op == AssociationOp::References) emitObject(CIMObject(link));
-                if (op == AssociationOp::ReferenceNames) emitPath(link.getPath());
-                if (toAssociators) {
-                    for (Uint32 f = 0; f < link.getPropertyCount(); ++f) {
-                        CIMConstProperty far = link.getProperty(f);
-                        if (f == n || far.getType() != CIMTYPE_REFERENCE || far.getValue().isNull()) continue;
-                        if (!resultRoleName.empty() && folded(far.getName()) != resultRoleName) continue;
-                        CIMObjectPath farPath;
-                        far.getValue().get(farPath);
-                        if (op == AssociationOp::AssociatorNames) {
-                            emitPath(farPath);
-                            continue;
-                        }
-                        const CIMNamespaceName farNamespace =
-                            farPath.getNameSpace().isNull() ? nameSpace : farPath.getNameSpace();
-                        CIMInstance farInstance;
-                        try {
-                            farInstance = getInstanceFor(providerCtx, farNamespace, farPath, false, includeQualifiers,
-                                                 includeClassOrigin, propertyList);
-                        } catch (const CIMException& e) {
-                            // A link to an object that is gone is no result.
-                            if (e.getCode() != CIM_ERR_NOT_FOUND && e.getCode() != CIM_ERR_INVALID_CLASS) throw;
-                            continue;
-                        }
-                        emitObject(CIMObject(farInstance));
-                    }
-                }
+void Dispatcher::associateClasses(const AssociationWalk& walk, const CIMName& association,
+                                  const ClassShape& associationShape, std::set<std::string>& classesSeen) {
+    auto addClass = [&](const CIMName& cls) {
+        if (!classesSeen.insert(folded(cls)).second) return;
+        if (walk.wantsPaths) {
+            walk.emitPath(serverPath(walk.nameSpace, cls));
+        } else {
+            CIMClass found = _repository.getClass(walk.nameSpace, cls, false, walk.includeQualifiers,
+                                                  walk.includeClassOrigin, walk.propertyList);
+            found.setPath(serverPath(walk.nameSpace, cls));
+            walk.emitObject(CIMObject(found));
+        }
+    };
+    if (!walk.toAssociators) {
+        addClass(association);
+        return;
+    }
+    // The classes at the far ends that the filters allow.
+    forEachEnd(walk, associationShape, false, [&](const CIMName& farClass) {
+        addClass(farClass);
+        return false;
+    });
+}
+
+void Dispatcher::associateByProvider(const AssociationWalk& walk, const CIMName& association, const ProviderId& id) {
+    ObjectForwarder objects(walk.emitObject);
+    ObjectPathForwarder paths(walk.emitPath);
+    const CollectorBase& handler = walk.wantsPaths ? static_cast<const CollectorBase&>(paths) : objects;
+    const OperationContext& ctx = walk.providerCtx;
+    callProvider<CIMAssociationProvider>(
+        id, ctx,
+        [&](CIMAssociationProvider& provider) {
+            switch (walk.op) {
+            case AssociationOp::Associators:
+                provider.associators(ctx, walk.objectRef, association, walk.resultClass, walk.role, walk.resultRole,
+                                     walk.includeQualifiers, walk.includeClassOrigin, walk.propertyList, objects);
+                break;
+            case AssociationOp::AssociatorNames:
+                provider.associatorNames(ctx, walk.objectRef, association, walk.resultClass, walk.role,
+                                         walk.resultRole, paths);
+                break;
+            case AssociationOp::References:
+                provider.references(ctx, walk.objectRef, association, walk.role, walk.includeQualifiers,
+                                    walk.includeClassOrigin, walk.propertyList, objects);
+                break;
+            case AssociationOp::ReferenceNames:
+                provider.referenceNames(ctx, walk.objectRef, association, walk.role, paths);
                 break;
             }
+        },
+        &handler);
+    lastResponse = handler.responseContext();
+}
+
+void Dispatcher::associateFromMof(const AssociationWalk& walk, const CIMName& association) {
+    const CIMNamespaceName& nameSpace = walk.nameSpace;
+    Array<CIMInstance> links = _repository.enumerateInstances(nameSpace, association, false);
+    for (Uint32 l = 0; l < links.size(); ++l) {
+        const CIMInstance& link = links[l];
+        for (Uint32 n = 0; n < link.getPropertyCount(); ++n) {
+            CIMConstProperty near = link.getProperty(n);
+            if (near.getType() != CIMTYPE_REFERENCE || near.getValue().isNull()) continue;
+            if (!walk.roleName.empty() && folded(near.getName()) != walk.roleName) continue;
+            CIMObjectPath nearPath;
+            near.getValue().get(nearPath);
+            if (!samePath(nearPath, walk.objectName, nameSpace)) continue;
+            if (walk.op == AssociationOp::References) walk.emitObject(CIMObject(link));
+            if (walk.op == AssociationOp::ReferenceNames) walk.emitPath(link.getPath());
+            if (walk.toAssociators) {
+                for (Uint32 f = 0; f < link.getPropertyCount(); ++f) {
+                    CIMConstProperty far = link.getProperty(f);
+                    if (f == n || far.getType() != CIMTYPE_REFERENCE || far.getValue().isNull()) continue;
+                    if (!walk.resultRoleName.empty() && folded(far.getName()) != walk.resultRoleName) continue;
+                    CIMObjectPath farPath;
+                    far.getValue().get(farPath);
+                    if (walk.op == AssociationOp::AssociatorNames) {
+                        walk.emitPath(farPath);
+                        continue;
+                    }
+                    const CIMNamespaceName farNamespace =
+                        farPath.getNameSpace().isNull() ? nameSpace : farPath.getNameSpace();
+                    CIMInstance farInstance;
+                    try {
+                        farInstance = getInstanceFor(walk.providerCtx, farNamespace, farPath, walk.includeQualifiers, walk.includeClassOrigin,
+                                                     walk.propertyList);
+                    } catch (const CIMException& e) {
+                        // A link to an object that is gone is no result.
+                        if (e.getCode() != CIM_ERR_NOT_FOUND && e.getCode() != CIM_ERR_INVALID_CLASS) throw;
+                        continue;
+                    }
+                    walk.emitObject(CIMObject(farInstance));
+                }
+            }
+            break;
         }
     }
 }

@@ -23,8 +23,11 @@
 //   - ExecQuery gives CIM_ERR_NOT_SUPPORTED.
 // Results carry complete paths (the server's host name and the namespace,
 // where a provider left them empty). Instances are filtered as PropertyList,
-// LocalOnly, DeepInheritance, IncludeQualifiers and IncludeClassOrigin ask,
-// whatever the provider delivered. A provider that returns without calling
+// DeepInheritance, IncludeQualifiers and IncludeClassOrigin ask, whatever
+// the provider delivered. LocalOnly is deprecated for instances and clients
+// leave it to a default of true that would strip most properties: instance
+// operations accept it and always answer as if it were false; class
+// operations honour it. A provider that returns without calling
 // complete() still has what it delivered returned.
 //
 // The enumeration and association operations also come in a streamed form
@@ -281,13 +284,13 @@ private:
         Pegasus::CIMObjectPath path;
     };
     FinishedInstance finish(const Pegasus::CIMInstance& delivered, const Pegasus::CIMNamespaceName& nameSpace,
-                            const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                            const Pegasus::CIMName& requestedClass, bool deepInheritance,
                             bool includeQualifiers, bool includeClassOrigin,
                             const Pegasus::CIMPropertyList& propertyList, FinishMemo* memo = nullptr) const;
     // finish(), as one instance that carries its path.
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
                                         const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMName& requestedClass, bool deepInheritance, bool localOnly,
+                                        const Pegasus::CIMName& requestedClass, bool deepInheritance,
                                         bool includeQualifiers, bool includeClassOrigin,
                                         const Pegasus::CIMPropertyList& propertyList,
                                         FinishMemo* memo = nullptr) const;
@@ -296,9 +299,8 @@ private:
 
     Pegasus::CIMInstance getInstanceFor(const Pegasus::OperationContext& providerCtx,
                                         const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMObjectPath& instanceName, bool localOnly,
-                                        bool includeQualifiers, bool includeClassOrigin,
-                                        const Pegasus::CIMPropertyList& propertyList);
+                                        const Pegasus::CIMObjectPath& instanceName, bool includeQualifiers,
+                                        bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
     void modifyInstanceFor(const Pegasus::OperationContext& providerCtx, const Pegasus::CIMNamespaceName& nameSpace,
                            const Pegasus::CIMInstance& modifiedInstance, bool includeQualifiers,
                            const Pegasus::CIMPropertyList& propertyList);
@@ -309,6 +311,20 @@ private:
                    const Pegasus::String& role, const Pegasus::String& resultRole, bool includeQualifiers,
                    bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
                    const ObjectConsumer* consumeObject, const PathConsumer* consumePath);
+    // The three sources of association results, each passing its results
+    // to the walk's emitters.
+    struct AssociationWalk;
+    // Calls `visit` with the far end's class of each pair of references of
+    // `association` that can hold the object at the near end and, with the
+    // walk's result class, lead to it (also up the hierarchy when
+    // `resultEitherWay`); stops and returns true when `visit` does.
+    bool forEachEnd(const AssociationWalk& walk, const ClassShape& association, bool resultEitherWay,
+                    const std::function<bool(const Pegasus::CIMName& farClass)>& visit) const;
+    void associateClasses(const AssociationWalk& walk, const Pegasus::CIMName& association,
+                          const ClassShape& associationShape, std::set<std::string>& classesSeen);
+    void associateByProvider(const AssociationWalk& walk, const Pegasus::CIMName& association,
+                             const ProviderId& id);
+    void associateFromMof(const AssociationWalk& walk, const Pegasus::CIMName& association);
 
     const ClassRepository& _repository;
     const ProviderRegistry& _registry;

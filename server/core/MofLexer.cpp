@@ -2,6 +2,8 @@
 
 #include "MofError.h"
 
+#include <Pegasus/Common/CIMValueText.h>
+
 #include <cctype>
 #include <cstdlib>
 #include <limits>
@@ -215,7 +217,8 @@ private:
             }
             std::string text = sign + _text.substr(start, _pos - start);
             token.kind = Token::Kind::Real;
-            token.realValue = std::strtod(text.c_str(), nullptr);
+            if (!Pegasus::CIMValueText::toReal(text.data(), text.data() + text.size(), token.realValue))
+                fail(token.where, "real constant out of range");
             token.text = text;
             checkNumberEnd(token);
             return;
@@ -237,13 +240,11 @@ private:
     }
 
     void finishInteger(Token& token, const std::string& sign, const std::string& digits, unsigned base) {
-        std::uint64_t value = 0;
-        const std::uint64_t max = std::numeric_limits<std::uint64_t>::max();
-        for (char d : digits) {
-            unsigned digit = static_cast<unsigned>(hexDigit(d));
-            if (value > (max - digit) / base) fail(token.where, "integer constant out of range");
-            value = value * base + digit;
-        }
+        Pegasus::Uint64 value = 0;
+        if (!digits.empty() &&
+            !Pegasus::CIMValueText::digits(digits.data(), digits.data() + digits.size(), base,
+                                           std::numeric_limits<Pegasus::Uint64>::max(), value))
+            fail(token.where, "integer constant out of range");
         token.kind = Token::Kind::Integer;
         token.magnitude = value;
         token.negative = sign == "-" && value != 0;

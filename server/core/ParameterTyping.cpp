@@ -7,10 +7,7 @@
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMParameter.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <limits>
+#include <Pegasus/Common/CIMValueText.h>
 
 using namespace Pegasus;
 
@@ -21,41 +18,6 @@ namespace {
 [[noreturn]] void badText(const String& text, CIMType type, const String& what) {
     throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": \"" + text + "\" is not a valid " +
                                                       cimTypeToString(type) + " value");
-}
-
-// Whole text as an unsigned or signed integer, decimal or 0x-hexadecimal.
-bool parseUnsigned(const std::string& s, unsigned long long& out) {
-    if (s.empty() || s[0] == '-' || s[0] == '+' || s[0] == ' ') return false;
-    const bool hex = s.size() > 2 && s[0] == '0' && (s[1] == 'x' || s[1] == 'X');
-    errno = 0;
-    char* end = nullptr;
-    out = std::strtoull(s.c_str(), &end, hex ? 16 : 10);
-    return errno == 0 && end && *end == '\0';
-}
-
-bool parseSigned(const std::string& s, long long& out) {
-    if (s.empty() || s[0] == ' ') return false;
-    std::size_t digits = (s[0] == '-' || s[0] == '+') ? 1 : 0;
-    const bool hex = s.size() > digits + 2 && s[digits] == '0' && (s[digits + 1] == 'x' || s[digits + 1] == 'X');
-    errno = 0;
-    char* end = nullptr;
-    out = std::strtoll(s.c_str(), &end, hex ? 16 : 10);
-    return errno == 0 && end && *end == '\0' && s.size() > digits;
-}
-
-template <class T>
-CIMValue unsignedValue(const std::string& s, const String& text, CIMType type, const String& what) {
-    unsigned long long v = 0;
-    if (!parseUnsigned(s, v) || v > std::numeric_limits<T>::max()) badText(text, type, what);
-    return CIMValue(static_cast<T>(v));
-}
-
-template <class T>
-CIMValue signedValue(const std::string& s, const String& text, CIMType type, const String& what) {
-    long long v = 0;
-    if (!parseSigned(s, v) || v < std::numeric_limits<T>::min() || v > std::numeric_limits<T>::max())
-        badText(text, type, what);
-    return CIMValue(static_cast<T>(v));
 }
 
 template <class T>
@@ -95,47 +57,11 @@ CIMValue arrayFromText(const Array<String>& texts, CIMType type, const String& w
 }  // namespace
 
 CIMValue valueFromText(const String& text, CIMType type, const String& what) {
-    const std::string s = toUtf8(text);
-    switch (type) {
-    case CIMTYPE_BOOLEAN:
-        if (String::equalNoCase(text, "true")) return CIMValue(Boolean(true));
-        if (String::equalNoCase(text, "false")) return CIMValue(Boolean(false));
-        badText(text, type, what);
-    case CIMTYPE_UINT8: return unsignedValue<Uint8>(s, text, type, what);
-    case CIMTYPE_UINT16: return unsignedValue<Uint16>(s, text, type, what);
-    case CIMTYPE_UINT32: return unsignedValue<Uint32>(s, text, type, what);
-    case CIMTYPE_UINT64: return unsignedValue<Uint64>(s, text, type, what);
-    case CIMTYPE_SINT8: return signedValue<Sint8>(s, text, type, what);
-    case CIMTYPE_SINT16: return signedValue<Sint16>(s, text, type, what);
-    case CIMTYPE_SINT32: return signedValue<Sint32>(s, text, type, what);
-    case CIMTYPE_SINT64: return signedValue<Sint64>(s, text, type, what);
-    case CIMTYPE_REAL32:
-    case CIMTYPE_REAL64: {
-        errno = 0;
-        char* end = nullptr;
-        double v = std::strtod(s.c_str(), &end);
-        if (s.empty() || errno != 0 || !end || *end != '\0') badText(text, type, what);
-        return type == CIMTYPE_REAL32 ? CIMValue(static_cast<Real32>(v)) : CIMValue(static_cast<Real64>(v));
-    }
-    case CIMTYPE_CHAR16:
-        if (text.size() != 1) badText(text, type, what);
-        return CIMValue(text[0]);
-    case CIMTYPE_STRING: return CIMValue(text);
-    case CIMTYPE_DATETIME:
-        try {
-            return CIMValue(CIMDateTime(text));
-        } catch (const Exception&) {
-            badText(text, type, what);
-        }
-    case CIMTYPE_REFERENCE:
-        try {
-            return CIMValue(CIMObjectPath(text));
-        } catch (const Exception&) {
-            badText(text, type, what);
-        }
-    default:
+    if (type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE)
         throw CIMException(CIM_ERR_INVALID_PARAMETER, what + ": embedded objects cannot be given as text");
-    }
+    CIMValue value;
+    if (!CIMValueText::toValue(text, type, value)) badText(text, type, what);
+    return value;
 }
 
 bool declaresEmbedded(const CIMConstParameter& declared) {

@@ -3,6 +3,7 @@
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
+#include <cimxml/Codec.h>
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMParamValue.h>
@@ -55,6 +56,108 @@ std::string outParameter(const Array<CIMParamValue>& out, const char* name)
         if (out[i].getParameterName() == name)
             return std_(out[i].getValue().toString());
     return "<missing>";
+}
+
+// One intrinsic call as raw CIM-XML over a fresh connection, as user admin;
+// the answer decoded (it must not be streamed).
+cimxml::OperationResponse intrinsicCall(int port, cimxml::Intrinsic op, const char* nameSpace,
+                                        const Array<CIMParamValue>& parameters)
+{
+    cimxml::OperationRequest r;
+    r.operation = op;
+    r.nameSpace = CIMNamespaceName(nameSpace);
+    r.parameters = parameters;
+    cimxml::StringSink body;
+    cimxml::encodeRequest(r, body);
+    const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                                "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\nCIMMethod: " +
+                                cimxml::intrinsicName(op) + "\r\nCIMObject: " + std::regex_replace(nameSpace, std::regex("/"), "%2F") +
+                                "\r\n";
+    const std::string answer = rawExchange(port, request("POST", headers, body.text)).response;
+    const std::size_t start = answer.find("\r\n\r\n");
+    if (start == std::string::npos || answer.find("Transfer-Encoding: chunked") != std::string::npos)
+        throw std::runtime_error("no plain answer: " + answer.substr(0, 400));
+    return cimxml::decodeResponse(answer.data() + start + 4, answer.size() - start - 4);
+}
+
+std::string contextOf(const cimxml::OperationResponse& r)
+{
+    for (Uint32 i = 0; i < r.outParameters.size(); i++)
+        if (r.outParameters[i].getParameterName() == "EnumerationContext" && !r.outParameters[i].getValue().isNull())
+            return std_(r.outParameters[i].getValue().toString());
+    return std::string();
+}
+
+bool endOf(const cimxml::OperationResponse& r)
+{
+    for (Uint32 i = 0; i < r.outParameters.size(); i++)
+        if (r.outParameters[i].getParameterName() == "EndOfSequence")
+            return r.outParameters[i].getValue().toString() == "TRUE";
+    throw std::runtime_error("no EndOfSequence");
+}
+
+// A path as class and keys: the traditional operations name instances
+// without host and namespace where the pull operations give both.
+std::string keysOf(const CIMObjectPath& path)
+{
+    return std_(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
+}
+
+// The sorted texts of what a pulled enumeration returns, opened by `open`
+// with `parameters` and pulled in pieces of `piece`: "path" for a path,
+// "path|property count" for an instance.
+std::vector<std::string> pulledAll(int port, cimxml::Intrinsic open, const char* nameSpace,
+                                   Array<CIMParamValue> parameters, Uint32 piece, unsigned& answers)
+{
+    const bool paths = cimxml::resultShape(open) == cimxml::ResultShape::InstancePaths;
+    std::vector<std::string> out;
+    auto collect = [&](const cimxml::OperationResponse& r) {
+        if (r.isError())
+            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + std_(r.errorDescription));
+        answers++;
+        if (paths) {
+            Array<CIMObjectPath> items;
+            r.returnValue.get(items);
+            EXPECT_LE(items.size(), piece);
+            for (Uint32 i = 0; i < items.size(); i++)
+                out.push_back(keysOf(items[i]));
+        } else {
+            Array<CIMInstance> items;
+            r.returnValue.get(items);
+            EXPECT_LE(items.size(), piece);
+            for (Uint32 i = 0; i < items.size(); i++)
+                out.push_back(keysOf(items[i].getPath()) + "|" + std::to_string(items[i].getPropertyCount()));
+        }
+    };
+    parameters.append(CIMParamValue("MaxObjectCount", CIMValue(piece)));
+    cimxml::OperationResponse r = intrinsicCall(port, open, nameSpace, parameters);
+    collect(r);
+    while (!endOf(r)) {
+        Array<CIMParamValue> next;
+        next.append(CIMParamValue("EnumerationContext", CIMValue(String(contextOf(r).c_str()))));
+        next.append(CIMParamValue("MaxObjectCount", CIMValue(piece)));
+        r = intrinsicCall(port, paths ? cimxml::Intrinsic::PullInstancePaths : cimxml::Intrinsic::PullInstancesWithPath,
+                          nameSpace, next);
+        collect(r);
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+template <class T>
+std::vector<std::string> sortedTexts(const Array<T>& items)
+{
+    std::vector<std::string> out;
+    for (Uint32 i = 0; i < items.size(); i++) {
+        if constexpr (std::is_same<T, CIMObjectPath>::value) {
+            out.push_back(keysOf(items[i]));
+        } else {
+            CIMObject object(items[i]);
+            out.push_back(keysOf(object.getPath()) + "|" + std::to_string(object.getPropertyCount()));
+        }
+    }
+    std::sort(out.begin(), out.end());
+    return out;
 }
 
 }  // namespace
@@ -216,6 +319,8 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
                          "73-CIMMethod: EnumerateInstanceNames\r\n73-CIMObject: root%2Ftest\r\n",
                  kEnumerateDisks),
          "200", "73-CIMOperation: MethodResponse"},
+        {"CIMBatch", request("POST", admin + cimHeaders + "CIMBatch: CIMBatch\r\n", kEnumerateDisks), "501",
+         "CIMError: multiple-requests-unsupported"},
         {"valid POST", request("POST", admin + cimHeaders, kEnumerateDisks), "200", "CIMOperation: MethodResponse"},
     };
     for (const Case& c : cases)
@@ -225,6 +330,203 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
             << c.what << ": " << r.response;
         EXPECT_NE(r.response.find(c.header), std::string::npos) << c.what << ": " << r.response;
     }
+}
+
+// What clients that send only what they need get back: instance operations
+// answer every property whatever LocalOnly says, IncludeClassOrigin adds
+// the origins, an empty reference array may come as VALUE.ARRAY, and an
+// intrinsic operation the server does not serve is refused in an
+// IMETHODRESPONSE.
+TEST_F(CimServerTest, RawRequestsGetTheAnswersClientsExpect)
+{
+    auto post = [&](const std::string& method, const std::string& object, const std::string& call) {
+        const std::string body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+                                 "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" "
+                                 "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>" +
+                                 call + "</SIMPLEREQ></MESSAGE></CIM>";
+        const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                                    "CIMMethod: " + method + "\r\nCIMObject: " + object + "\r\n";
+        return rawExchange(server->httpPort(), request("POST", headers, body)).response;
+    };
+    auto intrinsic = [&](const std::string& name, const std::string& params) {
+        return post(name, "root%2Ftest",
+                    "<IMETHODCALL NAME=\"" + name +
+                        "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
+                        "</LOCALNAMESPACEPATH>" + params + "</IMETHODCALL>");
+    };
+    const std::string fastDisk = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_FastDisk\"/></IPARAMVALUE>";
+    const std::string fast1 = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"Test_FastDisk\">"
+                              "<KEYBINDING NAME=\"Id\"><KEYVALUE>Fast1</KEYVALUE></KEYBINDING></INSTANCENAME>"
+                              "</IPARAMVALUE>";
+    const std::string localOnly = "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
+    const std::string withOrigin = "<IPARAMVALUE NAME=\"IncludeClassOrigin\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
+
+    // Id and Name come from the superclasses, Tier from the class itself.
+    for (const std::string& answer : {intrinsic("EnumerateInstances", fastDisk),
+                                      intrinsic("EnumerateInstances", fastDisk + localOnly),
+                                      intrinsic("GetInstance", fast1), intrinsic("GetInstance", fast1 + localOnly)})
+    {
+        EXPECT_NE(answer.find("NAME=\"Id\""), std::string::npos) << answer;
+        EXPECT_NE(answer.find("NAME=\"Name\""), std::string::npos) << answer;
+        EXPECT_NE(answer.find("NAME=\"Tier\""), std::string::npos) << answer;
+        EXPECT_EQ(answer.find("CLASSORIGIN"), std::string::npos) << answer;
+    }
+    for (const std::string& answer :
+         {intrinsic("EnumerateInstances", fastDisk + withOrigin), intrinsic("GetInstance", fast1 + withOrigin)})
+    {
+        EXPECT_NE(answer.find("NAME=\"Name\" TYPE=\"string\" CLASSORIGIN=\"Test_Element\""), std::string::npos)
+            << answer;
+        EXPECT_NE(answer.find("CLASSORIGIN=\"Test_FastDisk\""), std::string::npos) << answer;
+    }
+
+    for (const char* refused : {"GetQualifier", "EnumerateQualifiers", "EnumerationCount", "NoSuchOperation"})
+    {
+        const std::string answer = intrinsic(refused, "");
+        EXPECT_NE(answer.find(std::string("<IMETHODRESPONSE NAME=\"") + refused + "\"><ERROR CODE=\"7\""),
+                  std::string::npos)
+            << answer;
+    }
+
+    const std::string echo =
+        post("Echo", "root%2Ftest%3ATest_Service.Name%3D%22svc%22",
+             "<METHODCALL NAME=\"Echo\"><LOCALINSTANCEPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
+             "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><INSTANCENAME CLASSNAME=\"Test_Service\">"
+             "<KEYBINDING NAME=\"Name\"><KEYVALUE>svc</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>"
+             "<PARAMVALUE NAME=\"Items\" PARAMTYPE=\"reference\"><VALUE.ARRAY/></PARAMVALUE></METHODCALL>");
+    EXPECT_NE(echo.find("Items=reference[]:"), std::string::npos) << echo;
+}
+
+// A pulled enumeration returns what the traditional operation returns, in
+// pieces no larger than asked for.
+TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn)
+{
+    using cimxml::Intrinsic;
+    CIMClient client;
+    client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
+    const CIMNamespaceName test("root/test"), zda("root/zda");
+    const CIMObjectPath pool("root/test:Test_Pool.Id=\"Pool1\"");
+    const CIMObjectPath disk("root/test:Test_Disk.Id=\"Disk1\"");
+    auto named = [](const char* name, const CIMValue& value) {
+        Array<CIMParamValue> p;
+        p.append(CIMParamValue(name, value));
+        return p;
+    };
+    struct Case
+    {
+        const char* what;
+        const char* nameSpace;
+        Intrinsic open;
+        Array<CIMParamValue> parameters;
+        std::vector<std::string> expected;
+    };
+    const String volume("ZDA_StorageVolume");
+    const std::vector<Case> cases = {
+        {"instances", "root/zda", Intrinsic::OpenEnumerateInstances, named("ClassName", CIMValue(volume)),
+         sortedTexts(client.enumerateInstances(zda, CIMName(volume), true, false))},
+        {"paths", "root/zda", Intrinsic::OpenEnumerateInstancePaths, named("ClassName", CIMValue(volume)),
+         sortedTexts(client.enumerateInstanceNames(zda, CIMName(volume)))},
+        {"references", "root/test", Intrinsic::OpenReferenceInstances, named("InstanceName", CIMValue(pool)),
+         sortedTexts(client.references(test, pool))},
+        {"reference paths", "root/test", Intrinsic::OpenReferenceInstancePaths, named("InstanceName", CIMValue(disk)),
+         sortedTexts(client.referenceNames(test, disk))},
+        {"associators", "root/test", Intrinsic::OpenAssociatorInstances, named("InstanceName", CIMValue(pool)),
+         sortedTexts(client.associators(test, pool))},
+        {"associator paths", "root/test", Intrinsic::OpenAssociatorInstancePaths, named("InstanceName", CIMValue(disk)),
+         sortedTexts(client.associatorNames(test, disk))},
+    };
+    for (const Case& c : cases)
+    {
+        ASSERT_FALSE(c.expected.empty()) << c.what;
+        for (Uint32 piece : {7u, 1u})
+        {
+            unsigned answers = 0;
+            EXPECT_EQ(pulledAll(server->httpPort(), c.open, c.nameSpace, c.parameters, piece, answers), c.expected)
+                << c.what << " in pieces of " << piece;
+            EXPECT_GE(answers, (c.expected.size() + piece - 1) / piece) << c.what;
+        }
+    }
+    // CIMClient's pull calls walk the same sequences.
+    {
+        CIMEnumerationContext context;
+        Boolean end = false;
+        Array<CIMInstance> pulled =
+            client.openEnumerateInstances(context, end, zda, CIMName(volume), true, false, CIMPropertyList(),
+                                          String(), String(), Uint32Arg(), false, 7);
+        while (!end)
+            pulled.appendArray(client.pullInstancesWithPath(context, end, 7));
+        EXPECT_TRUE(context.isNull());
+        EXPECT_EQ(sortedTexts(pulled), cases[0].expected);
+
+        Array<CIMObjectPath> paths = client.openAssociatorInstancePaths(
+            context, end, test, disk, CIMName(), CIMName(), String(), String(), String(), String(), Uint32Arg(),
+            false, 1);
+        while (!end)
+            paths.appendArray(client.pullInstancePaths(context, end, 1));
+        EXPECT_EQ(sortedTexts(paths), cases[5].expected);
+
+        client.openReferenceInstancePaths(context, end, test, disk);
+        ASSERT_FALSE(context.isNull());
+        client.closeEnumeration(context);
+        EXPECT_TRUE(context.isNull());
+    }
+
+    // Every context ended with its sequence: closing one now is refused.
+    cimxml::OperationResponse opened = intrinsicCall(server->httpPort(), Intrinsic::OpenEnumerateInstancePaths,
+                                                     "root/test", named("ClassName", CIMValue(String("Test_Bulk"))));
+    ASSERT_FALSE(endOf(opened));
+    Array<CIMParamValue> close = named("EnumerationContext", CIMValue(String(contextOf(opened).c_str())));
+    EXPECT_FALSE(intrinsicCall(server->httpPort(), Intrinsic::CloseEnumeration, "root/test", close).isError());
+    EXPECT_EQ(intrinsicCall(server->httpPort(), Intrinsic::CloseEnumeration, "root/test", close).errorCode,
+              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+}
+
+// What the pull operations refuse, and the limits that keep abandoned
+// contexts from piling up: a context not pulled in time is closed and its
+// place freed.
+TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
+{
+    using cimxml::Intrinsic;
+    cimxml::registerClientTransports();
+    TemporaryFolder folder;
+    ServerProcess server(folder.path(), {"--pull-max-contexts", "2", "--pull-max-timeout", "5"});
+    auto open = [&](Array<CIMParamValue> extra) {
+        extra.append(CIMParamValue("ClassName", CIMValue(String("Test_Bulk"))));
+        return intrinsicCall(server.httpPort(), Intrinsic::OpenEnumerateInstances, "root/test", extra);
+    };
+    auto with = [](const char* name, const CIMValue& value) {
+        Array<CIMParamValue> p;
+        p.append(CIMParamValue(name, value));
+        return p;
+    };
+    EXPECT_EQ(open(with("FilterQuery", CIMValue(String("SELECT * FROM Test_Bulk")))).errorCode,
+              Uint32(CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED));
+    EXPECT_EQ(open(with("ContinueOnError", CIMValue(Boolean(true)))).errorCode,
+              Uint32(CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED));
+    EXPECT_EQ(open(with("OperationTimeout", CIMValue(Uint32(6)))).errorCode,
+              Uint32(CIM_ERR_INVALID_OPERATION_TIMEOUT));
+
+    cimxml::OperationResponse first = open(with("OperationTimeout", CIMValue(Uint32(1))));
+    cimxml::OperationResponse second = open(with("OperationTimeout", CIMValue(Uint32(5))));
+    ASSERT_FALSE(first.isError());
+    ASSERT_FALSE(second.isError());
+    const cimxml::OperationResponse third = open(Array<CIMParamValue>());
+    EXPECT_EQ(third.errorCode, Uint32(CIM_ERR_SERVER_LIMITS_EXCEEDED));
+    EXPECT_NE(std_(third.errorDescription).find("open enumeration contexts"), std::string::npos);
+
+    // The paths form cannot continue an instances context.
+    Array<CIMParamValue> pullFirst = with("EnumerationContext", CIMValue(String(contextOf(first).c_str())));
+    pullFirst.append(CIMParamValue("MaxObjectCount", CIMValue(Uint32(3))));
+    EXPECT_EQ(intrinsicCall(server.httpPort(), Intrinsic::PullInstancePaths, "root/test", pullFirst).errorCode,
+              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+
+    // The first context is abandoned: after its second it is gone and
+    // another open fits again.
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    EXPECT_EQ(intrinsicCall(server.httpPort(), Intrinsic::PullInstancesWithPath, "root/test", pullFirst).errorCode,
+              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+    EXPECT_FALSE(open(Array<CIMParamValue>()).isError());
+    EXPECT_EQ(server.stop(), 0) << server.log();
 }
 
 TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)

@@ -127,6 +127,12 @@ CIMObject decodeEmbeddedObject(const String& xml, const DecodeLimits& limits = D
 // the operation's ResultShape (checked: std::logic_error otherwise); for
 // single-valued shapes it is called once. An operation that fails before
 // begin() is answered with encodeResponse() of an error response instead.
+// One result of a pull operation, encoded for ResponseWriter::addEncoded:
+// VALUE.INSTANCEWITHPATH, and INSTANCEPATH. `path` must be complete (host
+// and namespace).
+std::string encodeInstanceWithPath(const CIMConstInstance& instance, const CIMObjectPath& path);
+std::string encodeInstancePath(const CIMObjectPath& path);
+
 class ResponseWriter
 {
 public:
@@ -146,7 +152,12 @@ public:
     void addObject(const CIMConstObject& object);            // ObjectsWithPath (needs a full path)
     void addObjectPath(const CIMObjectPath& path);           // ObjectPaths
     void addValue(const CIMValue& value);                    // PropertyValue
-    void finish();
+    // An element encoded by encodeInstanceWithPath() (InstancesWithPath)
+    // or encodeInstancePath() (InstancePaths).
+    void addEncoded(const std::string& element);
+    // Ends the answer; `outParameters` follow the result (the pull
+    // operations' EnumerationContext and EndOfSequence).
+    void finish(const Array<CIMParamValue>& outParameters = Array<CIMParamValue>());
 
 private:
     class Impl;

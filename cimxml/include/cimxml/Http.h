@@ -16,6 +16,7 @@ namespace http
 extern const char CIM_OPERATION[];    // "CIMOperation", value "MethodCall" / "MethodResponse"
 extern const char CIM_METHOD[];       // "CIMMethod"
 extern const char CIM_OBJECT[];       // "CIMObject"
+extern const char CIM_BATCH[];        // "CIMBatch": a multiple request, not served
 extern const char CIM_ERROR[];        // "CIMError"
 extern const char CIM_PROTOCOL_VERSION[];  // "CIMProtocolVersion"
 extern const char CIM_STATUS_CODE[];  // "CIMStatusCode" (trailer of chunked responses)

@@ -45,7 +45,21 @@ enum class Intrinsic
     ReferenceNames,
     GetProperty,
     SetProperty,
+    // The pull operations.
+    OpenEnumerateInstances,
+    OpenEnumerateInstancePaths,
+    OpenReferenceInstances,
+    OpenReferenceInstancePaths,
+    OpenAssociatorInstances,
+    OpenAssociatorInstancePaths,
+    PullInstancesWithPath,
+    PullInstancePaths,
+    CloseEnumeration,
 };
+
+// The pull operations (Open*, Pull*, CloseEnumeration): they continue
+// across requests, on an enumeration context the server keeps.
+bool isPullOperation(Intrinsic op);
 
 // "GetClass" and so on; the wire spelling.
 const char* intrinsicName(Intrinsic op);
@@ -65,6 +79,11 @@ bool findIntrinsic(const std::string& name, Intrinsic& op);
 //   ObjectsWithPath Array<CIMObject>, each with its (full) path set
 //   ObjectPaths     Array<CIMObjectPath> (class or instance paths)
 //   PropertyValue   the property's value as sent (strings when untyped)
+//   InstancesWithPath  Array<CIMInstance>, each with its (full) path set
+//   InstancePaths   Array<CIMObjectPath> (full instance paths)
+// The Open* and Pull* operations also answer, in outParameters,
+// EnumerationContext (String; null once the sequence ended) and
+// EndOfSequence (Boolean).
 enum class ResultShape
 {
     Nothing,
@@ -78,6 +97,8 @@ enum class ResultShape
     ObjectsWithPath,
     ObjectPaths,
     PropertyValue,
+    InstancesWithPath,
+    InstancePaths,
 };
 
 ResultShape resultShape(Intrinsic op);
@@ -97,6 +118,11 @@ ResultShape resultShape(Intrinsic op);
 //   NewClass, ModifiedClass                     CIMObject holding a CIMClass
 //   NewValue                                    as sent; untyped (isTyped()
 //                                               false) unless a reference
+//   FilterQueryLanguage, FilterQuery,
+//   EnumerationContext                          String
+//   ContinueOnError                             Boolean
+//   OperationTimeout, MaxObjectCount            Uint32; OperationTimeout is
+//                                               null when not given
 // A decoded request holds every parameter the operation defines: those the
 // client left out carry the operation's default (false/true for flags, a
 // null value otherwise), so a server needs no table of defaults.
@@ -145,6 +171,8 @@ struct OperationResponse
 
     bool intrinsic = true;
     Intrinsic operation = Intrinsic::GetClass;
+    // Extrinsic: the method. Intrinsic: null, or the name of an operation
+    // the codec does not know (the response to its refusal).
     CIMName methodName;
 
     // A CIM error: errorCode != 0 (CIMStatusCode, or any other number a
@@ -155,12 +183,16 @@ struct OperationResponse
     // Intrinsic: the result, packed as ResultShape says.
     // Extrinsic: the method's return value (null when the server sent none).
     CIMValue returnValue;
-    // Extrinsic only: the output parameters.
+    // Extrinsic: the output parameters. Intrinsic: those of the pull
+    // operations (see ResultShape).
     Array<CIMParamValue> outParameters;
 
     String name() const;
     bool isError() const { return errorCode != 0; }
 };
+
+// The answer to `request` that reports a CIM error.
+OperationResponse errorResponse(const OperationRequest& request, Uint32 code, const String& description);
 
 }  // namespace cimxml
 

@@ -69,6 +69,53 @@ public:
     }
 };
 
+namespace
+{
+
+// The named parameters of one pull operation.
+class PullParameters
+{
+public:
+    PullParameters& with(const char* name, const CIMValue& value)
+    {
+        if (!value.isNull())
+            _parameters.append(CIMParamValue(name, value));
+        return *this;
+    }
+    PullParameters& name(const char* name, const CIMName& value)
+    {
+        return value.isNull() ? *this : with(name, CIMValue(value.getString()));
+    }
+    PullParameters& text(const char* name, const String& value)
+    {
+        return value.size() == 0 ? *this : with(name, CIMValue(value));
+    }
+    PullParameters& properties(const CIMPropertyList& list)
+    {
+        if (list.isNull())
+            return *this;
+        Array<String> names;
+        for (Uint32 i = 0; i < list.size(); i++)
+            names.append(list[i].getString());
+        return with("PropertyList", CIMValue(names));
+    }
+    PullParameters& filter(const String& language, const String& query, const Uint32Arg& timeout,
+        Boolean continueOnError, Uint32 maxObjectCount)
+    {
+        text("FilterQueryLanguage", language).text("FilterQuery", query);
+        if (!timeout.isNull())
+            with("OperationTimeout", CIMValue(timeout.getValue()));
+        return with("ContinueOnError", CIMValue(continueOnError))
+            .with("MaxObjectCount", CIMValue(maxObjectCount));
+    }
+    const Array<CIMParamValue>& get() const { return _parameters; }
+
+private:
+    Array<CIMParamValue> _parameters;
+};
+
+}  // namespace
+
 CIMClient::CIMClient() : _rep(new CIMClientRep) {}
 
 CIMClient::~CIMClient()
@@ -293,6 +340,171 @@ CIMValue CIMClient::invokeMethod(const CIMNamespaceName& nameSpace,
 {
     return _rep->connected().invokeMethod(nameSpace, instanceName, methodName,
         inParameters, outParameters);
+}
+
+// ---- pulled enumerations ----
+
+namespace
+{
+
+// Runs one pull operation and keeps the context it answers.
+template <class T>
+Array<T> runPull(CIMClientTransport& transport, CIMEnumerationContext& context, String& contextText,
+    CIMNamespaceName& contextNameSpace, Boolean& endOfSequence, const CIMNamespaceName& nameSpace,
+    const char* operation, const Array<CIMParamValue>& parameters)
+{
+    Array<CIMParamValue> out;
+    CIMValue result = transport.invokePullOperation(nameSpace, operation, parameters, out);
+    endOfSequence = true;
+    contextText.clear();
+    for (Uint32 i = 0; i < out.size(); i++)
+    {
+        const CIMValue& v = out[i].getValue();
+        if (v.isNull())
+            continue;
+        if (String::equalNoCase(out[i].getParameterName(), "EndOfSequence"))
+            v.get(endOfSequence);
+        else if (String::equalNoCase(out[i].getParameterName(), "EnumerationContext"))
+            v.get(contextText);
+    }
+    if (endOfSequence)
+        context.clear();
+    else
+        contextNameSpace = nameSpace;
+    Array<T> items;
+    if (!result.isNull())
+        result.get(items);
+    return items;
+}
+
+}  // namespace
+
+#define ZDA_PULL(T, operation, nameSpace, parameters)                                            \
+    runPull<T>(_rep->connected(), enumerationContext, enumerationContext._context,              \
+        enumerationContext._nameSpace, endOfSequence, nameSpace, operation, parameters)
+
+Array<CIMInstance> CIMClient::openEnumerateInstances(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean deepInheritance, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.name("ClassName", className)
+        .with("DeepInheritance", CIMValue(deepInheritance))
+        .with("IncludeClassOrigin", CIMValue(includeClassOrigin))
+        .properties(propertyList)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMInstance, "OpenEnumerateInstances", nameSpace, p.get());
+}
+
+Array<CIMObjectPath> CIMClient::openEnumerateInstancePaths(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMName& className,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.name("ClassName", className)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMObjectPath, "OpenEnumerateInstancePaths", nameSpace, p.get());
+}
+
+Array<CIMInstance> CIMClient::openReferenceInstances(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& filterQueryLanguage, const String& filterQuery,
+    const Uint32Arg& operationTimeout, Boolean continueOnError, Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.with("InstanceName", CIMValue(objectName))
+        .name("ResultClass", resultClass)
+        .text("Role", role)
+        .with("IncludeClassOrigin", CIMValue(includeClassOrigin))
+        .properties(propertyList)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMInstance, "OpenReferenceInstances", nameSpace, p.get());
+}
+
+Array<CIMObjectPath> CIMClient::openReferenceInstancePaths(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, const String& filterQueryLanguage,
+    const String& filterQuery, const Uint32Arg& operationTimeout, Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.with("InstanceName", CIMValue(objectName))
+        .name("ResultClass", resultClass)
+        .text("Role", role)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMObjectPath, "OpenReferenceInstancePaths", nameSpace, p.get());
+}
+
+Array<CIMInstance> CIMClient::openAssociatorInstances(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList, const String& filterQueryLanguage,
+    const String& filterQuery, const Uint32Arg& operationTimeout, Boolean continueOnError,
+    Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.with("InstanceName", CIMValue(objectName))
+        .name("AssocClass", assocClass)
+        .name("ResultClass", resultClass)
+        .text("Role", role)
+        .text("ResultRole", resultRole)
+        .with("IncludeClassOrigin", CIMValue(includeClassOrigin))
+        .properties(propertyList)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMInstance, "OpenAssociatorInstances", nameSpace, p.get());
+}
+
+Array<CIMObjectPath> CIMClient::openAssociatorInstancePaths(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+    const String& filterQueryLanguage, const String& filterQuery, const Uint32Arg& operationTimeout,
+    Boolean continueOnError, Uint32 maxObjectCount)
+{
+    PullParameters p;
+    p.with("InstanceName", CIMValue(objectName))
+        .name("AssocClass", assocClass)
+        .name("ResultClass", resultClass)
+        .text("Role", role)
+        .text("ResultRole", resultRole)
+        .filter(filterQueryLanguage, filterQuery, operationTimeout, continueOnError, maxObjectCount);
+    return ZDA_PULL(CIMObjectPath, "OpenAssociatorInstancePaths", nameSpace, p.get());
+}
+
+// The namespace is copied: a pull that ends the sequence clears the context.
+#define ZDA_NEXT(T, operation)                                                                   \
+    ZDA_PULL(T, operation, CIMNamespaceName(enumerationContext._nameSpace),                     \
+        PullParameters()                                                                         \
+            .with("EnumerationContext", CIMValue(enumerationContext._context))                   \
+            .with("MaxObjectCount", CIMValue(maxObjectCount))                                    \
+            .get())
+
+Array<CIMInstance> CIMClient::pullInstancesWithPath(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, Uint32 maxObjectCount)
+{
+    return ZDA_NEXT(CIMInstance, "PullInstancesWithPath");
+}
+
+Array<CIMObjectPath> CIMClient::pullInstancePaths(CIMEnumerationContext& enumerationContext,
+    Boolean& endOfSequence, Uint32 maxObjectCount)
+{
+    return ZDA_NEXT(CIMObjectPath, "PullInstancePaths");
+}
+
+#undef ZDA_NEXT
+
+#undef ZDA_PULL
+
+void CIMClient::closeEnumeration(CIMEnumerationContext& enumerationContext)
+{
+    Array<CIMParamValue> parameters;
+    parameters.append(CIMParamValue("EnumerationContext", CIMValue(enumerationContext._context)));
+    Array<CIMParamValue> out;
+    _rep->connected().invokePullOperation(enumerationContext._nameSpace, "CloseEnumeration", parameters, out);
+    enumerationContext.clear();
 }
 
 PEGASUS_NAMESPACE_END

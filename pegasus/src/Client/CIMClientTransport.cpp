@@ -1,10 +1,18 @@
 #include <Pegasus/Client/CIMClientTransport.h>
 #include "TransportRegistry.h"
 
+#include <Pegasus/Common/Exception.h>
+
 #include <mutex>
 #include <utility>
 
 PEGASUS_NAMESPACE_BEGIN
+
+CIMValue CIMClientTransport::invokePullOperation(const CIMNamespaceName&,
+    const String& operation, const Array<CIMParamValue>&, Array<CIMParamValue>&)
+{
+    throw CIMException(CIM_ERR_NOT_SUPPORTED, operation + " is not supported by this connection.");
+}
 
 CIMClientTransport::~CIMClientTransport() {}
 

@@ -1,10 +1,12 @@
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/CIMValueText.h>
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <unistd.h>
 #include <vector>
 
@@ -207,42 +209,15 @@ bool parseUnsigned(const String& text, Uint64& value)
 {
     CString c = text.getCString();
     const char* s = c;
-    if (!*s || *s == '-' || *s == '+' || *s == ' ')
-        return false;
-    bool hex = s[0] == '0' && (s[1] == 'x' || s[1] == 'X');
-    if (hex && !s[2])
-        return false;
-    char* end;
-    errno = 0;
-    value = strtoull(hex ? s + 2 : s, &end, hex ? 16 : 10);
-    if (hex && (s[2] == '-' || s[2] == '+' || s[2] == ' '))
-        return false;
-    return errno == 0 && *end == 0;
+    return CIMValueText::toUnsigned(s, s + strlen(s), std::numeric_limits<Uint64>::max(), value);
 }
 
 bool parseSigned(const String& text, Sint64& value)
 {
     CString c = text.getCString();
     const char* s = c;
-    if (!*s || *s == '+' || *s == ' ')
-        return false;
-    bool negative = *s == '-';
-    Uint64 magnitude;
-    if (!parseUnsigned(String(negative ? s + 1 : s), magnitude))
-        return false;
-    if (negative)
-    {
-        if (magnitude > Uint64(1) << 63)
-            return false;
-        value = Sint64(0 - magnitude);
-    }
-    else
-    {
-        if (magnitude > Uint64(0x7FFFFFFFFFFFFFFFULL))
-            return false;
-        value = Sint64(magnitude);
-    }
-    return true;
+    return CIMValueText::toSigned(s, s + strlen(s), std::numeric_limits<Sint64>::min(),
+                                  std::numeric_limits<Sint64>::max(), value);
 }
 
 bool keyNameLess(const CIMKeyBinding& a, const CIMKeyBinding& b)

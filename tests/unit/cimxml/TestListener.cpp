@@ -1,6 +1,7 @@
 #include "TestListener.h"
 
 #include <cimxml/Http.h>
+#include <cimxml/OperationCalls.h>
 
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/OperationContext.h>
@@ -31,123 +32,16 @@ using boost::system::error_code;
 
 // ---- dispatch ----
 
-namespace
-{
-template <class T>
-CIMValue objects(const Array<T>& items)
-{
-    Array<CIMObject> out;
-    for (Uint32 i = 0; i < items.size(); i++)
-        out.append(CIMObject(items[i]));
-    return CIMValue(out);
-}
-}  // namespace
-
 OperationResponse dispatch(CIMOMHandleBackend& b, const OperationRequest& r)
 {
-    OperationResponse out;
-    out.messageId = r.messageId;
-    out.intrinsic = r.intrinsic;
-    out.operation = r.operation;
-    out.methodName = r.methodName;
-    OperationContext ctx;
-    const CIMNamespaceName& ns = r.nameSpace;
     try
     {
-        if (!r.intrinsic)
-        {
-            out.returnValue = b.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters,
-                                             out.outParameters);
-            return out;
-        }
-        switch (r.operation)
-        {
-        case Intrinsic::GetClass:
-            out.returnValue = CIMValue(CIMObject(
-                b.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
-                           r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
-                           r.propertyList())));
-            break;
-        case Intrinsic::EnumerateClasses:
-            out.returnValue = objects(b.enumerateClasses(
-                ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
-            break;
-        case Intrinsic::EnumerateClassNames:
-        {
-            Array<CIMName> names = b.enumerateClassNames(ctx, ns, r.className("ClassName"),
-                                                         r.flag("DeepInheritance"));
-            Array<String> texts;
-            for (Uint32 i = 0; i < names.size(); i++)
-                texts.append(names[i].getString());
-            out.returnValue = CIMValue(texts);
-            break;
-        }
-        case Intrinsic::CreateClass: b.createClass(ctx, ns, r.cimClass("NewClass")); break;
-        case Intrinsic::ModifyClass: b.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
-        case Intrinsic::DeleteClass: b.deleteClass(ctx, ns, r.className("ClassName")); break;
-        case Intrinsic::GetInstance:
-            out.returnValue = CIMValue(b.getInstance(
-                ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
-                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
-            break;
-        case Intrinsic::EnumerateInstances:
-            out.returnValue = CIMValue(b.enumerateInstances(
-                ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
-            break;
-        case Intrinsic::EnumerateInstanceNames:
-            out.returnValue = CIMValue(b.enumerateInstanceNames(ctx, ns, r.className("ClassName")));
-            break;
-        case Intrinsic::CreateInstance:
-            out.returnValue = CIMValue(b.createInstance(ctx, ns, r.instance("NewInstance")));
-            break;
-        case Intrinsic::ModifyInstance:
-            b.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
-                             r.propertyList());
-            break;
-        case Intrinsic::DeleteInstance: b.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
-        case Intrinsic::ExecQuery:
-            out.returnValue = CIMValue(b.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
-            break;
-        case Intrinsic::Associators:
-            out.returnValue = CIMValue(b.associators(
-                ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
-                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
-            break;
-        case Intrinsic::AssociatorNames:
-            out.returnValue = CIMValue(b.associatorNames(
-                ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                r.className("ResultClass"), r.text("Role"), r.text("ResultRole")));
-            break;
-        case Intrinsic::References:
-            out.returnValue = CIMValue(b.references(
-                ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
-                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
-            break;
-        case Intrinsic::ReferenceNames:
-            out.returnValue = CIMValue(b.referenceNames(ctx, ns, r.objectPath("ObjectName"),
-                                                        r.className("ResultClass"), r.text("Role")));
-            break;
-        case Intrinsic::GetProperty:
-            out.returnValue = b.getProperty(ctx, ns, r.objectPath("InstanceName"),
-                                            CIMName(r.text("PropertyName")));
-            break;
-        case Intrinsic::SetProperty:
-            b.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
-                          r.value("NewValue"));
-            break;
-        }
+        return callOperation(b, OperationContext(), r);
     }
     catch (const CIMException& e)
     {
-        out.errorCode = Uint32(e.getCode());
-        out.errorDescription = e.getMessage();
-        out.returnValue = CIMValue();
-        out.outParameters.clear();
+        return errorResponse(r, Uint32(e.getCode()), e.getMessage());
     }
-    return out;
 }
 
 // ---- the listener ----

@@ -639,7 +639,8 @@ TEST(CimXmlOperations, ErrorsCarryAnyCodeAndDescriptionUnchanged)
             OperationResponse r;
             r.intrinsic = isIntrinsic;
             r.operation = Intrinsic::EnumerateInstances;
-            r.methodName = CIMName("CreateElementReplica");
+            if (!isIntrinsic)
+                r.methodName = CIMName("CreateElementReplica");
             r.errorCode = code;
             r.errorDescription = "volume \"v1\" <busy> & locked";
             OperationResponse got = responseRoundTrip(r);

@@ -59,7 +59,7 @@ TEST_F(DispatchTest, DeepEnumerationAsksEveryProviderForItsOwnClassAndAddsStatic
     EXPECT_THAT(ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Tape")), ElementsAre("Tape1", "Tape2"));
 }
 
-TEST_F(DispatchTest, PropertiesFollowDeepInheritanceLocalOnlyAndThePropertyList)
+TEST_F(DispatchTest, PropertiesFollowDeepInheritanceAndThePropertyListButNotLocalOnly)
 {
     struct Case
     {
@@ -77,8 +77,11 @@ TEST_F(DispatchTest, PropertiesFollowDeepInheritanceLocalOnlyAndThePropertyList)
             {"Id", "Name", "Size", "Speed"}},
         {"deep", "Test_Disk", true, false, CIMPropertyList(), {"Id", "Name", "Size", "Speed"},
             {"Id", "Name", "Size", "Speed", "Tier"}},
-        {"local, shallow", "Test_FastDisk", false, true, CIMPropertyList(), none, {"Size", "Tier"}},
-        {"local, deep", "Test_Disk", true, true, CIMPropertyList(), {"Speed"}, {"Speed", "Tier"}},
+        // LocalOnly is ignored for instances: inherited properties stay.
+        {"local, shallow", "Test_FastDisk", false, true, CIMPropertyList(), none,
+            {"Id", "Name", "Size", "Speed", "Tier"}},
+        {"local, deep", "Test_Disk", true, true, CIMPropertyList(), {"Id", "Name", "Size", "Speed"},
+            {"Id", "Name", "Size", "Speed", "Tier"}},
         {"listed", "Test_Disk", true, false, propertyList({"name", "Tier", "NoSuch"}), {"Name"}, {"Name", "Tier"}},
         {"empty list", "Test_Disk", true, false, propertyList({}), {"-"}, {"-"}},
     };

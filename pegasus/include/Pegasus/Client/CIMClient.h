@@ -33,6 +33,8 @@
 #include <Pegasus/Common/SSLContext.h>
 #include <Pegasus/Client/Linkage.h>
 #include <Pegasus/Client/CIMClientException.h>
+#include <Pegasus/Client/CIMEnumerationContext.h>
+#include <Pegasus/Common/UintArgs.h>
 
 PEGASUS_NAMESPACE_BEGIN
 
@@ -167,6 +169,108 @@ public:
         const CIMName& methodName,
         const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters);
+
+    // Pulled enumerations. An open starts one on the server and returns its
+    // first (at most maxObjectCount) results; while endOfSequence is false,
+    // the pulls return the next ones, and closeEnumeration() ends it early.
+    // enumerationContext is filled by the open and cleared when the
+    // sequence ends. Instances come with their paths.
+    Array<CIMInstance> openEnumerateInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        Boolean deepInheritance = true,
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openEnumerateInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMName& className,
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> openReferenceInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
+        const String& role = String(),
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openReferenceInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(),
+        const String& role = String(),
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> openAssociatorInstances(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String(),
+        const String& resultRole = String(),
+        Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openAssociatorInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(),
+        const CIMName& resultClass = CIMName(),
+        const String& role = String(),
+        const String& resultRole = String(),
+        const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false,
+        Uint32 maxObjectCount = 0);
+
+    Array<CIMInstance> pullInstancesWithPath(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        Uint32 maxObjectCount);
+
+    Array<CIMObjectPath> pullInstancePaths(
+        CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence,
+        Uint32 maxObjectCount);
+
+    void closeEnumeration(CIMEnumerationContext& enumerationContext);
 
 private:
     CIMClient(const CIMClient&);

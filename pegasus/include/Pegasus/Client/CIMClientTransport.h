@@ -124,6 +124,15 @@ public:
         const CIMObjectPath& instanceName, const CIMName& methodName,
         const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters) = 0;
+
+    // The pull operations, by name ("OpenEnumerateInstances", ...,
+    // "CloseEnumeration") with their named parameters: returns the result
+    // (Array<CIMInstance> with paths, or Array<CIMObjectPath>) and appends
+    // EnumerationContext and EndOfSequence to outParameters. Transports
+    // without them refuse with CIM_ERR_NOT_SUPPORTED.
+    virtual CIMValue invokePullOperation(const CIMNamespaceName& nameSpace,
+        const String& operation, const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters);
 };
 
 // What CIMClient::connect() was asked for. sslContext is null for plain
