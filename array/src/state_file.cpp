@@ -21,6 +21,7 @@ using json = nlohmann::ordered_json;
 namespace {
 
 constexpr char kJournalHeader[] = "zda-array-journal ";
+constexpr off_t kCompactAfter = 4 << 20;  // journal bytes
 
 std::string sysError(const std::string& what, const std::string& path) {
     return what + " " + path + ": " + std::strerror(errno);
@@ -228,6 +229,7 @@ std::string StateFile::compact(const std::string& text) {
     }
     journal_ = j;
     journalSize_ = static_cast<off_t>(header.size());
+    snapshotSize_ = static_cast<off_t>(text.size());
     return {};
 }
 
@@ -278,6 +280,15 @@ std::string StateFile::save(ArrayModel& model) {
             if (!record.empty()) error = append(digest(record) + " " + record + "\n");
             if (error.empty())
                 for (auto& [key, text] : sections) sections_[key] = std::move(text);
+            // A journal that outgrew its snapshot is folded into a new one:
+            // the cost is paid once per that many bytes of changes, so a
+            // change still costs the same on average, and a restart does not
+            // replay a long history. The change is already safe in the
+            // journal; should this fail, the next save tries again.
+            if (error.empty() && journalSize_ > kCompactAfter && journalSize_ > 2 * snapshotSize_) {
+                const std::string why = compact(describeArray(model, rcopy_.state, tasks_.state));
+                if (!why.empty()) log_.write(LOG_LEVEL_ERROR, "array state file: cannot compact: " + why);
+            }
         }
     } catch (const std::exception& e) {
         error = std::string("cannot describe the array: ") + e.what();

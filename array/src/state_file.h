@@ -12,7 +12,8 @@
 //
 // Opening replays the journal on the snapshot and compacts: the result
 // becomes the new snapshot and the journal starts empty; closing compacts
-// too. A record cut short by a crash (the last one) is ignored; a journal
+// too, and so does a change after which the journal is both over 4 MiB and
+// over twice the snapshot. A record cut short by a crash (the last one) is ignored; a journal
 // that follows another snapshot (a crash during compaction, after the new
 // snapshot was in place) is ignored as well, since that snapshot already
 // holds its changes.
@@ -96,6 +97,7 @@ private:
     std::string path_;
     int journal_ = -1;          // open for appending, or -1: the next save compacts
     off_t journalSize_ = 0;     // bytes of complete records (and the header)
+    off_t snapshotSize_ = 0;
     // The sections other than volumes and vvsets as the files hold them
     // (compact JSON by name): a record carries only those that differ.
     std::map<std::string, std::string> sections_;
