@@ -133,7 +133,12 @@ void makeChanges() {
     statusForm([&] { return api_removeVVSet(&e, "ks4"); });
     auto gone = names({"v2"});
     statusForm([&] { return api_removeFromVVSet(&e, "ks5", gone.data(), 1); });
+    // A removed volume leaves the sets it was in.
     zdasim_volume_add("kvol", "FC", "FC", 2048);
+    zdasim_volume_add("kvol2", "FC", "FC", 2048);
+    auto held = names({"kvol", "kvol2"});
+    statusForm([&] { return api_createVVSet(&e, "ks_held", held.data(), 2, 0, "", nullptr); });
+    intForm([&] { return api_removeVVs(&e, held.data(), 1, 0, 0); });
     createGroup("kg", {{"tA", RM_TARGET_MODE_PERIODIC}});
 }
 
