@@ -191,14 +191,15 @@ int zdasim_load_description_text(const char* text, const char* origin, char* err
  * the reason in `error`. */
 int zdasim_save_description_file(const char* path, char* error, size_t size);
 
-/* Keeps the array in the state file `path`: when the file exists the array
- * is loaded from it (as zdasim_load_description_file; on failure nothing
- * changes and no file is kept), otherwise the present array is written to
- * it. From then on the file is rewritten atomically (write, flush, rename)
- * after every call that changes the array and every control that replaces
- * it. 0, or -1 with the reason in `error`. */
+/* Keeps the array in the state file `path` and its journal `<path>.journal`:
+ * when the file exists the array is loaded from it and the journal's changes
+ * (as zdasim_load_description_file; on failure nothing changes and no file
+ * is kept), otherwise the present array is written to it. From then on every
+ * call that changes the array appends its change to the journal and flushes
+ * it before returning; a control that replaces the array rewrites the file
+ * atomically (write, flush, rename). 0, or -1 with the reason in `error`. */
 int zdasim_state_file_open(const char* path, char* error, size_t size);
-/* Stops keeping the array in a file (the file stays as it is). */
+/* Folds the journal into the file and stops keeping the array there. */
 void zdasim_state_file_close(void);
 
 /* ---- remote copy and tasks ---------------------------------------------------------- */

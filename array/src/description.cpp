@@ -898,8 +898,8 @@ std::string parseDescription(const std::string& text, const std::string& origin,
     return {};
 }
 
-std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskState& tasks) {
-    json doc = {{"format", "zda-array"}, {"version", 1}, {"system", writeSystem(m.system)}};
+json describeSections(const ArrayModel& m, const RcState& rc, const TaskState& tasks) {
+    json doc = {{"system", writeSystem(m.system)}};
     doc["roles"] = json::array();
     for (const auto& [name, r] : m.roles) {
         json rights = json::object();
@@ -925,25 +925,6 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
         setting[(r.timesAt & API_SETTING_RETENTION_AT) ? "retainedUntil" : "retentionSeconds"] = r.retentionSeconds;
         doc["settings"].push_back(setting);
     }
-    doc["volumes"] = json::array();
-    // Parents before their copies, as a reader needs them.
-    std::vector<const Volume*> order;
-    std::set<uint32_t> placed;
-    for (const auto& [id, v] : m.volumes()) {
-        std::vector<const Volume*> chain;
-        for (const Volume* p = &v; p && !placed.count(p->id);
-             p = p->copyOfId && p->copyOfId != p->id ? m.volumeById(p->copyOfId) : nullptr)
-            chain.push_back(p);
-        for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
-            placed.insert((*it)->id);
-            order.push_back(*it);
-        }
-    }
-    for (const Volume* v : order) doc["volumes"].push_back(writeVolume(m, *v));
-    doc["vvsets"] = json::array();
-    for (const auto& [id, s] : m.sets())
-        doc["vvsets"].push_back({{"name", s.name}, {"id", s.id}, {"comment", s.comment}, {"domain", s.domain},
-                                 {"members", s.members}, {"keyValues", s.keyValues}});
     doc["ports"] = json::array();
     for (const Port& p : m.ports) {
         const api_port_t& r = p.record;
@@ -963,7 +944,50 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
                                 {"failAtPercent", t.failAtPercent}, {"failPending", t.failPending},
                                 {"failText", t.failText}, {"detail", t.detail}});
     doc["remoteCopy"] = writeRemoteCopy(m, rc);
+    return doc;
+}
+
+json describeVolume(const ArrayModel& m, const Volume& v) { return writeVolume(m, v); }
+
+json describeSet(const VVSet& s) {
+    return {{"name", s.name}, {"id", s.id}, {"comment", s.comment}, {"domain", s.domain},
+            {"members", s.members}, {"keyValues", s.keyValues}};
+}
+
+std::string assembleDescription(const DescriptionPieces& pieces) {
+    json doc = {{"format", "zda-array"}, {"version", 1}};
+    auto section = [&](const char* key) {
+        auto it = pieces.sections.find(key);
+        if (it != pieces.sections.end()) doc[key] = *it;
+    };
+    for (const char* key : {"system", "roles", "users", "cpgs", "settings"}) section(key);
+    // Parents before their copies, as a reader needs them.
+    std::map<std::string, const json*> byName;
+    for (const auto& [id, v] : pieces.volumes) byName[v.value("name", "")] = &v;
+    doc["volumes"] = json::array();
+    std::set<std::string> placed;
+    for (const auto& [id, v] : pieces.volumes) {
+        std::vector<const json*> chain;
+        for (const json* p = &v; p && !placed.count(p->value("name", ""));) {
+            chain.push_back(p);
+            placed.insert(p->value("name", ""));
+            auto parent = p->contains("copyOf") ? byName.find((*p)["copyOf"].get<std::string>()) : byName.end();
+            p = parent == byName.end() ? nullptr : parent->second;
+        }
+        for (auto it = chain.rbegin(); it != chain.rend(); ++it) doc["volumes"].push_back(**it);
+    }
+    doc["vvsets"] = json::array();
+    for (const auto& [id, s] : pieces.sets) doc["vvsets"].push_back(s);
+    for (const char* key : {"ports", "tasks", "remoteCopy"}) section(key);
     return doc.dump(1) + "\n";
+}
+
+std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskState& tasks) {
+    DescriptionPieces pieces;
+    pieces.sections = describeSections(m, rc, tasks);
+    for (const auto& [id, v] : m.volumes()) pieces.volumes.emplace(id, describeVolume(m, v));
+    for (const auto& [id, s] : m.sets()) pieces.sets.emplace(id, describeSet(s));
+    return assembleDescription(pieces);
 }
 
 void installArray(Runtime& rt, LoadedArray&& loaded) {

@@ -39,6 +39,8 @@ void ArrayModel::clear() {
     nextSetId_ = 1;
     nextCpgId_ = 0;
     nextWwnSerial_ = 1;
+    changes_ = ModelChanges{};
+    changes_.whole = true;
     for (ModelPart* p : parts_) p->clear();
 }
 
@@ -55,11 +57,14 @@ Cpg& ArrayModel::addCpg(Cpg cpg) {
 
 Volume* ArrayModel::findVolume(const std::string& name) {
     auto it = volumeByName_.find(name);
-    return it == volumeByName_.end() ? nullptr : &volumes_.at(it->second);
+    if (it == volumeByName_.end()) return nullptr;
+    changes_.volumes.insert(it->second);
+    return &volumes_.at(it->second);
 }
 
 const Volume* ArrayModel::findVolume(const std::string& name) const {
-    return const_cast<ArrayModel*>(this)->findVolume(name);
+    auto it = volumeByName_.find(name);
+    return it == volumeByName_.end() ? nullptr : &volumes_.at(it->second);
 }
 
 const Volume* ArrayModel::findVolumeByWwn(const std::string& wwnText) const {
@@ -90,6 +95,7 @@ Volume& ArrayModel::addVolume(Volume v) {
     volumeByName_[v.name] = v.id;
     volumeByWwn_[v.wwnText] = v.id;
     if (v.copyOfId != 0 && v.copyOfId != v.id) children_[v.copyOfId].push_back(v.id);
+    changes_.volumes.insert(v.id);
     return volumes_[v.id] = std::move(v);
 }
 
@@ -108,9 +114,13 @@ void ArrayModel::removeVolume(uint32_t id) {
     }
     volumes_.erase(it);
     children_.erase(id);
+    changes_.volumes.insert(id);
     for (auto& [sid, set] : sets_) {
         auto& m = set.members;
-        m.erase(std::remove(m.begin(), m.end(), name), m.end());
+        auto gone = std::remove(m.begin(), m.end(), name);
+        if (gone == m.end()) continue;
+        m.erase(gone, m.end());
+        changes_.sets.insert(sid);
     }
 }
 
@@ -118,6 +128,7 @@ void ArrayModel::relinkVolume(uint32_t id, uint32_t parentId, int type) {
     auto it = volumes_.find(id);
     if (it == volumes_.end()) return;
     Volume& v = it->second;
+    changes_.volumes.insert(id);
     if (v.copyOfId != 0) {
         auto c = children_.find(v.copyOfId);
         if (c != children_.end()) {
@@ -140,11 +151,14 @@ const std::vector<uint32_t>& ArrayModel::childrenOf(uint32_t id) const {
 
 VVSet* ArrayModel::findSet(const std::string& name) {
     auto it = setByName_.find(name);
-    return it == setByName_.end() ? nullptr : &sets_.at(it->second);
+    if (it == setByName_.end()) return nullptr;
+    changes_.sets.insert(it->second);
+    return &sets_.at(it->second);
 }
 
 const VVSet* ArrayModel::findSet(const std::string& name) const {
-    return const_cast<ArrayModel*>(this)->findSet(name);
+    auto it = setByName_.find(name);
+    return it == setByName_.end() ? nullptr : &sets_.at(it->second);
 }
 
 const VVSet* ArrayModel::setById(uint32_t id) const {
@@ -158,6 +172,7 @@ VVSet& ArrayModel::addSet(VVSet set) {
         set.id = nextSetId_++;
     }
     setByName_[set.name] = set.id;
+    changes_.sets.insert(set.id);
     return sets_[set.id] = std::move(set);
 }
 
@@ -166,12 +181,14 @@ void ArrayModel::removeSet(uint32_t id) {
     if (it == sets_.end()) return;
     setByName_.erase(it->second.name);
     sets_.erase(it);
+    changes_.sets.insert(id);
 }
 
 void ArrayModel::renameSet(uint32_t id, const std::string& newName) {
     auto it = sets_.find(id);
     if (it == sets_.end()) return;
     setByName_.erase(it->second.name);
+    changes_.sets.insert(id);
     it->second.name = newName;
     setByName_[newName] = id;
 }

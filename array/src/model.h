@@ -11,8 +11,10 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "zdaapi.h"
@@ -119,6 +121,16 @@ struct EventRecord {
 
 class ArrayModel;
 
+// What changed in the model since the changes were last taken, so that the
+// state file writes only those objects. Volumes and vvsets are noted by id
+// whenever they are handed out for change, added or removed (an id no longer
+// in the model was removed); `whole` means everything may have changed.
+struct ModelChanges {
+    bool whole = false;
+    std::set<uint32_t> volumes;
+    std::set<uint32_t> sets;
+};
+
 // A part of the model kept in its own files. The model calls every part
 // under the model mutex.
 class ModelPart {
@@ -151,6 +163,9 @@ public:
 
     // Empties everything (system identity back to defaults) and every part.
     void clear();
+
+    // The changes noted since the last call, which forgets them.
+    ModelChanges takeChanges() { return std::exchange(changes_, ModelChanges{}); }
 
     // The answer (API_AUTH_*) of `user`'s role for the rights key `key`.
     int authorize(const char* user, const char* key) const;
@@ -209,6 +224,7 @@ private:
     uint32_t nextCpgId_ = 0;
     api_u64_t nextWwnSerial_ = 1;
     std::vector<ModelPart*> parts_;  // not owned; they live in the Runtime
+    ModelChanges changes_;
 };
 
 // Upper-case WWN text of (wwnRe, wwn), as api_wwnIntToString writes it.

@@ -1,6 +1,9 @@
-// The state file: the array survives a restart, a write cut short leaves
-// the last complete state behind, and a change that cannot be saved (or a
-// call that fails inside the library) is a failed call that changes nothing.
+// The state file: the array survives a restart and a kill -9, a journal
+// record cut short is ignored, compaction keeps the array, and a change
+// that cannot be saved (or a call that fails inside the library) is a
+// failed call that changes nothing.
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -16,22 +19,54 @@ protected:
     void SetUp() override {
         RcopyTest::SetUp();
         path_ = ::testing::TempDir() + "zda_state_" + std::to_string(getpid()) + ".json";
-        std::remove(path_.c_str());
-        std::remove((path_ + ".tmp").c_str());
+        removeFiles();
     }
     void TearDown() override {
         zdasim_state_file_close();
-        std::remove(path_.c_str());
-        std::remove((path_ + ".tmp").c_str());
+        removeFiles();
         RcopyTest::TearDown();
+    }
+    void removeFiles() const {
+        for (const char* suffix : {"", ".tmp", ".journal", ".expected"}) std::remove((path_ + suffix).c_str());
+    }
+    std::string open() {
+        char error[512] = "";
+        zdasim_state_file_open(path_.c_str(), error, sizeof error);
+        return error;
     }
     // A new process: the array starts as something else, then opens the file.
     std::string restart() {
         zdasim_state_file_close();
         zdasim_reset_test_array();
+        return open();
+    }
+    // The whole array as a description.
+    std::string described() {
+        const std::string file = path_ + ".described";
         char error[512] = "";
-        zdasim_state_file_open(path_.c_str(), error, sizeof error);
-        return error;
+        EXPECT_EQ(zdasim_save_description_file(file.c_str(), error, sizeof error), 0) << error;
+        const std::string text = fileText(file);
+        std::remove(file.c_str());
+        return text;
+    }
+    // Runs `changes` in a child process that keeps the array in the file,
+    // writes the array it ended with to "<path>.expected" and is killed
+    // (SIGKILL) without closing anything.
+    template <class F>
+    void inKilledChild(F changes) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            if (!open().empty()) _exit(2);
+            changes();
+            const std::string expected = path_ + ".expected";
+            if (zdasim_save_description_file(expected.c_str(), nullptr, 0) != 0) _exit(3);
+            kill(getpid(), SIGKILL);
+            _exit(4);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "child status " << status;
     }
     std::string fileText(const std::string& path) const {
         std::ifstream in(path);
@@ -85,21 +120,105 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway) {
     EXPECT_GT(another, clone);
 }
 
-TEST_F(StateFileTest, WriteCutShortLeavesTheLastCompleteState) {
-    char error[512] = "";
-    ASSERT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), 0) << error;
+// Sets created, changed, emptied and removed, volumes and a group: what the
+// killed process acknowledged is what the next one starts with.
+void makeChanges() {
+    api_evtparam_t e = event("change");
+    for (int i = 0; i < 20; ++i) {
+        const std::string name = "ks" + std::to_string(i);
+        auto members = names({"v1", "v2"});
+        statusForm([&] { return api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "kill test", nullptr); });
+    }
+    statusForm([&] { return api_setVVSet(&e, "ks3", "ks3renamed", "renamed", 1, 1); });
+    statusForm([&] { return api_removeVVSet(&e, "ks4"); });
+    auto gone = names({"v2"});
+    statusForm([&] { return api_removeFromVVSet(&e, "ks5", gone.data(), 1); });
+    // A removed volume leaves the sets it was in.
+    zdasim_volume_add("kvol", "FC", "FC", 2048);
+    zdasim_volume_add("kvol2", "FC", "FC", 2048);
+    auto held = names({"kvol", "kvol2"});
+    statusForm([&] { return api_createVVSet(&e, "ks_held", held.data(), 2, 0, "", nullptr); });
+    intForm([&] { return api_removeVVs(&e, held.data(), 1, 0, 0); });
+    createGroup("kg", {{"tA", RM_TARGET_MODE_PERIODIC}});
+}
+
+TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange) {
+    ASSERT_EQ(open(), "");
+    zdasim_state_file_close();
+    const std::string snapshot = fileText(path_);
+
+    inKilledChild(makeChanges);
+    EXPECT_EQ(fileText(path_), snapshot) << "a change costs a journal record, not a new snapshot";
+    EXPECT_GT(fileText(path_ + ".journal").size(), 200u);
+
+    const std::string expected = fileText(path_ + ".expected");
+    ASSERT_NE(expected.find("ks3renamed"), std::string::npos);
+    ASSERT_EQ(restart(), "");
+    EXPECT_EQ(described(), expected);
+
+    // Opening compacted the journal into the snapshot; the array is the same
+    // on the next start, and after a clean stop.
+    EXPECT_EQ(fileText(path_ + ".journal").find('\n'), fileText(path_ + ".journal").size() - 1) << "header only";
+    ASSERT_EQ(restart(), "");
+    EXPECT_EQ(described(), expected);
+}
+
+// What a crash can leave at the end of the journal, and damage it cannot.
+TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem) {
+    const std::string record = "{\"vvsets\":[{\"name\":\"late\",\"id\":900}]}";
+    const struct {
+        const char* what;
+        std::string tail;
+        bool opens;
+    } cases[] = {
+        {"record cut short", "0123456789abcdef {\"vvsets\":[{\"na", true},
+        {"last record with a wrong check", "0123456789abcdef " + record + "\n", true},
+        {"damaged record before another", "0123456789abcdef " + record + "\nxx\n", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        removeFiles();
+        zdasim_reset_test_array();
+        ASSERT_EQ(open(), "");
+        zdasim_state_file_close();
+        inKilledChild([] {
+            api_evtparam_t e = event("change");
+            statusForm([&] { return api_createVVSet(&e, "kept", nullptr, 0, 0, "", nullptr); });
+        });
+        std::ofstream(path_ + ".journal", std::ios::app) << c.tail;
+        const std::string snapshot = fileText(path_);
+        const std::string error = restart();
+        if (c.opens) {
+            EXPECT_EQ(error, "");
+            EXPECT_EQ(described(), fileText(path_ + ".expected"));
+        } else {
+            EXPECT_EQ(error, path_ + ".journal: record 2 is damaged");
+            EXPECT_EQ(fileText(path_), snapshot) << "a file that does not load is left alone";
+        }
+    }
+
+    // A journal written after another snapshot (a compaction cut short once
+    // the new snapshot was in place) is already in the snapshot.
+    removeFiles();
+    ASSERT_EQ(restart(), "");
+    const std::string before = described();
+    zdasim_state_file_close();
+    std::ofstream(path_ + ".journal") << "zda-array-journal 0000000000000000\n";
+    ASSERT_EQ(restart(), "");
+    EXPECT_EQ(described(), before);
+}
+
+TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState) {
+    ASSERT_EQ(open(), "");
     ASSERT_EQ(createGroup("kept", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    const std::string complete = fileText(path_);
+    const std::string snapshot = fileText(path_);
 
     zdasim_fault_add("zdasim_state_write", 1, 5, "power lost");
     const api_Status_t lost = createGroup("lost", {{"tA", RM_TARGET_MODE_PERIODIC}});
     EXPECT_EQ(lost.code, API_E_INTERNAL);
     EXPECT_NE(text(lost).find("power lost"), std::string::npos) << text(lost);
     EXPECT_EQ(readRcopy().group("lost"), nullptr) << "a change that was not saved is not kept either";
-    EXPECT_EQ(fileText(path_), complete);
-    const std::string partial = fileText(path_ + ".tmp");
-    EXPECT_FALSE(partial.empty());
-    EXPECT_LT(partial.size(), complete.size() + 200);
+    EXPECT_EQ(fileText(path_), snapshot);
     bool logged = false;
     char line[1024];
     int level = 0;
@@ -107,24 +226,24 @@ TEST_F(StateFileTest, WriteCutShortLeavesTheLastCompleteState) {
         logged = logged || (level == LOG_LEVEL_ERROR && std::string(line).find("half-way") != std::string::npos);
     EXPECT_TRUE(logged);
 
+    // The next change writes a whole snapshot again, then goes on journaling.
+    ASSERT_EQ(createGroup("next", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    EXPECT_NE(fileText(path_).find("\"next\""), std::string::npos);
+    ASSERT_EQ(createGroup("after", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(restart(), "");
     const RcopyView rc = readRcopy();
     EXPECT_NE(rc.group("kept"), nullptr);
     EXPECT_EQ(rc.group("lost"), nullptr);
-
-    // The next change writes a whole file again.
-    ASSERT_EQ(createGroup("next", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    ASSERT_EQ(restart(), "");
-    EXPECT_NE(readRcopy().group("next"), nullptr);
+    EXPECT_NE(rc.group("next"), nullptr);
+    EXPECT_NE(rc.group("after"), nullptr);
 }
 
 // Whatever goes wrong inside a call, the caller gets a failure status, the
 // semaphore is left to the caller (the fixture checks it is free), and the
 // array and its file stay as they were.
 TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone) {
-    char error[512] = "";
-    ASSERT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), 0) << error;
-    const std::string before = fileText(path_);
+    ASSERT_EQ(open(), "");
+    const std::string before = fileText(path_) + fileText(path_ + ".journal");
     api_evtparam_t e = event("create");
     auto createSet = [&](const char* name, const char* comment) {
         return statusForm([&] { return api_createVVSet(&e, name, nullptr, 0, 0, comment, nullptr); });
@@ -156,7 +275,7 @@ TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone) {
     EXPECT_EQ(intForm([&] { return api_getVVs("v1", nullptr, &count, &vv, 1); }), 0);
     EXPECT_EQ(count, 1) << "the volume is still there";
     free_if_not_null(vv);
-    EXPECT_EQ(fileText(path_), before);
+    EXPECT_EQ(fileText(path_) + fileText(path_ + ".journal"), before);
 
     // The array goes on working, and saving.
     ASSERT_EQ(createSet("s_good", "").code, 0);
