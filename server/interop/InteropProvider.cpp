@@ -198,8 +198,9 @@ private:
         CIMInstance i = withKeys(cls, hostedKeys(cls, "CIM-XML"));
         i.addProperty(CIMProperty("CommunicationMechanism", Uint16(2)));  // CIM-XML
         Array<Uint16> functions;
-        // Basic Read, Basic Write, Instance Manipulation, Association Traversal.
-        for (Uint16 f : {2, 3, 5, 6}) functions.append(f);
+        // Basic Read, Basic Write, Instance Manipulation, Association Traversal,
+        // Pulled Read (the Open*/Pull* operations; no EnumerationCount, no queries).
+        for (Uint16 f : {2, 3, 5, 6, 10}) functions.append(f);
         i.addProperty(CIMProperty("FunctionalProfilesSupported", functions));
         i.addProperty(CIMProperty("MultipleOperationsSupported", Boolean(false)));
         Array<Uint16> authentication;

@@ -13,6 +13,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 using namespace zda_it;
 PEGASUS_USING_PEGASUS;
@@ -107,6 +108,10 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
         client.associators("interop", managers[0].getPath(), "CIM_CommMechanismForManager");
     ASSERT_EQ(mechanisms.size(), 1u);
     EXPECT_EQ(valueOf<Uint16>(CIMInstance(mechanisms[0]), "CommunicationMechanism"), 2);  // CIM-XML
+    // Basic Read, Basic Write, Instance Manipulation, Association Traversal, Pulled Read.
+    Array<Uint16> functions = valueOf<Array<Uint16>>(CIMInstance(mechanisms[0]), "FunctionalProfilesSupported");
+    EXPECT_EQ(std::vector<Uint16>(functions.getData(), functions.getData() + functions.size()),
+              (std::vector<Uint16>{2, 3, 5, 6, 10}));
     EXPECT_EQ(client.associatorNames("interop", managers[0].getPath(), "CIM_HostedService").size(), 1u);
 
     std::set<std::string> names;
