@@ -5,6 +5,10 @@
 // PG_ProviderProfileCapabilities, and the associations between them and the
 // elements that conform to them, which may live in other namespaces.
 //
+// Asked about an element in another namespace (as a client walks from an
+// element to its profiles), it reads the registrations in the interop
+// namespace and names the profiles with that namespace.
+//
 // Nothing is kept between requests: every request reads the registrations
 // anew through the CIMOMHandle and asks the conforming classes for their
 // instance names as the caller, so a client sees exactly the elements it may
@@ -27,6 +31,7 @@ PEGASUS_USING_PEGASUS;
 namespace {
 
 const char* const ObjectManagerName = "zda-cimserver";
+const char* const InteropNamespace = "root/PG_InterOp";
 const char* const SystemClass = "CIM_ComputerSystem";
 const Uint16 OrganizationOther = 1;
 const Uint16 OrganizationSNIA = 11;
@@ -198,8 +203,9 @@ private:
         CIMInstance i = withKeys(cls, hostedKeys(cls, "CIM-XML"));
         i.addProperty(CIMProperty("CommunicationMechanism", Uint16(2)));  // CIM-XML
         Array<Uint16> functions;
-        // Basic Read, Basic Write, Instance Manipulation, Association Traversal.
-        for (Uint16 f : {2, 3, 5, 6}) functions.append(f);
+        // Basic Read, Basic Write, Instance Manipulation, Association Traversal,
+        // Pulled Read (the Open*/Pull* operations; no EnumerationCount, no queries).
+        for (Uint16 f : {2, 3, 5, 6, 10}) functions.append(f);
         i.addProperty(CIMProperty("FunctionalProfilesSupported", functions));
         i.addProperty(CIMProperty("MultipleOperationsSupported", Boolean(false)));
         Array<Uint16> authentication;
@@ -284,8 +290,7 @@ private:
     const std::vector<Profile>& profiles() {
         if (_profilesRead) return _profiles;
         _profilesRead = true;
-        Array<CIMInstance> regs = _cimom.enumerateInstances(_context, _interop, "PG_ProviderProfileCapabilities",
-                                                            true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> regs = registrations();
         std::map<std::string, std::size_t> byId;
         auto add = [&](Profile p) -> std::size_t {
             String id = organizationText(p.organization, p.organizationName) + "+" + p.name + "+" + p.version;
@@ -294,6 +299,7 @@ private:
             Array<CIMKeyBinding> keys;
             keys.append(CIMKeyBinding("InstanceID", id, CIMKeyBinding::STRING));
             p.path = localPath(p.sub ? "CIM_RegisteredSubProfile" : "CIM_RegisteredProfile", keys);
+            if (_elsewhere) p.path.setNameSpace(_interop);
             _profiles.push_back(p);
             return byId[folded(id)] = _profiles.size() - 1;
         };
@@ -327,6 +333,21 @@ private:
             }
         }
         return _profiles;
+    }
+
+    // The profile registrations. A namespace without the registration class
+    // is an element's: they are read in the interop namespace then.
+    Array<CIMInstance> registrations() {
+        const CIMName regClass("PG_ProviderProfileCapabilities");
+        try {
+            return _cimom.enumerateInstances(_context, _interop, regClass, true, false, false, false,
+                                             CIMPropertyList());
+        } catch (const CIMException& e) {
+            if (e.getCode() != CIM_ERR_INVALID_CLASS) throw;
+        }
+        _interop = CIMNamespaceName(InteropNamespace);
+        _elsewhere = true;
+        return _cimom.enumerateInstances(_context, _interop, regClass, true, false, false, false, CIMPropertyList());
     }
 
     // A profile refers to the profiles its registration names (of its own
@@ -369,6 +390,7 @@ private:
     CIMOMHandle& _cimom;
     const OperationContext& _context;
     CIMNamespaceName _interop;
+    bool _elsewhere = false;  // asked from an element's namespace
     String _host;
     bool _namespacesRead = false;
     std::vector<String> _namespaces;

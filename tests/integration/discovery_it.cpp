@@ -1,7 +1,7 @@
 // Discovery as SMI-S clients do it through zda-cimserver: from the interop
 // namespace (under each of its names) to the server, its namespaces and the
-// registered profiles, and from each profile to the elements in root/zda;
-// and classes whose codes explain themselves.
+// registered profiles, from each profile to the elements in root/zda and
+// back; and classes whose codes explain themselves.
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -13,6 +13,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 using namespace zda_it;
 PEGASUS_USING_PEGASUS;
@@ -97,6 +98,49 @@ TEST_F(DiscoveryIT, ProfilesLeadToTheirElementsInRootZda)
         }
 }
 
+// From an element in root/zda back to its profile in the interop namespace,
+// as a client that starts from the element walks: by result class, by
+// association class, and through the links themselves. An element of a
+// class that conforms to no profile leads nowhere.
+TEST_F(DiscoveryIT, ElementsLeadBackToTheirProfile)
+{
+    struct Walk
+    {
+        const char* elementClass;
+        const char* profileId;  // empty: no profile
+    };
+    const Walk walks[] = {{"ZDA_ReplicationService", "SNIA+Replication Services+1.6.1"},
+                          {"ZDA_StorageSystem", "SNIA+Array+1.6.1"},
+                          {"ZDA_StorageVolume", ""}};
+    for (const Walk& walk : walks)
+    {
+        SCOPED_TRACE(walk.elementClass);
+        Array<CIMObjectPath> elements = client.enumerateInstanceNames("root/zda", walk.elementClass);
+        ASSERT_FALSE(elements.size() == 0);
+        const CIMObjectPath& element = elements[0];
+        const std::size_t expected = *walk.profileId ? 1 : 0;
+
+        Array<CIMObjectPath> byResult =
+            client.associatorNames("root/zda", element, CIMName(), "CIM_RegisteredProfile");
+        ASSERT_EQ(byResult.size(), expected);
+        Array<CIMObject> byAssociation = client.associators("root/zda", element, "CIM_ElementConformsToProfile");
+        ASSERT_EQ(byAssociation.size(), expected);
+        Array<CIMObject> links = client.references("root/zda", element, "CIM_ElementConformsToProfile");
+        ASSERT_EQ(links.size(), expected);
+        if (!expected)
+            continue;
+
+        EXPECT_EQ(std_(byResult[0].getNameSpace().getString()), "root/PG_InterOp");
+        EXPECT_EQ(std_(byResult[0].getClassName().getString()), "CIM_RegisteredProfile");
+        CIMInstance profile = client.getInstance("interop", byResult[0]);
+        EXPECT_EQ(std_(valueOf<String>(profile, "InstanceID")), walk.profileId);
+        EXPECT_EQ(std_(valueOf<String>(CIMInstance(byAssociation[0]), "InstanceID")), walk.profileId);
+        CIMObjectPath standard = valueOf<CIMObjectPath>(CIMInstance(links[0]), "ConformantStandard");
+        EXPECT_EQ(std_(standard.getClassName().getString()), "CIM_RegisteredProfile");
+        EXPECT_NE(std_(standard.toString()).find(walk.profileId), std::string::npos) << std_(standard.toString());
+    }
+}
+
 // The server, how it is reached, its namespaces, its own profile and the
 // references between profiles.
 TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
@@ -107,6 +151,10 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
         client.associators("interop", managers[0].getPath(), "CIM_CommMechanismForManager");
     ASSERT_EQ(mechanisms.size(), 1u);
     EXPECT_EQ(valueOf<Uint16>(CIMInstance(mechanisms[0]), "CommunicationMechanism"), 2);  // CIM-XML
+    // Basic Read, Basic Write, Instance Manipulation, Association Traversal, Pulled Read.
+    Array<Uint16> functions = valueOf<Array<Uint16>>(CIMInstance(mechanisms[0]), "FunctionalProfilesSupported");
+    EXPECT_EQ(std::vector<Uint16>(functions.getData(), functions.getData() + functions.size()),
+              (std::vector<Uint16>{2, 3, 5, 6, 10}));
     EXPECT_EQ(client.associatorNames("interop", managers[0].getPath(), "CIM_HostedService").size(), 1u);
 
     std::set<std::string> names;
@@ -204,9 +252,11 @@ TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
         CIMClass parent = client.getClass("root/zda", all[i].getSuperClassName(), false, true);
         Uint32 parentAt = parent.findQualifier("Description");
         if (parentAt != PEG_NOT_FOUND)
+        {
             EXPECT_NE(all[i].getQualifier(at).getValue().toString(),
                       parent.getQualifier(parentAt).getValue().toString())
                 << std_(all[i].getClassName().getString());
+        }
     }
 }
 
