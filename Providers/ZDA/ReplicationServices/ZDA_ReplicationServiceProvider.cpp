@@ -3071,7 +3071,9 @@ int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp,
             copyField(map.rm_target, group.targets[j].rm_target);
             if (relationshipName.size() > 0)
             {
-                std::snprintf(map.rm_remote_name, sizeof map.rm_remote_name, "%s_%u",
+                // At most 30 characters: a 27-character relationship name
+                // still numbers 99 volumes.
+                std::snprintf(map.rm_remote_name, TARGET_NAME_MAX, "%s_%u",
                     (const char*)relationshipName.getCString(), unsigned(i + 1));
             }
             else

@@ -467,6 +467,19 @@ TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
     expectLedgersClean("a periodic mirror");
 }
 
+TEST_F(MirrorTest, TheLongestRelationshipNameNamesGroupAndFarVolumes)
+{
+    const std::string name(27, 'n');
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
+        mirror({param("RelationshipName", str(name))})), "returned 0");
+    const GroupView view = group(name);
+    EXPECT_TRUE(view.started);
+    EXPECT_EQ(view.remoteNames,
+        (std::vector<std::string>{name + "_1", name + "_2", name + "_3"}));
+    EXPECT_EQ(outText("TargetGroupName"), name + ".r");
+    expectLedgersClean("a mirror with the longest name");
+}
+
 TEST_F(MirrorTest, ASynchronousMirrorTakesASuitingTargetAndNamesItsVolumes)
 {
     // The asynchronous-only access point gives way to the first target of
