@@ -220,6 +220,13 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     EXPECT_EQ(setNameOf(outPath("SourceGroup")), source);
     EXPECT_TRUE(setExists(source));
 
+    // A name no set has yet names the set made of the elements.
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", params({param("SyncType", u16(7)),
+        param("SourceGroupName", str("named_set")), param("SourceElements", volumes({"vol2"}))})),
+        "returned 0");
+    EXPECT_EQ(outText("SourceGroupName"), "named_set");
+    EXPECT_TRUE(setExists("named_set"));
+
     // A clone's target set is named after its source, cut to 20 characters.
     EXPECT_EQ(outcome("CreateGroupReplica", params({param("SyncType", u16(8)),
         param("SourceGroup", CIMValue(set("set_dom2")))})), "returned 4096");
