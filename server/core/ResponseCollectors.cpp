@@ -72,6 +72,19 @@ void ObjectForwarder::deliver(const Array<CIMObject>& objects) {
 
 void MethodResultCollector::deliverParamValue(const CIMParamValue& outParamValue) {
     if (outParamValue.isUninitialized()) refuseUninitialized();
+    // A reference that names no class is no reference at all: it travels as
+    // a null reference rather than as an instance name without a class.
+    const CIMValue& value = outParamValue.getValue();
+    if (!value.isNull() && !value.isArray() && value.getType() == CIMTYPE_REFERENCE) {
+        CIMObjectPath path;
+        value.get(path);
+        if (path.getClassName().isNull()) {
+            _outParameters.append(CIMParamValue(outParamValue.getParameterName(),
+                                                CIMValue(CIMTYPE_REFERENCE, false),
+                                                outParamValue.isTyped()));
+            return;
+        }
+    }
     _outParameters.append(outParamValue);
 }
 

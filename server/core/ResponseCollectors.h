@@ -138,8 +138,9 @@ private:
     Consumer _consumer;
 };
 
-// Output parameters in delivery order, and the return value: null until
-// delivered; a second delivery replaces the first.
+// Output parameters in delivery order (a reference without a class becomes
+// a null reference), and the return value: null until delivered; a second
+// delivery replaces the first.
 class MethodResultCollector : public CollectorBase, public Pegasus::MethodResultResponseHandler {
 public:
     void deliverParamValue(const Pegasus::CIMParamValue& outParamValue) override;

@@ -20,7 +20,9 @@
 #include "ZDA_CompanionFrame.h"
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
+#include "ZDA_RemoteReplicationGroupProvider.h"
 #include "ZDA_RemoteServiceAccessPointProvider.h"
+#include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
 #include "ZDA_StorageSystemProvider.h"
@@ -543,6 +545,16 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
     {"DeleteGroup", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._deleteGroup(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"CreateGroupReplica", "ZDA_CreateGroupReplica", AUTH_CREATE_GROUP_REPLICA,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters,
+                c.handler);
+        }},
+    {"CreateGroupReplicaFromElements", nullptr, AUTH_CREATE_GROUP_REPLICA,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters,
+                c.handler);
         }},
     {"ZDA_CreateConsistentReplicaList", nullptr, AUTH_CREATE_CONSISTENT_REPLICA_LIST,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -2326,6 +2338,801 @@ void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationCont
         paramValues.append(CIMParamValue("ServiceAccessPoints", CIMValue(accessPoints), true));
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_getServiceAccessPoints");
+}
+
+
+// ---- group replicas and remote mirrors -------------------------------------------------
+
+namespace
+{
+
+const Uint16 SYNC_TYPE_MIRROR = 6;
+const Uint16 MODE_SYNCHRONOUS = 2;
+const Uint16 MODE_ASYNCHRONOUS = 3;
+const Uint16 WAIT_UNSYNCHRONIZED = 3;
+const Uint16 WAIT_SYNCHRONIZED = 4;
+const Uint16 WAIT_INACTIVE = 8;
+const Uint16 CONSISTENCY_SEQUENTIAL = 3;
+const Uint16 SUPPLIER_CREATE_NEW = 2;
+const char SAP_CLASS[] = "ZDA_RemoteServiceAccessPoint";
+const char POOL_CLASS[] = "ZDA_DynamicStoragePool";
+const char GENERATED_STEM[] = "smisCreated";
+const char COPY_STEM[] = "copyOf";
+
+// A mirror's relationship name leaves room for "_<n>" in a remote volume
+// name; an unnamed mirror group gets "smisCreated." and 10 random characters.
+const Uint32 MIRROR_RELATIONSHIP_NAME_MAX = 27;
+const unsigned int MIRROR_NAME_BUFFER = 23;
+const char REMOTE_SUFFIX[] = "_remote";
+// Group target modes, the period an asynchronous group syncs at, and the
+// request values the array takes for a new mirror.
+const uint32_t RCOPY_MODE_SYNC = 1;
+const uint32_t RCOPY_MODE_PERIODIC = 8;
+const int PERIODIC_SYNC_SECONDS = 300;
+const uint32_t REMOTE_VID_ANY = 0xFFFFFFFE;
+const uint32_t ADMIT_FLAGS = 0x4;
+const uint8_t START_FLAGS = 2;
+const uint8_t START_WAIT_FLAG = 0x2;
+
+// "<stem>.<random>": the stem cut to 20 characters, 25 characters in all.
+String generatedSetName(const String& stem)
+{
+    const String head = stem.subString(0, GENERATED_STEM_MAX) + ".";
+    char tail[GENERATED_NAME_BUFFER];
+    ZDA_Common::generate_random_string(tail, GENERATED_NAME_BUFFER - head.size());
+    return head + tail;
+}
+
+// A name into an array record's field, cut to the 31 characters it holds.
+void copyField(char (&field)[API_NAME_LEN], const char* value)
+{
+    const size_t length = strnlen(value, API_NAME_LEN - 1);
+    std::memcpy(field, value, length);
+    field[length] = '\0';
+}
+
+void copyField(char (&field)[API_NAME_LEN], const String& value)
+{
+    copyField(field, (const char*)value.getCString());
+}
+
+String arrayText(const api_Status_t& status)
+{
+    return ZDA_AssociationFrame::statusText(status);
+}
+
+// The instance a reference parameter names, fetched through the server;
+// false when the server cannot give it, whatever the reason.
+bool fetch(CIMOMHandle& cimom, const OperationContext& context, const CIMObjectPath& path,
+    CIMInstance& instance)
+{
+    try
+    {
+        instance = cimom.getInstance(context, NAMESPACE, path, false, false, false,
+            CIMPropertyList());
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
+
+}  // namespace
+
+void ZDA_ReplicationServiceProvider::_createGroupReplica(api_evtparam_t* apiEventp,
+    const OperationContext& context, const CIMName& methodName,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _createGroupReplica\n");
+    GroupReplicaRequest request;
+    request.isZDAMethod = methodName.equal("ZDA_CreateGroupReplica");
+    request.isCreateGroupReplica = methodName.equal("CreateGroupReplica");
+    request.isCreateGroupReplicaFromElements = methodName.equal("CreateGroupReplicaFromElements");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        log_message(4, "Param %s\n", (const char*)paramName.getCString());
+        if (value.isNull())
+            continue;
+        const char* refusal = _readGroupReplicaParameter(context, paramName, value, request);
+        if (refusal)
+            refuse(outstatus, errStr, refusal);
+    }
+
+    if (outstatus == 0)
+    {
+        const Uint16 syncType = request.syncType;
+        if (syncType == SYNC_TYPE_MIRROR && request.isCreateGroupReplicaFromElements)
+            _createMirrorGroup(apiEventp, request, paramValues, outstatus, errStr);
+        else if (syncType == SYNC_TYPE_CLONE || syncType == SYNC_TYPE_SNAPSHOT)
+            _createLocalGroupReplica(apiEventp, context, request, paramValues, outstatus, errStr);
+        else
+            refuse(outstatus, errStr, "SyncType/Mode combination not supported");
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createGroupReplica",
+        PROCESSING_FIRST);
+}
+
+const char* ZDA_ReplicationServiceProvider::_readGroupReplicaParameter(
+    const OperationContext& context, const String& name, const CIMValue& value,
+    GroupReplicaRequest& request)
+{
+    auto is = [&](const char* parameter) { return String::equalNoCase(name, parameter); };
+    auto verified = [&](CIMObjectPath& ref, const char* className) {
+        value.get(ref);
+        return ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress,
+            CIMName(className));
+    };
+    if (is("RelationshipName"))
+    {
+        value.get(request.relationshipName);
+    }
+    else if (is("SourceGroupName"))
+    {
+        value.get(request.sourceGroupNameIn);
+    }
+    else if (is("SourceGroup"))
+    {
+        value.get(request.sourceGroupRef);
+        Array<CIMName> groupClasses;
+        groupClasses.append(CIMName(GROUP_CLASS));
+        groupClasses.append(CIMName(RCOPY_GROUP_CLASS));
+        if (!ZDA_Common::verifyRefMethodParam(request.sourceGroupRef, NAMESPACE, _systemAddress,
+                groupClasses))
+            return "SourceGroup contains invalid object path";
+        try
+        {
+            const CIMInstance group = _cimom.getInstance(context, NAMESPACE,
+                request.sourceGroupRef, false, false, false, CIMPropertyList());
+            const Uint32 pos = group.findProperty("ElementName");
+            if (pos != PEG_NOT_FOUND && !group.getProperty(pos).getValue().isNull())
+                group.getProperty(pos).getValue().get(request.sourceGroupName);
+        }
+        catch (...)
+        {
+            return "Cannot find the SourceGroup replication group";
+        }
+    }
+    else if (is("SourceElements"))
+    {
+        value.get(request.sourceElements);
+        for (Uint32 e = 0; e < request.sourceElements.size(); e++)
+        {
+            if (!ZDA_Common::verifyRefMethodParam(request.sourceElements[e], NAMESPACE,
+                    _systemAddress, CIMName(VOLUME_CLASS)))
+                return "SourceElements parameter contains invalid object path";
+        }
+    }
+    else if (is("TargetGroup"))
+    {
+        if (!verified(request.targetGroupRef, GROUP_CLASS))
+            return "TargetGroup contains invalid object path";
+        CIMInstance group;
+        if (!fetch(_cimom, context, request.targetGroupRef, group))
+            return "Cannot find the TargetGroup replication group";
+    }
+    else if (is("SyncType"))
+    {
+        value.get(request.syncType);
+        if (request.syncType != SYNC_TYPE_MIRROR && request.syncType != SYNC_TYPE_SNAPSHOT &&
+            request.syncType != SYNC_TYPE_CLONE)
+            return "Only SyncTypes Snapshot, Clone, and Mirror are supported";
+    }
+    else if (is("Mode"))
+    {
+        value.get(request.mode);
+        if (request.mode != MODE_SYNCHRONOUS && request.mode != MODE_ASYNCHRONOUS)
+        {
+            log_message(2, "Only Modes Sync or Async  are supported\n");
+            return "Only Modes Sync or Async are supported";
+        }
+    }
+    else if (is("Consistency"))
+    {
+        Uint16 consistency = 0;
+        value.get(consistency);
+        if (consistency != CONSISTENCY_SEQUENTIAL)
+            return "Only sequential consistency is supported";
+    }
+    else if (is("TargetPool"))
+    {
+        value.get(request.targetPoolRef);
+    }
+    else if (is("ReplicationSettingData"))
+    {
+        // Only an instance carries the supplier; any other value is as if
+        // it were not given.
+        if (value.getType() == CIMTYPE_INSTANCE && !value.isArray())
+        {
+            value.get(request.dataInst);
+            ZDA_Common::getProperty(request.dataInst, "TargetElementSupplier",
+                request.targetElementSupplier);
+        }
+    }
+    else if (is("TargetSettingGoal"))
+    {
+        if (!verified(request.tgtSettingGoalRef, SETTING_CLASS))
+            return "TargetSettingGoal parameter contains invalid object path";
+        if (!fetch(_cimom, context, request.tgtSettingGoalRef, request.goalSettingInst))
+        {
+            log_message(2, "Goal Storage Setting is not found\n");
+            return "TargetSettingGoal not found";
+        }
+    }
+    else if (is("TargetAccessPoint"))
+    {
+        if (!verified(request.targetSAPRef, SAP_CLASS))
+            return "TargetAccessPoint contains invalid object path";
+    }
+    else if (is("WaitForCopyState"))
+    {
+        value.get(request.waitForCopyState);
+        const Uint16 state = request.waitForCopyState;
+        if (state != WAIT_UNSYNCHRONIZED && state != WAIT_SYNCHRONIZED && state != WAIT_INACTIVE)
+            return "Only waitForCopyStates Sync, Unsync, and Inactive are  supported";
+    }
+    return nullptr;
+}
+
+const char* ZDA_ReplicationServiceProvider::_resolveLocalGroupSource(
+    const OperationContext& context, GroupReplicaRequest& request)
+{
+    if (!request.targetPoolRef.getClassName().isNull() &&
+        !ZDA_Common::verifyRefMethodParam(request.targetPoolRef, NAMESPACE, _systemAddress))
+        return "TargetPool contains invalid object path";
+    if (request.sourceGroupNameIn.size() > 0)
+    {
+        if (request.sourceGroupName.size() > 0)
+        {
+            if (request.sourceGroupName != request.sourceGroupNameIn)
+                return "SourceGroup and SourceGroupName must not be specified together unless "
+                       "they refer to the same group.";
+            request.sourceGroupNameIn.clear();
+        }
+        else
+        {
+            // A name the server does not know stands for a set yet to be made.
+            request.sourceGroupName = request.sourceGroupNameIn;
+            request.sourceGroupRef =
+                ZDA_ReplicationGroupProvider::buildObjectPath(_systemAddress, request.sourceGroupName);
+            CIMInstance group;
+            if (!fetch(_cimom, context, request.sourceGroupRef, group))
+                request.sourceGroupRef = CIMObjectPath();
+        }
+    }
+    const bool sourceGroupGiven = !request.sourceGroupRef.getClassName().isNull();
+    const bool sourceElementsGiven = request.sourceElements.size() > 0;
+    if (!sourceGroupGiven && !sourceElementsGiven)
+        return request.isZDAMethod || request.isCreateGroupReplica
+            ? "SourceGroup parameter must be specified."
+            : "The SourceGroup or SourceElements parameters must be specified.";
+    if (sourceGroupGiven && sourceElementsGiven)
+        return request.sourceGroupNameIn.size() > 0
+            ? "SourceGroupName for an existing vvset and SourceElements must not be specified "
+              "together"
+            : "SourceGroup and SourceElements must not be specified together";
+    if (sourceElementsGiven && request.sourceGroupName.size() == 0)
+        request.sourceGroupName = generatedSetName(GENERATED_STEM);
+    if (!request.targetSAPRef.getClassName().isNull())
+        return "The TargetAccessPoint reference is not used with this SyncType";
+    return nullptr;
+}
+
+void ZDA_ReplicationServiceProvider::_removeSourceSet(api_evtparam_t* apiEventp,
+    const GroupReplicaRequest& request)
+{
+    if (request.sourceElements.size() == 0)
+        return;
+    const api_Status_t status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_removeVVSet(apiEventp, request.sourceGroupName.getCString()); });
+    if (status.code != 0)
+        log_message(2, "Delete vvset error (%d): %s\n", status.code,
+            (const char*)arrayText(status).getCString());
+}
+
+void ZDA_ReplicationServiceProvider::_createLocalGroupReplica(api_evtparam_t* apiEventp,
+    const OperationContext& context, GroupReplicaRequest& request,
+    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+{
+    if (const char* refusal = _resolveLocalGroupSource(context, request))
+    {
+        refuse(outstatus, errStr, refusal);
+        return;
+    }
+    const bool clone = request.syncType == SYNC_TYPE_CLONE;
+    if (clone)
+    {
+        if (request.mode == 0)
+            request.mode = request.waitForCopyState == WAIT_INACTIVE ? MODE_ASYNCHRONOUS
+                                                                     : MODE_SYNCHRONOUS;
+        if (request.waitForCopyState == 0)
+            request.waitForCopyState =
+                request.mode == MODE_ASYNCHRONOUS ? WAIT_INACTIVE : WAIT_SYNCHRONIZED;
+        if (request.waitForCopyState != WAIT_SYNCHRONIZED &&
+            request.waitForCopyState != WAIT_INACTIVE)
+        {
+            refuse(outstatus, errStr,
+                "Only waitForCopyState Sync and Inactive are are supported for physical copy");
+            return;
+        }
+    }
+    else if (request.waitForCopyState != 0 && request.waitForCopyState != WAIT_SYNCHRONIZED)
+    {
+        refuse(outstatus, errStr, "Only waitForCopyState sync is supported for virtual copy");
+        return;
+    }
+
+    // A source given as volumes becomes a set first.
+    if (request.sourceElements.size() > 0)
+    {
+        outstatus = _createGroup(apiEventp, request.sourceGroupName, request.sourceElements,
+            Array<String>(), Array<String>(), request.sourceGroupRef, errStr);
+        if (outstatus != 0)
+            return;
+        paramValues.append(
+            CIMParamValue("SourceGroupName", CIMValue(request.sourceGroupName), true));
+        paramValues.append(CIMParamValue("SourceGroup", CIMValue(request.sourceGroupRef), true));
+    }
+    if (clone)
+        _cloneGroup(apiEventp, context, request, paramValues, outstatus, errStr);
+    else
+        _snapshotGroup(apiEventp, context, request, paramValues, outstatus, errStr);
+}
+
+void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp,
+    const OperationContext& context, GroupReplicaRequest& request,
+    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+{
+    String targetGroupName;
+    if (request.targetGroupRef.getClassName().isNull())
+    {
+        targetGroupName = generatedSetName(request.sourceGroupName.size() > 0
+                ? COPY_STEM + request.sourceGroupName
+                : String(GENERATED_STEM));
+        Array<CIMObjectPath> noMembers;
+        outstatus = _createGroup(apiEventp, targetGroupName, noMembers, Array<String>(),
+            Array<String>(), request.targetGroupRef, errStr);
+        if (outstatus != 0)
+            return;
+        paramValues.append(CIMParamValue("TargetGroup", CIMValue(request.targetGroupRef), true));
+    }
+    const String op =
+        "clone " + request.sourceGroupRef.toString() + " " + request.targetGroupRef.toString();
+    ZDA_Common::setEventOp(apiEventp, op.getCString());
+
+    Array<CIMObjectPath> jobs;
+    Array<CIMObjectPath> synchronizations;
+    const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
+        apiEventp, _cimom, context, cloneCopyType(request.waitForCopyState),
+        request.sourceGroupRef, request.targetGroupRef, request.targetPoolRef,
+        request.goalSettingInst, jobs, synchronizations, _systemName, _systemAddress,
+        request.relationshipName);
+    if (status.code == 0)
+    {
+        paramValues.append(CIMParamValue("TargetGroup", CIMValue(request.targetGroupRef), true));
+    }
+    else
+    {
+        // Sets this call made are taken away again; only the copy's failure
+        // is reported.
+        outstatus = copyFailure(status.code);
+        errStr = arrayText(status);
+        if (targetGroupName.size() > 0)
+        {
+            String delErrStr;
+            if (_deleteGroupAndMembers(apiEventp, targetGroupName, delErrStr) != 0)
+                log_message(2, "Problem removing TargetGroup vvset %s: %s\n",
+                    (const char*)targetGroupName.getCString(),
+                    (const char*)delErrStr.getCString());
+        }
+        _removeSourceSet(apiEventp, request);
+    }
+    if (jobs.size() > 0)
+    {
+        paramValues.append(CIMParamValue("Jobs", CIMValue(jobs), true));
+        outstatus = 4096;
+    }
+    if (synchronizations.size() > 0)
+        paramValues.append(CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+    if (!request.isZDAMethod)
+    {
+        if (jobs.size() > 0)
+        {
+            paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
+            outstatus = 4096;
+        }
+        if (synchronizations.size() > 0)
+            paramValues.append(
+                CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+    }
+}
+
+void ZDA_ReplicationServiceProvider::_snapshotGroup(api_evtparam_t* apiEventp,
+    const OperationContext& context, GroupReplicaRequest& request,
+    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+{
+    const String op = "copy " + request.sourceGroupRef.toString();
+    ZDA_Common::setEventOp(apiEventp, op.getCString());
+    Array<CIMObjectPath> targetElements;
+    Array<CIMObjectPath> synchronizations;
+    const api_Status_t status = _createGroupVirtualCopy(apiEventp, context,
+        request.sourceGroupRef, request.relationshipName, request.tgtSettingGoalRef,
+        request.goalSettingInst, targetElements, synchronizations, request.targetGroupRef);
+    if (request.isZDAMethod)
+    {
+        if (synchronizations.size() > 0)
+            paramValues.append(
+                CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+        if (targetElements.size() > 0)
+            paramValues.append(CIMParamValue("TargetElements", CIMValue(targetElements), true));
+    }
+    else if (synchronizations.size() > 0)
+    {
+        paramValues.append(CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+    }
+    if (status.code == 0)
+    {
+        paramValues.append(CIMParamValue("TargetGroup", CIMValue(request.targetGroupRef), true));
+    }
+    else
+    {
+        outstatus = copyFailure(status.code);
+        errStr = arrayText(status);
+        _removeSourceSet(apiEventp, request);
+    }
+}
+
+
+String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& request,
+    Array<String>& vvNames, api_evtparam_t* apiEventp)
+{
+    request.sourceGroupName = request.sourceGroupNameIn;
+    if (request.targetPoolRef.getClassName().isNull())
+        return "The TargetPool reference must be specified for SyncType mirror.";
+    // The pool may lie on the far system: it is checked against its own host.
+    String targetSystemAddress = request.targetPoolRef.getHost();
+    if (!ZDA_Common::verifyRefMethodParam(request.targetPoolRef, NAMESPACE, targetSystemAddress,
+            CIMName(POOL_CLASS)))
+        return "TargetPool contains invalid object path";
+    const Uint16 wait = request.waitForCopyState;
+    if (wait != 0 && wait != WAIT_UNSYNCHRONIZED && wait != WAIT_SYNCHRONIZED)
+    {
+        log_message(2, "Only waitForCopyState UnSysnc is supported for SyncType mirror\n");
+        return "Only waitForCopyState Unsync is supported for SyncType mirror";
+    }
+    if (!request.sourceGroupRef.getClassName().isNull() ||
+        !request.targetGroupRef.getClassName().isNull())
+    {
+        log_message(2, "The SourceGroup reference must not be specified for SyncType mirror\n");
+        return "The SourceGroup reference parameters must not be specified for SyncType mirror.";
+    }
+    if (request.targetSAPRef.getClassName().isNull())
+        return "The TargetAccessPoint reference must be specified for SyncType mirror.";
+    if (request.relationshipName.size() > MIRROR_RELATIONSHIP_NAME_MAX)
+    {
+        log_message(2, "The RelationshipName specified is too big.\n");
+        return "The size of the RelationshipName must be less than " +
+            String(std::to_string(MIRROR_RELATIONSHIP_NAME_MAX + 1).c_str());
+    }
+    if (request.targetElementSupplier != 0 && request.targetElementSupplier != SUPPLIER_CREATE_NEW)
+        return "ReplicationSettingData.TargetElementSupplier must be \"Create New (2)\"must be "
+               "specified for SyncType mirror.";
+    if (request.sourceElements.size() > 0)
+    {
+        if (ZDA_Common::fillInVVNames(request.sourceElements, vvNames) != 0 ||
+            vvNames.size() != request.sourceElements.size())
+            return "Cannot find one or more of the volumes in SourceElements";
+        if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp, vvNames) !=
+            0)
+            return "Problem assigning snap space to SourceElements";
+    }
+    // A mirror group is always started unsynchronized; without a mode it
+    // syncs periodically.
+    request.waitForCopyState = WAIT_UNSYNCHRONIZED;
+    if (request.mode == 0)
+        request.mode = MODE_ASYNCHRONOUS;
+    if (request.sourceGroupName.size() == 0)
+    {
+        if (request.relationshipName.size() > 0)
+        {
+            request.sourceGroupName = request.relationshipName;
+        }
+        else
+        {
+            const String head = String(GENERATED_STEM) + ".";
+            char tail[MIRROR_NAME_BUFFER];
+            ZDA_Common::generate_random_string(tail, MIRROR_NAME_BUFFER - head.size());
+            request.sourceGroupName = head + tail;
+        }
+    }
+    if (request.targetPoolRef != CIMObjectPath())
+    {
+        // A pool's InstanceID names a CPG, with or without its kind in front.
+        String pool = ZDA_Common::extractFromInstanceID(
+            ZDA_Common::getStringProperty(request.targetPoolRef, "InstanceID"));
+        for (const char* kind : {"CPG:", "SNAP:"})
+        {
+            const String prefix(kind);
+            if (pool.size() >= prefix.size() && pool.subString(0, prefix.size()) == prefix)
+                pool = pool.subString(prefix.size());
+        }
+        request.targetUserDSPName = pool;
+        request.targetSnapDSPName = pool;
+    }
+    if (!request.goalSettingInst.isUninitialized())
+    {
+        request.targetUserDSPName.clear();
+        request.targetSnapDSPName.clear();
+        for (const char* name : {"UserDSPName", "SnapDSPName"})
+        {
+            const Uint32 pos = request.goalSettingInst.findProperty(name);
+            if (pos == PEG_NOT_FOUND)
+                continue;
+            const CIMValue value = request.goalSettingInst.getProperty(pos).getValue();
+            if (value.isNull() || value.getType() != CIMTYPE_STRING || value.isArray())
+                continue;
+            value.get(String::equal(name, "UserDSPName") ? request.targetUserDSPName
+                                                          : request.targetSnapDSPName);
+        }
+    }
+    if (request.targetUserDSPName.size() == 0 || request.targetSnapDSPName.size() == 0)
+        return "Unable to determine Target User and SNAP CPG from TargetPool or TargetSettingGoal";
+    if (request.sourceElements.size() == 0)
+        return "SourceElements must be specified.";
+    if (ZDA_Common::getStringProperty(request.sourceElements[0], "DeviceID").size() == 0)
+        return "SourceElement[0] does not contain a valid DeviceID";
+    return String();
+}
+
+void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEventp,
+    GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
+    String& errStr)
+{
+    Array<String> vvNames;
+    const String refusal = _checkMirrorRequest(request, vvNames, apiEventp);
+    if (refusal.size() > 0)
+    {
+        refuse(outstatus, errStr, refusal.getCString());
+        return;
+    }
+
+    // The first volume decides the group's domain and local CPGs.
+    const CIMObjectPath& first = request.sourceElements[0];
+    const String wwn = ZDA_Common::getStringProperty(first, "DeviceID");
+    String sourceUserDSPName;
+    String sourceSnapDSPName;
+    String domain;
+    {
+        ZDA_CompanionFrame::ArrayList<api_VVObj_t> found;
+        const int rc = ZDA_CompanionFrame::callUnderSemaphore(
+            [&] { return api_getVVs(nullptr, wwn.getCString(), found.count(), found.out(), 1); });
+        if (rc != 0 || found.size() == 0)
+        {
+            const String text = "Cannot find source volume " + first.toString();
+            log_message(2, "%s\n", (const char*)text.getCString());
+            outstatus = 5;
+            errStr = text;
+            return;
+        }
+        sourceUserDSPName = found[0].usrCpgName;
+        sourceSnapDSPName = found[0].cpgName;
+        domain = found[0].domain;
+    }
+
+    String targetName;
+    String sapErrStr;
+    if (!ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(targetName,
+            request.targetSAPRef, request.mode, sapErrStr))
+    {
+        const String text = "Cannot determine rcopy target from TargetAccessPoint :" + sapErrStr;
+        log_message(2, "%s\n", (const char*)text.getCString());
+        outstatus = 5;
+        errStr = text;
+        return;
+    }
+    const String op = "create_rcopy_group " + request.sourceGroupName;
+    ZDA_Common::setEventOp(apiEventp, op.getCString());
+
+    api_rcopy_group_t group;
+    memset(&group, 0, sizeof group);
+    copyField(group.name, request.sourceGroupName);
+    copyField(group.domain, domain);
+    group.numtargets = 1;
+    copyField(group.targets[0].rm_target, targetName);
+    group.targets[0].rm_mode =
+        request.mode == MODE_SYNCHRONOUS ? RCOPY_MODE_SYNC : RCOPY_MODE_PERIODIC;
+    copyField(group.targets[0].usercpg, request.targetUserDSPName);
+    copyField(group.targets[0].snapcpg, request.targetSnapDSPName);
+    copyField(group.usercpg, sourceUserDSPName);
+    copyField(group.snapcpg, sourceSnapDSPName);
+    api_Status_t status =
+        ZDA_CompanionFrame::statusCall([&] { return api_createRCopyGroup(apiEventp, &group); });
+    if (status.code != 0)
+    {
+        errStr = arrayText(status);
+        log_message(2, "Create RCopy Group (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+        outstatus = 4;
+        return;
+    }
+
+    // From here on a failure leaves the group as far as it got.
+    if (request.mode == MODE_ASYNCHRONOUS)
+    {
+        api_rcopy_groupop_t rcopygroup;
+        memset(&rcopygroup, 0, sizeof rcopygroup);
+        copyField(rcopygroup.name, request.sourceGroupName);
+        copyField(rcopygroup.target, targetName);
+        status = ZDA_CompanionFrame::statusCall([&] {
+            return api_setRCopyGroup(apiEventp, &rcopygroup, API_RCOPY_SET_PERIOD,
+                PERIODIC_SYNC_SECONDS);
+        });
+        if (status.code != 0)
+        {
+            outstatus = 4;
+            errStr = arrayText(status);
+            log_message(2, "Set RCopy Group (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+            api_freeRCopyGroup(&rcopygroup);
+            return;
+        }
+        api_freeRCopyGroup(&rcopygroup);
+    }
+    outstatus = _admitRCopyVVs(apiEventp, group, vvNames, request.relationshipName, errStr);
+    if (outstatus != 0)
+        return;
+
+    api_rcopy_start_group startGroup;
+    memset(&startGroup, 0, sizeof startGroup);
+    copyField(startGroup.name, request.sourceGroupName);
+    startGroup.flags = START_FLAGS;
+    if (request.waitForCopyState == WAIT_SYNCHRONIZED)
+        startGroup.flags &= uint8_t(~START_WAIT_FLAG);
+    status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_startRCopyGroup(apiEventp, &startGroup); });
+    if (status.code != 0)
+    {
+        errStr = arrayText(status);
+        log_message(2, "Start RCopy Group (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+        outstatus = 4;
+        api_freeRCopyGroup(&startGroup);
+        return;
+    }
+
+    paramValues.append(CIMParamValue("SourceGroupName", CIMValue(request.sourceGroupName), true));
+    const CIMObjectPath sourceGroupRef =
+        ZDA_RemoteReplicationGroupProvider::buildObjectPath(_systemAddress, request.sourceGroupName);
+    paramValues.append(CIMParamValue("SourceGroup", CIMValue(sourceGroupRef), true));
+    // The tasks the start began are known but deliberately not reported: a
+    // mirror's creation answers 0, and its progress shows in the pair's state.
+    Array<CIMObjectPath> jobs;
+    for (Uint32 t = 0; startGroup.sync_task_id && t < startGroup.sync_task_num; t++)
+    {
+        if (startGroup.sync_task_id[t].tid != 0)
+            jobs.append(ZDA_ConcreteJobProvider::buildObjectPath(_systemAddress,
+                ZDA_ConcreteJobProvider::makeUniqueID(startGroup.sync_task_id[t].tid)));
+    }
+    log_message(4, "Remote copy group %s started %u task(s)\n",
+        (const char*)request.sourceGroupName.getCString(), jobs.size());
+
+    const Boolean isNoREPolicy = (ZDA_Common::getPolicy() & 0x2) != 0;
+    const Array<CIMObjectPath> synchronizations = ZDA_RemoteGroupSynchronizedProvider::
+        createObjectPaths(request.sourceGroupName, _systemAddress, isNoREPolicy);
+    CIMObjectPath targetGroupRef;
+    String targetGroupName;
+    if (synchronizations.size() > 0)
+    {
+        paramValues.append(
+            CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+        targetGroupRef =
+            CIMObjectPath(ZDA_Common::getStringProperty(synchronizations[0], "SyncedElement"));
+        const String instanceID = ZDA_Common::getStringProperty(targetGroupRef, "InstanceID");
+        if (targetGroupRef.getClassName().equal("ZDA_ReplicationEntity") ||
+            targetGroupRef.getClassName().equal("CIM_ReplicationEntity"))
+        {
+            String entityType;
+            String entityHost;
+            ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceID, entityType,
+                targetGroupName, entityHost);
+        }
+        else
+        {
+            targetGroupName = ZDA_Common::extractFromInstanceID(instanceID);
+        }
+    }
+    paramValues.append(CIMParamValue("TargetGroup", CIMValue(targetGroupRef), true));
+    if (targetGroupName.size() > 0)
+        paramValues.append(CIMParamValue("TargetGroupName", CIMValue(targetGroupName), true));
+    api_freeRCopyGroup(&startGroup);
+}
+
+int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp,
+    api_rcopy_group_t& group, Array<String>& vvNames, String& relationshipName, String& errStr)
+{
+    api_rcopy_vv_t rcvv;
+    memset(&rcvv, 0, sizeof rcvv);
+    copyField(rcvv.group, group.name);
+    rcvv.vv_add_flags |= ADMIT_FLAGS;
+    for (Uint32 i = 0; i < vvNames.size(); i++)
+    {
+        copyField(rcvv.vvname, vvNames[i]);
+        rcvv.nummaps = group.numtargets;
+        for (Uint32 j = 0; j < group.numtargets && j < 4; j++)
+        {
+            rm_group_vv_map_t& map = rcvv.vvmaps[j];
+            copyField(map.rm_target, group.targets[j].rm_target);
+            if (relationshipName.size() > 0)
+            {
+                // At most 30 characters: a 27-character relationship name
+                // still numbers 99 volumes.
+                std::snprintf(map.rm_remote_name, TARGET_NAME_MAX, "%s_%u",
+                    (const char*)relationshipName.getCString(), unsigned(i + 1));
+            }
+            else
+            {
+                // As much of the suffix as fits behind the local name.
+                std::string remote = (const char*)vvNames[i].getCString();
+                remote += REMOTE_SUFFIX;
+                copyField(map.rm_remote_name, remote.c_str());
+            }
+            map.rm_remote_vid = REMOTE_VID_ANY;
+        }
+        const api_Status_t status =
+            ZDA_CompanionFrame::statusCall([&] { return api_admitRCopyVV(apiEventp, &rcvv); });
+        if (status.code != 0)
+        {
+            errStr = arrayText(status);
+            log_message(2, "Admit RCopy VV (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+            return 4;
+        }
+    }
+    return 0;
+}
+
+int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp, String groupName,
+    Array<String>& vvNames, String& relationshipName, String& errStr)
+{
+    api_rcopy_group_t group;
+    memset(&group, 0, sizeof group);
+    {
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        const api_Status_t status = snapshot.read(API_RCOPY_QUERY_TYPE_GROUPS);
+        if (status.code != 0)
+        {
+            const String text = arrayText(status);
+            log_message(2, "api_getRCopy error (%d): %s\n", status.code,
+                (const char*)text.getCString());
+            errStr = "Cannot read rcopy group: " + text;
+            return 4;
+        }
+        const rm_group_wrapper* found = nullptr;
+        for (const rm_group_wrapper* g = snapshot.rcopy.groups; g && !found; g = g->next)
+        {
+            if (groupName == g->group.rm_hdr.rm_name)
+                found = g;
+        }
+        if (!found)
+        {
+            log_message(2, "RemoteReplicationGroup %s does not exist\n",
+                (const char*)groupName.getCString());
+            errStr = "RemoteReplicationGroup " + groupName + " does not exist";
+            return 7;
+        }
+        copyField(group.name, groupName);
+        group.numtargets = Uint32(found->gtarget_count);
+        for (int t = 0; t < found->gtarget_count && t < 4; t++)
+            copyField(group.targets[t].rm_target, found->gtargets[t].rm_target);
+    }
+    return _admitRCopyVVs(apiEventp, group, vvNames, relationshipName, errStr);
 }
 
 PEGASUS_NAMESPACE_END

@@ -325,6 +325,86 @@ private:
     // cannot be read.
     void _getServiceAccessPoints(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+
+    // ---- group replicas and remote mirrors -------------------------------------------
+    // CreateGroupReplica, ZDA_CreateGroupReplica and
+    // CreateGroupReplicaFromElements: a clone (SyncType 8) or snapshot (7)
+    // of SourceGroup, or of a vvset made of SourceElements, and, from
+    // elements only, a remote mirror (6): a new remote copy group of
+    // SourceElements to the target of TargetAccessPoint, started. A clone
+    // undoes the sets it made when the copy fails; a mirror is left as far
+    // as it got.
+    void _createGroupReplica(api_evtparam_t* apiEventp, const OperationContext& context,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
+
+    // What the group replica methods were asked, as the parameter loop and
+    // the rules after it leave it; 0 and empty stand for "not given".
+    struct GroupReplicaRequest
+    {
+        Boolean isZDAMethod = false;
+        Boolean isCreateGroupReplica = false;
+        Boolean isCreateGroupReplicaFromElements = false;
+        String relationshipName;
+        String sourceGroupName;
+        String sourceGroupNameIn;
+        CIMObjectPath sourceGroupRef;
+        CIMObjectPath targetGroupRef;
+        CIMObjectPath targetSAPRef;
+        CIMObjectPath targetPoolRef;
+        CIMObjectPath tgtSettingGoalRef;
+        Array<CIMObjectPath> sourceElements;
+        Uint16 syncType = 0;
+        Uint16 mode = 0;
+        Uint16 waitForCopyState = 0;
+        Uint16 targetElementSupplier = 0;
+        CIMInstance goalSettingInst;
+        CIMInstance dataInst;
+        String targetUserDSPName;
+        String targetSnapDSPName;
+    };
+    // Takes one parameter of the loop; the refusal's text, or null.
+    const char* _readGroupReplicaParameter(const OperationContext& context, const String& name,
+        const CIMValue& value, GroupReplicaRequest& request);
+    // The rules a clone or snapshot of a group checks before it starts:
+    // which group is the source, and its name. The refusal's text, or null.
+    const char* _resolveLocalGroupSource(const OperationContext& context,
+        GroupReplicaRequest& request);
+    void _createLocalGroupReplica(api_evtparam_t* apiEventp, const OperationContext& context,
+        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
+        String& errStr);
+    void _cloneGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
+        String& errStr);
+    void _snapshotGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
+        String& errStr);
+    // Removes the source vvset made of SourceElements; a failure is logged.
+    void _removeSourceSet(api_evtparam_t* apiEventp, const GroupReplicaRequest& request);
+    // The mirror's refusals in their order, settling the group's name, the
+    // far CPGs and the local names of SourceElements (`vvNames`) on the
+    // way; the refusal's text, or empty.
+    String _checkMirrorRequest(GroupReplicaRequest& request, Array<String>& vvNames,
+        api_evtparam_t* apiEventp);
+    // Creates, fills and starts the remote copy group; gives the group, its
+    // mirror pair and the far group.
+    void _createMirrorGroup(api_evtparam_t* apiEventp, GroupReplicaRequest& request,
+        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+
+protected:
+    // Admits the volumes `vvNames` into the remote copy group `group`, one
+    // array call each, mapped on every target of the group: named
+    // "<relationshipName>_<n>" from 1 on the far side, or the local name
+    // with as much of "_remote" as fits in 31 characters. Returns 0, or 4
+    // with the array's text at the first refusal (volumes admitted before
+    // it stay).
+    int _admitRCopyVVs(api_evtparam_t* apiEventp, api_rcopy_group_t& group,
+        Array<String>& vvNames, String& relationshipName, String& errStr);
+    // The same for the existing group `groupName`, whose targets are read
+    // from the array: also 4 when the array cannot be read and 7 when the
+    // group does not exist.
+    int _admitRCopyVVs(api_evtparam_t* apiEventp, String groupName, Array<String>& vvNames,
+        String& relationshipName, String& errStr);
 };
 
 PEGASUS_NAMESPACE_END

@@ -263,6 +263,43 @@ api_Status_t copyFlags(Uint16 copyType, uint32_t& flags)
     return success();
 }
 
+// The local volumes of the remote copy group `groupName`.
+api_Status_t readRemoteGroupVolumes(const std::string& groupName, std::vector<std::string>& names)
+{
+    api_rcopy_t rcopy;
+    memset(&rcopy, 0, sizeof rcopy);
+    api_Status_t status =
+        statusUnderSemaphore([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_GROUPS, &rcopy); });
+    bool found = false;
+    if (status.code == 0)
+    {
+        for (rm_group_wrapper* g = rcopy.groups; g; g = g->next)
+        {
+            if (groupName != g->group.rm_hdr.rm_name)
+                continue;
+            found = true;
+            for (rm_group_vv_wrapper* vv = g->gvvs; vv; vv = vv->next)
+                names.push_back(vv->gvv.rm_local_name);
+        }
+    }
+    api_freeRCopy(&rcopy);
+    if (status.code == 0 && !found)
+        return failure(API_E_NOT_FOUND, "The remote copy group %s does not exist", groupName.c_str());
+    return status;
+}
+
+// The volumes a group copy starts from: a vvset's members, or the local
+// volumes of a remote copy group.
+api_Status_t readSourceMembers(const CIMObjectPath& ref, std::string& groupName,
+    std::vector<std::string>& members)
+{
+    if (!ref.getClassName().equal(RCOPY_GROUP_CLASS))
+        return readSetMembers(ref, groupName, members);
+    groupName = text(ZDA_Common::extractFromInstanceID(
+        ZDA_Common::getStringProperty(ref, "InstanceID")));
+    return readRemoteGroupVolumes(groupName, members);
+}
+
 // Every member of the source set into the target set's members, or into
 // new volumes that join the empty target set.
 api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath& sourceRef,
@@ -276,7 +313,7 @@ api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath&
     std::string targetSet;
     std::vector<std::string> sources;
     std::vector<std::string> targets;
-    api_Status_t status = readSetMembers(sourceRef, sourceSet, sources);
+    api_Status_t status = readSourceMembers(sourceRef, sourceSet, sources);
     if (status.code == 0)
         status = readSetMembers(targetRef, targetSet, targets);
     if (status.code != 0)
@@ -317,31 +354,6 @@ api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath&
     return status;
 }
 
-// The local volumes of the remote copy group `groupName`.
-api_Status_t readRemoteGroupVolumes(const std::string& groupName, std::vector<std::string>& names)
-{
-    api_rcopy_t rcopy;
-    memset(&rcopy, 0, sizeof rcopy);
-    api_Status_t status =
-        statusUnderSemaphore([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_GROUPS, &rcopy); });
-    bool found = false;
-    if (status.code == 0)
-    {
-        for (rm_group_wrapper* g = rcopy.groups; g; g = g->next)
-        {
-            if (groupName != g->group.rm_hdr.rm_name)
-                continue;
-            found = true;
-            for (rm_group_vv_wrapper* vv = g->gvvs; vv; vv = vv->next)
-                names.push_back(vv->gvv.rm_local_name);
-        }
-    }
-    api_freeRCopy(&rcopy);
-    if (status.code == 0 && !found)
-        return failure(API_E_NOT_FOUND, "The remote copy group %s does not exist", groupName.c_str());
-    return status;
-}
-
 }  // namespace
 
 ZDA_StorageConfigurationServiceProvider::ZDA_StorageConfigurationServiceProvider() = default;
@@ -361,7 +373,8 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
     if (status.code == 0)
         status = readPlacement(tgtPoolRef, goalSettingInst, placement);
     const Reporting report{systemName, systemAddress};
-    if (status.code == 0 && parentVolRef.getClassName().equal(SET_CLASS))
+    if (status.code == 0 && (parentVolRef.getClassName().equal(SET_CLASS) ||
+                                parentVolRef.getClassName().equal(RCOPY_GROUP_CLASS)))
     {
         status = copySet(apiEventp, flags, parentVolRef, childVolRef, placement, report, jobs,
             synchronizations, text(childVolName));

@@ -67,7 +67,9 @@ public:
     // else of the source. With two ZDA_ReplicationGroup paths it copies
     // every member of the source set: into the target set's members in
     // order, or, for an empty target set, into new volumes (named after
-    // `childVolName`, generated when empty) that join the target set.
+    // `childVolName`, generated when empty) that join the target set. A
+    // ZDA_RemoteReplicationGroup source is copied from the group's local
+    // volumes in the same way.
     // Appends one job and one synchronization per copy started.
     static api_Status_t createPhysicalCopy(api_evtparam_t* apiEventp, CIMOMHandle& cimom,
         const OperationContext& context, Uint16 copyType, const CIMObjectPath& parentVolRef,
