@@ -304,7 +304,9 @@ typedef struct api_rcopy_vv {
     char              syncname[API_NAME_LEN];
 } api_rcopy_vv_t;
 
-/* removevv_flag bit: also remove the volumes (value 1). */
+/* removevv_flag bit (value 1) of api_dismissRCopyVV and api_deleteRCopyGroup:
+ * also remove the far array's volumes that mirror the local ones. The local
+ * volumes always stay; they only leave the group. */
 #define API_RCOPY_REMOVE_VVS 0x1u
 
 typedef struct api_rcopy_delete {

@@ -106,6 +106,15 @@ api_Status_t commonDomain(const std::vector<const Volume*>& vols, std::string& d
     return statusOk();
 }
 
+// A set that another object owns (the volumes of a remote copy group) is
+// changed only through its owner: removing it or changing its members is
+// refused as in use.
+api_Status_t refuseSetInUse(const ArrayModel& m, const VVSet& set) {
+    const std::string use = m.setUse(set);
+    if (use.empty()) return statusOk();
+    return statusError(API_E_IN_USE, "VV set %s %s", set.name.c_str(), use.c_str());
+}
+
 }  // namespace
 
 extern "C" {
@@ -258,8 +267,8 @@ api_Status_t api_removeVVSet(_api_evtparam_t* event, const char* setName) try {
     ArrayModel& m = call.model();
     const VVSet* set = setName ? m.findSet(setName) : nullptr;
     if (!set) return call.done(statusError(API_E_NOT_FOUND, "VV set %s does not exist", setName ? setName : "(null)"));
-    const std::string use = m.setUse(*set);
-    if (!use.empty()) return call.done(statusError(API_E_IN_USE, "VV set %s %s", setName, use.c_str()));
+    api_Status_t used = refuseSetInUse(m, *set);
+    if (used.code) return call.done(used);
     m.removeSet(set->id);
     return call.done(statusOk());
 } catch (...) {
@@ -273,6 +282,8 @@ api_Status_t api_addToVVSet(_api_evtparam_t* event, const char* setName, api_nam
     ArrayModel& m = call.model();
     VVSet* set = setName ? m.findSet(setName) : nullptr;
     if (!set) return call.done(statusError(API_E_NOT_FOUND, "VV set %s does not exist", setName ? setName : "(null)"));
+    api_Status_t used = refuseSetInUse(m, *set);
+    if (used.code) return call.done(used);
     if (count <= 0) return call.done(statusError(API_E_INVALID, "No volumes to add to VV set %s", setName));
     std::vector<const Volume*> vols;
     api_Status_t st = resolveMembers(m, names, count, vols);
@@ -298,6 +309,8 @@ api_Status_t api_removeFromVVSet(_api_evtparam_t* event, const char* setName, ap
     ArrayModel& m = call.model();
     VVSet* set = setName ? m.findSet(setName) : nullptr;
     if (!set) return call.done(statusError(API_E_NOT_FOUND, "VV set %s does not exist", setName ? setName : "(null)"));
+    api_Status_t used = refuseSetInUse(m, *set);
+    if (used.code) return call.done(used);
     if (count <= 0 || !names) return call.done(statusError(API_E_INVALID, "No volumes to remove from VV set %s", setName));
     std::vector<std::string> keep = set->members;
     for (int i = 0; i < count; ++i) {

@@ -342,8 +342,13 @@ ServerProcess* SharedServerTest::server = nullptr;
 
 void SharedServerTest::SetUpTestSuite()
 {
+    startSharedServer({});
+}
+
+void SharedServerTest::startSharedServer(const std::vector<std::string>& options)
+{
     folder = new TemporaryFolder;
-    server = new ServerProcess(folder->path(), {}, false);
+    server = new ServerProcess(folder->path(), options, false);
 }
 
 void SharedServerTest::TearDownTestSuite()

@@ -131,6 +131,8 @@ class SharedServerTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite();
+    // The same with the server's further command-line options.
+    static void startSharedServer(const std::vector<std::string>& options);
     static void TearDownTestSuite();
     void TearDown() override;
 

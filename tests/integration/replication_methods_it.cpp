@@ -172,14 +172,14 @@ TEST_F(ReplicationMethodsTest, AViewerMayNotCreateAGroup)
 }
 
 // Each class of the remote replication model, listed by wbemcli and every
-// path it lists fetched again. The demo array has 12 remote copy groups and
-// 8 targets; 14 far groups (one per group and target) and 22 far volumes
+// path it lists fetched again. The demo array has 13 remote copy groups and
+// 8 targets; 15 far groups (one per group and target) and 23 far volumes
 // (one per group volume and target it has a map for).
 TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
 {
     const std::vector<std::pair<const char*, size_t>> classes = {
-        {"ZDA_RemoteReplicationGroup", 12}, {"ZDA_RemoteReplicationCollection", 8},
-        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 36}};
+        {"ZDA_RemoteReplicationGroup", 13}, {"ZDA_RemoteReplicationCollection", 8},
+        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 38}};
     for (const auto& c : classes)
     {
         CommandResult listed = runCommand({"wbemcli", "ein",
@@ -290,7 +290,7 @@ TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
 
     // Every pair of both classes fetched again by its path.
     const std::vector<std::pair<const char*, Uint32>> classes = {
-        {"ZDA_RemoteStorageSynchronized", 22}, {"ZDA_RemoteGroupSynchronized", 16}};
+        {"ZDA_RemoteStorageSynchronized", 23}, {"ZDA_RemoteGroupSynchronized", 17}};
     for (const auto& c : classes)
     {
         Array<CIMObjectPath> paths = client.enumerateInstanceNames("root/zda", c.first);
@@ -309,7 +309,7 @@ TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
         out).toString()), "0");
     Array<CIMObjectPath> remote;
     outValue(out, "Synchronizations").get(remote);
-    EXPECT_EQ(remote.size(), 22u + 16u);
+    EXPECT_EQ(remote.size(), 23u + 17u);
     in.clear();
     out.clear();
     in.append(CIMParamValue("CopyState", CIMValue(Uint16(13))));
@@ -330,7 +330,7 @@ TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
          at != std::string::npos;
          at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\"", at + 1))
         groups++;
-    EXPECT_EQ(groups, 16u);
+    EXPECT_EQ(groups, 17u);
     CommandResult refused = wbemcli("cm", "admin:admin-demo", SERVICE,
         "GetReplicationRelationships.CopyState=1");
     EXPECT_NE(refused.exitCode, 0);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -530,6 +531,11 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
             self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
                 c.authMethodName);
         }},
+    {"ModifyReplicaSynchronization", nullptr, AUTH_MODIFY_REPLICA_SYNCHRONIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._modifyReplicaSynchronization(c.apiEventp, c.context, c.inParameters,
+                c.handler);
+        }},
     {"ModifyListSynchronization", nullptr, AUTH_MODIFY_LIST_SYNCHRONIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._modifyListSynchronization(c.apiEventp, c.context, c.inParameters, c.handler);
@@ -555,6 +561,14 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
             self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters,
                 c.handler);
+        }},
+    {"AddMembers", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._addMembers(c.apiEventp, c.context, c.inParameters, c.handler);
+        }},
+    {"RemoveMembers", nullptr, GENERIC_AUTHORIZATION,
+        [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
+            self._removeMembers(c.apiEventp, c.context, c.inParameters, c.handler);
         }},
     {"ZDA_CreateConsistentReplicaList", nullptr, AUTH_CREATE_CONSISTENT_REPLICA_LIST,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -3133,6 +3147,715 @@ int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp, St
             copyField(group.targets[t].rm_target, found->gtargets[t].rm_target);
     }
     return _admitRCopyVVs(apiEventp, group, vvNames, relationshipName, errStr);
+}
+
+// ---- synchronization changes and group membership ---------------------------------------
+
+namespace
+{
+
+const char GROUP_SYNC_CLASS[] = "ZDA_RemoteGroupSynchronized";
+const char STORAGE_SYNC_CLASS[] = "ZDA_StorageSynchronized";
+
+// The Operation values of ModifyReplicaSynchronization and the words that
+// become the audit record's operation.
+struct SyncOperation
+{
+    Uint16 operation;
+    const char* word;
+};
+const SyncOperation SYNC_OPERATIONS[] = {{2, "abort"}, {4, "activate"}, {8, "detach"},
+    {9, "dissolve"}, {10, "failover"}, {11, "failback"}, {14, "resync"}, {15, "restore"},
+    {19, "return"}, {20, "reverse"}, {21, "split"}};
+
+const Uint16 OP_ACTIVATE = 4;
+const Uint16 OP_DETACH = 8;
+const Uint16 OP_FAILOVER = 10;
+const Uint16 OP_FAILBACK = 11;
+const Uint16 OP_RESYNC = 14;
+const Uint16 OP_RETURN = 19;
+const Uint16 OP_REVERSE = 20;
+const Uint16 OP_SPLIT = 21;
+
+// Copy states from which a resync of a group is a fresh start.
+Boolean resyncStartsAfresh(Uint16 copyState)
+{
+    return copyState == 7 || copyState == 5 || copyState == 2 || copyState == 11;
+}
+
+const char* operationWord(Uint16 operation)
+{
+    for (const SyncOperation& op : SYNC_OPERATIONS)
+        if (op.operation == operation)
+            return op.word;
+    return nullptr;
+}
+
+// The group named by one end of a group synchronization: a replication
+// entity carries it with its type and host, any other group in its InstanceID.
+String groupOfEnd(const CIMObjectPath& end, Boolean& isEntity)
+{
+    const String instanceId = ZDA_Common::getStringProperty(end, "InstanceID");
+    isEntity = end.getClassName().equal("ZDA_ReplicationEntity") ||
+        end.getClassName().equal("CIM_ReplicationEntity");
+    if (!isEntity)
+        return ZDA_Common::extractFromInstanceID(instanceId);
+    String entityType;
+    String groupName;
+    String systemName;
+    ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceId, entityType, groupName,
+        systemName);
+    return groupName;
+}
+
+// The request record of the remote copy group calls; whatever the array
+// left in it is released when it is reset or goes.
+struct GroupRequest
+{
+    api_rcopy_groupop_t rec;
+    GroupRequest() { std::memset(&rec, 0, sizeof rec); }
+    ~GroupRequest() { api_freeRCopyGroup(&rec); }
+    GroupRequest(const GroupRequest&) = delete;
+    GroupRequest& operator=(const GroupRequest&) = delete;
+    void reset()
+    {
+        api_freeRCopyGroup(&rec);
+        std::memset(&rec, 0, sizeof rec);
+    }
+    void name(const String& groupName)
+    {
+        std::strncpy(rec.name, groupName.getCString(), API_NAME_LEN - 1);
+    }
+};
+
+// The CIM status a failure of the copy services becomes.
+Uint32 copyServicesResult(int code)
+{
+    switch (code)
+    {
+        case API_E_IN_USE:
+            return 6;
+        case 0x50:
+        case 0x4D:
+        case 0x4C:
+            return 5;
+        default:
+            return 4;
+    }
+}
+
+// The parameters AddMembers and RemoveMembers share, as their loop leaves
+// them.
+struct MembershipRequest
+{
+    CIMObjectPath groupRef;
+    Boolean groupGiven = false;
+    Array<CIMObjectPath> members;
+    Boolean deleteOnEmptyElement = false;
+};
+
+void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& systemAddress,
+    const Array<CIMName>& groupClasses, MembershipRequest& request, Uint32& outstatus,
+    String& errStr)
+{
+    if (inParameters.size() == 0)
+    {
+        log_message(2, " Invalid number of parameters\n");
+        outstatus = 5;
+        errStr = " Invalid number of parameters";
+        return;
+    }
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "ReplicationGroup"))
+        {
+            value.get(request.groupRef);
+            if (!ZDA_Common::verifyRefMethodParam(request.groupRef, NAMESPACE, systemAddress,
+                    groupClasses))
+            {
+                outstatus = 5;
+                errStr = paramName + " parameter contains invalid object path";
+                return;
+            }
+            request.groupGiven = true;
+        }
+        else if (String::equalNoCase(paramName, "Members"))
+        {
+            value.get(request.members);
+            for (Uint32 m = 0; m < request.members.size(); m++)
+            {
+                if (!ZDA_Common::verifyRefMethodParam(request.members[m], NAMESPACE,
+                        systemAddress, CIMName(VOLUME_CLASS)))
+                {
+                    outstatus = 5;
+                    errStr = "Members parameter contains invalid object path";
+                    return;
+                }
+            }
+        }
+        else if (String::equalNoCase(paramName, "DeleteOnEmptyElement"))
+        {
+            value.get(request.deleteOnEmptyElement);
+        }
+    }
+    if (outstatus == 0 && !request.groupGiven)
+    {
+        log_message(2, "ReplicationGroup has to be specified\n");
+        outstatus = 5;
+        errStr = "ReplicationGroup has to be specified";
+    }
+}
+
+// The volume names of `members`, or a refusal of 5 when the array lacks any.
+Boolean resolveMembers(Array<CIMObjectPath>& members, api_name_t*& vvNames,
+    unsigned int& memberCount, Uint32& outstatus, String& errStr)
+{
+    const int rc = ZDA_Common::fillInVVNames(members, &vvNames, &memberCount);
+    if (rc == 0 && memberCount >= members.size())
+        return true;
+    log_message(2, "Cannot find one or more of the volumes in Members\n");
+    outstatus = 5;
+    errStr = "Cannot find one or more of the volumes in Members";
+    return false;
+}
+
+}  // namespace
+
+void ZDA_ReplicationServiceProvider::_modifyReplicaSynchronization(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _modifyReplicaSynchronization\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    Array<CIMParamValue> paramValues;
+
+    Uint16 operation = 0;
+    String operationStr = "*not specified*";
+    CIMObjectPath syncRef;
+    Boolean force = false;
+    Uint16 waitforCopyState = 0;
+
+    refuseEmptyParameters(inParameters, outstatus, errStr);
+    for (Uint32 i = 0; i < inParameters.size() && outstatus == 0; i++)
+    {
+        const String paramName = inParameters[i].getParameterName();
+        const CIMValue value = inParameters[i].getValue();
+        log_message(4, "Param %s\n", (const char*)paramName.getCString());
+        if (value.isNull())
+            continue;
+        if (String::equalNoCase(paramName, "Operation"))
+        {
+            value.get(operation);
+            const char* word = operationWord(operation);
+            if (!word)
+            {
+                log_message(2, "Operation %d not supported\n", int(operation));
+                outstatus = 5;
+                errStr = "Operation not supported";
+                break;
+            }
+            operationStr = word;
+        }
+        else if (String::equalNoCase(paramName, "Synchronization"))
+        {
+            value.get(syncRef);
+        }
+        else if (String::equalNoCase(paramName, "SyncPair"))
+        {
+            outstatus = 5;
+            errStr = "Only NULL SyncPair is supported currently.";
+        }
+        else if (String::equalNoCase(paramName, "Force"))
+        {
+            value.get(force);
+        }
+        else if (String::equalNoCase(paramName, "WaitForCopyState"))
+        {
+            value.get(waitforCopyState);
+        }
+        // ReplicationSettingData is accepted and not used.
+    }
+
+    if (outstatus == 0 && syncRef.getClassName().isNull())
+    {
+        log_message(2, " Invalid cim_synchronized ref.\n");
+        outstatus = 5;
+        errStr = " Invalid cim_synchronized refernce";
+    }
+    if (outstatus == 0)
+    {
+        ZDA_Common::setEventOp(apiEventp, operationStr.getCString());
+        if (validateCopyStateOp(waitforCopyState, operation) == 0)
+        {
+            outstatus = 5;
+            errStr = " Invalid copy state for the operation";
+        }
+    }
+    if (outstatus == 0)
+    {
+        if (ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress,
+                CIMName(GROUP_SYNC_CLASS)))
+            _modifyGroupSynchronization(apiEventp, context, syncRef, operation, force,
+                paramValues, outstatus, errStr);
+        else
+            _modifyElementSynchronization(apiEventp, context, syncRef, operation, paramValues,
+                outstatus, errStr);
+    }
+    _completeMethod(handler, outstatus, errStr, paramValues, "_modifyReplicaSynchronization");
+}
+
+void ZDA_ReplicationServiceProvider::_modifyGroupSynchronization(api_evtparam_t* apiEventp,
+    const OperationContext& context, CIMObjectPath& syncRef, Uint16 operation, Boolean force,
+    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+{
+    CIMObjectPath sysElem(ZDA_Common::getStringProperty(syncRef, "SystemElement"));
+    CIMObjectPath syncedElem(ZDA_Common::getStringProperty(syncRef, "SyncedElement"));
+    Boolean isEntitySysElement = false;
+    Boolean targetIsEntity = false;
+    const String sourcegroup = groupOfEnd(sysElem, isEntitySysElement);
+    const String targetgroup = groupOfEnd(syncedElem, targetIsEntity);
+    if (sourcegroup.size() == 0 || targetgroup.size() == 0)
+    {
+        log_message(2, " invalid source or target name\n");
+        outstatus = 5;
+        errStr = " Invalid source or target name.";
+        return;
+    }
+    log_message(4, "\t source group [%s], target group[%s], op=%u\n",
+        (const char*)sourcegroup.getCString(), (const char*)targetgroup.getCString(),
+        unsigned(operation));
+
+    GroupRequest rcopygroup;
+    // One array call on the request record; a failure leaves 4 and the
+    // array's text.
+    auto groupCall = [&](const std::function<api_Status_t()>& call) {
+        const api_Status_t status = ZDA_CompanionFrame::statusCall(call);
+        if (status.code == 0)
+            return true;
+        outstatus = 4;
+        errStr = ZDA_AssociationFrame::statusText(status);
+        return false;
+    };
+    // Failover and failback act on the group of SyncedElement, which the
+    // array that holds the secondary calls its own.
+    auto syncedIsGroup = [&]() {
+        if (ZDA_Common::verifyRefMethodParam(syncedElem, NAMESPACE, _systemAddress,
+                CIMName(RCOPY_GROUP_CLASS)))
+            return true;
+        outstatus = 5;
+        errStr = " Invalid SyncedElement reference.";
+        return false;
+    };
+
+    Boolean called = true;
+    switch (operation)
+    {
+        case OP_ACTIVATE:
+            rcopygroup.name(sourcegroup);
+            called = groupCall([&] { return api_startRCopyGroup(apiEventp, &rcopygroup.rec); });
+            break;
+        case OP_SPLIT:
+            rcopygroup.name(sourcegroup);
+            called = groupCall([&] { return api_stopRCopyGroup(apiEventp, &rcopygroup.rec); });
+            break;
+        case OP_FAILOVER:
+        case OP_FAILBACK:
+            if (!syncedIsGroup())
+                return;
+            rcopygroup.reset();
+            rcopygroup.name(targetgroup);
+            called = groupCall([&] {
+                return api_setRCopyGroup(apiEventp, &rcopygroup.rec,
+                    operation == OP_FAILOVER ? API_RCOPY_SET_FAILOVER : API_RCOPY_SET_FAILBACK, 0);
+            });
+            break;
+        case OP_REVERSE:
+            rcopygroup.reset();
+            rcopygroup.name(isEntitySysElement ? targetgroup : sourcegroup);
+            called = groupCall([&] {
+                return api_setRCopyGroup(apiEventp, &rcopygroup.rec, API_RCOPY_SET_REVERSE, 0x10);
+            });
+            break;
+        case OP_RESYNC:
+            called = _resyncGroup(apiEventp, context, syncRef, sourcegroup, force, rcopygroup.rec,
+                outstatus, errStr);
+            break;
+        case OP_DETACH:
+        {
+            api_rcopy_delete rcdelgroup;
+            std::memset(&rcdelgroup, 0, sizeof rcdelgroup);
+            std::strncpy(rcdelgroup.name, sourcegroup.getCString(), API_NAME_LEN - 1);
+            called = groupCall([&] { return api_deleteRCopyGroup(apiEventp, &rcdelgroup); });
+            break;
+        }
+        case OP_RETURN:
+            _returnGroupSnapshot(apiEventp, context, syncRef, syncedElem, targetgroup, outstatus,
+                errStr);
+            return;
+        default:
+            // Abort, dissolve and restore ask nothing of the array for a
+            // group; an absent Operation neither.
+            break;
+    }
+    if (!called)
+        return;
+    if (rcopygroup.rec.sync_task_id)
+    {
+        setConcreteJobParam(paramValues, rcopygroup.rec);
+        outstatus = 4096;
+    }
+}
+
+Boolean ZDA_ReplicationServiceProvider::_readGroupSyncProperty(const OperationContext& context,
+    const CIMObjectPath& syncRef, const char* name, Uint16& value, Uint32& outstatus,
+    String& errStr)
+{
+    try
+    {
+        CIMInstance sync = _cimom.getInstance(context, NAMESPACE, syncRef, false, false, false,
+            CIMPropertyList());
+        ZDA_Common::getProperty(sync, name, value);
+        return true;
+    }
+    catch (...)
+    {
+        log_message(2, "Cannot find the GroupSynchronized instance\n");
+        outstatus = 5;
+        errStr = "Cannot find the RemoteGroupSynchronized instance";
+        return false;
+    }
+}
+
+Boolean ZDA_ReplicationServiceProvider::_resyncGroup(api_evtparam_t* apiEventp,
+    const OperationContext& context, const CIMObjectPath& syncRef, const String& sourcegroup,
+    Boolean force, api_rcopy_groupop_t& rcopygroup, Uint32& outstatus, String& errStr)
+{
+    Uint16 copyState = 7;
+    if (!_readGroupSyncProperty(context, syncRef, "CopyState", copyState, outstatus, errStr))
+        return false;
+
+    Boolean tryStart = false;
+    do
+    {
+        std::strncpy(rcopygroup.name, sourcegroup.getCString(), API_NAME_LEN - 1);
+        if (tryStart || resyncStartsAfresh(copyState))
+        {
+            tryStart = false;
+            rcopygroup.flags = 2;
+            const api_Status_t status = ZDA_CompanionFrame::statusCall(
+                [&] { return api_startRCopyGroup(apiEventp, &rcopygroup); });
+            if (status.code != 0)
+            {
+                outstatus = 4;
+                errStr = ZDA_AssociationFrame::statusText(status);
+                return false;
+            }
+        }
+        else
+        {
+            if (force)
+                rcopygroup.flags = 1;
+            const api_Status_t status = ZDA_CompanionFrame::statusCall(
+                [&] { return api_syncrcopy(apiEventp, &rcopygroup); });
+            if (status.code != 0)
+            {
+                // The failure stays the method's result even when the start
+                // that follows succeeds.
+                errStr = ZDA_AssociationFrame::statusText(status);
+                outstatus = 4;
+                api_freeRCopyGroup(&rcopygroup);
+                if (errStr.find("isn't started") == PEG_NOT_FOUND)
+                    return false;
+                tryStart = true;
+                std::memset(&rcopygroup, 0, sizeof rcopygroup);
+            }
+        }
+    } while (tryStart);
+    return true;
+}
+
+void ZDA_ReplicationServiceProvider::_returnGroupSnapshot(api_evtparam_t* apiEventp,
+    const OperationContext& context, const CIMObjectPath& syncRef,
+    const CIMObjectPath& syncedElem, const String& targetgroup, Uint32& outstatus,
+    String& errStr)
+{
+    Uint16 syncType = 0;
+    if (!_readGroupSyncProperty(context, syncRef, "SyncType", syncType, outstatus, errStr))
+        return;
+    const CIMName targetClass = syncedElem.getClassName();
+    if (syncType != SYNC_TYPE_SNAPSHOT ||
+        !(targetClass.equal(GROUP_CLASS) || targetClass.equal("CIM_ReplicationGroup")))
+    {
+        const char text[] = "The synchronization reference is not for a local snapshot of a "
+                            "replication group. The synchronized element it references is not "
+                            "a local replication group (vvset)\n";
+        log_message(2, "%s", text);
+        outstatus = 5;
+        errStr = text;
+        return;
+    }
+    // The set of snapshots goes, and its volumes with it.
+    outstatus = _deleteGroupAndMembers(apiEventp, targetgroup, errStr);
+}
+
+void ZDA_ReplicationServiceProvider::_modifyElementSynchronization(api_evtparam_t* apiEventp,
+    const OperationContext& context, CIMObjectPath& syncRef, Uint16 operation,
+    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+{
+    if (operation == OP_RETURN)
+    {
+        const api_Status_t status = _returnToResourcePool(apiEventp, context, syncRef);
+        if (status.code != 0)
+        {
+            errStr = ZDA_AssociationFrame::statusText(status);
+            log_message(2, "Createvv copy error (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+            outstatus = 4;
+        }
+        return;
+    }
+    if (!ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress,
+            CIMName(STORAGE_SYNC_CLASS)))
+    {
+        outstatus = 5;
+        errStr = "Synchronization parameter contains invalid object path";
+        return;
+    }
+    Array<CIMObjectPath> jobs;
+    String host = _systemAddress;
+    const api_Status_t status = ZDA_StorageConfigurationServiceProvider::modifySynchronization(
+        apiEventp, _cimom, context, jobs, _convertToCopySvcsOp(operation), syncRef, host);
+    if (jobs.size() > 0)
+    {
+        paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
+        outstatus = 4096;
+    }
+    if (status.code != 0)
+    {
+        outstatus = copyServicesResult(status.code);
+        errStr = ZDA_AssociationFrame::statusText(status);
+        log_message(2, "Createvv copy error (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+    }
+}
+
+void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
+    const OperationContext& context, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _addMembers\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    MembershipRequest request;
+    Array<CIMName> groupClasses;
+    groupClasses.append(GROUP_CLASS);
+    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus,
+        errStr);
+    if (outstatus == 0)
+    {
+        try
+        {
+            _cimom.getInstance(context, NAMESPACE, request.groupRef, false, false, false,
+                CIMPropertyList());
+        }
+        catch (...)
+        {
+            log_message(2, "ReplicationGroup does not exist\n");
+            outstatus = 7;
+            errStr = "ReplicationGroup does not exist";
+        }
+    }
+    api_name_t* vvNames = nullptr;
+    if (outstatus == 0)
+    {
+        ZDA_Common::setEventOp(apiEventp, request.groupRef.toString().getCString());
+        const String groupName = ZDA_Common::extractFromInstanceID(
+            ZDA_Common::getStringProperty(request.groupRef, "InstanceID"));
+        unsigned int memberCount = 0;
+        if (resolveMembers(request.members, vvNames, memberCount, outstatus, errStr))
+        {
+            const CString name = groupName.getCString();
+            const api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
+                return api_addToVVSet(apiEventp, name, vvNames, int(memberCount));
+            });
+            if (status.code != 0)
+            {
+                errStr = ZDA_AssociationFrame::statusText(status);
+                log_message(2, "Add to vvset error (%d): %s\n", status.code,
+                    (const char*)errStr.getCString());
+                outstatus = 4;
+            }
+        }
+    }
+    std::free(vvNames);
+    _completeMethod(handler, outstatus, errStr, Array<CIMParamValue>(), "_addMembers");
+}
+
+void ZDA_ReplicationServiceProvider::_removeMembers(api_evtparam_t* apiEventp,
+    const OperationContext&, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider:: _removeMembers\n");
+    Uint32 outstatus = 0;
+    String errStr;
+    MembershipRequest request;
+    Array<CIMName> groupClasses;
+    groupClasses.append(GROUP_CLASS);
+    groupClasses.append(RCOPY_GROUP_CLASS);
+    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus,
+        errStr);
+    if (outstatus == 0)
+    {
+        ZDA_Common::setEventOp(apiEventp, request.groupRef.toString().getCString());
+        const String groupName = ZDA_Common::extractFromInstanceID(
+            ZDA_Common::getStringProperty(request.groupRef, "InstanceID"));
+        if (request.groupRef.getClassName().equal(RCOPY_GROUP_CLASS))
+            outstatus = _dismissRCopyVVs(apiEventp, groupName, request.members,
+                request.deleteOnEmptyElement, errStr);
+        else
+            outstatus = _removeFromVVSet(apiEventp, groupName, request.members,
+                request.deleteOnEmptyElement, errStr);
+    }
+    _completeMethod(handler, outstatus, errStr, Array<CIMParamValue>(), "_removeMembers");
+}
+
+int ZDA_ReplicationServiceProvider::_removeFromVVSet(api_evtparam_t* apiEventp,
+    const String& groupName, Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement,
+    String& errStr)
+{
+    const CString name = groupName.getCString();
+    ZDA_AssociationFrame::VVSetList list;
+    const api_Status_t found = list.read(name);
+    const api_set_t* set = found.code == 0 && list.size() > 0 ? &list[0] : nullptr;
+    if (!set)
+    {
+        log_message(2, "ReplicationGroup %s does not exist\n", (const char*)name);
+        errStr = "ReplicationGroup " + groupName + " does not exist";
+        return 7;
+    }
+    api_name_t* vvNames = nullptr;
+    unsigned int memberCount = 0;
+    Uint32 outstatus = 0;
+    if (!resolveMembers(members, vvNames, memberCount, outstatus, errStr))
+    {
+        std::free(vvNames);
+        return int(outstatus);
+    }
+    // Every volume must be in the set before any is taken out.
+    for (unsigned int i = 0; i < memberCount; i++)
+    {
+        Boolean inSet = false;
+        for (int m = 0; m < set->memberCount && !inSet; m++)
+            inSet = std::strncmp(vvNames[i].name, set->members[m].name, API_NAME_LEN) == 0;
+        if (!inSet)
+        {
+            const String member(vvNames[i].name);
+            log_message(2, "Member %s not in vvset %s\n", vvNames[i].name, (const char*)name);
+            errStr = "Member " + member + " not in Group " + groupName;
+            std::free(vvNames);
+            return 8;
+        }
+    }
+    api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
+        return api_removeFromVVSet(apiEventp, name, vvNames, int(memberCount));
+    });
+    std::free(vvNames);
+    if (status.code == 0 && deleteOnEmptyElement)
+    {
+        ZDA_AssociationFrame::VVSetList after;
+        status = after.read(name);
+        if (status.code == 0 && after.size() > 0 && after[0].memberCount == 0)
+            status = ZDA_CompanionFrame::statusCall(
+                [&] { return api_removeVVSet(apiEventp, name); });
+    }
+    if (status.code != 0)
+    {
+        errStr = ZDA_AssociationFrame::statusText(status);
+        log_message(2, "Add to vvset error (%d): %s\n", status.code,
+            (const char*)errStr.getCString());
+        return 4;
+    }
+    return 0;
+}
+
+int ZDA_ReplicationServiceProvider::_dismissRCopyVVs(api_evtparam_t* apiEventp,
+    String groupName, Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement,
+    String& errStr)
+{
+    log_message(4, "--> ZDA_ReplicationServiceProvider::_dismissRCopyVVs()\n");
+    const CString name = groupName.getCString();
+    Array<String> foundVVs;
+    Uint32 numVolsInGroup = 0;
+    {
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        const api_Status_t read = snapshot.read(API_RCOPY_QUERY_TYPE_ALL);
+        if (read.code != 0)
+        {
+            const String text = ZDA_AssociationFrame::statusText(read);
+            log_message(2, "api_getRCopy error (%d): %s\n", read.code,
+                (const char*)text.getCString());
+            errStr = "Cannot read rcopy group: " + text;
+            return 4;
+        }
+        const rm_group_wrapper* group = snapshot.rcopy.groups;
+        while (group && std::strcmp(group->group.rm_hdr.rm_name, name) != 0)
+            group = group->next;
+        if (!group)
+        {
+            log_message(2, "RemoteReplicationGroup %s does not exist\n", (const char*)name);
+            errStr = "RemoteReplicationGroup " + groupName + " does not exist";
+            return 7;
+        }
+        for (const rm_group_vv_wrapper* v = group->gvvs; v; v = v->next)
+            numVolsInGroup++;
+        // Every volume must be in the group before any is dismissed.
+        for (Uint32 i = 0; i < members.size(); i++)
+        {
+            const String deviceId = ZDA_Common::getStringProperty(members[i], "DeviceID");
+            api_u64_t wwn = api_u64_t(-10);
+            api_u64_t wwnRe = 0;
+            api_wwnStringToInt(deviceId.getCString(), &wwnRe, &wwn);
+            const rm_group_vv_wrapper* v = group->gvvs;
+            while (v && !(v->gvv.rm_local_wwn == wwn && v->gvv.rm_local_wwn_re == wwnRe))
+                v = v->next;
+            if (!v)
+            {
+                log_message(2, "Member %s not in RemoteReplicationGroup %s\n",
+                    (const char*)deviceId.getCString(), (const char*)name);
+                errStr = "Member " + deviceId + " not in RemoteReplicationGroup " + groupName;
+                return 8;
+            }
+            foundVVs.append(String(v->gvv.rm_local_name));
+        }
+    }
+
+    for (Uint32 i = 0; i < foundVVs.size(); i++)
+    {
+        // The far array's copy goes with the volume; the local volume stays.
+        api_rcopy_dismiss_vv vv;
+        std::memset(&vv, 0, sizeof vv);
+        vv.removevv_flag = API_RCOPY_REMOVE_VVS;
+        std::strncpy(vv.group, name, API_NAME_LEN - 1);
+        std::strncpy(vv.vvname, foundVVs[i].getCString(), API_NAME_LEN - 1);
+        const api_Status_t status = ZDA_CompanionFrame::statusCall(
+            [&] { return api_dismissRCopyVV(apiEventp, &vv); });
+        if (status.code != 0)
+        {
+            errStr = ZDA_AssociationFrame::statusText(status);
+            log_message(2, "Dismiss RCopy VV (%d): %s\n", status.code,
+                (const char*)errStr.getCString());
+            return 4;
+        }
+    }
+    if (deleteOnEmptyElement && foundVVs.size() == numVolsInGroup)
+        return _deleteRCopyGroup(apiEventp, groupName, false, errStr);
+    log_message(4, "<-- ZDA_ReplicationServiceProvider::_dismissRCopyVVs()\n");
+    return 0;
 }
 
 PEGASUS_NAMESPACE_END

@@ -190,7 +190,8 @@ protected:
     int _createGroup(api_evtparam_t* apiEventp, String groupName,
         Array<CIMObjectPath>& members, Array<String> const& okv_keys,
         Array<String> const& okv_values, CIMObjectPath& groupReplicaPath, String& errStr);
-    // Deletes the remote copy group `groupName`, and with it its volumes.
+    // Deletes the remote copy group `groupName`, asking the array to remove
+    // the far array's copies of its volumes too; the local volumes stay.
     // Unless `removeElements`, a group that still has volumes is refused
     // with 6. Returns 0, 6, or 4 with errStr when the configuration cannot
     // be read or the array refuses the deletion.
@@ -325,6 +326,64 @@ private:
     // cannot be read.
     void _getServiceAccessPoints(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+
+    // ---- synchronization changes and group membership -----------------------------
+    // ModifyReplicaSynchronization: Operation (abort 2, activate 4, detach
+    // 8, dissolve 9, failover 10, failback 11, resync 14, restore 15,
+    // return 19, reverse 20, split 21) on Synchronization. A
+    // ZDA_RemoteGroupSynchronized is worked on through the remote copy
+    // calls (a Job and 4096 when the array began a task, 4 with its text
+    // on a failure); any other synchronization goes to the copy services
+    // (a Job and 4096 for a job; failures 6 in use, 5 invalid, else 4).
+    void _modifyReplicaSynchronization(api_evtparam_t* apiEventp,
+        const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
+    // The operation on the remote copy groups at the two ends of `syncRef`.
+    void _modifyGroupSynchronization(api_evtparam_t* apiEventp, const OperationContext& context,
+        CIMObjectPath& syncRef, Uint16 operation, Boolean force,
+        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+    // Reads the Uint16 property `name` of the group synchronization
+    // `syncRef` (left as it is when the instance lacks it); false, with 5
+    // and its text, when the server cannot give the instance.
+    Boolean _readGroupSyncProperty(const OperationContext& context, const CIMObjectPath& syncRef,
+        const char* name, Uint16& value, Uint32& outstatus, String& errStr);
+    // Resync of the group `sourcegroup`: a start from a split, failed,
+    // new or idle copy state, else a sync (forced with `force`); a sync the
+    // array refuses as not started is retried once as a start, and its
+    // failure stays the result. False when the method is to end now.
+    Boolean _resyncGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+        const CIMObjectPath& syncRef, const String& sourcegroup, Boolean force,
+        api_rcopy_groupop_t& rcopygroup, Uint32& outstatus, String& errStr);
+    // Return of a snapshot set of a remote copy group: removes the set and
+    // its volumes; 5 for a synchronization of another kind.
+    void _returnGroupSnapshot(api_evtparam_t* apiEventp, const OperationContext& context,
+        const CIMObjectPath& syncRef, const CIMObjectPath& syncedElem,
+        const String& targetgroup, Uint32& outstatus, String& errStr);
+    // The operation on a single synchronization, through the copy services.
+    void _modifyElementSynchronization(api_evtparam_t* apiEventp,
+        const OperationContext& context, CIMObjectPath& syncRef, Uint16 operation,
+        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+    // AddMembers: the volumes Members join the vvset ReplicationGroup;
+    // 7 when the server does not find the group, 5 for a volume the array
+    // lacks, 4 with the array's text when it refuses.
+    void _addMembers(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // RemoveMembers: the volumes Members leave ReplicationGroup (a vvset
+    // or a remote copy group); with DeleteOnEmptyElement a group left empty
+    // goes too. 7 no such group, 8 a volume not in it (nothing is taken
+    // out then), 4 an array failure; what was done before it stays.
+    void _removeMembers(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    // Takes `members` out of the vvset `groupName`; removes the set when it
+    // is left empty and `deleteOnEmptyElement`. Returns 0, 4, 5, 7 or 8.
+    int _removeFromVVSet(api_evtparam_t* apiEventp, const String& groupName,
+        Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr);
+    // Takes `members` (found by WWN) out of the remote copy group
+    // `groupName`, the far array's copies with them; the local volumes stay.
+    // When all its volumes went and `deleteOnEmptyElement`, the group goes
+    // too. Returns 0, 4 (the volumes dismissed before stay out), 6, 7 or 8.
+    int _dismissRCopyVVs(api_evtparam_t* apiEventp, String groupName,
+        Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr);
 
     // ---- group replicas and remote mirrors -------------------------------------------
     // CreateGroupReplica, ZDA_CreateGroupReplica and

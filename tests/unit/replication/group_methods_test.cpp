@@ -48,22 +48,6 @@ class GroupMethodsTest : public ReplicationTest
 protected:
     ServiceWorkers& directService() { return ReplicationTest::directService<ServiceWorkers>(); }
 
-    // The vvset's member names, or {"<none>"} when the array has no such set.
-    std::set<std::string> setMembers(const char* name)
-    {
-        api_sets_t list;
-        std::memset(&list, 0, sizeof list);
-        EXPECT_EQ(cim_sem_wait(), 0);
-        const api_Status_t status = api_getVVSets(name, nullptr, 0, &list);
-        cim_sem_post();
-        std::set<std::string> members;
-        if (status.code != 0 || list.count == 0)
-            members.insert("<none>");
-        for (int i = 0; status.code == 0 && list.count > 0 && i < list.sets[0].memberCount; i++)
-            members.insert(list.sets[0].members[i].name);
-        api_freeSets(&list);
-        return members;
-    }
     bool volumeExists(const char* name) { return !volume(name).getClassName().isNull(); }
     std::set<std::string> volumeNames(const Array<CIMObjectPath>& paths)
     {

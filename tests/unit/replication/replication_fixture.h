@@ -5,8 +5,10 @@
 #ifndef ZDA_REPLICATION_FIXTURE_H
 #define ZDA_REPLICATION_FIXTURE_H
 
+#include <cstring>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include <Pegasus/Provider/CIMAssociationProvider.h>
@@ -135,6 +137,23 @@ protected:
             _direct->initialize(_handle);
         }
         return static_cast<Service&>(*_direct);
+    }
+
+    // The vvset's member names, or {"<none>"} when the array has no such set.
+    static std::set<std::string> setMembers(const char* name)
+    {
+        api_sets_t list;
+        std::memset(&list, 0, sizeof list);
+        EXPECT_EQ(cim_sem_wait(), 0);
+        const api_Status_t status = api_getVVSets(name, nullptr, 0, &list);
+        cim_sem_post();
+        std::set<std::string> members;
+        if (status.code != 0 || list.count == 0)
+            members.insert("<none>");
+        for (int i = 0; status.code == 0 && list.count > 0 && i < list.sets[0].memberCount; i++)
+            members.insert(list.sets[0].members[i].name);
+        api_freeSets(&list);
+        return members;
     }
 
     CIMObjectPath service;
