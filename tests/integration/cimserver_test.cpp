@@ -1,5 +1,6 @@
 // zda-cimserver as users meet it: started as a program, reached over HTTP,
 // HTTPS and the local socket by wbemcli, CIMClient and raw requests.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -22,6 +23,7 @@
 #include <sstream>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -45,16 +47,11 @@ std::string statusLine(const std::string& response)
     return response.substr(0, response.find("\r\n"));
 }
 
-std::string std_(const String& s)
-{
-    return std::string(static_cast<const char*>(s.getCString()));
-}
-
 std::string outParameter(const Array<CIMParamValue>& out, const char* name)
 {
     for (Uint32 i = 0; i < out.size(); i++)
         if (out[i].getParameterName() == name)
-            return std_(out[i].getValue().toString());
+            return text(out[i].getValue().toString());
     return "<missing>";
 }
 
@@ -84,7 +81,7 @@ std::string contextOf(const cimxml::OperationResponse& r)
 {
     for (Uint32 i = 0; i < r.outParameters.size(); i++)
         if (r.outParameters[i].getParameterName() == "EnumerationContext" && !r.outParameters[i].getValue().isNull())
-            return std_(r.outParameters[i].getValue().toString());
+            return text(r.outParameters[i].getValue().toString());
     return std::string();
 }
 
@@ -100,7 +97,7 @@ bool endOf(const cimxml::OperationResponse& r)
 // without host and namespace where the pull operations give both.
 std::string keysOf(const CIMObjectPath& path)
 {
-    return std_(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
+    return text(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
 }
 
 // The sorted texts of what a pulled enumeration returns, opened by `open`
@@ -113,7 +110,7 @@ std::vector<std::string> pulledAll(int port, cimxml::Intrinsic open, const char*
     std::vector<std::string> out;
     auto collect = [&](const cimxml::OperationResponse& r) {
         if (r.isError())
-            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + std_(r.errorDescription));
+            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + text(r.errorDescription));
         answers++;
         if (paths) {
             Array<CIMObjectPath> items;
@@ -163,42 +160,17 @@ std::vector<std::string> sortedTexts(const Array<T>& items)
 }  // namespace
 
 // One server for the tests that do not need settings of their own.
-class CimServerTest : public ::testing::Test
+class CimServerTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {"--simulator-control"});
-    }
-    static void TearDownTestSuite()
-    {
-        // A clean stop: SIGTERM ends the server with status 0 (sanitizer
-        // builds also report leaks and errors here).
-        int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
+    static void SetUpTestSuite() { startServer({"--simulator-control"}, true); }
 
     static CommandResult wbemcli(std::vector<std::string> arguments)
     {
         arguments.insert(arguments.begin(), "wbemcli");
         return runCommand(arguments);
     }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* CimServerTest::folder = nullptr;
-ServerProcess* CimServerTest::server = nullptr;
 
 TEST_F(CimServerTest, WbemcliVerbsWorkOverHttpAndHttps)
 {
@@ -512,7 +484,7 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
     ASSERT_FALSE(second.isError());
     const cimxml::OperationResponse third = open(Array<CIMParamValue>());
     EXPECT_EQ(third.errorCode, Uint32(CIM_ERR_SERVER_LIMITS_EXCEEDED));
-    EXPECT_NE(std_(third.errorDescription).find("open enumeration contexts"), std::string::npos);
+    EXPECT_NE(text(third.errorDescription).find("open enumeration contexts"), std::string::npos);
 
     // The paths form cannot continue an instances context.
     Array<CIMParamValue> pullFirst = with("EnumerationContext", CIMValue(String(contextOf(first).c_str())));
@@ -638,7 +610,7 @@ TEST_F(CimServerTest, TheInternalNamespaceIsNotServedToClients)
     // The storage system asks the internal cache for its identity.
     Array<CIMObjectPath> systems = client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem");
     ASSERT_EQ(systems.size(), 1u);
-    EXPECT_NE(std_(systems[0].toString()).find("zda-demo"), std::string::npos);
+    EXPECT_NE(text(systems[0].toString()).find("zda-demo"), std::string::npos);
 }
 
 // A name the array cannot hold is refused before it reaches the array or its
@@ -653,7 +625,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
         std::string all;
         Array<CIMObjectPath> names = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationGroup");
         for (Uint32 i = 0; i < names.size(); i++)
-            all += std_(names[i].toString()) + "\n";
+            all += text(names[i].toString()) + "\n";
         return all;
     };
     {
@@ -683,7 +655,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
             in.append(CIMParamValue("GroupName", CIMValue(String(name))));
             try
             {
-                EXPECT_NE(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
+                EXPECT_NE(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
                     << name;
             }
             catch (const CIMException&)
@@ -694,7 +666,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
         EXPECT_EQ(groups(client).find("two words"), std::string::npos);
         Array<CIMParamValue> in, out;
         in.append(CIMParamValue("GroupName", CIMValue(String("it_kept"))));
-        EXPECT_EQ(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
+        EXPECT_EQ(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
         EXPECT_EQ(server.stop(), 0) << server.log();
     }
     ServerProcess again(folder.path(), arguments, false);
@@ -821,7 +793,7 @@ TEST(CimServerStateTest, PersistedStateSurvivesARestart)
         in.append(CIMParamValue("Description", CIMValue(String(description))));
         CIMValue result = client.invokeMethod("root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
                                               "LoadDescription", in, out);
-        ASSERT_EQ(std_(result.toString()), "0") << outParameter(out, "Error");
+        ASSERT_EQ(text(result.toString()), "0") << outParameter(out, "Error");
         EXPECT_EQ(first.stop(), 0) << first.log();
         EXPECT_NE(first.output().find("zda-cimserver stopped"), std::string::npos);
     }

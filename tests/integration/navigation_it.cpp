@@ -50,59 +50,22 @@ const Walk WALKS[] = {
     {"ZDA_HostedRemoteSAP", SYSTEM, "ZDA_RemoteServiceAccessPoint", "Dependent"},
 };
 
-std::vector<std::string> lines(const std::string& output)
-{
-    std::vector<std::string> out;
-    std::istringstream in(output);
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty())
-            out.push_back(line);
-    return out;
-}
-
 // The object part of a path wbemcli printed ("host:port/root/zda:<object>").
 std::string objectOf(const std::string& line)
 {
     return line.substr(line.find(':', line.find('/')) + 1);
 }
 
-class NavigationWalkTest : public ::testing::Test
+class NavigationWalkTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {}, false);
-    }
-    static void TearDownTestSuite()
-    {
-        const int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
+    // As admin.
     static CommandResult wbemcli(const std::string& verb, const std::string& object,
         const std::vector<std::string>& options = {})
     {
-        std::vector<std::string> argv = {"wbemcli", verb};
-        argv.insert(argv.end(), options.begin(), options.end());
-        argv.push_back(server->url("admin:admin-demo", "root/zda") + object);
-        return runCommand(argv);
+        return SharedServerTest::wbemcli(verb, "admin:admin-demo", object, options);
     }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* NavigationWalkTest::folder = nullptr;
-ServerProcess* NavigationWalkTest::server = nullptr;
 
 TEST_F(NavigationWalkTest, WbemcliWalksEveryAssociationBothWays)
 {
