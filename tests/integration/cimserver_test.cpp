@@ -35,12 +35,7 @@ std::string request(const std::string& method, const std::string& headers, const
            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
-const char* const kEnumerateDisks =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
-    "<IMETHODCALL NAME=\"EnumerateInstanceNames\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
-    "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\">"
-    "<CLASSNAME NAME=\"Test_Disk\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+const std::string kEnumerateDisks = enumerateBody("EnumerateInstanceNames", "Test_Disk", "root/test");
 
 std::string statusLine(const std::string& response)
 {
@@ -506,7 +501,7 @@ TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)
     std::string one = "POST /cimom HTTP/1.1\r\nHost: x\r\nAuthorization: " + basicAuthorization("admin", "admin-demo") +
                       "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
                       "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\nContent-Length: " +
-                      std::to_string(std::strlen(kEnumerateDisks)) + "\r\n\r\n" + kEnumerateDisks;
+                      std::to_string(kEnumerateDisks.size()) + "\r\n\r\n" + kEnumerateDisks;
     std::string last = request("POST",
                                "Authorization: " + basicAuthorization("admin", "admin-demo") +
                                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
@@ -690,7 +685,7 @@ TEST(CimServerLimitsTest, OversizedDeepAndStalledRequestsAreRefused)
     RawExchange big = rawExchange(server.httpPort(), request("POST", headers, std::string(5000, ' ')));
     EXPECT_NE(statusLine(big.response).find(" 413 "), std::string::npos) << big.response;
 
-    std::string deep = std::string(kEnumerateDisks);
+    std::string deep = kEnumerateDisks;
     std::string nest;
     for (int i = 0; i < 40; i++)
         nest += "<VALUE>";

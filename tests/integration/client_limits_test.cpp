@@ -26,13 +26,7 @@ using Clock = std::chrono::steady_clock;
 
 std::string enumerateBody(const char* operation, const char* className)
 {
-    return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-                       "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"5\" PROTOCOLVERSION=\"1.0\">"
-                       "<SIMPLEREQ><IMETHODCALL NAME=\"") +
-           operation +
-           "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zda\"/>"
-           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" +
-           className + "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+    return zda_it::enumerateBody(operation, className, "root/zda");
 }
 
 // A kept-alive POST of `body` (an enumeration in root/zda), with

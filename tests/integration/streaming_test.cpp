@@ -27,13 +27,7 @@ constexpr std::size_t kBrokenAfter = 2000;
 
 std::string enumerateBody(const char* operation, const char* className)
 {
-    return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-                       "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\">"
-                       "<SIMPLEREQ><IMETHODCALL NAME=\"") +
-           operation +
-           "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
-           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" +
-           className + "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+    return zda_it::enumerateBody(operation, className, "root/test");
 }
 
 std::string enumerateRequest(const char* operation, const char* className, const char* httpVersion = "1.1")

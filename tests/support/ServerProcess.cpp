@@ -405,6 +405,20 @@ void SharedServerTest::TearDown()
         std::cerr << "server log:\n" << server->log();
 }
 
+std::string enumerateBody(const std::string& operation, const std::string& className,
+                          const std::string& nameSpace)
+{
+    std::string path;
+    std::istringstream parts(nameSpace);
+    for (std::string part; std::getline(parts, part, '/');)
+        path += "<NAMESPACE NAME=\"" + part + "\"/>";
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+           "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\">"
+           "<SIMPLEREQ><IMETHODCALL NAME=\"" + operation + "\"><LOCALNAMESPACEPATH>" + path +
+           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" + className +
+           "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+}
+
 std::string basicAuthorization(const std::string& user, const std::string& password)
 {
     std::string plain = user + ":" + password;

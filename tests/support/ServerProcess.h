@@ -159,6 +159,11 @@ inline bool contains(const std::string& output, const std::string& part)
     return output.find(part) != std::string::npos;
 }
 
+// A CIM-XML request body calling the intrinsic `operation` with a ClassName
+// parameter in `nameSpace` ("root/zda").
+std::string enumerateBody(const std::string& operation, const std::string& className,
+                          const std::string& nameSpace);
+
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);
 
