@@ -24,6 +24,11 @@ namespace
 const char CAPS_PATH[] =
     "ZDA_ReplicationServiceCapabilities.InstanceID=\"KX_ORLA:ReplicationServiceCapabilities\"";
 
+bool contains(const std::string& output, const std::string& part)
+{
+    return output.find(part) != std::string::npos;
+}
+
 class ReplicationCapabilitiesIT : public SharedServerTest
 {
 protected:

@@ -37,13 +37,13 @@ TEST_F(ReplicationGroupsTest, WbemcliWalksFromAGroupToItsVolumesAndBack)
 
     CommandResult volumes = wbemcli("ain", "admin:admin-demo", FIN_DATABASES, {"-ac", MEMBER_OF});
     ASSERT_EQ(volumes.exitCode, 0) << volumes.output;
-    std::vector<std::string> volumePaths = lines(volumes.output);
+    std::vector<std::string> volumePaths = outputLines(volumes.output);
     ASSERT_EQ(volumePaths.size(), 4u) << volumes.output;
-    EXPECT_EQ(countOf(volumes.output, "ZDA_StorageVolume."), 4u);
+    EXPECT_EQ(countOccurrences(volumes.output, "ZDA_StorageVolume."), 4u);
 
     CommandResult pairs = wbemcli("ri", "admin:admin-demo", FIN_DATABASES);
     ASSERT_EQ(pairs.exitCode, 0) << pairs.output;
-    EXPECT_EQ(countOf(pairs.output, MEMBER_OF), 4u) << pairs.output;
+    EXPECT_EQ(countOccurrences(pairs.output, MEMBER_OF), 4u) << pairs.output;
 
     // Back from the first volume (fin_db01, also in fin_logs) to its groups.
     const std::string path = volumePaths[0];

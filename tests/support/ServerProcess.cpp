@@ -370,7 +370,7 @@ CommandResult SharedServerTest::control(const std::string& call)
     return wbemcli("cm", "admin:admin-demo", "ZDA_SimulatorControl", {}, {call}, "root/zda_sim");
 }
 
-std::vector<std::string> lines(const std::string& output)
+std::vector<std::string> outputLines(const std::string& output)
 {
     std::vector<std::string> out;
     std::istringstream in(output);
@@ -380,7 +380,7 @@ std::vector<std::string> lines(const std::string& output)
     return out;
 }
 
-std::size_t countOf(const std::string& output, const std::string& what)
+std::size_t countOccurrences(const std::string& output, const std::string& what)
 {
     std::size_t n = 0;
     for (std::size_t at = output.find(what); at != std::string::npos; at = output.find(what, at + 1))

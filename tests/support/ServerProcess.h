@@ -151,13 +151,9 @@ protected:
 };
 
 // The non-empty lines of a program's output.
-std::vector<std::string> lines(const std::string& output);
+std::vector<std::string> outputLines(const std::string& output);
 // How often `what` occurs in `output`.
-std::size_t countOf(const std::string& output, const std::string& what);
-inline bool contains(const std::string& output, const std::string& part)
-{
-    return output.find(part) != std::string::npos;
-}
+std::size_t countOccurrences(const std::string& output, const std::string& what);
 
 // A CIM-XML request body calling the intrinsic `operation` with a ClassName
 // parameter in `nameSpace` ("root/zda").
