@@ -1,5 +1,6 @@
 // zda-cimserver as users meet it: started as a program, reached over HTTP,
 // HTTPS and the local socket by wbemcli, CIMClient and raw requests.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -22,6 +23,7 @@
 #include <sstream>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -33,28 +35,18 @@ std::string request(const std::string& method, const std::string& headers, const
            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
-const char* const kEnumerateDisks =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
-    "<IMETHODCALL NAME=\"EnumerateInstanceNames\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
-    "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\">"
-    "<CLASSNAME NAME=\"Test_Disk\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+const std::string kEnumerateDisks = enumerateBody("EnumerateInstanceNames", "Test_Disk", "root/test");
 
 std::string statusLine(const std::string& response)
 {
     return response.substr(0, response.find("\r\n"));
 }
 
-std::string std_(const String& s)
-{
-    return std::string(static_cast<const char*>(s.getCString()));
-}
-
 std::string outParameter(const Array<CIMParamValue>& out, const char* name)
 {
     for (Uint32 i = 0; i < out.size(); i++)
         if (out[i].getParameterName() == name)
-            return std_(out[i].getValue().toString());
+            return text(out[i].getValue().toString());
     return "<missing>";
 }
 
@@ -84,7 +76,7 @@ std::string contextOf(const cimxml::OperationResponse& r)
 {
     for (Uint32 i = 0; i < r.outParameters.size(); i++)
         if (r.outParameters[i].getParameterName() == "EnumerationContext" && !r.outParameters[i].getValue().isNull())
-            return std_(r.outParameters[i].getValue().toString());
+            return text(r.outParameters[i].getValue().toString());
     return std::string();
 }
 
@@ -100,7 +92,7 @@ bool endOf(const cimxml::OperationResponse& r)
 // without host and namespace where the pull operations give both.
 std::string keysOf(const CIMObjectPath& path)
 {
-    return std_(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
+    return text(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
 }
 
 // The sorted texts of what a pulled enumeration returns, opened by `open`
@@ -113,7 +105,7 @@ std::vector<std::string> pulledAll(int port, cimxml::Intrinsic open, const char*
     std::vector<std::string> out;
     auto collect = [&](const cimxml::OperationResponse& r) {
         if (r.isError())
-            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + std_(r.errorDescription));
+            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + text(r.errorDescription));
         answers++;
         if (paths) {
             Array<CIMObjectPath> items;
@@ -163,42 +155,17 @@ std::vector<std::string> sortedTexts(const Array<T>& items)
 }  // namespace
 
 // One server for the tests that do not need settings of their own.
-class CimServerTest : public ::testing::Test
+class CimServerTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {"--simulator-control"});
-    }
-    static void TearDownTestSuite()
-    {
-        // A clean stop: SIGTERM ends the server with status 0 (sanitizer
-        // builds also report leaks and errors here).
-        int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
+    static void SetUpTestSuite() { startServer({"--simulator-control"}, true); }
 
     static CommandResult wbemcli(std::vector<std::string> arguments)
     {
         arguments.insert(arguments.begin(), "wbemcli");
         return runCommand(arguments);
     }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* CimServerTest::folder = nullptr;
-ServerProcess* CimServerTest::server = nullptr;
 
 TEST_F(CimServerTest, WbemcliVerbsWorkOverHttpAndHttps)
 {
@@ -512,7 +479,7 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
     ASSERT_FALSE(second.isError());
     const cimxml::OperationResponse third = open(Array<CIMParamValue>());
     EXPECT_EQ(third.errorCode, Uint32(CIM_ERR_SERVER_LIMITS_EXCEEDED));
-    EXPECT_NE(std_(third.errorDescription).find("open enumeration contexts"), std::string::npos);
+    EXPECT_NE(text(third.errorDescription).find("open enumeration contexts"), std::string::npos);
 
     // The paths form cannot continue an instances context.
     Array<CIMParamValue> pullFirst = with("EnumerationContext", CIMValue(String(contextOf(first).c_str())));
@@ -534,7 +501,7 @@ TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)
     std::string one = "POST /cimom HTTP/1.1\r\nHost: x\r\nAuthorization: " + basicAuthorization("admin", "admin-demo") +
                       "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
                       "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\nContent-Length: " +
-                      std::to_string(std::strlen(kEnumerateDisks)) + "\r\n\r\n" + kEnumerateDisks;
+                      std::to_string(kEnumerateDisks.size()) + "\r\n\r\n" + kEnumerateDisks;
     std::string last = request("POST",
                                "Authorization: " + basicAuthorization("admin", "admin-demo") +
                                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
@@ -638,7 +605,7 @@ TEST_F(CimServerTest, TheInternalNamespaceIsNotServedToClients)
     // The storage system asks the internal cache for its identity.
     Array<CIMObjectPath> systems = client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem");
     ASSERT_EQ(systems.size(), 1u);
-    EXPECT_NE(std_(systems[0].toString()).find("zda-demo"), std::string::npos);
+    EXPECT_NE(text(systems[0].toString()).find("zda-demo"), std::string::npos);
 }
 
 // A name the array cannot hold is refused before it reaches the array or its
@@ -653,7 +620,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
         std::string all;
         Array<CIMObjectPath> names = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationGroup");
         for (Uint32 i = 0; i < names.size(); i++)
-            all += std_(names[i].toString()) + "\n";
+            all += text(names[i].toString()) + "\n";
         return all;
     };
     {
@@ -683,7 +650,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
             in.append(CIMParamValue("GroupName", CIMValue(String(name))));
             try
             {
-                EXPECT_NE(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
+                EXPECT_NE(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
                     << name;
             }
             catch (const CIMException&)
@@ -694,7 +661,7 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
         EXPECT_EQ(groups(client).find("two words"), std::string::npos);
         Array<CIMParamValue> in, out;
         in.append(CIMParamValue("GroupName", CIMValue(String("it_kept"))));
-        EXPECT_EQ(std_(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
+        EXPECT_EQ(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
         EXPECT_EQ(server.stop(), 0) << server.log();
     }
     ServerProcess again(folder.path(), arguments, false);
@@ -718,7 +685,7 @@ TEST(CimServerLimitsTest, OversizedDeepAndStalledRequestsAreRefused)
     RawExchange big = rawExchange(server.httpPort(), request("POST", headers, std::string(5000, ' ')));
     EXPECT_NE(statusLine(big.response).find(" 413 "), std::string::npos) << big.response;
 
-    std::string deep = std::string(kEnumerateDisks);
+    std::string deep = kEnumerateDisks;
     std::string nest;
     for (int i = 0; i < 40; i++)
         nest += "<VALUE>";
@@ -821,7 +788,7 @@ TEST(CimServerStateTest, PersistedStateSurvivesARestart)
         in.append(CIMParamValue("Description", CIMValue(String(description))));
         CIMValue result = client.invokeMethod("root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
                                               "LoadDescription", in, out);
-        ASSERT_EQ(std_(result.toString()), "0") << outParameter(out, "Error");
+        ASSERT_EQ(text(result.toString()), "0") << outParameter(out, "Error");
         EXPECT_EQ(first.stop(), 0) << first.log();
         EXPECT_NE(first.output().find("zda-cimserver stopped"), std::string::npos);
     }

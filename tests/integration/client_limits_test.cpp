@@ -26,13 +26,7 @@ using Clock = std::chrono::steady_clock;
 
 std::string enumerateBody(const char* operation, const char* className)
 {
-    return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-                       "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"5\" PROTOCOLVERSION=\"1.0\">"
-                       "<SIMPLEREQ><IMETHODCALL NAME=\"") +
-           operation +
-           "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zda\"/>"
-           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" +
-           className + "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+    return zda_it::enumerateBody(operation, className, "root/zda");
 }
 
 // A kept-alive POST of `body` (an enumeration in root/zda), with
@@ -147,38 +141,18 @@ TEST(ClientLimitsTest, ClientsThatStopReadingDoNotHoldTheServer)
 // One server with small limits for the connection, body and password
 // checks. Tests use client addresses of their own (127.0.0.x), so that the
 // per-address counts and failures of one do not reach another.
-class ClientLimitsServerTest : public ::testing::Test
+class ClientLimitsServerTest : public SharedServerTest
 {
 protected:
     static void SetUpTestSuite()
     {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(),
-                                   {"--https-port", "off", "--max-request-bytes", "65536", "--max-body-bytes-in-flight",
-                                    "131072", "--max-connections", "8", "--max-unauthenticated-connections", "3",
-                                    "--max-connections-per-address", "2", "--unauthenticated-timeout", "2"},
-                                   false);
-    }
-    static void TearDownTestSuite()
-    {
-        EXPECT_EQ(server->stop(), 0) << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
+        startServer({"--https-port", "off", "--max-request-bytes", "65536", "--max-body-bytes-in-flight", "131072",
+            "--max-connections", "8", "--max-unauthenticated-connections", "3", "--max-connections-per-address", "2",
+            "--unauthenticated-timeout", "2"});
     }
 
     static int port() { return server->httpPort(); }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* ClientLimitsServerTest::folder = nullptr;
-ServerProcess* ClientLimitsServerTest::server = nullptr;
 
 // The credentials are checked on the headers: a client that cannot log in
 // gets its 401 at once, without sending its body and without a

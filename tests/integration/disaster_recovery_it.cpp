@@ -3,6 +3,7 @@
 // failed over on the secondary's array and failed back, dissolved and
 // detached, with the group pair's state read after each step on the
 // simulator's stepped clock; and volumes taken into and out of groups.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -15,6 +16,7 @@
 #include <string>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -23,18 +25,13 @@ namespace
 const char NS[] = "root/zda";
 const char GROUP_SYNC[] = "ZDA_RemoteGroupSynchronized";
 
-std::string text(const String& s)
-{
-    return static_cast<const char*>(s.getCString());
-}
-
 class DisasterRecoveryIT : public SharedServerTest
 {
 protected:
     static void SetUpTestSuite()
     {
         cimxml::registerClientTransports();
-        startSharedServer({"--https-port", "off", "--simulator-control"});
+        startServer({"--https-port", "off", "--simulator-control"});
     }
     void SetUp() override
     {

@@ -2,6 +2,7 @@
 // namespace (under each of its names) to the server, its namespaces and the
 // registered profiles, from each profile to the elements in root/zda and
 // back; and classes whose codes explain themselves.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -16,15 +17,11 @@
 #include <vector>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
 {
-
-std::string std_(const String& s)
-{
-    return std::string(static_cast<const char*>(s.getCString()));
-}
 
 template <class T>
 T valueOf(const CIMInstance& instance, const char* name)
@@ -39,11 +36,6 @@ T valueOf(const CIMInstance& instance, const char* name)
 class DiscoveryIT : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        SharedServerTest::SetUpTestSuite();
-    }
     void SetUp() override
     {
         client.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "viewer-demo");
@@ -54,7 +46,7 @@ protected:
     {
         Array<CIMInstance> all = client.enumerateInstances(ns, "CIM_RegisteredProfile", true, false);
         for (Uint32 i = 0; i < all.size(); ++i)
-            if (std_(valueOf<String>(all[i], "RegisteredName")) == name &&
+            if (text(valueOf<String>(all[i], "RegisteredName")) == name &&
                 valueOf<Uint16>(all[i], "RegisteredOrganization") == 11)
                 return all[i];
         ADD_FAILURE() << "no registered profile " << name << " in " << ns;
@@ -81,20 +73,20 @@ TEST_F(DiscoveryIT, ProfilesLeadToTheirElementsInRootZda)
             CIMInstance found = profile(ns, walk.profile);
             if (found.isUninitialized())
                 continue;
-            EXPECT_EQ(std_(valueOf<String>(found, "RegisteredVersion")), "1.6.1");
+            EXPECT_EQ(text(valueOf<String>(found, "RegisteredVersion")), "1.6.1");
 
             Array<CIMObjectPath> elements =
                 client.associatorNames(ns, found.getPath(), "CIM_ElementConformsToProfile");
             ASSERT_EQ(elements.size(), 1u);
-            EXPECT_EQ(std_(elements[0].getClassName().getString()), walk.elementClass);
-            EXPECT_EQ(std_(elements[0].getNameSpace().getString()), "root/zda");
+            EXPECT_EQ(text(elements[0].getClassName().getString()), walk.elementClass);
+            EXPECT_EQ(text(elements[0].getNameSpace().getString()), "root/zda");
             CIMInstance element = client.getInstance("root/zda", elements[0]);
-            EXPECT_EQ(std_(element.getClassName().getString()), walk.elementClass);
+            EXPECT_EQ(text(element.getClassName().getString()), walk.elementClass);
 
             Array<CIMObject> full = client.associators(ns, found.getPath(), "CIM_ElementConformsToProfile");
             ASSERT_EQ(full.size(), 1u);
             EXPECT_TRUE(full[0].getPath().identical(elements[0]))
-                << std_(full[0].getPath().toString()) << " vs " << std_(elements[0].toString());
+                << text(full[0].getPath().toString()) << " vs " << text(elements[0].toString());
         }
 }
 
@@ -130,14 +122,14 @@ TEST_F(DiscoveryIT, ElementsLeadBackToTheirProfile)
         if (!expected)
             continue;
 
-        EXPECT_EQ(std_(byResult[0].getNameSpace().getString()), "root/PG_InterOp");
-        EXPECT_EQ(std_(byResult[0].getClassName().getString()), "CIM_RegisteredProfile");
+        EXPECT_EQ(text(byResult[0].getNameSpace().getString()), "root/PG_InterOp");
+        EXPECT_EQ(text(byResult[0].getClassName().getString()), "CIM_RegisteredProfile");
         CIMInstance profile = client.getInstance("interop", byResult[0]);
-        EXPECT_EQ(std_(valueOf<String>(profile, "InstanceID")), walk.profileId);
-        EXPECT_EQ(std_(valueOf<String>(CIMInstance(byAssociation[0]), "InstanceID")), walk.profileId);
+        EXPECT_EQ(text(valueOf<String>(profile, "InstanceID")), walk.profileId);
+        EXPECT_EQ(text(valueOf<String>(CIMInstance(byAssociation[0]), "InstanceID")), walk.profileId);
         CIMObjectPath standard = valueOf<CIMObjectPath>(CIMInstance(links[0]), "ConformantStandard");
-        EXPECT_EQ(std_(standard.getClassName().getString()), "CIM_RegisteredProfile");
-        EXPECT_NE(std_(standard.toString()).find(walk.profileId), std::string::npos) << std_(standard.toString());
+        EXPECT_EQ(text(standard.getClassName().getString()), "CIM_RegisteredProfile");
+        EXPECT_NE(text(standard.toString()).find(walk.profileId), std::string::npos) << text(standard.toString());
     }
 }
 
@@ -161,7 +153,7 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
     Array<CIMObject> namespaces =
         client.associators("root/interop", managers[0].getPath(), "CIM_NamespaceInManager");
     for (Uint32 i = 0; i < namespaces.size(); ++i)
-        names.insert(std_(valueOf<String>(CIMInstance(namespaces[i]), "Name")));
+        names.insert(text(valueOf<String>(CIMInstance(namespaces[i]), "Name")));
     EXPECT_TRUE(names.count("root/zda") && names.count("root/PG_InterOp")) << namespaces.size();
     EXPECT_FALSE(names.count("root/PG_Internal"));
 
@@ -171,7 +163,7 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
         Array<CIMObjectPath> conforming =
             client.associatorNames("interop", serverProfile.getPath(), "CIM_ElementConformsToProfile");
         ASSERT_EQ(conforming.size(), 1u);
-        EXPECT_EQ(std_(conforming[0].getClassName().getString()), "CIM_ObjectManager");
+        EXPECT_EQ(text(conforming[0].getClassName().getString()), "CIM_ObjectManager");
     }
 
     // Array refers to Replication Services.
@@ -181,7 +173,7 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
     Array<CIMObject> referenced = client.associators("interop", array.getPath(), "CIM_ReferencedProfile",
                                                      CIMName(), "Dependent", "Antecedent");
     ASSERT_EQ(referenced.size(), 1u);
-    EXPECT_EQ(std_(valueOf<String>(CIMInstance(referenced[0]), "RegisteredName")), "Replication Services");
+    EXPECT_EQ(text(valueOf<String>(CIMInstance(referenced[0]), "RegisteredName")), "Replication Services");
 }
 
 // The README's walk for SMI-S clients works as printed and reaches both
@@ -232,9 +224,9 @@ TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
         ASSERT_EQ(map.size(), texts.size());
         bool found = false;
         for (Uint32 i = 0; i < map.size(); ++i)
-            if (std_(map[i]) == code.value)
+            if (text(map[i]) == code.value)
             {
-                EXPECT_EQ(std_(texts[i]), code.text);
+                EXPECT_EQ(text(texts[i]), code.text);
                 found = true;
             }
         EXPECT_TRUE(found) << "no value " << code.value;
@@ -246,7 +238,7 @@ TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
     for (Uint32 i = 0; i < all.size(); ++i)
     {
         Uint32 at = all[i].findQualifier("Description");
-        ASSERT_NE(at, PEG_NOT_FOUND) << std_(all[i].getClassName().getString());
+        ASSERT_NE(at, PEG_NOT_FOUND) << text(all[i].getClassName().getString());
         if (all[i].getSuperClassName().isNull())
             continue;
         CIMClass parent = client.getClass("root/zda", all[i].getSuperClassName(), false, true);
@@ -255,7 +247,7 @@ TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
         {
             EXPECT_NE(all[i].getQualifier(at).getValue().toString(),
                       parent.getQualifier(parentAt).getValue().toString())
-                << std_(all[i].getClassName().getString());
+                << text(all[i].getClassName().getString());
         }
     }
 }

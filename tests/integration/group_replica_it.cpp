@@ -2,6 +2,7 @@
 // snapshot and a clone of a vvset with wbemcli, and a remote mirror of a
 // vvset's volumes made with CIMClient and followed to synchronized on the
 // simulator's stepped clock through the pair's ZDA_RemoteGroupSynchronized.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -14,6 +15,7 @@
 #include <string>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -23,11 +25,6 @@ const char SERVICE[] = "ZDA_ReplicationService.CreationClassName=\"ZDA_Replicati
                        "Name=\"KX_ORLA_ReplicationService\",SystemCreationClassName="
                        "\"ZDA_StorageSystem\",SystemName=\"zda-demo\"";
 const char HOST[] = "zda-demo.example.net";
-
-std::string text(const String& s)
-{
-    return static_cast<const char*>(s.getCString());
-}
 
 // The shared server's fixture, with the simulator's controls served.
 class GroupReplicaIT : public SharedServerTest

@@ -50,59 +50,22 @@ const Walk WALKS[] = {
     {"ZDA_HostedRemoteSAP", SYSTEM, "ZDA_RemoteServiceAccessPoint", "Dependent"},
 };
 
-std::vector<std::string> lines(const std::string& output)
-{
-    std::vector<std::string> out;
-    std::istringstream in(output);
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty())
-            out.push_back(line);
-    return out;
-}
-
 // The object part of a path wbemcli printed ("host:port/root/zda:<object>").
 std::string objectOf(const std::string& line)
 {
     return line.substr(line.find(':', line.find('/')) + 1);
 }
 
-class NavigationWalkTest : public ::testing::Test
+class NavigationWalkTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {}, false);
-    }
-    static void TearDownTestSuite()
-    {
-        const int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
+    // As admin.
     static CommandResult wbemcli(const std::string& verb, const std::string& object,
         const std::vector<std::string>& options = {})
     {
-        std::vector<std::string> argv = {"wbemcli", verb};
-        argv.insert(argv.end(), options.begin(), options.end());
-        argv.push_back(server->url("admin:admin-demo", "root/zda") + object);
-        return runCommand(argv);
+        return SharedServerTest::wbemcli(verb, "admin:admin-demo", object, options);
     }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* NavigationWalkTest::folder = nullptr;
-ServerProcess* NavigationWalkTest::server = nullptr;
 
 TEST_F(NavigationWalkTest, WbemcliWalksEveryAssociationBothWays)
 {
@@ -111,23 +74,23 @@ TEST_F(NavigationWalkTest, WbemcliWalksEveryAssociationBothWays)
         SCOPED_TRACE(walk.association);
         CommandResult every = wbemcli("ein", walk.farClass);
         ASSERT_EQ(every.exitCode, 0) << every.output;
-        const size_t count = lines(every.output).size();
+        const size_t count = outputLines(every.output).size();
         ASSERT_GT(count, 0u);
 
         CommandResult far = wbemcli("ain", walk.from, {"-ac", walk.association});
         ASSERT_EQ(far.exitCode, 0) << far.output;
-        std::vector<std::string> farPaths = lines(far.output);
+        std::vector<std::string> farPaths = outputLines(far.output);
         EXPECT_EQ(farPaths.size(), count) << far.output;
         CommandResult links = wbemcli("rin", walk.from, {"-arc", walk.association});
         ASSERT_EQ(links.exitCode, 0) << links.output;
-        EXPECT_EQ(lines(links.output).size(), count) << links.output;
+        EXPECT_EQ(outputLines(links.output).size(), count) << links.output;
 
         // Back from each far end to where the walk started.
         for (const std::string& path : farPaths)
         {
             CommandResult back = wbemcli("ain", objectOf(path), {"-ac", walk.association});
             ASSERT_EQ(back.exitCode, 0) << back.output;
-            std::vector<std::string> found = lines(back.output);
+            std::vector<std::string> found = outputLines(back.output);
             ASSERT_EQ(found.size(), 1u) << back.output;
             const std::string fromClass(walk.from, std::string(walk.from).find('.') + 1);
             EXPECT_EQ(objectOf(found[0]).rfind(fromClass, 0), 0u) << found[0];
@@ -183,7 +146,7 @@ const char FC_PORT[] = "ZDA_SCSIProtocolFCEndpoint.CreationClassName=\"ZDA_SCSIP
                        "SystemName=\"zda-demo\"";
 
 // How many of `paths` are of the class `className`.
-size_t countOf(const std::vector<std::string>& paths, const std::string& className)
+size_t countOfClass(const std::vector<std::string>& paths, const std::string& className)
 {
     size_t n = 0;
     for (const std::string& path : paths)
@@ -197,7 +160,7 @@ TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffe
     CommandResult members = wbemcli("ain", RCG_MIXED,
         {"-ac", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
     ASSERT_EQ(members.exitCode, 0) << members.output;
-    EXPECT_EQ(countOf(lines(members.output), "ZDA_StorageVolume"), 4u) << members.output;
+    EXPECT_EQ(countOfClass(outputLines(members.output), "ZDA_StorageVolume"), 4u) << members.output;
     CommandResult links = wbemcli("ri", RCG_MIXED,
         {"-arc", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
     ASSERT_EQ(links.exitCode, 0) << links.output;
@@ -208,27 +171,27 @@ TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffe
     CommandResult available = wbemcli("ain", RCG_FIN_SYNC,
         {"-ac", "ZDA_SAPAvailableForRemoteReplicationGroup"});
     ASSERT_EQ(available.exitCode, 0) << available.output;
-    std::vector<std::string> points = lines(available.output);
+    std::vector<std::string> points = outputLines(available.output);
     EXPECT_EQ(points.size(), 2u) << available.output;
-    EXPECT_EQ(countOf(points, "ZDA_RemoteServiceAccessPoint"), 1u);
-    EXPECT_EQ(countOf(points, "ZDA_SCSIProtocolFCEndpoint"), 1u);
+    EXPECT_EQ(countOfClass(points, "ZDA_RemoteServiceAccessPoint"), 1u);
+    EXPECT_EQ(countOfClass(points, "ZDA_SCSIProtocolFCEndpoint"), 1u);
     CommandResult port = wbemcli("gi", FC_PORT);
     ASSERT_EQ(port.exitCode, 0) << port.output;
     EXPECT_NE(port.output.find("FC port 0:1:2"), std::string::npos) << port.output;
     CommandResult volumes = wbemcli("ain", FC_PORT,
         {"-ac", "ZDA_SAPAvailableForRemoteReplicaVolume"});
     ASSERT_EQ(volumes.exitCode, 0) << volumes.output;
-    EXPECT_EQ(countOf(lines(volumes.output), "ZDA_StorageVolume"), 2u) << volumes.output;
+    EXPECT_EQ(countOfClass(outputLines(volumes.output), "ZDA_StorageVolume"), 2u) << volumes.output;
     CommandResult ipPorts = wbemcli("ein", "ZDA_IPProtocolEndpoint");
     ASSERT_EQ(ipPorts.exitCode, 0) << ipPorts.output;
-    EXPECT_EQ(lines(ipPorts.output).size(), 2u) << ipPorts.output;
+    EXPECT_EQ(outputLines(ipPorts.output).size(), 2u) << ipPorts.output;
 
     // A synchronization job: its group and the far group, as an entity.
     CommandResult affected = wbemcli("ain", SYNC_JOB, {"-ac", "ZDA_AffectedJobElement"});
     ASSERT_EQ(affected.exitCode, 0) << affected.output;
-    std::vector<std::string> ends = lines(affected.output);
-    EXPECT_EQ(countOf(ends, "ZDA_RemoteReplicationGroup"), 1u) << affected.output;
-    EXPECT_EQ(countOf(ends, "ZDA_ReplicationEntity"), 1u) << affected.output;
+    std::vector<std::string> ends = outputLines(affected.output);
+    EXPECT_EQ(countOfClass(ends, "ZDA_RemoteReplicationGroup"), 1u) << affected.output;
+    EXPECT_EQ(countOfClass(ends, "ZDA_ReplicationEntity"), 1u) << affected.output;
 }
 
 TEST_F(NavigationWalkTest, CimClientReadsMembersInOrderAndWhatAJobAffects)

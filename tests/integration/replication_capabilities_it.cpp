@@ -24,53 +24,26 @@ namespace
 const char CAPS_PATH[] =
     "ZDA_ReplicationServiceCapabilities.InstanceID=\"KX_ORLA:ReplicationServiceCapabilities\"";
 
-class ReplicationCapabilitiesIT : public ::testing::Test
+bool contains(const std::string& output, const std::string& part)
+{
+    return output.find(part) != std::string::npos;
+}
+
+class ReplicationCapabilitiesIT : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {}, false);
-    }
-    static void TearDownTestSuite()
-    {
-        const int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
+    // As `user` with the demo password, and one method call or nothing.
     static CommandResult wbemcli(const std::string& verb, const std::string& user,
         const std::string& object, const std::string& extra = std::string())
     {
-        std::vector<std::string> args = {"wbemcli", verb,
-            server->url(user + ":" + user + "-demo", "root/zda") + object};
-        if (!extra.empty())
-            args.push_back(extra);
-        return runCommand(args);
+        return SharedServerTest::wbemcli(verb, user + ":" + user + "-demo", object, {},
+            extra.empty() ? std::vector<std::string>() : std::vector<std::string>{extra});
     }
     static void connect(CIMClient& client, const char* user)
     {
         client.connect("127.0.0.1", Uint32(server->httpPort()), user, String(user) + "-demo");
     }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* ReplicationCapabilitiesIT::folder = nullptr;
-ServerProcess* ReplicationCapabilitiesIT::server = nullptr;
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 TEST_F(ReplicationCapabilitiesIT, WbemcliReadsTheInstance)
 {

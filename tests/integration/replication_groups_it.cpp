@@ -1,6 +1,7 @@
 // Replication groups of the demo array through the running server: wbemcli
 // and CIMClient enumerate them, walk from a group to its volumes and back,
 // and rename one.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -14,6 +15,7 @@
 #include <sstream>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -22,70 +24,9 @@ namespace
 const char FIN_DATABASES[] = "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:fin_databases\"";
 const char MEMBER_OF[] = "ZDA_MemberOfReplicationGroup";
 
-std::vector<std::string> lines(const std::string& output)
+class ReplicationGroupsTest : public SharedServerTest
 {
-    std::vector<std::string> out;
-    std::istringstream in(output);
-    for (std::string line; std::getline(in, line);)
-        if (!line.empty())
-            out.push_back(line);
-    return out;
-}
-
-size_t countOf(const std::string& output, const std::string& what)
-{
-    size_t n = 0;
-    for (size_t at = output.find(what); at != std::string::npos; at = output.find(what, at + 1))
-        n++;
-    return n;
-}
-
-std::string text(const String& s)
-{
-    return static_cast<const char*>(s.getCString());
-}
-
-// One server on the demo array with the project's MOF only.
-class ReplicationGroupsTest : public ::testing::Test
-{
-protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {}, false);
-    }
-    static void TearDownTestSuite()
-    {
-        const int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
-    // wbemcli <verb> <options> <url of object> <arguments>
-    static CommandResult wbemcli(const std::string& verb, const std::string& user,
-        const std::string& object, const std::vector<std::string>& options = {},
-        const std::vector<std::string>& arguments = {})
-    {
-        std::vector<std::string> argv = {"wbemcli", verb};
-        argv.insert(argv.end(), options.begin(), options.end());
-        argv.push_back(server->url(user, "root/zda") + object);
-        argv.insert(argv.end(), arguments.begin(), arguments.end());
-        return runCommand(argv);
-    }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* ReplicationGroupsTest::folder = nullptr;
-ServerProcess* ReplicationGroupsTest::server = nullptr;
 
 TEST_F(ReplicationGroupsTest, WbemcliWalksFromAGroupToItsVolumesAndBack)
 {
@@ -96,13 +37,13 @@ TEST_F(ReplicationGroupsTest, WbemcliWalksFromAGroupToItsVolumesAndBack)
 
     CommandResult volumes = wbemcli("ain", "admin:admin-demo", FIN_DATABASES, {"-ac", MEMBER_OF});
     ASSERT_EQ(volumes.exitCode, 0) << volumes.output;
-    std::vector<std::string> volumePaths = lines(volumes.output);
+    std::vector<std::string> volumePaths = outputLines(volumes.output);
     ASSERT_EQ(volumePaths.size(), 4u) << volumes.output;
-    EXPECT_EQ(countOf(volumes.output, "ZDA_StorageVolume."), 4u);
+    EXPECT_EQ(countOccurrences(volumes.output, "ZDA_StorageVolume."), 4u);
 
     CommandResult pairs = wbemcli("ri", "admin:admin-demo", FIN_DATABASES);
     ASSERT_EQ(pairs.exitCode, 0) << pairs.output;
-    EXPECT_EQ(countOf(pairs.output, MEMBER_OF), 4u) << pairs.output;
+    EXPECT_EQ(countOccurrences(pairs.output, MEMBER_OF), 4u) << pairs.output;
 
     // Back from the first volume (fin_db01, also in fin_logs) to its groups.
     const std::string path = volumePaths[0];

@@ -4,6 +4,7 @@
 // stepped clock), with wbemcli where it can write the parameters and read
 // the answer and with CIMClient where it cannot (wbemcli splits a reference
 // array at the commas between a path's keys, and `cm` cannot read one).
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -18,6 +19,7 @@
 #include <vector>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -27,11 +29,6 @@ const char SERVICE[] = "ZDA_ReplicationService.CreationClassName=\"ZDA_Replicati
                        "Name=\"KX_ORLA_ReplicationService\",SystemCreationClassName="
                        "\"ZDA_StorageSystem\",SystemName=\"zda-demo\"";
 
-std::string text(const String& s)
-{
-    return static_cast<const char*>(s.getCString());
-}
-
 CIMValue outValue(const Array<CIMParamValue>& out, const char* name)
 {
     for (Uint32 i = 0; i < out.size(); i++)
@@ -40,37 +37,21 @@ CIMValue outValue(const Array<CIMParamValue>& out, const char* name)
     return CIMValue();
 }
 
-class ReplicationMethodsTest : public ::testing::Test
+class ReplicationMethodsTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {"--https-port", "off", "--simulator-control"},
-            false);
-    }
-    static void TearDownTestSuite()
-    {
-        EXPECT_EQ(server->stop(), 0) << server->log();
-        delete server;
-        delete folder;
-    }
+    static void SetUpTestSuite() { startServer({"--https-port", "off", "--simulator-control"}); }
     void SetUp() override
     {
         client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
         service = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationService")[0];
     }
 
+    // One argument after the object.
     static CommandResult wbemcli(const std::string& verb, const std::string& user,
         const std::string& object, const std::string& argument)
     {
-        return runCommand({"wbemcli", verb, server->url(user, "root/zda") + object, argument});
-    }
-    static CommandResult control(const std::string& call)
-    {
-        return runCommand({"wbemcli", "cm",
-            server->url("admin:admin-demo", "root/zda_sim") + "ZDA_SimulatorControl", call});
+        return SharedServerTest::wbemcli(verb, user, object, {}, {argument});
     }
     Uint32 invoke(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
     {
@@ -105,14 +86,9 @@ protected:
         return CIMObjectPath();
     }
 
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
     CIMClient client;
     CIMObjectPath service;
 };
-
-TemporaryFolder* ReplicationMethodsTest::folder = nullptr;
-ServerProcess* ReplicationMethodsTest::server = nullptr;
 
 TEST_F(ReplicationMethodsTest, AGroupIsCreatedRenamedAndDeleted)
 {

@@ -1,6 +1,7 @@
 // The replication service as clients meet it through zda-cimserver: the
 // module's library loaded from its registration, its one instance listed
 // and read by wbemcli and CIMClient.
+#include "SdkText.h"
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
@@ -13,6 +14,7 @@
 #include <string>
 
 using namespace zda_it;
+using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
 namespace
@@ -20,45 +22,9 @@ namespace
 
 const char ZDA_NS[] = "root/zda";
 
-std::string std_(const String& s)
+class ReplicationServiceIT : public SharedServerTest
 {
-    return std::string(static_cast<const char*>(s.getCString()));
-}
-
-class ReplicationServiceIT : public ::testing::Test
-{
-protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path(), {}, false);
-    }
-    static void TearDownTestSuite()
-    {
-        const int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
-    static CommandResult wbemcli(const std::string& verb, const std::string& user,
-        const std::string& object)
-    {
-        return runCommand({"wbemcli", verb, server->url(user, ZDA_NS) + object});
-    }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
 };
-TemporaryFolder* ReplicationServiceIT::folder = nullptr;
-ServerProcess* ReplicationServiceIT::server = nullptr;
 
 TEST_F(ReplicationServiceIT, WbemcliListsAndReadsTheService)
 {
@@ -88,7 +54,7 @@ TEST_F(ReplicationServiceIT, CimClientEnumeratesAndGetsTheService)
 
     CIMInstance service = client.getInstance(ZDA_NS, names[0], false);
     CIMValue caption = service.getProperty(service.findProperty("Caption")).getValue();
-    EXPECT_EQ(std_(caption.toString()), "KX_ORLA_ReplicationService");
+    EXPECT_EQ(text(caption.toString()), "KX_ORLA_ReplicationService");
     CIMValue owner = service.getProperty(service.findProperty("PrimaryOwnerName")).getValue();
     EXPECT_EQ(owner.toString(), all[0].getProperty(all[0].findProperty("PrimaryOwnerName"))
                                     .getValue().toString());

@@ -27,13 +27,7 @@ constexpr std::size_t kBrokenAfter = 2000;
 
 std::string enumerateBody(const char* operation, const char* className)
 {
-    return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-                       "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" PROTOCOLVERSION=\"1.0\">"
-                       "<SIMPLEREQ><IMETHODCALL NAME=\"") +
-           operation +
-           "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
-           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" +
-           className + "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+    return zda_it::enumerateBody(operation, className, "root/test");
 }
 
 std::string enumerateRequest(const char* operation, const char* className, const char* httpVersion = "1.1")
@@ -116,34 +110,11 @@ std::size_t count(const std::string& text, const std::string& what)
 
 }  // namespace
 
-class StreamingTest : public ::testing::Test
+class StreamingTest : public SharedServerTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        cimxml::registerClientTransports();
-        folder = new TemporaryFolder;
-        server = new ServerProcess(folder->path());
-    }
-    static void TearDownTestSuite()
-    {
-        int status = server->stop();
-        if (status != 0)
-            ADD_FAILURE() << "the server exited with status " << status << ":\n" << server->log();
-        delete server;
-        delete folder;
-    }
-    void TearDown() override
-    {
-        if (HasFailure())
-            std::cerr << "server log:\n" << server->log();
-    }
-
-    static TemporaryFolder* folder;
-    static ServerProcess* server;
+    static void SetUpTestSuite() { startServer({}, true); }
 };
-TemporaryFolder* StreamingTest::folder = nullptr;
-ServerProcess* StreamingTest::server = nullptr;
 
 // HTTP/1.1 gets chunks; HTTP/1.0, which has none, a body that ends with the
 // connection. Either way the document is whole.

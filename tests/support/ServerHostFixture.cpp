@@ -26,34 +26,6 @@ zda::server::HostOptions hostOptions(const std::vector<std::string>& extraMofDir
     return options;
 }
 
-void SimulatorFixture::SetUp()
-{
-    zdasim_reset_test_array();
-    zdasim_faults_clear();
-    zdasim_clear_records();
-    _outstandingAtStart = zdasim_ledger_outstanding(nullptr);
-}
-
-void SimulatorFixture::TearDown()
-{
-    expectLedgersClean("the test");
-}
-
-void SimulatorFixture::expectLedgersClean(const std::string& after) const
-{
-    char report[512];
-    zdasim_ledger_report(report, sizeof report);
-    EXPECT_EQ(zdasim_ledger_outstanding(nullptr), _outstandingAtStart)
-        << "allocations left outstanding after " << after << ": " << report;
-    EXPECT_EQ(zdasim_ledger_bad_releases(), 0) << "bad releases after " << after;
-    zdasim_sem_ledger_t sem;
-    zdasim_sem_ledger(&sem);
-    EXPECT_EQ(sem.held, 0) << "the array semaphore is still held after " << after;
-    EXPECT_EQ(sem.unbalancedPosts, 0) << "unbalanced semaphore posts after " << after;
-    EXPECT_EQ(sem.selfWaits, 0) << "a thread waited for the semaphore it held, in " << after;
-    EXPECT_EQ(sem.unguardedCalls, 0) << "array calls without the semaphore in " << after;
-}
-
 void ServerHostFixture::SetUp()
 {
     SimulatorFixture::SetUp();

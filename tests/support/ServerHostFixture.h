@@ -1,11 +1,6 @@
 // Fixtures for tests that run providers the way the server runs them.
 //
-// SimulatorFixture resets the array simulator to its small test array
-// before each test and checks its ledgers: no allocation left outstanding
-// beyond what was there at the start, no bad release, no unbalanced post,
-// no call made without the semaphore that needs it, and the semaphore free.
-//
-// ServerHostFixture adds an in-process host (the project's MOF plus any
+// ServerHostFixture adds to SimulatorFixture an in-process host (the project's MOF plus any
 // test MOF folders, modules from the build's library folder) and checks the
 // ledgers after each outermost operation the host serves, naming the
 // operation in the failure.
@@ -21,6 +16,8 @@
 //   }
 #ifndef ZDA_TESTS_SERVER_HOST_FIXTURE_H
 #define ZDA_TESTS_SERVER_HOST_FIXTURE_H
+
+#include "SimulatorFixture.h"
 
 #include <InProcessHost.h>
 
@@ -40,19 +37,6 @@ std::string builtModulesDirectory();
 
 // Host options for the project's MOF followed by `extraMofDirectories`.
 zda::server::HostOptions hostOptions(const std::vector<std::string>& extraMofDirectories = {});
-
-class SimulatorFixture : public ::testing::Test
-{
-protected:
-    void SetUp() override;
-    void TearDown() override;
-
-    // Adds a test failure for each ledger fault, naming `after`.
-    void expectLedgersClean(const std::string& after) const;
-
-private:
-    long _outstandingAtStart = 0;
-};
 
 class ServerHostFixture : public SimulatorFixture
 {

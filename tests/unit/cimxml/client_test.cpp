@@ -6,6 +6,7 @@
 #include <cimxml/ClientTransport.h>
 
 #include <RecordingFakes.h>
+#include <SdkText.h>
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Client/CIMClientException.h>
@@ -25,10 +26,7 @@ using namespace cimxml_test;
 namespace
 {
 
-std::string str(const String& s)
-{
-    return std::string(static_cast<const char*>(s.getCString()));
-}
+using zda_test::text;
 
 CIMObjectPath volume(const char* id)
 {
@@ -50,7 +48,7 @@ public:
                             const CIMPropertyList& pl) override
     {
         RecordingCIMOMBackend::getInstance(c, ns, path, lo, iq, ico, pl);
-        if (str(path.getKeyBindings()[0].getValue()) == "missing")
+        if (text(path.getKeyBindings()[0].getValue()) == "missing")
             throw CIMException(CIM_ERR_NOT_FOUND, "no volume \"missing\" on the array");
         CIMInstance v("ZDA_StorageVolume");
         v.addProperty(CIMProperty("DeviceID", path.getKeyBindings()[0].getValue()));
@@ -237,7 +235,7 @@ TEST_F(CimXmlClient, ResultsAndCimErrorsComeBackUnchanged)
     catch (const CIMException& e)
     {
         EXPECT_EQ(CIM_ERR_NOT_FOUND, e.getCode());
-        EXPECT_NE(std::string::npos, str(e.getMessage()).find("no volume \"missing\""));
+        EXPECT_NE(std::string::npos, text(e.getMessage()).find("no volume \"missing\""));
     }
     try
     {
@@ -247,7 +245,7 @@ TEST_F(CimXmlClient, ResultsAndCimErrorsComeBackUnchanged)
     catch (const CIMException& e)
     {
         EXPECT_EQ(4096u, Uint32(e.getCode()));
-        EXPECT_EQ("a job was started", str(e.getMessage()));
+        EXPECT_EQ("a job was started", text(e.getMessage()));
     }
     // The connection is still good after errors.
     EXPECT_EQ(0u, client.enumerateInstanceNames(kNs, "ZDA_StorageVolume").size());
@@ -382,13 +380,13 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
         {
             got = CimError;
             EXPECT_EQ(27, int(e.getCode()));
-            EXPECT_EQ("out of memory", str(e.getMessage()));
+            EXPECT_EQ("out of memory", text(e.getMessage()));
         }
         catch (const CIMClientHTTPErrorException& e)
         {
             got = HttpError;
             EXPECT_EQ(501u, e.getCode());
-            EXPECT_EQ("unsupported-cim-version", str(e.getCIMError()));
+            EXPECT_EQ("unsupported-cim-version", text(e.getCIMError()));
         }
         catch (const CIMClientMalformedHTTPException&)
         {

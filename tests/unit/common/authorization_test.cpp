@@ -168,7 +168,7 @@ TEST_F(AuthorizationTest, DeletingAVolumeThatIsNotThereAsksNoRight) {
     EXPECT_EQ(authorize_ModifyReplicaSynchronization("viewer", "::1", in), 0);
     EXPECT_TRUE(journalOf("api_authorizeCIMUser").empty());
     EXPECT_EQ(journalOf("api_getVVs").size(), 1u);
-    EXPECT_TRUE(logged(2, "Cannot find the volume referenced to in " + str(missing.toString())));
+    EXPECT_TRUE(logged(2, "Cannot find the volume referenced to in " + text(missing.toString())));
 }
 
 TEST_F(AuthorizationTest, VolumeLookupUnderATimedOutSemaphoreFindsNothing) {
@@ -176,7 +176,7 @@ TEST_F(AuthorizationTest, VolumeLookupUnderATimedOutSemaphoreFindsNothing) {
     CIMObjectPath vol = volumePath(wwnOf("vol1"));
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(handleDeleteVolumeMethod(vol, key), 0);
-    EXPECT_EQ(str(key), "unchanged");
+    EXPECT_EQ(text(key), "unchanged");
     EXPECT_TRUE(journalOf("api_getVVs").size() == 1u);  // only wwnOf's own lookup
 
     CIMObjectPath classless;

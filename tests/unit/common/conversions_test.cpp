@@ -94,9 +94,9 @@ TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack) {
     for (const auto& z : zones) {
         zone(z.tz);
         const CIMDateTime dt = ZDA_Common::getCIMDateTime(kT0);
-        EXPECT_EQ(str(dt.toString()), z.text) << z.tz;
+        EXPECT_EQ(text(dt.toString()), z.text) << z.tz;
         EXPECT_EQ(ZDA_Common::getDateTime(dt), kT0) << z.tz;
-        EXPECT_EQ(str(ZDA_Common::getTimeZone()), z.zoneName) << z.tz;
+        EXPECT_EQ(text(ZDA_Common::getTimeZone()), z.zoneName) << z.tz;
     }
 }
 
@@ -123,11 +123,11 @@ TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero) {
 class ConversionTest : public CommonSimTest {};
 
 TEST_F(ConversionTest, InstanceIDsGiveWhatFollowsThePrefix) {
-    EXPECT_EQ(str(ZDA_Common::extractFromInstanceID("KX_ORLA:rcg1:target2")), "rcg1:target2");
-    EXPECT_EQ(str(ZDA_Common::extractFromInstanceID("KX_ORLA:set1")), "set1");
-    EXPECT_EQ(str(ZDA_Common::extractFromInstanceID("ZDA:KX_ORLA:set1")), "set1");
-    EXPECT_EQ(str(ZDA_Common::extractFromInstanceID("set1")), "");
-    EXPECT_EQ(str(ZDA_Common::extractFromInstanceID("kx_orla:set1")), "");
+    EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("KX_ORLA:rcg1:target2")), "rcg1:target2");
+    EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("KX_ORLA:set1")), "set1");
+    EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("ZDA:KX_ORLA:set1")), "set1");
+    EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("set1")), "");
+    EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("kx_orla:set1")), "");
 }
 
 TEST_F(ConversionTest, RandomStringsHaveLenMinusOneCharactersOfTheAlphabet) {

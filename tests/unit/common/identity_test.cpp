@@ -112,10 +112,10 @@ protected:
 
 TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection) {
     serveLocally();
-    EXPECT_EQ(str(ZDA_Common::getSystemName(cimom_)), "zda-sim");
-    EXPECT_EQ(str(ZDA_Common::getSystemName()), "zda-sim");
-    EXPECT_EQ(str(ZDA_Common::getSystemHostName(cimom_)), "zda-sim.local");
-    EXPECT_EQ(str(ZDA_Common::getSystemAddress(cimom_)), "192.0.2.10");
+    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
+    EXPECT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");
+    EXPECT_EQ(text(ZDA_Common::getSystemHostName(cimom_)), "zda-sim.local");
+    EXPECT_EQ(text(ZDA_Common::getSystemAddress(cimom_)), "192.0.2.10");
     EXPECT_EQ(ZDA_Common::getSystemID(), 1234567u);
     EXPECT_EQ(ZDA_Common::getSystemType(), 8450);  // output names compare without case
     EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
@@ -130,8 +130,8 @@ TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection) {
 
 TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed) {
     // No in-process server and no socket: connectLocal fails.
-    EXPECT_EQ(str(ZDA_Common::getSystemName(cimom_)), "cimom:zda-sim");
-    EXPECT_EQ(str(ZDA_Common::getSystemAddress(cimom_)), "cimom:192.0.2.10");
+    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "cimom:zda-sim");
+    EXPECT_EQ(text(ZDA_Common::getSystemAddress(cimom_)), "cimom:192.0.2.10");
     EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
     ASSERT_EQ(upcallCount(), 3u);
     EXPECT_NE(upcalls_->calls()[0].call.find("GetSystemName"), std::string::npos);
@@ -146,8 +146,8 @@ TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed) {
 TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace) {
     serveLocally();
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
-    EXPECT_EQ(str(system.getHost()), "zda-sim.local");
-    EXPECT_EQ(str(system.getNameSpace().getString()), "root/zda");
+    EXPECT_EQ(text(system.getHost()), "zda-sim.local");
+    EXPECT_EQ(text(system.getNameSpace().getString()), "root/zda");
     EXPECT_TRUE(ZDA_Common::matchObjectPath(system, CIMObjectPath("root/zda:" + kSystem.toString())));
     EXPECT_EQ(upcallCount(), 0u);
 }
@@ -155,7 +155,7 @@ TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace) {
 TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails) {
     serveLocally(/*failEnumerations=*/true);
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
-    EXPECT_EQ(str(system.getHost()), "zda-sim.local");  // the host name still comes locally
+    EXPECT_EQ(text(system.getHost()), "zda-sim.local");  // the host name still comes locally
     ASSERT_EQ(upcallCount(), 1u);
     EXPECT_EQ(upcalls_->calls()[0].call.find("enumerateInstanceNames"), 0u);
 
@@ -172,9 +172,9 @@ TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed) {
     cim_sem_post();
 
     ZDA_InternalCacheService* cache = ZDA_InternalCacheService::getInstance();
-    EXPECT_EQ(str(cache->getSystemName()), info.name);
-    EXPECT_EQ(str(cache->getSystemHostName()), info.hostName);
-    EXPECT_EQ(str(cache->getSystemAddress()), "192.0.2.10");
+    EXPECT_EQ(text(cache->getSystemName()), info.name);
+    EXPECT_EQ(text(cache->getSystemHostName()), info.hostName);
+    EXPECT_EQ(text(cache->getSystemAddress()), "192.0.2.10");
     EXPECT_EQ(cache->getSystemID(), info.id);
     EXPECT_EQ(cache->getSystemType(), info.type);
     EXPECT_EQ(cache->isQuadPortSystem(), info.isQuadPort);
@@ -193,16 +193,16 @@ TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed) {
 
 TEST_F(IdentityTest, CacheServiceFillIsRetriedAfterTheArrayDidNotAnswer) {
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(str(ZDA_InternalCacheService::getInstance()->getSystemName()), "");
+    EXPECT_EQ(text(ZDA_InternalCacheService::getInstance()->getSystemName()), "");
     EXPECT_TRUE(logged(2, "ZDA_InternalCacheService::initSystemInfo: api_getSystemInfo error (29)"));
-    EXPECT_EQ(str(ZDA_InternalCacheService::getInstance()->getSystemName()), "zda-sim");
+    EXPECT_EQ(text(ZDA_InternalCacheService::getInstance()->getSystemName()), "zda-sim");
 }
 
 TEST_F(IdentityTest, ClassesAreCachedPerNamespaceClassAndFlags) {
     const CIMPropertyList all;
     CIMClass first = ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume",
                                                    false, false, false, all);
-    EXPECT_EQ(str(first.getClassName().getString()), "ZDA_StorageVolume");
+    EXPECT_EQ(text(first.getClassName().getString()), "ZDA_StorageVolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);
     ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "ROOT/ZDA", "zda_storagevolume", false, false, false, all);
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);

@@ -61,11 +61,11 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
 
     CIMObjectPath noNamespace = path("ZDA_StorageVolume.DeviceID=\"60-01\"");
     EXPECT_TRUE(ZDA_Common::verifyRefMethodParam(noNamespace, ns, systemAddress));
-    EXPECT_EQ(str(noNamespace.getNameSpace().getString()), "root/zda");  // the caller goes on with it
+    EXPECT_EQ(text(noNamespace.getNameSpace().getString()), "root/zda");  // the caller goes on with it
 
     CIMObjectPath wrongNamespace = path("root/other:ZDA_StorageVolume.DeviceID=\"60-01\"");
     EXPECT_FALSE(ZDA_Common::verifyRefMethodParam(wrongNamespace, ns, systemAddress));
-    EXPECT_TRUE(logged(2, "The ref param " + str(wrongNamespace.toString()) +
+    EXPECT_TRUE(logged(2, "The ref param " + text(wrongNamespace.toString()) +
                               " contains the wrong name space root/other"));
 
     const struct { const char* host; bool ok; } hosts[] = {
@@ -96,10 +96,10 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
 }
 
 TEST_F(PathsTest, GetSystemIPAddrGivesTheArraysAddressesAndRefusesOtherTypes) {
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(1)), "192.0.2.10");
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(2)), "2001:db8::10");
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(0)), "");
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(3)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(1)), "192.0.2.10");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "2001:db8::10");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(0)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(3)), "");
     EXPECT_TRUE(logged(2, "ZDA_Common, getSystemIPAddr: Invalid IP type parameter!"));
 }
 
@@ -153,11 +153,11 @@ TEST_F(PathsTest, MembershipTestsAndPoolPaths) {
 
 TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys) {
     CIMObjectPath dep = ZDA_Common::buildDepAssocPath("192.0.2.10", "ZDA_HostedService", kVol2, kSet1);
-    EXPECT_EQ(str(dep.getHost()), "192.0.2.10");
-    EXPECT_EQ(str(dep.getNameSpace().getString()), "root/zda");
+    EXPECT_EQ(text(dep.getHost()), "192.0.2.10");
+    EXPECT_EQ(text(dep.getNameSpace().getString()), "root/zda");
     ASSERT_EQ(dep.getKeyBindings().size(), 2u);
     for (Uint32 i = 0; i < 2; i++) EXPECT_EQ(dep.getKeyBindings()[i].getType(), CIMKeyBinding::REFERENCE);
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(dep, "Antecedent")), str(kVol2.toString()));
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(dep, "Antecedent")), text(kVol2.toString()));
 
     CIMClass skeleton("ZDA_MemberOfCollection");
     skeleton.addProperty(CIMProperty("Collection", CIMValue(CIMTYPE_REFERENCE, false)));
@@ -170,19 +170,19 @@ TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys) {
     CIMObjectPath collection, memberPath;
     EXPECT_EQ(ZDA_Common::getProperty(inst, "Collection", collection), 0);
     EXPECT_EQ(ZDA_Common::getProperty(inst, "Member", memberPath), 0);
-    EXPECT_EQ(str(collection.getHost()), "local-a");
-    EXPECT_EQ(str(memberPath.getHost()), "remote-b");
-    EXPECT_EQ(str(inst.getPath().getHost()), "here");
-    EXPECT_EQ(str(CIMObjectPath(ZDA_Common::getStringProperty(inst.getPath(), "Member")).getHost()), "remote-b");
+    EXPECT_EQ(text(collection.getHost()), "local-a");
+    EXPECT_EQ(text(memberPath.getHost()), "remote-b");
+    EXPECT_EQ(text(inst.getPath().getHost()), "here");
+    EXPECT_EQ(text(CIMObjectPath(ZDA_Common::getStringProperty(inst.getPath(), "Member")).getHost()), "remote-b");
     // toString quotes reference keys as paths.
-    EXPECT_NE(str(inst.getPath().toString()).find("Member=\"//remote-b/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\""),
-              std::string::npos) << str(inst.getPath().toString());
+    EXPECT_NE(text(inst.getPath().toString()).find("Member=\"//remote-b/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\""),
+              std::string::npos) << text(inst.getPath().toString());
 
     CIMObjectPath three = ZDA_Common::buildAssocPath("ZDA_Three", "A", "B", "C", kSet1, kVol1, kVol2, "h", "root/zda");
     ASSERT_EQ(three.getKeyBindings().size(), 3u);
     for (Uint32 i = 0; i < 3; i++) {
         EXPECT_EQ(three.getKeyBindings()[i].getType(), CIMKeyBinding::REFERENCE);
-        EXPECT_EQ(str(CIMObjectPath(three.getKeyBindings()[i].getValue()).getHost()), "h");
+        EXPECT_EQ(text(CIMObjectPath(three.getKeyBindings()[i].getValue()).getHost()), "h");
     }
 }
 

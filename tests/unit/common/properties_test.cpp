@@ -52,8 +52,8 @@ TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent
     EXPECT_EQ(usage, 2);
     EXPECT_TRUE(primordial);
     ASSERT_EQ(names.size(), 2u);
-    EXPECT_EQ(str(names[1]), "b");
-    EXPECT_EQ(str(pool.getClassName().getString()), "ZDA_DynamicStoragePool");
+    EXPECT_EQ(text(names[1]), "b");
+    EXPECT_EQ(text(pool.getClassName().getString()), "ZDA_DynamicStoragePool");
 
     // A value of another type is not converted.
     Uint32 wrongType = 0;
@@ -82,20 +82,20 @@ TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames) {
     // The walk stops at the first value, so a later null does not matter.
     String name;
     EXPECT_EQ(ZDA_Common::getParameter(params, "ElementName", name), 0);
-    EXPECT_EQ(str(name), "copy1");
+    EXPECT_EQ(text(name), "copy1");
 }
 
 TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
     CIMInstance inst = volume();
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "ElementName")), "vol1");
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "Caption")), "");  // null
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "Absent")), "");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "ElementName")), "vol1");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "Caption")), "");  // null
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "Absent")), "");
     EXPECT_FALSE(logged(3, "\tInvalid property name."));
 
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "")), "");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "")), "");
     EXPECT_TRUE(logged(3, "\tInvalid property name."));
     zdasim_log_clear();
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(CIMInstance(), "ElementName")), "");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(CIMInstance(), "ElementName")), "");
     EXPECT_TRUE(logged(3, "\tInvalid property name."));
 
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, "Usage"), CIMValue(Uint16(2)));
@@ -107,8 +107,8 @@ TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
     keys.append(CIMKeyBinding("DeviceID", "first", CIMKeyBinding::STRING));
     keys.append(CIMKeyBinding("SystemName", "zda-sim", CIMKeyBinding::STRING));
     CIMObjectPath path("", "root/zda", "ZDA_StorageVolume", keys);
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(path, "deviceid")), "first");
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(path, "CreationClassName")), "");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "deviceid")), "first");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), "");
 }
 
 TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas) {
@@ -118,12 +118,12 @@ TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas) {
     cls.addProperty(CIMProperty("Names", CIMValue(CIMTYPE_STRING, true)));
     CIMInstance inst = ZDA_Common::buildInstanceSkeleton(cls);
     ASSERT_EQ(inst.getPropertyCount(), 3u);
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "ElementName")), "default");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "ElementName")), "default");
 
     ZDA_Common::setPropertyValue(inst, "ElementName", "vol9");  // a literal is a String
     ZDA_Common::setPropertyValue(inst, "BlockSize", Uint64(4096));
     ZDA_Common::setPropertyValue(inst, "NotInClass", String("x"));
-    EXPECT_EQ(str(ZDA_Common::getStringProperty(inst, "ElementName")), "vol9");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "ElementName")), "vol9");
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, "BlockSize"), CIMValue(Uint64(4096)));
     EXPECT_EQ(inst.findProperty("NotInClass"), PEG_NOT_FOUND);
 

@@ -12,19 +12,19 @@ class SystemAddressTest : public CommonSimTest {};
 
 TEST_F(SystemAddressTest, AddressesAreAskedUntilKnownThenKeptWithoutIPv6) {
     ASSERT_EQ(zdasim_system_set_addresses("", ""), 0);
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(1)), "");
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(2)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(1)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "");
     EXPECT_EQ(journalOf("api_getSystemDualIP").size(), 2u);  // no address yet: asked each time
 
     ASSERT_EQ(zdasim_system_set_addresses("192.0.2.10", ""), 0);
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(2)), "");
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(1)), "192.0.2.10");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(1)), "192.0.2.10");
     EXPECT_EQ(journalOf("api_getSystemDualIP").size(), 3u);
 
     // Kept: an IPv6 address added later does not show, and an IPv6 host
     // cannot name this system.
     ASSERT_EQ(zdasim_system_set_addresses("192.0.2.10", "2001:db8::10"), 0);
-    EXPECT_EQ(str(ZDA_Common::getSystemIPAddr(2)), "");
+    EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "");
     EXPECT_EQ(journalOf("api_getSystemDualIP").size(), 3u);
     String systemAddress = "zda-sim.local";
     CIMObjectPath ref("//[2001:db8::10]/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");

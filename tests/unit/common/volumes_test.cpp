@@ -70,7 +70,7 @@ TEST_F(VolumesTest, NamesAreQueriedInChunksOfAtMost255CharactersWithoutSplitting
     Array<String> names;
     ASSERT_EQ(ZDA_Common::fillInVVNames(vols, names), 0);
     std::set<std::string> got;
-    for (Uint32 i = 0; i < names.size(); ++i) got.insert(str(names[i]));
+    for (Uint32 i = 0; i < names.size(); ++i) got.insert(text(names[i]));
     EXPECT_EQ(got, expectedNames);
 
     // 17 + 40 * 33 characters with separators: the first chunk stops at 248,
@@ -92,7 +92,7 @@ TEST_F(VolumesTest, PartialAnswersSucceedEmptyAnswersFail) {
     Array<CIMObjectPath> some = paths({wwnOf("vol1"), kUnknownWwn});
     EXPECT_EQ(ZDA_Common::fillInVVNames(some, names), 0);
     ASSERT_EQ(names.size(), 1u);
-    EXPECT_EQ(str(names[0]), "vol1");
+    EXPECT_EQ(text(names[0]), "vol1");
 
     Array<String> none;
     Array<CIMObjectPath> missing = paths({kUnknownWwn});

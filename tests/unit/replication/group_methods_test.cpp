@@ -210,13 +210,9 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     // Its trace lines carry the name of the relationships method, as
     // operators' log filters expect.
     std::set<std::string> traces;
-    for (size_t i = 0; i < zdasim_log_count(); i++)
-    {
-        char line[256];
-        int level = 0;
-        if (zdasim_log_line(i, &level, line, sizeof line) == 0 && level == 4)
-            traces.insert(line);
-    }
+    for (const auto& line : zda_test::logLines())
+        if (line.first == 4)
+            traces.insert(line.second);
     zdasim_log_capture(0);
     EXPECT_EQ(traces.count("--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships"), 1u);
     EXPECT_EQ(traces.count("<-- ZDA_ReplicationServiceProvider:: _getReplicationRelationships"), 1u);

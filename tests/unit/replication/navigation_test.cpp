@@ -298,14 +298,8 @@ namespace
 size_t logLinesWith(const char* text)
 {
     size_t n = 0;
-    for (size_t i = 0; i < zdasim_log_count(); i++)
-    {
-        int level = 0;
-        char line[1024] = "";
-        zdasim_log_line(i, &level, line, sizeof line);
-        if (std::strstr(line, text))
-            n++;
-    }
+    for (const auto& line : zda_test::logLines())
+        n += line.second.find(text) != std::string::npos;
     return n;
 }
 

@@ -558,10 +558,10 @@ TEST_F(RemoteModelTest, DeleteGroupRemovesARemoteCopyGroup)
     EXPECT_EQ(deleteGroup("gEmpty", false), "returned 0");
     EXPECT_EQ(deleteGroup("gNew", true), "returned 0");
     // The far array's volumes go with the group; the local ones stay.
-    char entry[512] = "";
-    for (size_t i = zdasim_journal_count(); i-- > 0 && !std::strstr(entry, "api_deleteRCopyGroup");)
-        zdasim_journal_entry(i, entry, sizeof entry);
-    EXPECT_NE(std::strstr(entry, "name=\"gNew\" options=0 removevv_flag=1"), nullptr) << entry;
+    const auto deletions = zda_test::journalOf("api_deleteRCopyGroup");
+    ASSERT_FALSE(deletions.empty());
+    EXPECT_NE(deletions.back().find("name=\"gNew\" options=0 removevv_flag=1"), std::string::npos)
+        << deletions.back();
     EXPECT_FALSE(volume("rv4").getClassName().isNull());
     EXPECT_EQ(deleteGroup("gNew", true), "thrown 5: Cannot find the specified replication group");
     EXPECT_EQ(keysOf(RC_GROUP, "ElementName"), (std::vector<std::string>{"gSync",

@@ -83,17 +83,6 @@ protected:
         return names.size() == 1 ? names[0] : CIMObjectPath();
     }
 
-    // The journal entries of one array call, oldest first.
-    static std::vector<std::string> journalOf(const std::string& function)
-    {
-        std::vector<std::string> entries;
-        char line[1024];
-        for (size_t i = 0; zdasim_journal_entry(i, line, sizeof line) == 0; i++)
-            if (std::string(line).rfind(function + " ", 0) == 0)
-                entries.push_back(line);
-        return entries;
-    }
-
     // The CIMException `call` throws: its code and message; code -1 for none.
     static std::pair<int, std::string> failureOf(const std::function<void()>& call)
     {
@@ -280,7 +269,7 @@ TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
     {
         zdasim_journal_clear();
         service._authorizeByFuncType(c.funcType, "operator", "192.0.2.7", c.in);
-        const auto asked = journalOf("api_authorizeCIMUser");
+        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
         ASSERT_EQ(asked.size(), 1u) << c.funcType;
         EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos)
             << asked[0];
@@ -318,7 +307,7 @@ TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
         const auto failure =
             failureOf([&] { service._authorizeGeneric(c.className, c.method, "operator", ""); });
         EXPECT_EQ(failure, std::make_pair(c.code, std::string(c.message))) << c.method;
-        const auto asked = journalOf("api_authorizeCIMUser");
+        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
         ASSERT_EQ(asked.size(), 1u);
         EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos)
             << asked[0];
@@ -424,7 +413,7 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
         EXPECT_STREQ(api_getErrorTextNoNL(errText, sizeof errText, &status),
             "None of the Synchronized instances exist");
     }
-    EXPECT_EQ(journalOf("api_removeVVs").size(), 0u);
+    EXPECT_EQ(zda_test::journalOf("api_removeVVs").size(), 0u);
 
     // A snapshot and a clone among them: the snapshot is detached, the clone removed.
     Array<CIMObjectPath> syncs = server().enumerateInstanceNames(admin(), ZDA_NS,
@@ -449,7 +438,7 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
 
     EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code,
         0);
-    const auto removedSets = journalOf("api_removeVVSet");
+    const auto removedSets = zda_test::journalOf("api_removeVVSet");
     ASSERT_EQ(removedSets.size(), 2u);
     EXPECT_NE(removedSets[1].find("set_one"), std::string::npos) << removedSets[1];
     const auto remaining = volumePaths();

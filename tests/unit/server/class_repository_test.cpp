@@ -4,6 +4,7 @@
 #include "ClassRepository.h"
 #include "MofError.h"
 #include "MofParser.h"
+#include "SdkText.h"
 
 #include <Pegasus/Common/CIMFlavor.h>
 #include <Pegasus/Common/CIMMethod.h>
@@ -33,11 +34,11 @@ const ClassRepository& projectRepository() {
     return *repository;
 }
 
-std::string str(const String& s) { return std::string(static_cast<const char*>(s.getCString())); }
+using zda_test::text;
 
 std::set<std::string> names(const Array<CIMName>& list) {
     std::set<std::string> out;
-    for (Uint32 i = 0; i < list.size(); ++i) out.insert(str(list[i].getString()));
+    for (Uint32 i = 0; i < list.size(); ++i) out.insert(text(list[i].getString()));
     return out;
 }
 
@@ -145,7 +146,7 @@ TEST(ProjectMof, DefinesEveryInstanceClassWithItsKeysAndProperties) {
     for (const ExpectedClass& expected : inventory()) {
         SCOPED_TRACE(expected.name);
         CIMClass cls = repo.getClass(kZda, expected.name, false, true, false);
-        EXPECT_EQ(str(cls.getSuperClassName().getString()), expected.superClass);
+        EXPECT_EQ(text(cls.getSuperClassName().getString()), expected.superClass);
         EXPECT_FALSE(cls.isAbstract());
         Array<CIMName> keys;
         cls.getKeyNames(keys);
@@ -364,7 +365,7 @@ TEST(ClassRepository, GetClassHonoursItsFlags) {
     CIMClass full = repo.getClass(kZda, "ZDA_ReplicationGroup", false, true, true);
     CIMProperty id = full.getProperty(full.findProperty("InstanceID"));
     EXPECT_TRUE(id.getPropagated());
-    EXPECT_EQ(str(id.getClassOrigin().getString()), "CIM_SystemSpecificCollection");
+    EXPECT_EQ(text(id.getClassOrigin().getString()), "CIM_SystemSpecificCollection");
     Uint32 key = id.findQualifier("Key");
     ASSERT_NE(key, PEG_NOT_FOUND);
     EXPECT_TRUE(id.getQualifier(key).getPropagated());
@@ -440,7 +441,7 @@ TEST(ClassRepository, QualifierDeclarationsKeepScopeAndFlavor) {
     EXPECT_EQ(codeOf([&] { repo.getQualifier(kZda, "Colour"); }), CIM_ERR_NOT_FOUND);
     std::set<std::string> spaces;
     Array<CIMNamespaceName> all = repo.enumerateNamespaces();
-    for (Uint32 i = 0; i < all.size(); ++i) spaces.insert(str(all[i].getString()));
+    for (Uint32 i = 0; i < all.size(); ++i) spaces.insert(text(all[i].getString()));
     EXPECT_EQ(spaces, (std::set<std::string>{"root/zda", "root/PG_Internal", "root/PG_InterOp"}));
 }
 
@@ -492,7 +493,7 @@ TEST(ClassRepository, HoldsStaticInstancesWithTheirPaths) {
     CIMInstance module = repo->getInstance(interop, modulePath);
     String location;
     module.getProperty(module.findProperty("Location")).getValue().get(location);
-    EXPECT_EQ(str(location), "ZDA_Example");
+    EXPECT_EQ(text(location), "ZDA_Example");
 
     CIMObjectPath missing("PG_ProviderModule.Name=\"Other\"");
     EXPECT_EQ(codeOf([&] { repo->getInstance(interop, missing); }), CIM_ERR_NOT_FOUND);

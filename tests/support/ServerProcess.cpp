@@ -1,5 +1,7 @@
 #include "ServerProcess.h"
 
+#include <cimxml/ClientTransport.h>
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -342,13 +344,48 @@ ServerProcess* SharedServerTest::server = nullptr;
 
 void SharedServerTest::SetUpTestSuite()
 {
-    startSharedServer({});
+    startServer({});
 }
 
-void SharedServerTest::startSharedServer(const std::vector<std::string>& options)
+void SharedServerTest::startServer(const std::vector<std::string>& extraArguments, bool withTestMof)
 {
+    cimxml::registerClientTransports();
     folder = new TemporaryFolder;
-    server = new ServerProcess(folder->path(), options, false);
+    server = new ServerProcess(folder->path(), extraArguments, withTestMof);
+}
+
+CommandResult SharedServerTest::wbemcli(const std::string& verb, const std::string& user,
+    const std::string& object, const std::vector<std::string>& options,
+    const std::vector<std::string>& arguments, const std::string& nameSpace)
+{
+    std::vector<std::string> argv = {"wbemcli", verb};
+    argv.insert(argv.end(), options.begin(), options.end());
+    argv.push_back(server->url(user, nameSpace) + object);
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    return runCommand(argv);
+}
+
+CommandResult SharedServerTest::control(const std::string& call)
+{
+    return wbemcli("cm", "admin:admin-demo", "ZDA_SimulatorControl", {}, {call}, "root/zda_sim");
+}
+
+std::vector<std::string> outputLines(const std::string& output)
+{
+    std::vector<std::string> out;
+    std::istringstream in(output);
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty())
+            out.push_back(line);
+    return out;
+}
+
+std::size_t countOccurrences(const std::string& output, const std::string& what)
+{
+    std::size_t n = 0;
+    for (std::size_t at = output.find(what); at != std::string::npos; at = output.find(what, at + 1))
+        n++;
+    return n;
 }
 
 void SharedServerTest::TearDownTestSuite()
@@ -366,6 +403,20 @@ void SharedServerTest::TearDown()
 {
     if (HasFailure())
         std::cerr << "server log:\n" << server->log();
+}
+
+std::string enumerateBody(const std::string& operation, const std::string& className,
+                          const std::string& nameSpace)
+{
+    std::string path;
+    std::istringstream parts(nameSpace);
+    for (std::string part; std::getline(parts, part, '/');)
+        path += "<NAMESPACE NAME=\"" + part + "\"/>";
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+           "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\">"
+           "<SIMPLEREQ><IMETHODCALL NAME=\"" + operation + "\"><LOCALNAMESPACEPATH>" + path +
+           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" + className +
+           "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
 }
 
 std::string basicAuthorization(const std::string& user, const std::string& password)

@@ -14,6 +14,7 @@
 #include <zdasim_control.h>
 
 #include "RecordingFakes.h"
+#include "SdkText.h"
 #include "ServerHostFixture.h"
 #include "ZDA_InternalCacheService.h"
 
@@ -77,10 +78,7 @@ inline std::vector<int> uint16s(const CIMInstance& instance, const char* name)
     return std::vector<int>(values.getData(), values.getData() + values.size());
 }
 
-inline std::string text(const String& s)
-{
-    return (const char*)s.getCString();
-}
+using zda_test::text;
 
 // A CIMOMHandle backend answering getClass from the host's repository, for
 // tests that drive a provider object directly.

@@ -125,20 +125,40 @@ RawExchange rawExchange(int port, const std::string& request, int timeoutMs = 30
 std::string runReadmeSection(const std::string& section, const ServerProcess& server, std::size_t atLeast);
 
 // A test suite whose tests share one server (the project's MOF only, the
-// demo array): started before the first test, stopped after the last, with
-// its log shown when a test fails.
+// demo array): started before the first test, stopped after the last (a
+// non-zero exit status fails the suite), with its log shown when a test
+// fails. A suite that needs other server options or the test providers
+// calls startServer() from its own SetUpTestSuite().
 class SharedServerTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite();
-    // The same with the server's further command-line options.
-    static void startSharedServer(const std::vector<std::string>& options);
     static void TearDownTestSuite();
     void TearDown() override;
+
+    static void startServer(const std::vector<std::string>& extraArguments, bool withTestMof = false);
+
+    // wbemcli <verb> <options> <url of object in `nameSpace`> <arguments>,
+    // as `user` ("name:password").
+    static CommandResult wbemcli(const std::string& verb, const std::string& user,
+        const std::string& object, const std::vector<std::string>& options = {},
+        const std::vector<std::string>& arguments = {}, const std::string& nameSpace = "root/zda");
+    // Calls a simulator control method as admin ("LoadDemo()", ...).
+    static CommandResult control(const std::string& call);
 
     static TemporaryFolder* folder;
     static ServerProcess* server;
 };
+
+// The non-empty lines of a program's output.
+std::vector<std::string> outputLines(const std::string& output);
+// How often `what` occurs in `output`.
+std::size_t countOccurrences(const std::string& output, const std::string& what);
+
+// A CIM-XML request body calling the intrinsic `operation` with a ClassName
+// parameter in `nameSpace` ("root/zda").
+std::string enumerateBody(const std::string& operation, const std::string& className,
+                          const std::string& nameSpace);
 
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);
