@@ -354,7 +354,7 @@ TEST_F(SyncChangesTest, VvsetMembershipRefusals)
 
 // ---- membership of remote copy groups ----------------------------------------------------
 
-TEST_F(SyncChangesTest, VolumesLeaveARemoteCopyGroupWhichGoesWhenEmptied)
+TEST_F(SyncChangesTest, VolumesLeaveAndRejoinARemoteCopyGroupWhichGoesWhenEmptied)
 {
     loadRemoteArray();
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5"}), "returned 0");
