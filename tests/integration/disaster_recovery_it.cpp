@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 
 using namespace zda_it;
@@ -117,18 +118,28 @@ protected:
             in.append(CIMParamValue("DeleteOnEmptyElement", CIMValue(true)));
         return call(method, in, out);
     }
-    std::string deviceId(const std::string& name)
+    static std::string deviceId(const CIMObjectPath& volumePath)
     {
-        const Array<CIMKeyBinding> keys = volume(name).getKeyBindings();
+        const Array<CIMKeyBinding> keys = volumePath.getKeyBindings();
         for (Uint32 i = 0; i < keys.size(); i++)
             if (keys[i].getName().equal("DeviceID"))
                 return text(keys[i].getValue());
         return "";
     }
-    // The volumes a group path leads to through its membership association.
+    std::string deviceId(const std::string& name) { return deviceId(volume(name)); }
+    // The DeviceIDs of the volumes a group path leads to through its
+    // membership association.
+    std::set<std::string> memberIds(const CIMObjectPath& groupPath, const char* association)
+    {
+        const Array<CIMObjectPath> found = client.associatorNames(NS, groupPath, association);
+        std::set<std::string> ids;
+        for (Uint32 i = 0; i < found.size(); i++)
+            ids.insert(deviceId(found[i]));
+        return ids;
+    }
     size_t memberCount(const CIMObjectPath& groupPath, const char* association)
     {
-        return client.associatorNames(NS, groupPath, association).size();
+        return memberIds(groupPath, association).size();
     }
 
     CIMClient client;
@@ -182,7 +193,7 @@ TEST_F(DisasterRecoveryIT, AResyncOfAStoppedStaleGroupStartsIt)
     EXPECT_EQ(state(stale).substr(0, 2), "3/");
 }
 
-TEST_F(DisasterRecoveryIT, VolumesJoinAndLeaveAVvsetAndLeaveARemoteCopyGroup)
+TEST_F(DisasterRecoveryIT, VolumesJoinAndLeaveAVvsetAndARemoteCopyGroup)
 {
     const CIMObjectPath set("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:fin_databases\"");
     const size_t before = memberCount(set, "ZDA_MemberOfReplicationGroup");
@@ -200,6 +211,13 @@ TEST_F(DisasterRecoveryIT, VolumesJoinAndLeaveAVvsetAndLeaveARemoteCopyGroup)
     EXPECT_EQ(again.rfind("thrown 8: ", 0), 0u) << again;
     EXPECT_NE(again.find("Member " + deviceId("fin_db06") +
         " not in RemoteReplicationGroup rcg_fin_periodic"), std::string::npos) << again;
+    // Back in, it is an ordered member again; then out once more.
+    EXPECT_EQ(members("AddMembers", rcg, "fin_db06"), "returned 0");
+    const std::set<std::string> joined = memberIds(rcg, ordered);
+    EXPECT_EQ(joined.size(), 2u);
+    EXPECT_EQ(joined.count(deviceId("fin_db06")), 1u);
+    EXPECT_EQ(members("RemoveMembers", rcg, "fin_db06"), "returned 0");
+    EXPECT_EQ(memberIds(rcg, ordered).count(deviceId("fin_db06")), 0u);
     // The last volume out with DeleteOnEmptyElement takes the group with it.
     EXPECT_EQ(members("RemoveMembers", rcg, "fin_db05", true), "returned 0");
     EXPECT_THROW(client.getInstance(NS, rcg), CIMException);

@@ -3310,17 +3310,32 @@ void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& 
     }
 }
 
-// The volume names of `members`, or a refusal of 5 when the array lacks any.
-Boolean resolveMembers(Array<CIMObjectPath>& members, api_name_t*& vvNames,
-    unsigned int& memberCount, Uint32& outstatus, String& errStr)
+// True when every member was named (`rc` 0 and `found` names for the
+// members); otherwise a refusal of 5.
+Boolean membersFound(int rc, Uint32 found, const Array<CIMObjectPath>& members,
+    Uint32& outstatus, String& errStr)
 {
-    const int rc = ZDA_Common::fillInVVNames(members, &vvNames, &memberCount);
-    if (rc == 0 && memberCount >= members.size())
+    if (rc == 0 && found >= members.size())
         return true;
     log_message(2, "Cannot find one or more of the volumes in Members\n");
     outstatus = 5;
     errStr = "Cannot find one or more of the volumes in Members";
     return false;
+}
+
+// The volume names of `members`, or a refusal of 5 when the array lacks any.
+Boolean resolveMembers(Array<CIMObjectPath>& members, api_name_t*& vvNames,
+    unsigned int& memberCount, Uint32& outstatus, String& errStr)
+{
+    const int rc = ZDA_Common::fillInVVNames(members, &vvNames, &memberCount);
+    return membersFound(rc, memberCount, members, outstatus, errStr);
+}
+
+Boolean resolveMembers(Array<CIMObjectPath>& members, Array<String>& vvNames,
+    Uint32& outstatus, String& errStr)
+{
+    const int rc = ZDA_Common::fillInVVNames(members, vvNames);
+    return membersFound(rc, vvNames.size(), members, outstatus, errStr);
 }
 
 }  // namespace
@@ -3654,6 +3669,7 @@ void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
     MembershipRequest request;
     Array<CIMName> groupClasses;
     groupClasses.append(GROUP_CLASS);
+    groupClasses.append(RCOPY_GROUP_CLASS);
     readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus,
         errStr);
     if (outstatus == 0)
@@ -3677,7 +3693,17 @@ void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
         const String groupName = ZDA_Common::extractFromInstanceID(
             ZDA_Common::getStringProperty(request.groupRef, "InstanceID"));
         unsigned int memberCount = 0;
-        if (resolveMembers(request.members, vvNames, memberCount, outstatus, errStr))
+        if (request.groupRef.getClassName().equal(RCOPY_GROUP_CLASS))
+        {
+            // Every volume must be known before any is admitted. Without a
+            // relationship name each far volume is named after its local one.
+            Array<String> names;
+            String relationshipName;
+            if (resolveMembers(request.members, names, outstatus, errStr))
+                outstatus = Uint32(
+                    _admitRCopyVVs(apiEventp, groupName, names, relationshipName, errStr));
+        }
+        else if (resolveMembers(request.members, vvNames, memberCount, outstatus, errStr))
         {
             const CString name = groupName.getCString();
             const api_Status_t status = ZDA_CompanionFrame::statusCall([&] {

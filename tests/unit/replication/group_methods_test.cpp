@@ -78,12 +78,6 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
         "returned 0");
     EXPECT_EQ(setMembers("grp_empty"), std::set<std::string>());
 
-    CIMObjectPath unknownVolume = volume("vol1");
-    Array<CIMKeyBinding> keys = unknownVolume.getKeyBindings();
-    for (Uint32 i = 0; i < keys.size(); i++)
-        if (keys[i].getName().equal("DeviceID"))
-            keys[i].setValue("60002AC0000000000000000000009999");
-    unknownVolume.setKeyBindings(keys);
     const CIMValue name(String("grp_refused"));
     const std::pair<Array<CIMParamValue>, std::string> refusals[] = {
         {params({}), "thrown 5:  Invalid number of parameters"},
@@ -94,7 +88,8 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
         {params({{"GroupName", name},
              {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
          "thrown 5: Members parameter contains invalid object path"},
-        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume))}}),
+        {params({{"GroupName", name},
+             {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume("vol1")))}}),
          "thrown 5: Cannot find one or more of the volumes in Members"},
         {params({{"Persistent", CIMValue(true)}}), "thrown 5: GroupName has to be specified"},
         {params({{"GroupName", CIMValue(String("set1"))}}),

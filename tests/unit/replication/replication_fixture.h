@@ -36,6 +36,18 @@ protected:
         return zda::server::InProcessHost::contextFor(user, ip);
     }
 
+    // The path of volume `like` with a DeviceID the array does not know.
+    CIMObjectPath unknownVolume(const char* like)
+    {
+        CIMObjectPath path = volume(like);
+        Array<CIMKeyBinding> keys = path.getKeyBindings();
+        for (Uint32 i = 0; i < keys.size(); i++)
+            if (keys[i].getName().equal("DeviceID"))
+                keys[i].setValue("60002AC0000000000000000000009999");
+        path.setKeyBindings(keys);
+        return path;
+    }
+
     // A method call through the host; out receives the output parameters.
     CIMValue call(const OperationContext& context, const CIMObjectPath& path, const char* method,
         const Array<CIMParamValue>& in, Array<CIMParamValue>& out)

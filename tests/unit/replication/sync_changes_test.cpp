@@ -354,7 +354,7 @@ TEST_F(SyncChangesTest, VvsetMembershipRefusals)
 
 // ---- membership of remote copy groups ----------------------------------------------------
 
-TEST_F(SyncChangesTest, VolumesLeaveARemoteCopyGroupWhichGoesWhenEmptied)
+TEST_F(SyncChangesTest, VolumesLeaveAndRejoinARemoteCopyGroupWhichGoesWhenEmptied)
 {
     loadRemoteArray();
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5"}), "returned 0");
@@ -362,7 +362,14 @@ TEST_F(SyncChangesTest, VolumesLeaveARemoteCopyGroupWhichGoesWhenEmptied)
     // The far copy goes with it; the local volume stays.
     EXPECT_EQ(journaled("api_dismissRCopyVV", "removevv_flag"), "1");
     EXPECT_FALSE(volume("rv5").getClassName().isNull());
-    EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv6"}, CIMValue(true)),
+    // It comes back with a far copy on each of the group's two targets,
+    // named after the local volume.
+    EXPECT_EQ(membership("AddMembers", rcopyGroup("gTwo"), {"rv5"}), "returned 0");
+    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+    EXPECT_EQ(journaled("api_admitRCopyVV", "nummaps"), "2");
+    EXPECT_EQ(journaled("api_admitRCopyVV", "vvmaps[1].rm_target"), "tComputed");
+    EXPECT_EQ(journaled("api_admitRCopyVV", "vvmaps[1].rm_remote_name"), "rv5_remote");
+    EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv6", "rv5"}, CIMValue(true)),
         "returned 0");
     EXPECT_EQ(groupVolumes("gTwo"), NONE);
     // Without the flag the emptied group stays.
@@ -380,6 +387,23 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gNope"), {"rv5"}),
         "thrown 7: RemoteReplicationGroup gNope does not exist");
     EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+
+    // Admission: a missing group, an unknown volume among known ones (no
+    // volume is admitted), and the array's refusal.
+    const size_t admitted = calls("api_admitRCopyVV");
+    EXPECT_EQ(membership("AddMembers", rcopyGroup("gNope"), {"rv1"}),
+        "thrown 7: ReplicationGroup does not exist");
+    Array<CIMObjectPath> members;
+    members.append(volume("rv1"));
+    members.append(unknownVolume("rv1"));
+    EXPECT_EQ(outcome("AddMembers",
+        params({param("ReplicationGroup", CIMValue(rcopyGroup("gEmpty"))),
+            param("Members", CIMValue(members))})),
+        "thrown 5: Cannot find one or more of the volumes in Members");
+    EXPECT_EQ(calls("api_admitRCopyVV"), admitted);
+    zdasim_fault_add("api_admitRCopyVV", 1, 99, "link lost");
+    EXPECT_EQ(membership("AddMembers", rcopyGroup("gEmpty"), {"rv1"}), "thrown 4: link lost");
+    EXPECT_EQ(groupVolumes("gEmpty"), std::set<std::string>());
 
     zdasim_fault_add("api_getRCopy", 1, 99, "configuration locked");
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5"}),
