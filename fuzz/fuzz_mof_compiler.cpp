@@ -11,15 +11,19 @@
 #include <cstdint>
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
     const std::string text(reinterpret_cast<const char*>(data), size);
     zda::mof::FileReader reader = [&text](const std::string& path, const zda::mof::SourceLocation& from) {
-        if (path == "self.mof" || path == "dir/self.mof") return text;
+        if (path == "self.mof" || path == "dir/self.mof")
+            return text;
         throw zda::mof::MofError(from, "cannot open \"" + path + "\"");
     };
-    try {
+    try
+    {
         zda::server::ClassRepository repository(zda::mof::parseMof(text, "input.mof", "root/fuzz", reader));
-    } catch (const zda::mof::MofError&) {
     }
+    catch (const zda::mof::MofError&)
+    {}
     return 0;
 }

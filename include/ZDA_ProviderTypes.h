@@ -13,13 +13,13 @@ PEGASUS_NAMESPACE_BEGIN
 // several operations switch on them, and anything outside 0..6 is ignored.
 enum cim_method_e
 {
-    CIM_ASSOCIATORS = 0,               // ObjectResponseHandler, delivers CIMObject
-    CIM_ASSOCIATOR_NAMES = 1,          // ObjectPathResponseHandler, delivers the path
-    CIM_REFERENCES = 2,                // ObjectResponseHandler, delivers CIMObject
-    CIM_REFERENCE_NAMES = 3,           // ObjectPathResponseHandler, delivers the path
-    CIM_GET_INSTANCE = 4,              // InstanceResponseHandler, delivers the instance
-    CIM_ENUMERATE_INSTANCES = 5,       // InstanceResponseHandler, delivers the instance
-    CIM_ENUMERATE_INSTANCE_NAMES = 6   // ObjectPathResponseHandler, delivers the path
+    CIM_ASSOCIATORS = 0,              // ObjectResponseHandler, delivers CIMObject
+    CIM_ASSOCIATOR_NAMES = 1,         // ObjectPathResponseHandler, delivers the path
+    CIM_REFERENCES = 2,               // ObjectResponseHandler, delivers CIMObject
+    CIM_REFERENCE_NAMES = 3,          // ObjectPathResponseHandler, delivers the path
+    CIM_GET_INSTANCE = 4,             // InstanceResponseHandler, delivers the instance
+    CIM_ENUMERATE_INSTANCES = 5,      // InstanceResponseHandler, delivers the instance
+    CIM_ENUMERATE_INSTANCE_NAMES = 6  // ObjectPathResponseHandler, delivers the path
 };
 
 // The response handler of the operation named by the cim_method_e passed

@@ -11,7 +11,8 @@
 #include "zdaapi_base.h"
 
 #ifdef __cplusplus
-extern "C" {
+extern "C"
+{
 #endif
 
 /* Copy speed of the array: a physical copy, resync or restore of a volume
@@ -19,20 +20,21 @@ extern "C" {
 #define API_COPY_MIB_PER_SECOND 256
 
 /* Flags of api_physcopy_t. */
-#define API_PCOPY_CREATE_TARGET 0x1u  /* make the copy volume (it must not exist) */
-#define API_PCOPY_INACTIVE 0x2u       /* leave the copy inactive once written */
+#define API_PCOPY_CREATE_TARGET 0x1u /* make the copy volume (it must not exist) */
+#define API_PCOPY_INACTIVE 0x2u      /* leave the copy inactive once written */
 
-typedef struct api_physcopy {
-    char     parentVolName[API_NAME_LEN]; /* in: volume to copy */
-    char     childVolName[API_NAME_LEN];  /* in: the copy volume */
-    char     userCpg[API_NAME_LEN];       /* in: CPG of a new copy's user space ("" the parent's) */
-    char     snapCpg[API_NAME_LEN];       /* in: CPG of a new copy's snapshot space ("" the parent's) */
-    uint32_t flags;                       /* in: API_PCOPY_* */
-    uint32_t tid;                         /* out: the copy task */
-    char     childVolWWN[API_WWN_TEXT_LEN]; /* out */
-} api_physcopy_t;
+    typedef struct api_physcopy
+    {
+        char parentVolName[API_NAME_LEN];   /* in: volume to copy */
+        char childVolName[API_NAME_LEN];    /* in: the copy volume */
+        char userCpg[API_NAME_LEN];         /* in: CPG of a new copy's user space ("" the parent's) */
+        char snapCpg[API_NAME_LEN];         /* in: CPG of a new copy's snapshot space ("" the parent's) */
+        uint32_t flags;                     /* in: API_PCOPY_* */
+        uint32_t tid;                       /* out: the copy task */
+        char childVolWWN[API_WWN_TEXT_LEN]; /* out */
+    } api_physcopy_t;
 
-/* Starts a physical copy of parentVolName into childVolName: a new volume
+    /* Starts a physical copy of parentVolName into childVolName: a new volume
  * like the parent (API_PCOPY_CREATE_TARGET) or an existing base volume at
  * least as large as the parent, in the same domain, without copies of its
  * own and not a system volume. The copy runs as a task (tid); the volume
@@ -42,34 +44,34 @@ typedef struct api_physcopy {
  * is being copied or restored, or the target is used elsewhere),
  * API_E_ACCESS (a system volume), API_E_INVALID (names, sizes, CPGs,
  * domains, a target that is not a base volume) or API_E_LIMIT. Status form. */
-api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy);
+    api_Status_t api_createPhysicalCopy(_api_evtparam_t* event, api_physcopy_t* copy);
 
-/* Writes the parent's present data to its copy `copyName` again. A
+    /* Writes the parent's present data to its copy `copyName` again. A
  * physical copy is rewritten by a task (*tid); a virtual copy takes the
  * parent's present point in time at once (*tid 0). API_E_IN_USE while the
  * copy or its parent is being copied or restored; API_E_INVALID for a
  * volume that is not a copy. Status form. */
-api_Status_t api_resyncCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid);
+    api_Status_t api_resyncCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid);
 
-/* Writes the copy `copyName` back to its parent, by a task (*tid) for
+    /* Writes the copy `copyName` back to its parent, by a task (*tid) for
  * either kind of copy. The copy shows API_VV_STATE_RESTORING until the
  * task ends. Errors as api_resyncCopy. Status form. */
-api_Status_t api_restoreCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid);
+    api_Status_t api_restoreCopy(_api_evtparam_t* event, const char* copyName, uint32_t* tid);
 
-/* Stops the copy or restore task working on `copyName`; a stopped
+    /* Stops the copy or restore task working on `copyName`; a stopped
  * physical copy keeps what was written and needs a resync. API_E_INVALID
  * when no such task runs. Status form. */
-api_Status_t api_stopCopy(_api_evtparam_t* event, const char* copyName);
+    api_Status_t api_stopCopy(_api_evtparam_t* event, const char* copyName);
 
-/* Makes the finished physical copy `copyName` an independent base volume.
+    /* Makes the finished physical copy `copyName` an independent base volume.
  * API_E_IN_USE while a task works on it; API_E_INVALID for a volume that
  * is not a physical copy. Status form. */
-api_Status_t api_promoteCopy(_api_evtparam_t* event, const char* copyName);
+    api_Status_t api_promoteCopy(_api_evtparam_t* event, const char* copyName);
 
-/* Gives the volume `name` snapshot space in the CPG `cpg`. A volume that
+    /* Gives the volume `name` snapshot space in the CPG `cpg`. A volume that
  * has snapshot space keeps it (0, nothing changes). Errors: API_E_NOT_FOUND
  * (volume or CPG), API_E_INVALID (a CPG of another domain). Status form. */
-api_Status_t api_setSnapCPG(_api_evtparam_t* event, const char* name, const char* cpg);
+    api_Status_t api_setSnapCPG(_api_evtparam_t* event, const char* name, const char* cpg);
 
 #ifdef __cplusplus
 }

@@ -16,8 +16,8 @@ const int NOT_SUPPORTED = 3;
 
 int askArray(const String& userName, const String& ipAddr, const String& key)
 {
-    return api_authorizeCIMUser((const char*)userName.getCString(),
-        (const char*)ipAddr.getCString(), (const char*)key.getCString());
+    return api_authorizeCIMUser(
+        (const char*)userName.getCString(), (const char*)ipAddr.getCString(), (const char*)key.getCString());
 }
 
 // Asks for the right when there is a key and nothing refused before.
@@ -69,8 +69,7 @@ ReplicaRequest readReplicaRequest(const Array<CIMParamValue>& inParameters)
     ReplicaRequest request;
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
-        request.syncType.read(inParameters[i], "SyncType")
-            || request.mode.read(inParameters[i], "Mode");
+        request.syncType.read(inParameters[i], "SyncType") || request.mode.read(inParameters[i], "Mode");
         if (request.syncType.set && request.mode.set)
             break;
     }
@@ -79,8 +78,8 @@ ReplicaRequest readReplicaRequest(const Array<CIMParamValue>& inParameters)
 
 }  // namespace
 
-int authorize_CreateElementReplica(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_CreateElementReplica(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     const ReplicaRequest request = readReplicaRequest(inParameters);
     int code = 0;
@@ -96,8 +95,8 @@ int authorize_CreateElementReplica(const String& userName, const String& ipAddr,
     return decide(code, userName, ipAddr, key);
 }
 
-int authorize_CreateGroupReplica(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_CreateGroupReplica(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     const ReplicaRequest request = readReplicaRequest(inParameters);
     int code = 0;
@@ -115,15 +114,15 @@ int authorize_CreateGroupReplica(const String& userName, const String& ipAddr,
     return decide(code, userName, ipAddr, key);
 }
 
-int authorize_ModifyReplicaSynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_ModifyReplicaSynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<Uint16> operation;
     Param<CIMObjectPath> synchronization;
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
-        operation.read(inParameters[i], "Operation")
-            || synchronization.read(inParameters[i], "Synchronization");
+        operation.read(inParameters[i], "Operation") ||
+            synchronization.read(inParameters[i], "Synchronization");
     }
     CIMObjectPath volRef;
     if (synchronization.set)
@@ -140,55 +139,39 @@ int authorize_ModifyReplicaSynchronization(const String& userName, const String&
     {
         switch (operation.value)
         {
-            case 2:
-                // The array's table holds this key with its trailing blank.
-                key = "zda_replicationservice.modifyreplicasynchronization.abort ";
-                break;
-            case 4:
-                key = "zda_replicationservice.modifyreplicasynchronization.syncrcopy";
-                break;
-            case 8:
-            case 9:
-                key = "zda_replicationservice.modifyreplicasynchronization.dissolve";
-                break;
-            case 10:
-            case 11:
-            case 20:
-                key = "zda_replicationservice.modifyreplicasynchronization.setrcopygroup";
-                break;
-            case 14:
-                key = "zda_replicationservice.modifyreplicasynchronization.resync";
-                break;
-            case 15:
-                key = "zda_replicationservice.modifyreplicasynchronization.restore";
-                break;
-            case 19:
-                code = handleDeleteVolumeMethod(volRef, key);
-                break;
-            case 21:
-                key = "zda_replicationservice.modifyreplicasynchronization.split";
-                break;
-            default:
-                code = NOT_SUPPORTED;
-                break;
+        case 2:
+            // The array's table holds this key with its trailing blank.
+            key = "zda_replicationservice.modifyreplicasynchronization.abort ";
+            break;
+        case 4: key = "zda_replicationservice.modifyreplicasynchronization.syncrcopy"; break;
+        case 8:
+        case 9: key = "zda_replicationservice.modifyreplicasynchronization.dissolve"; break;
+        case 10:
+        case 11:
+        case 20: key = "zda_replicationservice.modifyreplicasynchronization.setrcopygroup"; break;
+        case 14: key = "zda_replicationservice.modifyreplicasynchronization.resync"; break;
+        case 15: key = "zda_replicationservice.modifyreplicasynchronization.restore"; break;
+        case 19: code = handleDeleteVolumeMethod(volRef, key); break;
+        case 21: key = "zda_replicationservice.modifyreplicasynchronization.split"; break;
+        default: code = NOT_SUPPORTED; break;
         }
     }
     return decide(code, userName, ipAddr, key);
 }
 
-int authorize_ModifyListSynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_ModifyListSynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<Uint16> operation;
     Param<Array<CIMObjectPath>> synchronization;
     bool targetGroup = false;
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
-        if (operation.read(inParameters[i], "Operation")
-            || synchronization.read(inParameters[i], "Synchronization"))
+        if (operation.read(inParameters[i], "Operation") ||
+            synchronization.read(inParameters[i], "Synchronization"))
             continue;
-        if (String::equalNoCase(inParameters[i].getParameterName(), "TargetGroup")
-            && !inParameters[i].getValue().isNull())
+        if (String::equalNoCase(inParameters[i].getParameterName(), "TargetGroup") &&
+            !inParameters[i].getValue().isNull())
             targetGroup = true;
     }
     CIMObjectPath volRef;
@@ -205,41 +188,31 @@ int authorize_ModifyListSynchronization(const String& userName, const String& ip
     {
         switch (operation.value)
         {
-            case 2:
-                key = "zda_replicationservice.modifylistsynchronization.abort";
-                break;
-            case 8:
-            case 9:
-                key = "zda_replicationservice.modifylistsynchronization.dissolve";
-                break;
-            case 14:
-                key = "zda_replicationservice.modifylistsynchronization.resync";
-                break;
-            case 15:
-                key = "zda_replicationservice.modifylistsynchronization.restore";
-                break;
-            case 19:
-                if (targetGroup)
-                    key = "zda_replicationservice.deletegroup";
-                else
-                    code = handleDeleteVolumeMethod(volRef, key);
-                break;
-            default:
-                code = NOT_SUPPORTED;
-                break;
+        case 2: key = "zda_replicationservice.modifylistsynchronization.abort"; break;
+        case 8:
+        case 9: key = "zda_replicationservice.modifylistsynchronization.dissolve"; break;
+        case 14: key = "zda_replicationservice.modifylistsynchronization.resync"; break;
+        case 15: key = "zda_replicationservice.modifylistsynchronization.restore"; break;
+        case 19:
+            if (targetGroup)
+                key = "zda_replicationservice.deletegroup";
+            else
+                code = handleDeleteVolumeMethod(volRef, key);
+            break;
+        default: code = NOT_SUPPORTED; break;
         }
     }
     return decide(code, userName, ipAddr, key);
 }
 
-int authorize_ReplicationServiceCapabilitiesMethod(const String& userName,
-    const String& ipAddr, const Array<CIMParamValue>&)
+int authorize_ReplicationServiceCapabilitiesMethod(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>&)
 {
     return askArray(userName, ipAddr, "zda_replicationservicecapabilities");
 }
 
-int authorize_DeleteStorageVolume(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_DeleteStorageVolume(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Array<CIMObjectPath> volumes;
     for (Uint32 i = 0; i < inParameters.size(); i++)
@@ -269,16 +242,16 @@ int authorize_DeleteStorageVolume(const String& userName, const String& ipAddr,
     return code;
 }
 
-int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_CreateOrModifyElemFromStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<String> elementName;
     Param<Uint64> size;
     Param<CIMObjectPath> theElement;
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
-        elementName.read(inParameters[i], "ElementName") || size.read(inParameters[i], "Size")
-            || theElement.read(inParameters[i], "TheElement");
+        elementName.read(inParameters[i], "ElementName") || size.read(inParameters[i], "Size") ||
+            theElement.read(inParameters[i], "TheElement");
     }
     if (!theElement.set)
         return askArray(userName, ipAddr,
@@ -293,8 +266,8 @@ int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const St
     return code;
 }
 
-int authorize_ModifySynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_ModifySynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<Uint16> operation;
     for (Uint32 i = 0; i < inParameters.size(); i++)
@@ -303,28 +276,20 @@ int authorize_ModifySynchronization(const String& userName, const String& ipAddr
         return NOT_SUPPORTED;
     switch (operation.value)
     {
-        case 2:
-            return askArray(userName, ipAddr,
-                "zda_storageconfigurationservice.modifysynchronization.detach");
-        case 4:
-            return askArray(userName, ipAddr,
-                "zda_storageconfigurationservice.modifysynchronization.resync");
-        case 5:
-            return askArray(userName, ipAddr,
-                "zda_storageconfigurationservice.modifysynchronization.restore");
-        case 12:
-            return askArray(userName, ipAddr,
-                "zda_storageconfigurationservice.modifysynchronization.startcopy");
-        case 13:
-            return askArray(userName, ipAddr,
-                "zda_storageconfigurationservice.modifysynchronization.stopcopy");
-        default:
-            return NOT_SUPPORTED;
+    case 2: return askArray(userName, ipAddr, "zda_storageconfigurationservice.modifysynchronization.detach");
+    case 4: return askArray(userName, ipAddr, "zda_storageconfigurationservice.modifysynchronization.resync");
+    case 5:
+        return askArray(userName, ipAddr, "zda_storageconfigurationservice.modifysynchronization.restore");
+    case 12:
+        return askArray(userName, ipAddr, "zda_storageconfigurationservice.modifysynchronization.startcopy");
+    case 13:
+        return askArray(userName, ipAddr, "zda_storageconfigurationservice.modifysynchronization.stopcopy");
+    default: return NOT_SUPPORTED;
     }
 }
 
-int authorize_CreateOrModifyStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_CreateOrModifyStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<CIMObjectPath> pool;
     for (Uint32 i = 0; i < inParameters.size(); i++)
@@ -334,36 +299,36 @@ int authorize_CreateOrModifyStoragePool(const String& userName, const String& ip
                  : "zda_storageconfigurationservice.createormodifystoragepool.createcpg");
 }
 
-int authorize_DeleteStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorize_DeleteStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     Param<CIMObjectPath> pool;
     for (Uint32 i = 0; i < inParameters.size(); i++)
         pool.read(inParameters[i], "Pool");
     if (pool.set && pool.value.getClassName().equal("ZDA_DynamicStoragePool"))
-        return askArray(userName, ipAddr,
-            "zda_storageconfigurationservice.deletestoragepool.deletedynamicstoragepool");
+        return askArray(
+            userName, ipAddr, "zda_storageconfigurationservice.deletestoragepool.deletedynamicstoragepool");
     if (pool.set && pool.value.getClassName().equal("ZDA_DeltaReplicaStoragePool"))
         return askArray(userName, ipAddr,
             "zda_storageconfigurationservice.deletestoragepool.deletedeltareplicastoragepool");
     return NOT_SUPPORTED;
 }
 
-int authorize_ModifyStorageSetting_Transient(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>&)
+int authorize_ModifyStorageSetting_Transient(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>&)
 {
-    return askArray(userName, ipAddr,
-        "zda_storageconfigurationservice.createormodifyelementfromstoragepool.setvolume");
+    return askArray(
+        userName, ipAddr, "zda_storageconfigurationservice.createormodifyelementfromstoragepool.setvolume");
 }
 
-int authorize_ModifyStorageSetting_Persistent(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>&)
+int authorize_ModifyStorageSetting_Persistent(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>&)
 {
     return askArray(userName, ipAddr, "zda_storagesetting.modifyinstance");
 }
 
-int authorize_AllocatedFromStoragePoolModifyInstance(const String& userName,
-    const String& ipAddr, const CIMObjectPath& instanceName)
+int authorize_AllocatedFromStoragePoolModifyInstance(
+    const String& userName, const String& ipAddr, const CIMObjectPath& instanceName)
 {
     const String dependent = ZDA_Common::getStringProperty(instanceName, "Dependent");
     if (dependent.size() == 0)
@@ -371,8 +336,7 @@ int authorize_AllocatedFromStoragePoolModifyInstance(const String& userName,
     const CIMName dependentClass = CIMObjectPath(dependent).getClassName();
     if (dependentClass.equal("ZDA_StorageVolume"))
         return askArray(userName, ipAddr, "zda_allocatedfromstoragepool.modifyinstance.setvv");
-    if (dependentClass.equal("ZDA_DynamicStoragePool")
-        || dependentClass.equal("ZDA_DeltaReplicaStoragePool"))
+    if (dependentClass.equal("ZDA_DynamicStoragePool") || dependentClass.equal("ZDA_DeltaReplicaStoragePool"))
         return askArray(userName, ipAddr, "zda_allocatedfromstoragepool.modifyinstance.setcpg");
     return NOT_SUPPORTED;
 }
@@ -402,8 +366,8 @@ int handleDeleteVolumeMethod(CIMObjectPath& volRef, String& methodName)
 
     if (count == 0)
     {
-        log_message(2, "Cannot find the volume referenced to in %s\n",
-            (const char*)volRef.toString().getCString());
+        log_message(
+            2, "Cannot find the volume referenced to in %s\n", (const char*)volRef.toString().getCString());
         free_if_not_null(vv);
         return 0;
     }
@@ -415,20 +379,11 @@ int handleDeleteVolumeMethod(CIMObjectPath& volRef, String& methodName)
     }
     switch (type)
     {
-        case 1:
-            methodName = "zda_storageconfigurationservice.returntostoragepool.basevv";
-            break;
-        case 2:
-            methodName = "zda_storageconfigurationservice.returntostoragepool.physcopyvv";
-            break;
-        case 3:
-            methodName = "zda_storageconfigurationservice.returntostoragepool.virtcopyvv";
-            break;
-        case 4:
-            methodName = "zda_storageconfigurationservice.returntostoragepool";
-            break;
-        default:
-            break;
+    case 1: methodName = "zda_storageconfigurationservice.returntostoragepool.basevv"; break;
+    case 2: methodName = "zda_storageconfigurationservice.returntostoragepool.physcopyvv"; break;
+    case 3: methodName = "zda_storageconfigurationservice.returntostoragepool.virtcopyvv"; break;
+    case 4: methodName = "zda_storageconfigurationservice.returntostoragepool"; break;
+    default: break;
     }
     free_if_not_null(vv);
     return 0;

@@ -23,38 +23,38 @@
 PEGASUS_NAMESPACE_BEGIN
 
 // Replication service methods.
-int authorize_CreateElementReplica(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_CreateGroupReplica(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ModifyReplicaSynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ModifyListSynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ReplicationServiceCapabilitiesMethod(const String& userName,
-    const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_CreateElementReplica(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_CreateGroupReplica(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ModifyReplicaSynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ModifyListSynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ReplicationServiceCapabilitiesMethod(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 
 // Storage configuration methods.
-int authorize_DeleteStorageVolume(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_CreateOrModifyElemFromStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ModifySynchronization(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_CreateOrModifyStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_DeleteStoragePool(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ModifyStorageSetting_Transient(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
-int authorize_ModifyStorageSetting_Persistent(const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+int authorize_DeleteStorageVolume(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_CreateOrModifyElemFromStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ModifySynchronization(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_CreateOrModifyStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_DeleteStoragePool(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ModifyStorageSetting_Transient(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
+int authorize_ModifyStorageSetting_Persistent(
+    const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 
 // modifyInstance of an allocated-from-pool association: the right follows
 // the class of the path's Dependent (a pool or a volume); another class
 // gives 3.
-int authorize_AllocatedFromStoragePoolModifyInstance(const String& userName,
-    const String& ipAddr, const CIMObjectPath& instanceName);
+int authorize_AllocatedFromStoragePoolModifyInstance(
+    const String& userName, const String& ipAddr, const CIMObjectPath& instanceName);
 
 // Sets methodName to the right that removing the volume of volRef (found by
 // its DeviceID WWN) needs, by the volume's type. Leaves methodName alone

@@ -51,20 +51,13 @@ public:
     // Delivers a CIMObject of the instance (associators, references), its
     // path (the name operations) or the instance itself (getInstance,
     // enumerateInstances).
-    static void handleDeliver(cim_handler_u handler, const cim_method_e method,
-        const CIMInstance& instance);
+    static void handleDeliver(cim_handler_u handler, const cim_method_e method, const CIMInstance& instance);
     static void handleComplete(cim_handler_u handler, const cim_method_e method);
 
     // ---- policy ------------------------------------------------------------------
     // The array's policy flags held by the internal cache service.
-    static cim_policy_t getPolicy()
-    {
-        return ZDA_InternalCacheService::getInstance()->getPolicy();
-    }
-    static void setPolicy(cim_policy_t policy)
-    {
-        ZDA_InternalCacheService::getInstance()->setPolicy(policy);
-    }
+    static cim_policy_t getPolicy() { return ZDA_InternalCacheService::getInstance()->getPolicy(); }
+    static void setPolicy(cim_policy_t policy) { ZDA_InternalCacheService::getInstance()->setPolicy(policy); }
 
     // ---- reading properties and parameters --------------------------------------
     // The property's value; an empty String value for an empty name or an
@@ -97,16 +90,26 @@ public:
     // absent or only null; 4 when a null parameter of the name came before
     // the one read. `paramValue` is untouched when the result is 3. A value
     // of another type throws TypeMismatchException.
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue);
-    static int getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue);
+    static int getParameter(
+        const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue);
 
     // ---- writing instances -----------------------------------------------------------
     // An instance of the class with every property at its default value.
@@ -128,7 +131,8 @@ public:
     static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<int>& value);
     static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Uint64>& value);
     static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<Boolean>& value);
-    static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value);
+    static void setPropertyValue(
+        CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value);
     static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const CIMObjectPath& value);
     static void setPropertyValue(CIMInstance& instance, CIMName propertyName, const CIMDateTime& value);
     // Replaces the property, or adds it when the instance lacks it.
@@ -140,12 +144,10 @@ public:
     // on first use). Server errors pass on as its exceptions.
     static CIMClass getStoredCIMClass(CIMOMHandle& cimom, const OperationContext& context,
         const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList)
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
     {
-        return ZDA_InternalCacheService::getInstance()->getStoredCIMClass(cimom, context,
-            nameSpace, className, localOnly, includeQualifiers, includeClassOrigin,
-            propertyList);
+        return ZDA_InternalCacheService::getInstance()->getStoredCIMClass(cimom, context, nameSpace,
+            className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
     }
 
     // ---- paths and references -------------------------------------------------------------
@@ -159,20 +161,20 @@ public:
     // another namespace is refused. An empty host passes; otherwise the host
     // must be `systemAddress` (without case), the system's IPv4 address, or
     // its IPv6 address in any notation. Refusals are logged at level 2.
-    static Boolean verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
-        String& systemAddress);
+    static Boolean verifyRefMethodParam(
+        CIMObjectPath& ref, CIMNamespaceName nameSpace, String& systemAddress);
     // As above, and the class of `ref` must be `expectedClass`.
-    static Boolean verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
-        String& systemAddress, CIMName expectedClass);
+    static Boolean verifyRefMethodParam(
+        CIMObjectPath& ref, CIMNamespaceName nameSpace, String& systemAddress, CIMName expectedClass);
     // As above, and the class of `ref` must be one of `expectedClasses`.
-    static Boolean verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
-        String& systemAddress, const Array<CIMName>& expectedClasses);
+    static Boolean verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace, String& systemAddress,
+        const Array<CIMName>& expectedClasses);
 
     // True when a reference property of the association `instance` (the one
     // named `role`, when given) refers to `target`. Throws CIMException
     // CIM_ERR_INVALID_PARAMETER when `role` names no reference property.
-    static Boolean _isInstanceValidReference(const CIMObjectPath& target, CIMInstance& instance,
-        const String& role);
+    static Boolean _isInstanceValidReference(
+        const CIMObjectPath& target, CIMInstance& instance, const String& role);
 
     // True when some key of the path has the value `instanceID` (without case).
     static Boolean isPoolPath(const CIMObjectPath& objectName, const String& instanceID);
@@ -189,45 +191,40 @@ public:
     // Antecedent and Dependent.
     static CIMObjectPath buildDepAssocPath(const String& systemAddress, const CIMName& assocClass,
         const CIMObjectPath& antecedent, const CIMObjectPath& dependent);
-    static CIMInstance buildDepAssocInstance(const String& systemAddress,
-        const CIMName& assocClass, const CIMObjectPath& antecedent,
-        const CIMObjectPath& dependent, CIMClass& classSkeleton);
+    static CIMInstance buildDepAssocInstance(const String& systemAddress, const CIMName& assocClass,
+        const CIMObjectPath& antecedent, const CIMObjectPath& dependent, CIMClass& classSkeleton);
 
     // A path on host `hostAddress` (or `localAddress`) in `nameSpace` whose
     // reference keys hold the end paths, each given the host named for it.
     static CIMObjectPath buildAssocPath(const CIMName& assocClass, const String& assocName1,
-        const String& assocName2, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const String& hostAddress, String nameSpace);
+        const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const String& hostAddress, String nameSpace);
     static CIMObjectPath buildAssocPath(const CIMName& assocClass, const String& assocName1,
-        const String& assocName2, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const String& hostAddress1,
-        const String& hostAddress2, const String& localAddress, String nameSpace);
+        const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const String& hostAddress1, const String& hostAddress2, const String& localAddress, String nameSpace);
     static CIMObjectPath buildAssocPath(const CIMName& assocClass, const String& assocName1,
         const String& assocName2, const String& assocName3, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3,
-        const String& hostAddress, String nameSpace);
+        const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const String& hostAddress,
+        String nameSpace);
 
     // The instance of those paths: the skeleton of the class with the end
     // references set, and the path of buildAssocPath.
     static CIMInstance buildAssocInstance(const CIMName& assocClass, const String& assocName1,
-        const String& assocName2, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const String& hostAddress, String nameSpace,
-        CIMClass& classSkeleton);
+        const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const String& hostAddress, String nameSpace, CIMClass& classSkeleton);
     static CIMInstance buildAssocInstance(const CIMName& assocClass, const String& assocName1,
-        const String& assocName2, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const String& hostAddress1,
-        const String& hostAddress2, const String& localAddress, String nameSpace,
+        const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
+        const String& hostAddress1, const String& hostAddress2, const String& localAddress, String nameSpace,
         CIMClass& classSkeleton);
     static CIMInstance buildAssocInstance(const CIMName& assocClass, const String& assocName1,
         const String& assocName2, const String& assocName3, const CIMObjectPath& assocPath1,
-        const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3,
-        const String& hostAddress, String nameSpace, CIMClass& classSkeleton);
+        const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const String& hostAddress,
+        String nameSpace, CIMClass& classSkeleton);
 
     // The association instances (of `resultClass`, unless null) that refer
     // to `objectName` (through `role`, unless empty), in the input's order.
     // Throws as _isInstanceValidReference does.
-    static Array<CIMInstance> filterReferenceNames(
-        const Array<CIMInstance>& targetAssociationInstanceList,
+    static Array<CIMInstance> filterReferenceNames(const Array<CIMInstance>& targetAssociationInstanceList,
         const CIMObjectPath& objectName, const CIMName& resultClass, const String& role);
     // The far ends of `assocInstance` seen from `targetObjectPath`: each
     // reference that does not match the target, kept when `resultClass` is
@@ -244,15 +241,14 @@ public:
     // ---- system identity ---------------------------------------------------------------------
     // One call over a local client connection to this process's server
     // (CIMClient::connectLocal). Connection and CIM errors pass on.
-    static Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className);
-    static CIMValue invokeMethod(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters);
+    static Array<CIMObjectPath> enumerateInstanceNames(
+        const CIMNamespaceName& nameSpace, const CIMName& className);
+    static CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters);
 
     // The path of the internal cache's one instance in root/PG_Internal.
-    static CIMObjectPath buildInternalCacheObjectPath(const String& hostAddr,
-        const String& systemName);
+    static CIMObjectPath buildInternalCacheObjectPath(const String& hostAddr, const String& systemName);
 
     // System facts from the internal cache's methods, asked over a local
     // connection. The forms taking `cimom` (except getSystemHostName) ask
@@ -279,12 +275,11 @@ public:
     // Fills the record: method "<className>:<method>", op, user and address,
     // each cut to its field. Null texts leave their fields alone; a null
     // record is logged at level 2 and nothing else happens.
-    static void setEventParam(_api_evtparam_t* eventp, const char* className,
-        const char* method, const char* op, const char* user, const char* addr);
+    static void setEventParam(_api_evtparam_t* eventp, const char* className, const char* method,
+        const char* op, const char* user, const char* addr);
     // As above, and the free text `evtText`, cut to 255 characters.
-    static void setEventParam(_api_evtparam_t* eventp, const char* className,
-        const char* method, const char* op, const char* user, const char* addr,
-        const char* evtText);
+    static void setEventParam(_api_evtparam_t* eventp, const char* className, const char* method,
+        const char* op, const char* user, const char* addr, const char* evtText);
     // Sets the operation text of the record.
     static void setEventOp(_api_evtparam_t* eventp, const char* op);
 
@@ -324,14 +319,13 @@ public:
     static int fillInVVNames(Array<CIMObjectPath>& memberVols, Array<String>& vvNames);
     // As above into a new array of names that the caller frees (free());
     // 5 for a null argument.
-    static int fillInVVNames(Array<CIMObjectPath>& memberVols, api_name_t** vvNames,
-        unsigned int* memberCount);
+    static int fillInVVNames(
+        Array<CIMObjectPath>& memberVols, api_name_t** vvNames, unsigned int* memberCount);
     // Removes the volumes, retrying up to ten times, 2 seconds apart, while
     // the array reports them busy. 0 when all went; 32768 when fewer went
     // than were asked for; 4 on a failure, when still busy, or when none of
     // them could be found.
-    static int removeVVs(_api_evtparam_t* apiEventp, Array<CIMObjectPath>& volRefs,
-        Uint32 noWait);
+    static int removeVVs(_api_evtparam_t* apiEventp, Array<CIMObjectPath>& volRefs, Uint32 noWait);
 };
 
 PEGASUS_NAMESPACE_END

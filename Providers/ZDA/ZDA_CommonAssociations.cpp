@@ -23,8 +23,7 @@ CIMKeyBinding referenceKey(const String& name, const CIMObjectPath& path)
 // property has that name.
 bool roleMatches(const String& resultRole, const CIMProperty& property)
 {
-    return resultRole.size() == 0
-        || String::equalNoCase(resultRole, property.getName().getString());
+    return resultRole.size() == 0 || String::equalNoCase(resultRole, property.getName().getString());
 }
 
 // The far ends of an association seen from the target, each once per
@@ -59,8 +58,8 @@ Array<CIMObjectPath> farEnds(CIMInstance& assocInstance, const CIMObjectPath& ta
 
 }  // namespace
 
-CIMObjectPath ZDA_Common::buildDepAssocPath(const String& systemAddress,
-    const CIMName& assocClass, const CIMObjectPath& antecedent, const CIMObjectPath& dependent)
+CIMObjectPath ZDA_Common::buildDepAssocPath(const String& systemAddress, const CIMName& assocClass,
+    const CIMObjectPath& antecedent, const CIMObjectPath& dependent)
 {
     Array<CIMKeyBinding> keys;
     keys.append(referenceKey("Antecedent", antecedent));
@@ -68,9 +67,8 @@ CIMObjectPath ZDA_Common::buildDepAssocPath(const String& systemAddress,
     return CIMObjectPath(systemAddress, CIMNamespaceName("root/zda"), assocClass, keys);
 }
 
-CIMInstance ZDA_Common::buildDepAssocInstance(const String& systemAddress,
-    const CIMName& assocClass, const CIMObjectPath& antecedent,
-    const CIMObjectPath& dependent, CIMClass& classSkeleton)
+CIMInstance ZDA_Common::buildDepAssocInstance(const String& systemAddress, const CIMName& assocClass,
+    const CIMObjectPath& antecedent, const CIMObjectPath& dependent, CIMClass& classSkeleton)
 {
     CIMInstance instance = buildInstanceSkeleton(classSkeleton);
     setPropertyValue(instance, CIMName("Antecedent"), antecedent);
@@ -83,17 +81,15 @@ CIMObjectPath ZDA_Common::buildAssocPath(const CIMName& assocClass, const String
     const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
     const String& hostAddress, String nameSpace)
 {
-    return buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2,
-        hostAddress, hostAddress, hostAddress, nameSpace);
+    return buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress,
+        hostAddress, hostAddress, nameSpace);
 }
 
 CIMObjectPath ZDA_Common::buildAssocPath(const CIMName& assocClass, const String& assocName1,
     const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const String& hostAddress1, const String& hostAddress2, const String& localAddress,
-    String nameSpace)
+    const String& hostAddress1, const String& hostAddress2, const String& localAddress, String nameSpace)
 {
-    CIMObjectPath path(localAddress, CIMNamespaceName(nameSpace), assocClass,
-        Array<CIMKeyBinding>());
+    CIMObjectPath path(localAddress, CIMNamespaceName(nameSpace), assocClass, Array<CIMKeyBinding>());
     Array<CIMKeyBinding> keys;
     keys.append(referenceKey(assocName1, withHost(assocPath1, hostAddress1)));
     keys.append(referenceKey(assocName2, withHost(assocPath2, hostAddress2)));
@@ -103,11 +99,10 @@ CIMObjectPath ZDA_Common::buildAssocPath(const CIMName& assocClass, const String
 
 CIMObjectPath ZDA_Common::buildAssocPath(const CIMName& assocClass, const String& assocName1,
     const String& assocName2, const String& assocName3, const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3,
-    const String& hostAddress, String nameSpace)
+    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const String& hostAddress,
+    String nameSpace)
 {
-    CIMObjectPath path(hostAddress, CIMNamespaceName(nameSpace), assocClass,
-        Array<CIMKeyBinding>());
+    CIMObjectPath path(hostAddress, CIMNamespaceName(nameSpace), assocClass, Array<CIMKeyBinding>());
     Array<CIMKeyBinding> keys;
     keys.append(referenceKey(assocName1, withHost(assocPath1, hostAddress)));
     keys.append(referenceKey(assocName2, withHost(assocPath2, hostAddress)));
@@ -120,43 +115,42 @@ CIMInstance ZDA_Common::buildAssocInstance(const CIMName& assocClass, const Stri
     const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
     const String& hostAddress, String nameSpace, CIMClass& classSkeleton)
 {
-    return buildAssocInstance(assocClass, assocName1, assocName2, assocPath1, assocPath2,
-        hostAddress, hostAddress, hostAddress, nameSpace, classSkeleton);
+    return buildAssocInstance(assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress,
+        hostAddress, hostAddress, nameSpace, classSkeleton);
 }
 
 CIMInstance ZDA_Common::buildAssocInstance(const CIMName& assocClass, const String& assocName1,
     const String& assocName2, const CIMObjectPath& assocPath1, const CIMObjectPath& assocPath2,
-    const String& hostAddress1, const String& hostAddress2, const String& localAddress,
-    String nameSpace, CIMClass& classSkeleton)
+    const String& hostAddress1, const String& hostAddress2, const String& localAddress, String nameSpace,
+    CIMClass& classSkeleton)
 {
     CIMInstance instance = buildInstanceSkeleton(classSkeleton);
     setPropertyValue(instance, CIMName(assocName1), withHost(assocPath1, hostAddress1));
     setPropertyValue(instance, CIMName(assocName2), withHost(assocPath2, hostAddress2));
-    instance.setPath(buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2,
-        hostAddress1, hostAddress2, localAddress, nameSpace));
+    instance.setPath(buildAssocPath(assocClass, assocName1, assocName2, assocPath1, assocPath2, hostAddress1,
+        hostAddress2, localAddress, nameSpace));
     return instance;
 }
 
 CIMInstance ZDA_Common::buildAssocInstance(const CIMName& assocClass, const String& assocName1,
     const String& assocName2, const String& assocName3, const CIMObjectPath& assocPath1,
-    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3,
-    const String& hostAddress, String nameSpace, CIMClass& classSkeleton)
+    const CIMObjectPath& assocPath2, const CIMObjectPath& assocPath3, const String& hostAddress,
+    String nameSpace, CIMClass& classSkeleton)
 {
     CIMInstance instance = buildInstanceSkeleton(classSkeleton);
     setPropertyValue(instance, CIMName(assocName1), withHost(assocPath1, hostAddress));
     setPropertyValue(instance, CIMName(assocName2), withHost(assocPath2, hostAddress));
     setPropertyValue(instance, CIMName(assocName3), withHost(assocPath3, hostAddress));
-    instance.setPath(buildAssocPath(assocClass, assocName1, assocName2, assocName3, assocPath1,
-        assocPath2, assocPath3, hostAddress, nameSpace));
+    instance.setPath(buildAssocPath(assocClass, assocName1, assocName2, assocName3, assocPath1, assocPath2,
+        assocPath3, hostAddress, nameSpace));
     return instance;
 }
 
-Array<CIMInstance> ZDA_Common::filterReferenceNames(
-    const Array<CIMInstance>& targetAssociationInstanceList, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role)
+Array<CIMInstance> ZDA_Common::filterReferenceNames(const Array<CIMInstance>& targetAssociationInstanceList,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
 {
-    const CIMObjectPath targetReference(String(), CIMNamespaceName(),
-        objectName.getClassName(), objectName.getKeyBindings());
+    const CIMObjectPath targetReference(
+        String(), CIMNamespaceName(), objectName.getClassName(), objectName.getKeyBindings());
     Array<CIMInstance> result;
     for (Uint32 i = 0; i < targetAssociationInstanceList.size(); i++)
     {
@@ -179,8 +173,7 @@ Array<CIMInstance> ZDA_Common::filterAssocInstanceToTargetInstances(CIMInstance&
     const CIMObjectPath& targetObjectPath, const Array<CIMInstance>& resultInstanceList,
     Array<CIMName>& resultClass, String resultRole)
 {
-    const Array<CIMObjectPath> ends =
-        farEnds(assocInstance, targetObjectPath, resultClass, resultRole);
+    const Array<CIMObjectPath> ends = farEnds(assocInstance, targetObjectPath, resultClass, resultRole);
     Array<CIMInstance> result;
     for (Uint32 e = 0; e < ends.size(); e++)
     {

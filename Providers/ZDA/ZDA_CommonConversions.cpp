@@ -25,8 +25,7 @@ int fieldAt(const char* text, size_t index, size_t width)
     return std::atoi(digits);
 }
 
-const char RANDOM_ALPHABET[] =
-    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+const char RANDOM_ALPHABET[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
 
 std::mutex g_randMutex;
 bool rand_seeded = false;
@@ -41,9 +40,8 @@ CIMDateTime ZDA_Common::getCIMDateTime(time_t time)
     localtime_r(&time, &local);
     const int utc_offset = static_cast<int>(local.tm_gmtoff / 60);
     char text[79];
-    std::snprintf(text, sizeof text, "%04d%02d%02d%02d%02d%02d.%06d+%03d",
-        local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-        local.tm_sec, 0, std::abs(utc_offset));
+    std::snprintf(text, sizeof text, "%04d%02d%02d%02d%02d%02d.%06d+%03d", local.tm_year + 1900,
+        local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, 0, std::abs(utc_offset));
     if (utc_offset < 0)
         text[21] = '-';
     CIMDateTime result;
@@ -124,8 +122,7 @@ void ZDA_Common::generate_random_string(char* str, unsigned int len)
     if (!rand_seeded)
     {
         std::memset(&random_states, 0, sizeof random_states);
-        initstate_r(static_cast<unsigned int>(time(NULL)), g_rand_buf, sizeof g_rand_buf,
-            &random_states);
+        initstate_r(static_cast<unsigned int>(time(NULL)), g_rand_buf, sizeof g_rand_buf, &random_states);
         rand_seeded = true;
     }
     const size_t alphabetSize = sizeof RANDOM_ALPHABET - 1;

@@ -18,13 +18,14 @@ void copyField(char* field, size_t size, const char* text)
 
 }  // namespace
 
-void ZDA_Common::setEventParam(_api_evtparam_t* eventp, const char* className,
-    const char* method, const char* op, const char* user, const char* addr)
+void ZDA_Common::setEventParam(_api_evtparam_t* eventp, const char* className, const char* method,
+    const char* op, const char* user, const char* addr)
 {
     if (!eventp)
     {
-        log_message(2, "setEventParam: Unable to log event data. The control block pointer "
-                       "(eventp) is null.\n");
+        log_message(2,
+            "setEventParam: Unable to log event data. The control block pointer "
+            "(eventp) is null.\n");
         return;
     }
 
@@ -53,9 +54,8 @@ void ZDA_Common::setEventParam(_api_evtparam_t* eventp, const char* className,
         copyField(eventp->addr, sizeof eventp->addr, addr);
 }
 
-void ZDA_Common::setEventParam(_api_evtparam_t* eventp, const char* className,
-    const char* method, const char* op, const char* user, const char* addr,
-    const char* evtText)
+void ZDA_Common::setEventParam(_api_evtparam_t* eventp, const char* className, const char* method,
+    const char* op, const char* user, const char* addr, const char* evtText)
 {
     setEventParam(eventp, className, method, op, user, addr);
     if (eventp && evtText)
@@ -66,8 +66,9 @@ void ZDA_Common::setEventOp(_api_evtparam_t* eventp, const char* op)
 {
     if (!eventp)
     {
-        log_message(2, "setEventOp: Unable to log event data. The control block pointer "
-                       "(eventp) is null.\n");
+        log_message(2,
+            "setEventOp: Unable to log event data. The control block pointer "
+            "(eventp) is null.\n");
         return;
     }
     if (op)

@@ -22,8 +22,7 @@ const char INTERNAL_NAMESPACE[] = "root/PG_Internal";
 // through the handle; without, it passes on.
 CIMValue askInternalCache(const char* methodName, const char* outName, CIMOMHandle* cimom)
 {
-    const CIMObjectPath path =
-        ZDA_Common::buildInternalCacheObjectPath("localhost", "localhost");
+    const CIMObjectPath path = ZDA_Common::buildInternalCacheObjectPath("localhost", "localhost");
     Array<CIMParamValue> in;
     Array<CIMParamValue> out;
     if (cimom)
@@ -52,14 +51,12 @@ CIMValue askInternalCache(const char* methodName, const char* outName, CIMOMHand
             why = "unknown failure";
         }
         if (why.size() > 0)
-            log_message(3, "ZDA_Common: %s on %s failed over the local connection: %s\n",
-                methodName, (const char*)path.toString().getCString(),
-                (const char*)why.getCString());
+            log_message(3, "ZDA_Common: %s on %s failed over the local connection: %s\n", methodName,
+                (const char*)path.toString().getCString(), (const char*)why.getCString());
         if (viaHandle)
         {
             out.clear();
-            cimom->invokeMethod(OperationContext(), INTERNAL_NAMESPACE, path, methodName, in,
-                out);
+            cimom->invokeMethod(OperationContext(), INTERNAL_NAMESPACE, path, methodName, in, out);
         }
     }
     else
@@ -90,8 +87,8 @@ T valueOr(const CIMValue& value, T fallback)
 
 }  // namespace
 
-Array<CIMObjectPath> ZDA_Common::enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+Array<CIMObjectPath> ZDA_Common::enumerateInstanceNames(
+    const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     log_message(4, "-->ZDA_Common::enumerateInstanceNames()\n");
     CIMClient client;
@@ -102,28 +99,23 @@ Array<CIMObjectPath> ZDA_Common::enumerateInstanceNames(const CIMNamespaceName& 
     return names;
 }
 
-CIMValue ZDA_Common::invokeMethod(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
+CIMValue ZDA_Common::invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
 {
     log_message(4, "-->ZDA_Common::invokeMethod()\n");
     CIMClient client;
     client.connectLocal();
-    CIMValue result =
-        client.invokeMethod(nameSpace, instanceName, methodName, inParameters, outParameters);
+    CIMValue result = client.invokeMethod(nameSpace, instanceName, methodName, inParameters, outParameters);
     client.disconnect();
     log_message(4, "<--ZDA_Common::invokeMethod()\n");
     return result;
 }
 
-CIMObjectPath ZDA_Common::buildInternalCacheObjectPath(const String& hostAddr,
-    const String& systemName)
+CIMObjectPath ZDA_Common::buildInternalCacheObjectPath(const String& hostAddr, const String& systemName)
 {
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding(CIMName("InstanceID"), systemName + "-InternalCache",
-        CIMKeyBinding::STRING));
-    return CIMObjectPath(hostAddr, CIMNamespaceName(INTERNAL_NAMESPACE),
-        CIMName("ZDA_InternalCache"), keys);
+    keys.append(CIMKeyBinding(CIMName("InstanceID"), systemName + "-InternalCache", CIMKeyBinding::STRING));
+    return CIMObjectPath(hostAddr, CIMNamespaceName(INTERNAL_NAMESPACE), CIMName("ZDA_InternalCache"), keys);
 }
 
 String ZDA_Common::getSystemName(CIMOMHandle& cimom)

@@ -15,14 +15,13 @@ Array<CIMKeyBinding> keysWithoutHosts(const CIMObjectPath& path)
     for (Uint32 i = 0; i < keys.size(); i++)
     {
         CIMKeyBinding& key = keys[i];
-        if ((key.getType() != CIMKeyBinding::REFERENCE && key.getType() != CIMKeyBinding::STRING)
-            || key.getValue().size() == 0)
+        if ((key.getType() != CIMKeyBinding::REFERENCE && key.getType() != CIMKeyBinding::STRING) ||
+            key.getValue().size() == 0)
             continue;
         try
         {
             CIMObjectPath inner(key.getValue());
-            CIMObjectPath local(String(), inner.getNameSpace(), inner.getClassName(),
-                inner.getKeyBindings());
+            CIMObjectPath local(String(), inner.getNameSpace(), inner.getClassName(), inner.getKeyBindings());
             key.setValue(local.toString());
             key.setType(CIMKeyBinding::REFERENCE);
         }
@@ -34,8 +33,7 @@ Array<CIMKeyBinding> keysWithoutHosts(const CIMObjectPath& path)
         {
             log_message(3, "ZDA_Common: key %s of %s compared as a plain value: %s\n",
                 (const char*)key.getName().getString().getCString(),
-                (const char*)path.toString().getCString(),
-                (const char*)e.getMessage().getCString());
+                (const char*)path.toString().getCString(), (const char*)e.getMessage().getCString());
         }
     }
     return keys;
@@ -58,15 +56,13 @@ String addressOfHost(const String& host)
 
 Boolean ZDA_Common::matchObjectPath(const CIMObjectPath& path1, const CIMObjectPath& path2)
 {
-    CIMObjectPath local1(String(), path1.getNameSpace(), path1.getClassName(),
-        keysWithoutHosts(path1));
-    CIMObjectPath local2(String(), path2.getNameSpace(), path2.getClassName(),
-        keysWithoutHosts(path2));
+    CIMObjectPath local1(String(), path1.getNameSpace(), path1.getClassName(), keysWithoutHosts(path1));
+    CIMObjectPath local2(String(), path2.getNameSpace(), path2.getClassName(), keysWithoutHosts(path2));
     return local1.identical(local2);
 }
 
-Boolean ZDA_Common::verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
-    String& systemAddress)
+Boolean ZDA_Common::verifyRefMethodParam(
+    CIMObjectPath& ref, CIMNamespaceName nameSpace, String& systemAddress)
 {
     if (ref.getNameSpace().isNull())
     {
@@ -93,20 +89,18 @@ Boolean ZDA_Common::verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName na
 
     char normal[46] = "";
     const String address = addressOfHost(refHost);
-    if (validateConvertIP((const char*)address.getCString(), normal, sizeof normal) == 10
-        && ipv6_addr.size() > 0 && String::equal(String(normal), ipv6_addr))
+    if (validateConvertIP((const char*)address.getCString(), normal, sizeof normal) == 10 &&
+        ipv6_addr.size() > 0 && String::equal(String(normal), ipv6_addr))
         return true;
 
-    log_message(2, "The ref host [%s] does not match for this host!\n",
-        (const char*)refHost.getCString());
+    log_message(2, "The ref host [%s] does not match for this host!\n", (const char*)refHost.getCString());
     return false;
 }
 
-Boolean ZDA_Common::verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
-    String& systemAddress, CIMName expectedClass)
+Boolean ZDA_Common::verifyRefMethodParam(
+    CIMObjectPath& ref, CIMNamespaceName nameSpace, String& systemAddress, CIMName expectedClass)
 {
-    return verifyRefMethodParam(ref, nameSpace, systemAddress)
-        && ref.getClassName().equal(expectedClass);
+    return verifyRefMethodParam(ref, nameSpace, systemAddress) && ref.getClassName().equal(expectedClass);
 }
 
 Boolean ZDA_Common::verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName nameSpace,
@@ -122,8 +116,8 @@ Boolean ZDA_Common::verifyRefMethodParam(CIMObjectPath& ref, CIMNamespaceName na
     return false;
 }
 
-Boolean ZDA_Common::_isInstanceValidReference(const CIMObjectPath& target,
-    CIMInstance& instance, const String& role)
+Boolean ZDA_Common::_isInstanceValidReference(
+    const CIMObjectPath& target, CIMInstance& instance, const String& role)
 {
     if (role.size() > 0)
     {
@@ -139,11 +133,10 @@ Boolean ZDA_Common::_isInstanceValidReference(const CIMObjectPath& target,
             continue;
         CIMObjectPath path;
         property.getValue().get(path);
-        CIMObjectPath localReference(String(), CIMNamespaceName(), path.getClassName(),
-            path.getKeyBindings());
-        if ((role.size() == 0
-                || String::equalNoCase(property.getName().getString(), role))
-            && matchObjectPath(localReference, target))
+        CIMObjectPath localReference(
+            String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings());
+        if ((role.size() == 0 || String::equalNoCase(property.getName().getString(), role)) &&
+            matchObjectPath(localReference, target))
             return true;
     }
     return false;

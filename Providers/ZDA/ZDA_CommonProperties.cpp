@@ -12,15 +12,42 @@ namespace
 
 // The text of a value in the exit lines; arrays give one text per element,
 // each written on a line of its own.
-std::vector<std::string> describe(int v) { return {std::to_string(v)}; }
-std::vector<std::string> describe(Uint64 v) { return {std::to_string(v)}; }
-std::vector<std::string> describe(Uint32 v) { return {std::to_string(v)}; }
-std::vector<std::string> describe(Uint16 v) { return {std::to_string(v)}; }
-std::vector<std::string> describe(Uint8 v) { return {std::to_string(v)}; }
-std::vector<std::string> describe(Boolean v) { return {std::to_string(v ? 1 : 0)}; }
-std::vector<std::string> describe(const String& v) { return {(const char*)v.getCString()}; }
-std::vector<std::string> describe(const CIMDateTime& v) { return describe(v.toString()); }
-std::vector<std::string> describe(const CIMObjectPath& v) { return describe(v.toString()); }
+std::vector<std::string> describe(int v)
+{
+    return {std::to_string(v)};
+}
+std::vector<std::string> describe(Uint64 v)
+{
+    return {std::to_string(v)};
+}
+std::vector<std::string> describe(Uint32 v)
+{
+    return {std::to_string(v)};
+}
+std::vector<std::string> describe(Uint16 v)
+{
+    return {std::to_string(v)};
+}
+std::vector<std::string> describe(Uint8 v)
+{
+    return {std::to_string(v)};
+}
+std::vector<std::string> describe(Boolean v)
+{
+    return {std::to_string(v ? 1 : 0)};
+}
+std::vector<std::string> describe(const String& v)
+{
+    return {(const char*)v.getCString()};
+}
+std::vector<std::string> describe(const CIMDateTime& v)
+{
+    return describe(v.toString());
+}
+std::vector<std::string> describe(const CIMObjectPath& v)
+{
+    return describe(v.toString());
+}
 template <class T>
 std::vector<std::string> describe(const Array<T>& v)
 {
@@ -31,8 +58,7 @@ std::vector<std::string> describe(const Array<T>& v)
 }
 
 template <class T>
-int readProperty(CIMInstance& instance, const String& propertyName, T& value,
-    const char* logName)
+int readProperty(CIMInstance& instance, const String& propertyName, T& value, const char* logName)
 {
     log_message(4, "-->ZDA_Common::getProperty(%s), propertyName = %s\n", logName,
         (const char*)propertyName.getCString());
@@ -60,8 +86,8 @@ template <class T>
 int readParameter(const Array<CIMParamValue>& paramList, const String& paramName, T& paramValue,
     const char* logName, bool logValue = true)
 {
-    log_message(4, "-->ZDA_Common::getParameter(%s), paramName = %s\n", logName,
-        (const char*)paramName.getCString());
+    log_message(
+        4, "-->ZDA_Common::getParameter(%s), paramName = %s\n", logName, (const char*)paramName.getCString());
     int result = 0;
     bool found = false;
     for (Uint32 i = 0; i < paramList.size(); i++)
@@ -104,8 +130,8 @@ void writeProperty(CIMInstance& instance, const CIMName& propertyName, const T& 
 
 CIMValue ZDA_Common::getPropertyValue(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(4, "-->ZDA_Common::getStringProperty(), propertyName = %s\n",
-        (const char*)propertyName.getCString());
+    log_message(
+        4, "-->ZDA_Common::getStringProperty(), propertyName = %s\n", (const char*)propertyName.getCString());
     if (propertyName.size() == 0 || instance.isUninitialized())
     {
         log_message(3, "\tInvalid property name.\n");
@@ -115,15 +141,15 @@ CIMValue ZDA_Common::getPropertyValue(const CIMInstance& instance, const String&
     Uint32 pos = instance.findProperty(CIMName(propertyName));
     if (pos != PEG_NOT_FOUND)
         value = instance.getProperty(pos).getValue();
-    log_message(4, "<--ZDA_Common::getStringProperty(), value = %s\n",
-        (const char*)value.toString().getCString());
+    log_message(
+        4, "<--ZDA_Common::getStringProperty(), value = %s\n", (const char*)value.toString().getCString());
     return value;
 }
 
 String ZDA_Common::getStringProperty(const CIMInstance& instance, const String& propertyName)
 {
-    log_message(4, "-->ZDA_Common::getStringProperty(), propertyName = %s\n",
-        (const char*)propertyName.getCString());
+    log_message(
+        4, "-->ZDA_Common::getStringProperty(), propertyName = %s\n", (const char*)propertyName.getCString());
     if (propertyName.size() == 0 || instance.isUninitialized())
     {
         log_message(3, "\tInvalid property name.\n");
@@ -137,8 +163,7 @@ String ZDA_Common::getStringProperty(const CIMInstance& instance, const String& 
         if (!v.isNull())
             v.get(value);
     }
-    log_message(4, "<--ZDA_Common::getStringProperty(), value = %s\n",
-        (const char*)value.getCString());
+    log_message(4, "<--ZDA_Common::getStringProperty(), value = %s\n", (const char*)value.getCString());
     return value;
 }
 
@@ -210,52 +235,62 @@ int ZDA_Common::getProperty(CIMInstance& instance, const String& propertyName, C
 
 // ---- parameter readers -------------------------------------------------------------
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint8& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Uint8");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint16& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Uint16");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint32& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Uint32");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Uint64& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Uint64");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Boolean& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Boolean");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, CIMDateTime& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "CIMDateTime");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, CIMObjectPath& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "CIMObjectPath");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, String& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "String");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Array<Uint16>& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Array<Uint16>");
 }
 
-int ZDA_Common::getParameter(const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue)
+int ZDA_Common::getParameter(
+    const Array<CIMParamValue>& paramList, const String& paramName, Array<String>& paramValue)
 {
     return readParameter(paramList, paramName, paramValue, "Array<String>", false);
 }
@@ -335,7 +370,8 @@ void ZDA_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, c
     writeProperty(instance, propertyName, value);
 }
 
-void ZDA_Common::setPropertyValue(CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value)
+void ZDA_Common::setPropertyValue(
+    CIMInstance& instance, CIMName propertyName, const Array<CIMDateTime>& value)
 {
     writeProperty(instance, propertyName, value);
 }

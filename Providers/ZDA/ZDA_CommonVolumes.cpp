@@ -45,8 +45,7 @@ int queryChunk(const std::string& chunk, Array<String>& vvNames)
         log_message(2, "Cannot create filter list\n");
         return 4;
     }
-    if (api_getvv_filter_add(&filter, API_VVFILTER_ATTR_WWN, API_VVFILTER_OP_ANY, chunk.c_str())
-        != 0)
+    if (api_getvv_filter_add(&filter, API_VVFILTER_ATTR_WWN, API_VVFILTER_OP_ANY, chunk.c_str()) != 0)
     {
         log_message(2, "Cannot update filter list\n");
         api_getvv_filter_free(&filter);
@@ -98,8 +97,9 @@ int ZDA_Common::fillInVVNames(Array<CIMObjectPath>& memberVols, Array<String>& v
     }
     catch (const std::bad_alloc&)
     {
-        log_message(2, "ZDA_Common::fillInVVNames: Unable to allocate memory for source VV "
-                       "Paths\n");
+        log_message(2,
+            "ZDA_Common::fillInVVNames: Unable to allocate memory for source VV "
+            "Paths\n");
         return 4;
     }
 
@@ -115,8 +115,8 @@ int ZDA_Common::fillInVVNames(Array<CIMObjectPath>& memberVols, Array<String>& v
     return vvNames.size() == 0 ? 4 : 0;
 }
 
-int ZDA_Common::fillInVVNames(Array<CIMObjectPath>& memberVols, api_name_t** vvNames,
-    unsigned int* memberCount)
+int ZDA_Common::fillInVVNames(
+    Array<CIMObjectPath>& memberVols, api_name_t** vvNames, unsigned int* memberCount)
 {
     if (!vvNames || !memberCount)
     {
@@ -142,8 +142,7 @@ int ZDA_Common::fillInVVNames(Array<CIMObjectPath>& memberVols, api_name_t** vvN
     return 0;
 }
 
-int ZDA_Common::removeVVs(_api_evtparam_t* apiEventp, Array<CIMObjectPath>& volRefs,
-    Uint32 noWait)
+int ZDA_Common::removeVVs(_api_evtparam_t* apiEventp, Array<CIMObjectPath>& volRefs, Uint32 noWait)
 {
     const int maxRetries = 10;
     for (int retries = 0;; retries++)
@@ -161,30 +160,26 @@ int ZDA_Common::removeVVs(_api_evtparam_t* apiEventp, Array<CIMObjectPath>& volR
         rc = cim_sem_wait();
         if (rc == 0)
         {
-            rc = api_removeVVs(apiEventp, names, static_cast<int>(count),
-                static_cast<int>(noWait), 0);
+            rc = api_removeVVs(apiEventp, names, static_cast<int>(count), static_cast<int>(noWait), 0);
             cim_sem_post();
         }
         std::free(names);
 
         switch (rc)
         {
-            case 0:
-                // Paths that named no volume were not removed.
-                return volRefs.size() > count ? 32768 : 0;
-            case API_E_BUSY:
-                if (retries < maxRetries)
-                {
-                    sleep(2);
-                    continue;
-                }
-                log_message(2, "Volumes are busy, cannot be removed\n");
-                return 4;
-            case API_E_PARTIAL_REMOVE:
-                return 32768;
-            default:
-                log_message(2, "Volume deletion failed\n");
-                return 4;
+        case 0:
+            // Paths that named no volume were not removed.
+            return volRefs.size() > count ? 32768 : 0;
+        case API_E_BUSY:
+            if (retries < maxRetries)
+            {
+                sleep(2);
+                continue;
+            }
+            log_message(2, "Volumes are busy, cannot be removed\n");
+            return 4;
+        case API_E_PARTIAL_REMOVE: return 32768;
+        default: log_message(2, "Volume deletion failed\n"); return 4;
         }
     }
 }

@@ -27,8 +27,8 @@ namespace ZDA_CompanionFrame
 // Refuses a path whose class is neither `served` nor `alsoServed` (the
 // general class a provider also answers for; none when null) with
 // CIMNotSupportedException "<served> Invalid class name<class>".
-inline void checkClassName(const CIMObjectPath& reference, const String& served,
-    const char* alsoServed = nullptr)
+inline void checkClassName(
+    const CIMObjectPath& reference, const String& served, const char* alsoServed = nullptr)
 {
     const CIMName className = reference.getClassName();
     if (className.equal(served) || (alsoServed && className.equal(alsoServed)))
@@ -62,8 +62,7 @@ inline void openArrayForCaller(const OperationContext& context, const char* file
     if (context.contains(IdentityContainer::NAME))
         user = IdentityContainer(context.get(IdentityContainer::NAME)).getUserName();
     if (api_zdaOpenForCimserver((const char*)user.getCString()) != 0)
-        throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user",
-            file, line);
+        throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", file, line);
 }
 
 // Makes one array call that returns an int, holding the array semaphore for

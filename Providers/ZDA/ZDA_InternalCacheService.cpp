@@ -34,8 +34,8 @@ std::string lowerText(const String& text)
 
 // The key of one class within its table. A null property list means every
 // property, which differs from an empty list (no property at all).
-std::string classKey(const CIMNamespaceName& nameSpace, const CIMName& className,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+std::string classKey(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     std::string key = lowerText(nameSpace.getString());
     key += ':';
@@ -107,8 +107,7 @@ bool ZDA_InternalCacheService::initSystemInfo()
     }
     if (rc != 0)
     {
-        log_message(2, "ZDA_InternalCacheService::initSystemInfo: api_getSystemInfo error (%d)\n",
-            rc);
+        log_message(2, "ZDA_InternalCacheService::initSystemInfo: api_getSystemInfo error (%d)\n", rc);
         return false;
     }
 
@@ -182,28 +181,24 @@ time_t ZDA_InternalCacheService::getStorageArrayUpdateTime() const
     return _getStorageArrayUpdateTime;
 }
 
-Uint32 ZDA_InternalCacheService::getClassHashArrayIndex(Boolean localOnly,
-    Boolean includeQualifiers)
+Uint32 ZDA_InternalCacheService::getClassHashArrayIndex(Boolean localOnly, Boolean includeQualifiers)
 {
     return (localOnly ? 2u : 0u) + (includeQualifiers ? 1u : 0u);
 }
 
-CIMClass ZDA_InternalCacheService::getClassFromRepository(CIMOMHandle& cimom,
-    const OperationContext& context, const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+CIMClass ZDA_InternalCacheService::getClassFromRepository(CIMOMHandle& cimom, const OperationContext& context,
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
-    return cimom.getClass(context, nameSpace, className, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+    return cimom.getClass(
+        context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
-CIMClass ZDA_InternalCacheService::getStoredCIMClass(CIMOMHandle& cimom,
-    const OperationContext& context, const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
+CIMClass ZDA_InternalCacheService::getStoredCIMClass(CIMOMHandle& cimom, const OperationContext& context,
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
     Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
-    ZDA_CIMClassHashTable& table =
-        g_cimclassTable[getClassHashArrayIndex(localOnly, includeQualifiers)];
+    ZDA_CIMClassHashTable& table = g_cimclassTable[getClassHashArrayIndex(localOnly, includeQualifiers)];
     const std::string key = classKey(nameSpace, className, includeClassOrigin, propertyList);
     {
         std::lock_guard<std::mutex> lock(_classMutex);
@@ -215,8 +210,8 @@ CIMClass ZDA_InternalCacheService::getStoredCIMClass(CIMOMHandle& cimom,
     // Not held across the server call: the server may call back into
     // providers that use this cache. Two threads that miss together both
     // fetch; the first to return fills the entry.
-    CIMClass fetched = getClassFromRepository(cimom, context, nameSpace, className, localOnly,
-        includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass fetched = getClassFromRepository(
+        cimom, context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
     std::lock_guard<std::mutex> lock(_classMutex);
     auto inserted = table.emplace(key, fetched.clone());
     return inserted.first->second.clone();

@@ -56,7 +56,7 @@ public:
     // classes stay, as they do not depend on the array.
     void refresh();
 
-    String getSystemAddress() const;    // IPv4 address text, "" when the array has none
+    String getSystemAddress() const;  // IPv4 address text, "" when the array has none
     String getSystemName() const;
     String getSystemHostName() const;
     Uint8 isQuadPortSystem() const;
@@ -77,8 +77,7 @@ public:
     // exceptions; nothing is cached then.
     CIMClass getStoredCIMClass(CIMOMHandle& cimom, const OperationContext& context,
         const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // Which of the four class tables serves a request with these flags.
     static Uint32 getClassHashArrayIndex(Boolean localOnly, Boolean includeQualifiers);
@@ -97,12 +96,11 @@ private:
 
     CIMClass getClassFromRepository(CIMOMHandle& cimom, const OperationContext& context,
         const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
-    mutable std::mutex _factsMutex;     // guards the facts below
+    mutable std::mutex _factsMutex;  // guards the facts below
     std::atomic<bool> _filled{false};
-    Uint32 _generation = 0;             // counts refresh() calls
+    Uint32 _generation = 0;  // counts refresh() calls
     String _systemAddress;
     String _systemName;
     std::atomic<cim_policy_t> _policy{0};
@@ -112,7 +110,7 @@ private:
     Uint32 _systemID = 0;
     int _systemType = 0;
 
-    std::mutex _classMutex;             // guards g_cimclassTable
+    std::mutex _classMutex;  // guards g_cimclassTable
     ZDA_CIMClassHashTable g_cimclassTable[4];
 };
 

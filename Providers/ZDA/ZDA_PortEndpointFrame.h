@@ -43,14 +43,13 @@ const Uint32 KEY_COUNT = 4;
 inline String positionOf(const api_port_t& port)
 {
     char text[16];
-    snprintf(text, sizeof text, "%u:%u:%u", unsigned(port.node), unsigned(port.slot),
-        unsigned(port.port));
+    snprintf(text, sizeof text, "%u:%u:%u", unsigned(port.node), unsigned(port.slot), unsigned(port.port));
     return String(text);
 }
 
 // The path of an endpoint: host `hostName`, the four keys.
-inline CIMObjectPath endpointPath(const char* className, const String& systemName,
-    const String& hostName, const String& name)
+inline CIMObjectPath endpointPath(
+    const char* className, const String& systemName, const String& hostName, const String& name)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("SystemCreationClassName", SYSTEM_CLASS, CIMKeyBinding::STRING));
@@ -62,9 +61,8 @@ inline CIMObjectPath endpointPath(const char* className, const String& systemNam
 
 // What every endpoint shows: its keys, a caption, and whether the port's
 // link is up (OperationalStatus 2 OK or 10 Stopped; EnabledState 2 enabled).
-inline CIMInstance endpointInstance(const char* className, const String& systemName,
-    const String& hostName, const String& name, const String& caption, bool linkUp,
-    CIMClass& endpointClass)
+inline CIMInstance endpointInstance(const char* className, const String& systemName, const String& hostName,
+    const String& name, const String& caption, bool linkUp, CIMClass& endpointClass)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(endpointClass);
     ZDA_Common::setPropertyValue(instance, "SystemCreationClassName", String(SYSTEM_CLASS));
@@ -94,8 +92,8 @@ struct EndpointKind
     // The endpoint's Name for a port.
     String (*nameOf)(const api_port_t& port);
     // The full instance of a port.
-    CIMInstance (*build)(const api_port_t& port, const String& systemName,
-        const String& hostName, CIMClass& endpointClass);
+    CIMInstance (*build)(
+        const api_port_t& port, const String& systemName, const String& hostName, CIMClass& endpointClass);
 };
 
 // The system name and host name the endpoints carry, from the internal
@@ -128,8 +126,8 @@ inline void serve(const EndpointKind& kind, CIMOMHandle& cimom, const OperationC
     ZDA_CompanionFrame::openArrayForCaller(context, kind.provider, __LINE__);
     const CIMName given = reference.getClassName();
     if (!given.equal(kind.className) && !given.equal(kind.superClass))
-        throw CIMNotSupportedException(String(kind.className) + " Invalid class name" +
-            (given.isNull() ? String() : given.getString()));
+        throw CIMNotSupportedException(
+            String(kind.className) + " Invalid class name" + (given.isNull() ? String() : given.getString()));
     const bool getInstance = method == CIM_GET_INSTANCE;
     String wanted;
     if (getInstance)
@@ -137,8 +135,7 @@ inline void serve(const EndpointKind& kind, CIMOMHandle& cimom, const OperationC
         const Uint32 keys = reference.getKeyBindings().size();
         if (keys != KEY_COUNT)
         {
-            log_message(2, "%s::getInstance(): Invalid number of keys (%u)\n", kind.provider,
-                keys);
+            log_message(2, "%s::getInstance(): Invalid number of keys (%u)\n", kind.provider, keys);
             throw CIMInvalidParameterException(String(kind.className) + " Expect four keys.");
         }
         wanted = ZDA_Common::getStringProperty(reference, "Name");
@@ -146,9 +143,8 @@ inline void serve(const EndpointKind& kind, CIMOMHandle& cimom, const OperationC
 
     CIMClass endpointClass;
     if (method != CIM_ENUMERATE_INSTANCE_NAMES)
-        endpointClass = ZDA_Common::getStoredCIMClass(cimom, OperationContext(),
-            ENDPOINT_NAMESPACE, kind.className, false, includeQualifiers, includeClassOrigin,
-            propertyList);
+        endpointClass = ZDA_Common::getStoredCIMClass(cimom, OperationContext(), ENDPOINT_NAMESPACE,
+            kind.className, false, includeQualifiers, includeClassOrigin, propertyList);
 
     String systemName;
     String hostName;
@@ -217,41 +213,39 @@ public:
     virtual void initialize(CIMOMHandle& cimom) { _cimom = cimom; }
     virtual void terminate() { delete this; }
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         cim_handler_u h;
         h.instanceHandler = &handler;
-        serve(_kind, _cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
-            propertyList, CIM_GET_INSTANCE, h);
+        serve(_kind, _cimom, context, instanceReference, includeQualifiers, includeClassOrigin, propertyList,
+            CIM_GET_INSTANCE, h);
     }
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         cim_handler_u h;
         h.instanceHandler = &handler;
-        serve(_kind, _cimom, context, classReference, includeQualifiers, includeClassOrigin,
-            propertyList, CIM_ENUMERATE_INSTANCES, h);
+        serve(_kind, _cimom, context, classReference, includeQualifiers, includeClassOrigin, propertyList,
+            CIM_ENUMERATE_INSTANCES, h);
     }
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler)
     {
         cim_handler_u h;
         h.objectPathHandler = &handler;
         serve(_kind, _cimom, context, classReference, false, false, CIMPropertyList(),
             CIM_ENUMERATE_INSTANCE_NAMES, h);
     }
-    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
+    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
+        const Boolean, const CIMPropertyList&, ResponseHandler&)
     {
         throw CIMNotSupportedException(String(_kind.className) + " does not support modifyInstance.");
     }
-    virtual void createInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, ObjectPathResponseHandler&)
+    virtual void createInstance(
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
     {
         throw CIMNotSupportedException(String(_kind.className) + " does not support createInstance.");
     }

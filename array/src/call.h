@@ -13,17 +13,24 @@
 
 #include "runtime.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
-enum class Sem { Needed, NotNeeded };
+enum class Sem
+{
+    Needed,
+    NotNeeded
+};
 
 // Marks a call that changes the array, with the audit record it received
 // (may be null).
-struct Changing {
+struct Changing
+{
     const api_evtparam_t* event;
 };
 
-class ApiCall {
+class ApiCall
+{
 public:
     ApiCall(const char* function, Sem sem);
     ApiCall(const char* function, Sem sem, Changing change);
@@ -90,17 +97,25 @@ api_Status_t statusError(int code, const char* format, ...)
 api_Status_t statusFromFault(const Fault& f);
 
 // strncpy that always terminates; copies at most size - 1 bytes.
-inline void copyText(char* dst, size_t size, const std::string& src) {
-    if (size == 0) return;
+inline void copyText(char* dst, size_t size, const std::string& src)
+{
+    if (size == 0)
+        return;
     const size_t n = src.size() < size - 1 ? src.size() : size - 1;
     std::memcpy(dst, src.data(), n);
     dst[n] = '\0';
 }
 template <size_t N>
-void copyText(char (&dst)[N], const std::string& src) { copyText(dst, N, src); }
+void copyText(char (&dst)[N], const std::string& src)
+{
+    copyText(dst, N, src);
+}
 
 // A C string argument as std::string, with NULL as "".
-inline std::string str(const char* s) { return s ? std::string(s) : std::string(); }
+inline std::string str(const char* s)
+{
+    return s ? std::string(s) : std::string();
+}
 
 // A name field of a request: at most 31 characters up to the first NUL.
 std::string fieldName(const char* field, size_t size);

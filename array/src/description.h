@@ -17,11 +17,13 @@
 #include "rcopy_model.h"
 #include "task_model.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
 struct Runtime;
 
-struct LoadedArray {
+struct LoadedArray
+{
     ArrayModel model;
     RcState rcopy;
     TaskState tasks;
@@ -29,7 +31,8 @@ struct LoadedArray {
 
 // Reads the description `text`. Relative times ("-2h") count from `now`.
 // Returns "" on success, or "<origin>: <field>: <what is wrong>".
-std::string parseDescription(const std::string& text, const std::string& origin, time_t now, LoadedArray& out);
+std::string parseDescription(
+    const std::string& text, const std::string& origin, time_t now, LoadedArray& out);
 
 // The description of the array as it is (absolute times, every field).
 std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskState& tasks);
@@ -37,7 +40,8 @@ std::string describeArray(const ArrayModel& m, const RcState& rc, const TaskStat
 // A description in pieces, so that a change can be written as the pieces it
 // touched (the state file's journal): every section but the volumes and
 // vvsets as one object by section name, and the volumes and vvsets by id.
-struct DescriptionPieces {
+struct DescriptionPieces
+{
     nlohmann::ordered_json sections = nlohmann::ordered_json::object();
     std::map<uint32_t, nlohmann::ordered_json> volumes;
     std::map<uint32_t, nlohmann::ordered_json> sets;

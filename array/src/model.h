@@ -19,17 +19,19 @@
 
 #include "zdaapi.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
-struct SystemInfo {
+struct SystemInfo
+{
     std::string name = "zda-sim";
     uint32_t id = 1300001;
     int type = 7400;
     std::string hostName = "zda-sim.local";
     std::string contact;
     std::string owner;
-    std::string ipv4;          // dotted text, "" for none
-    std::string ipv6;          // text, "" for none
+    std::string ipv4;  // dotted text, "" for none
+    std::string ipv6;  // text, "" for none
     uint8_t isQuadPort = 0;
     uint32_t policyFlags = 0;  // API_POLICY_* bits
     int nodesTotal = 2;
@@ -47,19 +49,22 @@ struct SystemInfo {
     api_u64_t wwnPrefix() const { return (0x60002D1Aull << 32) | id; }
 };
 
-struct Role {
+struct Role
+{
     std::string name;
     int defaultAnswer = API_AUTH_DENIED;
     std::map<std::string, int> rights;  // exact key -> API_AUTH_* answer
 };
 
-struct User {
+struct User
+{
     std::string name;
     std::string role;
     bool openRefused = false;
 };
 
-struct Cpg {
+struct Cpg
+{
     uint32_t id = 0;
     std::string name;
     std::string domain;
@@ -68,11 +73,13 @@ struct Cpg {
 };
 
 // A storage setting: the record as callers read and write it.
-struct Setting {
+struct Setting
+{
     api_setting_t record{};
 };
 
-struct Volume {
+struct Volume
+{
     uint32_t id = 0;
     std::string name;
     int type = API_VV_TYPE_BASE;
@@ -85,7 +92,7 @@ struct Volume {
     api_u64_t snapUsedMiB = 0;
     api_u64_t wwn = 0;
     api_u64_t wwnRe = 0;
-    std::string wwnText;       // upper-case, as api_wwnIntToString writes it
+    std::string wwnText;  // upper-case, as api_wwnIntToString writes it
     time_t creationTime = 0;
     time_t curWhenSynced = 0;
     uint32_t expirationTime = 0;
@@ -93,26 +100,29 @@ struct Volume {
     bool readOnly = false;
     uint8_t copyProgress = 0;
     std::string usrCpg;
-    std::string snapCpg;       // "" when the volume has no snapshot space
+    std::string snapCpg;  // "" when the volume has no snapshot space
     std::string domain;
     std::string comment;
-    int busyRemovals = 0;      // removal attempts still answered busy; -1 always
+    int busyRemovals = 0;  // removal attempts still answered busy; -1 always
 };
 
-struct VVSet {
+struct VVSet
+{
     uint32_t id = 0;
     std::string name;
     std::string comment;
     std::string domain;
-    std::vector<std::string> members;             // volume names, in order
+    std::vector<std::string> members;  // volume names, in order
     std::map<std::string, std::string> keyValues;
 };
 
-struct Port {
+struct Port
+{
     api_port_t record{};
 };
 
-struct EventRecord {
+struct EventRecord
+{
     time_t when = 0;
     std::string call;
     api_evtparam_t event{};
@@ -125,7 +135,8 @@ class ArrayModel;
 // state file writes only those objects. Volumes and vvsets are noted by id
 // whenever they are handed out for change, added or removed (an id no longer
 // in the model was removed); `whole` means everything may have changed.
-struct ModelChanges {
+struct ModelChanges
+{
     bool whole = false;
     std::set<uint32_t> volumes;
     std::set<uint32_t> sets;
@@ -133,24 +144,42 @@ struct ModelChanges {
 
 // A part of the model kept in its own files. The model calls every part
 // under the model mutex.
-class ModelPart {
+class ModelPart
+{
 public:
     virtual ~ModelPart() = default;
     // The array was emptied.
     virtual void clear() = 0;
     // The clock moved forward to `now` (called before every call); a part
     // may update the local objects it drives (e.g. a finished copy).
-    virtual void advanceTo(ArrayModel& model, time_t now) { (void)model; (void)now; }
+    virtual void advanceTo(ArrayModel& model, time_t now)
+    {
+        (void)model;
+        (void)now;
+    }
     // A call that changes the array has finished (whatever its result).
-    virtual void changed(ArrayModel& model, time_t now) { (void)model; (void)now; }
+    virtual void changed(ArrayModel& model, time_t now)
+    {
+        (void)model;
+        (void)now;
+    }
     // Why `volume` cannot be removed or changed because this part uses it,
     // or "" when it is free.
-    virtual std::string volumeUse(const Volume& volume) const { (void)volume; return {}; }
+    virtual std::string volumeUse(const Volume& volume) const
+    {
+        (void)volume;
+        return {};
+    }
     // Why `set` cannot be removed because this part uses it, or "".
-    virtual std::string setUse(const VVSet& set) const { (void)set; return {}; }
+    virtual std::string setUse(const VVSet& set) const
+    {
+        (void)set;
+        return {};
+    }
 };
 
-class ArrayModel {
+class ArrayModel
+{
 public:
     SystemInfo system;
     std::map<std::string, Role> roles;

@@ -19,10 +19,12 @@
 #include "model.h"
 #include "task_model.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
 // rm_group_target.rm_state: what a group does on one target.
-enum GroupTargetState : uint8_t {
+enum GroupTargetState : uint8_t
+{
     kGtNew = 0,       // created, never started
     kGtStarting = 1,  // started, first synchronisation still running
     kGtStarted = 2,   // started
@@ -30,40 +32,44 @@ enum GroupTargetState : uint8_t {
     kGtFailsafe = 5,  // stopped by the array to protect the data
 };
 
-struct RcSystem {
+struct RcSystem
+{
     uint8_t mode = RM_SYS_MODE_NONE;  // RM_SYS_MODE_* bits
     uint8_t status = 0;               // RM_SYS_INVALID and other bits
 };
 
-struct RcTarget {
+struct RcTarget
+{
     uint16_t id = 0;
     std::string name;
     uint8_t status = RM_TARGET_READY;
     uint8_t flags = 0;
-    uint8_t type = 1;                 // 1 IP, 2 FC
+    uint8_t type = 1;  // 1 IP, 2 FC
     uint32_t options = 0;
     uint32_t remoteSysId = 0;
     std::string remoteSysName;
-    std::string nodeWwn;              // "" when only the computed WWN is known
+    std::string nodeWwn;  // "" when only the computed WWN is known
     std::string computedWwn;
     uint32_t policy = 0;
-    uint32_t syncRateMiBps = 256;     // how fast synchronisations to it run
+    uint32_t syncRateMiBps = 256;  // how fast synchronisations to it run
 };
 
-struct RcLink {
+struct RcLink
+{
     uint16_t id = 0;
     std::string name;
     std::string target;
-    std::string localPort;            // "n:s:p"
+    std::string localPort;  // "n:s:p"
     std::string remoteAddr;
-    uint8_t status = 1;               // 1 up, 0 down
-    uint8_t type = 1;                 // 1 IP, 2 FC
+    uint8_t status = 1;  // 1 up, 0 down
+    uint8_t type = 1;    // 1 IP, 2 FC
 };
 
 // A volume's state on one target of its group. `status` is kept in the
 // primary's terms (RM_GROUP_VV_NEW .. _UNSYNC, _STALE, _STOPPED, ...);
 // a group on the secondary side shows the remote variants.
-struct RcMap {
+struct RcMap
+{
     std::string target;
     std::string remoteName;
     uint32_t remoteVid = 0xFFFFFFFEu;
@@ -79,42 +85,45 @@ struct RcMap {
     bool absent = false;
 };
 
-struct RcVolume {
+struct RcVolume
+{
     std::string name;
-    api_u64_t wwn = 0;                // the local volume's WWN, which never changes while
-    api_u64_t wwnRe = 0;              // the volume is in a group (it cannot be removed)
-    std::vector<RcMap> maps;          // one per target of the group, in its order
+    api_u64_t wwn = 0;        // the local volume's WWN, which never changes while
+    api_u64_t wwnRe = 0;      // the volume is in a group (it cannot be removed)
+    std::vector<RcMap> maps;  // one per target of the group, in its order
 };
 
-struct RcGroupTarget {
+struct RcGroupTarget
+{
     std::string target;
     std::string remoteGroup;
     uint32_t mode = RM_TARGET_MODE_PERIODIC;
-    uint32_t syncPeriod = 0;          // seconds; 0 no periodic sync
+    uint32_t syncPeriod = 0;  // seconds; 0 no periodic sync
     uint8_t state = kGtNew;
     uint32_t options = 0;
     uint32_t lastSync = 0;
-    std::string userCpg;              // on the remote system
+    std::string userCpg;  // on the remote system
     std::string snapCpg;
     uint32_t remoteGroupId = 0;
-    uint32_t syncTid = 0;             // the running synchronisation, 0 none
+    uint32_t syncTid = 0;  // the running synchronisation, 0 none
 };
 
 // RcGroup::flags: a reversal under way started from a failover.
 constexpr uint32_t kReverseFromFailover = 0x1u;
 
-struct RcGroup {
+struct RcGroup
+{
     uint16_t id = 0;
     std::string name;
     std::string domain;
-    std::string userCpg;              // local CPGs of the group's volumes
+    std::string userCpg;  // local CPGs of the group's volumes
     std::string snapCpg;
-    uint8_t primary = 1;              // the group is the source now
-    uint8_t natural = 1;              // the group is the source in its natural direction
+    uint8_t primary = 1;  // the group is the source now
+    uint8_t natural = 1;  // the group is the source in its natural direction
     rm_dr_state_t drState = RM_DR_NONE;
-    time_t drStepEnds = 0;            // when the running disaster-recovery step ends
+    time_t drStepEnds = 0;  // when the running disaster-recovery step ends
     uint32_t autoSetId = 0;
-    uint32_t setId = 0;               // the vvset that holds the group's volumes
+    uint32_t setId = 0;  // the vvset that holds the group's volumes
     uint32_t flags = 0;
     std::vector<RcGroupTarget> targets;
     std::vector<RcVolume> volumes;
@@ -125,11 +134,12 @@ struct RcGroup {
 };
 
 // Everything the remote copy part keeps; copied whole by array descriptions.
-struct RcState {
+struct RcState
+{
     RcSystem system;
     std::vector<RcTarget> targets;
     std::vector<RcLink> links;
-    std::vector<RcGroup> groups;      // in creation order
+    std::vector<RcGroup> groups;  // in creation order
     uint16_t nextGroupId = 1;
     uint32_t nextAutoSetId = 5001;
 
@@ -142,7 +152,8 @@ struct RcState {
 
 // The outcome of a remote copy operation: code 0 or an API_E_* code with a
 // text naming the object and the reason; `tasks` the synchronisations started.
-struct RcResult {
+struct RcResult
+{
     int code = API_OK;
     std::string text;
     std::vector<uint32_t> tasks;
@@ -151,7 +162,8 @@ struct RcResult {
     bool ok() const { return code == API_OK; }
 };
 
-class RemoteCopy : public ModelPart {
+class RemoteCopy : public ModelPart
+{
 public:
     // How long disaster-recovery steps without data to move take.
     static constexpr long kDrStepSeconds = 5;
@@ -173,8 +185,8 @@ public:
     RcResult start(ArrayModel& m, const std::string& group, int flags, const std::string& user, time_t now);
     RcResult stop(ArrayModel& m, const std::string& group, time_t now);
     RcResult sync(ArrayModel& m, const std::string& group, int flags, const std::string& user, time_t now);
-    RcResult set(ArrayModel& m, const std::string& group, const std::string& target, int selector,
-                 int value, const std::string& user, time_t now);
+    RcResult set(ArrayModel& m, const std::string& group, const std::string& target, int selector, int value,
+        const std::string& user, time_t now);
     RcResult dismiss(ArrayModel& m, const std::string& group, const std::string& volume, time_t now);
     RcResult remove(ArrayModel& m, const std::string& group, time_t now);
     // The vvset id behind a group's automatic set id; 0 for none.
@@ -191,7 +203,7 @@ private:
     // is not synced (full, or a delta after a stop); returns the task id,
     // or 0 when there is nothing to move.
     uint32_t startSync(const ArrayModel& m, RcGroup& g, size_t gtIndex, bool resyncSynced,
-                       const std::string& user, time_t now);
+        const std::string& user, time_t now);
     // Stops `g` on target `gtIndex`: its synchronisation ends as `taskEnd`.
     void stopTarget(RcGroup& g, size_t gtIndex, time_t now, int taskEnd, const std::string& why);
     void advanceGroup(RcGroup& g, time_t now);

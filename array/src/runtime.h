@@ -23,10 +23,12 @@
 #include "task_model.h"
 #include "zdasim_control.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
 // The array's time: real by default, stepped in tests.
-class Clock {
+class Clock
+{
 public:
     time_t now() const;
     void set(time_t start);
@@ -40,7 +42,8 @@ private:
 };
 
 // The process-wide array semaphore, with a time-out and a ledger.
-class Semaphore {
+class Semaphore
+{
 public:
     Semaphore();
     int wait();
@@ -63,7 +66,8 @@ private:
 };
 
 // Allocations handed to callers, by kind, until they are released.
-class Ledger {
+class Ledger
+{
 public:
     // calloc'ed memory recorded under `kind`; nullptr when out of memory.
     void* allocate(size_t bytes, const char* kind);
@@ -86,7 +90,8 @@ private:
 };
 
 // Journal of calls with their key arguments and results.
-class Journal {
+class Journal
+{
 public:
     void add(std::string entry);
     size_t count() const;
@@ -101,13 +106,15 @@ private:
     size_t dropped_ = 0;
 };
 
-struct Fault {
+struct Fault
+{
     int code = 0;
     std::string text;
 };
 
 // Injected failures by function name.
-class Faults {
+class Faults
+{
 public:
     void add(const std::string& function, int count, int code, const std::string& text);
     // The fault the next call of `function` takes, if any.
@@ -115,7 +122,8 @@ public:
     void clear();
 
 private:
-    struct Entry {
+    struct Entry
+    {
         int remaining;  // -1: until cleared
         Fault fault;
     };
@@ -124,7 +132,8 @@ private:
 };
 
 // log_message: a threshold, stderr or a file, and capture for tests.
-class LogSink {
+class LogSink
+{
 public:
     LogSink();
     ~LogSink();
@@ -144,7 +153,8 @@ private:
     std::vector<std::pair<int, std::string>> lines_;
 };
 
-struct Runtime {
+struct Runtime
+{
     Runtime();
     std::mutex modelMutex;
     ArrayModel model;  // guarded by modelMutex

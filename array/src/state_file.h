@@ -30,17 +30,20 @@
 #include "rcopy_model.h"
 #include "task_model.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
 struct Runtime;
 class Faults;
 class LogSink;
 
-class StateFile : public ModelPart {
+class StateFile : public ModelPart
+{
 public:
     // `faults` may stop writes (see save); failures are written to `log`.
     StateFile(const RemoteCopy& rcopy, const Tasks& tasks, Faults& faults, LogSink& log)
-        : rcopy_(rcopy), tasks_(tasks), faults_(faults), log_(log) {}
+        : rcopy_(rcopy), tasks_(tasks), faults_(faults), log_(log)
+    {}
     ~StateFile() override { closeJournal(); }
     StateFile(const StateFile&) = delete;
     StateFile& operator=(const StateFile&) = delete;
@@ -85,8 +88,8 @@ private:
     // The record of the changes the model noted, or "" when none.
     // The record of `changes` (and of the sections that differ from what
     // the files hold, put in `sections`), or "" when nothing changed.
-    std::string recordOf(const ArrayModel& model, const ModelChanges& changes,
-                         std::map<std::string, std::string>& sections);
+    std::string recordOf(
+        const ArrayModel& model, const ModelChanges& changes, std::map<std::string, std::string>& sections);
     std::string append(const std::string& line);
     void closeJournal();
 
@@ -95,13 +98,13 @@ private:
     Faults& faults_;
     LogSink& log_;
     std::string path_;
-    int journal_ = -1;          // open for appending, or -1: the next save compacts
-    off_t journalSize_ = 0;     // bytes of complete records (and the header)
+    int journal_ = -1;       // open for appending, or -1: the next save compacts
+    off_t journalSize_ = 0;  // bytes of complete records (and the header)
     off_t snapshotSize_ = 0;
     // The sections other than volumes and vvsets as the files hold them
     // (compact JSON by name): a record carries only those that differ.
     std::map<std::string, std::string> sections_;
-    std::string failure_;       // see takeFailure
+    std::string failure_;  // see takeFailure
 };
 
 // Sets up the array a new process starts with: the description in the file

@@ -13,14 +13,16 @@
 
 #include "model.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
-struct Task {
+struct Task
+{
     uint32_t tid = 0;
     int type = API_TASK_PHYSICAL_COPY;
     int state = API_TASK_ACTIVE;
-    std::string name;          // the volume (physical copy), parent (restore) or group (sync)
-    std::string target;        // the copy a restore reads, the remote copy target of a sync
+    std::string name;    // the volume (physical copy), parent (restore) or group (sync)
+    std::string target;  // the copy a restore reads, the remote copy target of a sync
     std::string user;
     time_t start = 0;
     long durationSeconds = 1;  // time from start to 100%
@@ -31,19 +33,21 @@ struct Task {
     bool failPending = false;
     int failAtPercent = -1;
     std::string failText;
-    std::string detail;        // why it failed or was cancelled; "" otherwise
+    std::string detail;  // why it failed or was cancelled; "" otherwise
 
     // Progress in percent at `now` (0..100).
     int percentAt(time_t now) const;
 };
 
 // The tasks the array remembers, oldest first.
-struct TaskState {
+struct TaskState
+{
     std::deque<Task> tasks;
     uint32_t nextTid = 1001;
 };
 
-class Tasks : public ModelPart {
+class Tasks : public ModelPart
+{
 public:
     static constexpr size_t kMaxFinished = 1000;  // finished tasks kept
 
@@ -59,8 +63,8 @@ public:
     std::string volumeUse(const Volume& volume) const override;
 
     // Starts a task and returns its id.
-    uint32_t start(int type, const std::string& name, const std::string& target,
-                   const std::string& user, time_t now, long durationSeconds);
+    uint32_t start(int type, const std::string& name, const std::string& target, const std::string& user,
+        time_t now, long durationSeconds);
     Task* find(uint32_t tid);
     const Task* find(uint32_t tid) const;
     // Ends an active task now as API_TASK_CANCELLED or API_TASK_FAILED with

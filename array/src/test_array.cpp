@@ -18,9 +18,11 @@
 
 #include "call.h"
 
-namespace zdasim {
+namespace zdasim
+{
 
-namespace {
+namespace
+{
 
 const char* const kReplicationKeys[] = {
     "zda_replicationservice.createelementreplica.createvvcopy",
@@ -56,8 +58,9 @@ const char* const kReplicationKeys[] = {
     "zda_replicationgroup.modifyinstance",
 };
 
-Volume base(const std::string& name, const std::string& usrCpg, const std::string& snapCpg,
-            api_u64_t sizeMiB, const std::string& domain, time_t created) {
+Volume base(const std::string& name, const std::string& usrCpg, const std::string& snapCpg, api_u64_t sizeMiB,
+    const std::string& domain, time_t created)
+{
     Volume v;
     v.name = name;
     v.type = API_VV_TYPE_BASE;
@@ -70,7 +73,8 @@ Volume base(const std::string& name, const std::string& usrCpg, const std::strin
     return v;
 }
 
-Volume copyOf(const Volume& parent, const std::string& name, int type, time_t created) {
+Volume copyOf(const Volume& parent, const std::string& name, int type, time_t created)
+{
     Volume v = parent;
     v.id = 0;
     v.wwn = v.wwnRe = 0;
@@ -84,7 +88,8 @@ Volume copyOf(const Volume& parent, const std::string& name, int type, time_t cr
     return v;
 }
 
-Port port(int protocol, uint8_t node, uint8_t slot, uint8_t p, int lpid) {
+Port port(int protocol, uint8_t node, uint8_t slot, uint8_t p, int lpid)
+{
     Port out;
     out.record.protocol = protocol;
     out.record.node = node;
@@ -97,7 +102,8 @@ Port port(int protocol, uint8_t node, uint8_t slot, uint8_t p, int lpid) {
 
 }  // namespace
 
-void loadTestArray(ArrayModel& m, time_t now) {
+void loadTestArray(ArrayModel& m, time_t now)
+{
     m.clear();
     SystemInfo& s = m.system;
     s.contact = "storage-admin@example.com";
@@ -107,7 +113,8 @@ void loadTestArray(ArrayModel& m, time_t now) {
 
     Role admin{"super", API_AUTH_ALLOWED, {}};
     Role edit{"edit", API_AUTH_DENIED, {}};
-    for (const char* key : kReplicationKeys) edit.rights[key] = API_AUTH_ALLOWED;
+    for (const char* key : kReplicationKeys)
+        edit.rights[key] = API_AUTH_ALLOWED;
     Role browse{"browse", API_AUTH_DENIED, {}};
     m.roles[admin.name] = admin;
     m.roles[edit.name] = edit;

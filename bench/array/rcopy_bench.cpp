@@ -11,7 +11,8 @@
 #include "zdaapi.h"
 #include "zdasim_control.h"
 
-namespace {
+namespace
+{
 
 constexpr int kGroups = 500;
 constexpr int kVolumesPerGroup = 20;
@@ -23,22 +24,27 @@ const char* kTargets = R"({
     {"name": "tB", "remoteSystemName": "far", "remoteSystemId": 7}]}
 })";
 
-void check(bool ok, const char* what) {
-    if (!ok) {
+void check(bool ok, const char* what)
+{
+    if (!ok)
+    {
         std::fprintf(stderr, "benchmark set-up failed: %s\n", what);
         std::abort();
     }
 }
 
-void buildLargeRcopy() {
+void buildLargeRcopy()
+{
     static bool built = false;
-    if (built) return;
+    if (built)
+        return;
     built = true;
     zdasim_log_capture(0);
     char error[512];
     check(zdasim_load_description_text(kTargets, "benchmark", error, sizeof error) == 0, error);
     api_evtparam_t e{};
-    for (int g = 0; g < kGroups; ++g) {
+    for (int g = 0; g < kGroups; ++g)
+    {
         api_rcopy_group_t group{};
         std::snprintf(group.name, sizeof group.name, "rcg%03d", g);
         std::strcpy(group.domain, "d1");
@@ -48,7 +54,8 @@ void buildLargeRcopy() {
         group.targets[1].rm_mode = RM_TARGET_MODE_SYNC;
         group.numtargets = 2;
         check(api_createRCopyGroup(&e, &group).code == 0, "create group");
-        for (int v = 0; v < kVolumesPerGroup; ++v) {
+        for (int v = 0; v < kVolumesPerGroup; ++v)
+        {
             char name[32];
             std::snprintf(name, sizeof name, "rv%03d_%02d", g, v);
             check(zdasim_volume_add(name, "FC", "FC", 1024) == 0, "add volume");
@@ -65,23 +72,29 @@ void buildLargeRcopy() {
     zdasim_clear_records();
 }
 
-void BM_GetRCopyAll(benchmark::State& state) {
+void BM_GetRCopyAll(benchmark::State& state)
+{
     buildLargeRcopy();
     long maps = 0;
-    for (auto _ : state) {
+    for (auto _ : state)
+    {
         api_rcopy_t rc;
         std::memset(&rc, 0, sizeof rc);
-        if (cim_sem_wait() != 0) std::abort();
+        if (cim_sem_wait() != 0)
+            std::abort();
         api_Status_t st = api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc);
         cim_sem_post();
-        if (st.code != 0) std::abort();
+        if (st.code != 0)
+            std::abort();
         maps = 0;
         for (rm_group_wrapper* g = rc.groups; g; g = g->next)
-            for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next) maps += v->map_count;
+            for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
+                maps += v->map_count;
         benchmark::DoNotOptimize(maps);
         api_freeRCopy(&rc);
     }
-    if (maps != static_cast<long>(kGroups) * kVolumesPerGroup * 2) std::abort();
+    if (maps != static_cast<long>(kGroups) * kVolumesPerGroup * 2)
+        std::abort();
     state.counters["maps"] = static_cast<double>(maps);
 }
 BENCHMARK(BM_GetRCopyAll)->Unit(benchmark::kMicrosecond);

@@ -11,21 +11,24 @@
 
 PEGASUS_USING_PEGASUS;
 
-namespace {
+namespace
+{
 
-class ItemProvider : public CIMInstanceProvider {
+class ItemProvider : public CIMInstanceProvider
+{
 public:
     void initialize(CIMOMHandle&) override {}
     void terminate() override { delete this; }
 
     void enumerateInstances(const OperationContext&, const CIMObjectPath& ref, const Boolean, const Boolean,
-                            const CIMPropertyList&, InstanceResponseHandler& handler) override
+        const CIMPropertyList&, InstanceResponseHandler& handler) override
     {
         const char* env = std::getenv("ZDA_BENCH_INSTANCES");
         const unsigned long count = env ? std::strtoul(env, nullptr, 10) : 100000;
         const String filler(std::string(104, 'x').c_str());
         handler.processing();
-        for (unsigned long i = 0; i < count; i++) {
+        for (unsigned long i = 0; i < count; i++)
+        {
             char id[32];
             std::snprintf(id, sizeof id, "item%06lu", i);
             CIMInstance item("Bench_Item");
@@ -42,21 +45,22 @@ public:
     }
 
     void getInstance(const OperationContext&, const CIMObjectPath&, const Boolean, const Boolean,
-                     const CIMPropertyList&, InstanceResponseHandler&) override
+        const CIMPropertyList&, InstanceResponseHandler&) override
     {
         throw CIMNotSupportedException("getInstance");
     }
-    void enumerateInstanceNames(const OperationContext&, const CIMObjectPath&, ObjectPathResponseHandler&) override
+    void enumerateInstanceNames(
+        const OperationContext&, const CIMObjectPath&, ObjectPathResponseHandler&) override
     {
         throw CIMNotSupportedException("enumerateInstanceNames");
     }
     void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&, const Boolean,
-                        const CIMPropertyList&, ResponseHandler&) override
+        const CIMPropertyList&, ResponseHandler&) override
     {
         throw CIMNotSupportedException("modifyInstance");
     }
     void createInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
-                        ObjectPathResponseHandler&) override
+        ObjectPathResponseHandler&) override
     {
         throw CIMNotSupportedException("createInstance");
     }

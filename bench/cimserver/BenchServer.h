@@ -10,14 +10,16 @@
 #include <string>
 #include <vector>
 
-namespace zda_bench {
+namespace zda_bench
+{
 
 // Prints "<program>: <why>" and exits with 1.
 [[noreturn]] void fail(const std::string& why);
 
 // The server, started with `args` after the listener and state options, and
 // stopped (SIGTERM, its folder removed) when the object goes.
-class Server {
+class Server
+{
 public:
     explicit Server(const std::vector<std::string>& args);
     ~Server();
@@ -36,7 +38,8 @@ private:
 
 // One answer: its time from sending to the last byte, its size, how often
 // `marker` occurs in it, and the body itself when it was asked to be kept.
-struct Answer {
+struct Answer
+{
     double seconds = 0;
     std::size_t bytes = 0;
     std::size_t markers = 0;
@@ -46,17 +49,17 @@ struct Answer {
 
 // Posts the CIM-XML `body` (a whole <CIM> document) with the CIMMethod and
 // CIMObject headers given, as admin:admin-demo.
-Answer post(int port, const std::string& cimMethod, const std::string& cimObject,
-            const std::string& body, const std::string& marker, bool keepText);
+Answer post(int port, const std::string& cimMethod, const std::string& cimObject, const std::string& body,
+    const std::string& marker, bool keepText);
 
 // A <CIM> document around one intrinsic method call in `nameSpace`
 // ("root/zda") with the IPARAMVALUE elements given.
-std::string intrinsicCall(const std::string& method, const std::string& nameSpace,
-                          const std::string& parameters);
+std::string intrinsicCall(
+    const std::string& method, const std::string& nameSpace, const std::string& parameters);
 // A <CIM> document around an extrinsic call of `method` on the class
 // `className` of `nameSpace`, without parameters.
-std::string classMethodCall(const std::string& method, const std::string& nameSpace,
-                            const std::string& className);
+std::string classMethodCall(
+    const std::string& method, const std::string& nameSpace, const std::string& className);
 
 // User plus system CPU time the process has used so far, in seconds.
 double cpuSeconds(pid_t pid);

@@ -44,7 +44,8 @@ CIMInstance makeInstance(int i)
     v.addProperty(CIMProperty("SystemCreationClassName", CIMValue(String("ZDA_StorageSystem"))));
     v.addProperty(CIMProperty("SystemName", CIMValue(String("ZDA-ARRAY-1234567"))));
     v.addProperty(CIMProperty("ElementName", CIMValue(String(("volume " + id + " <db & logs>").c_str()))));
-    v.addProperty(CIMProperty("Name", CIMValue(String(("60002AC0000000000000" + std::to_string(i)).c_str()))));
+    v.addProperty(
+        CIMProperty("Name", CIMValue(String(("60002AC0000000000000" + std::to_string(i)).c_str()))));
     v.addProperty(CIMProperty("BlockSize", CIMValue(Uint64(512))));
     v.addProperty(CIMProperty("NumberOfBlocks", CIMValue(Uint64(2097152) * (i % 50 + 1))));
     v.addProperty(CIMProperty("ThinlyProvisioned", CIMValue(true)));

@@ -52,7 +52,7 @@ std::string base64(const std::string& in)
 {
     std::string out(4 * ((in.size() + 2) / 3) + 1, '\0');
     int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
-                            reinterpret_cast<const unsigned char*>(in.data()), int(in.size()));
+        reinterpret_cast<const unsigned char*>(in.data()), int(in.size()));
     out.resize(std::size_t(n));
     return out;
 }
@@ -69,10 +69,15 @@ bool isIpAddress(const std::string& host)
 // Where and how to connect; the same for every reconnection.
 struct Endpoint
 {
-    enum Kind { Tcp, Tls, Local } kind = Tcp;
-    std::string host;       // Tcp, Tls
+    enum Kind
+    {
+        Tcp,
+        Tls,
+        Local
+    } kind = Tcp;
+    std::string host;  // Tcp, Tls
     unsigned port = 0;
-    std::string socketPath;  // Local
+    std::string socketPath;   // Local
     std::string description;  // for messages: "host:port" or the socket path
 
     // Tls
@@ -104,8 +109,8 @@ public:
         if (_endpoint.kind == Endpoint::Local)
         {
             _local.reset(new asio::local::stream_protocol::socket(_io));
-            _local->async_connect(asio::local::stream_protocol::endpoint(_endpoint.socketPath),
-                                  [&](error_code e) { ec = e; });
+            _local->async_connect(
+                asio::local::stream_protocol::endpoint(_endpoint.socketPath), [&](error_code e) { ec = e; });
             run();
             if (ec)
                 cannotConnect(ec.message());
@@ -114,11 +119,11 @@ public:
 
         tcp::resolver resolver(_io);
         tcp::resolver::results_type addresses;
-        resolver.async_resolve(_endpoint.host, std::to_string(_endpoint.port),
-                               [&](error_code e, tcp::resolver::results_type r) {
-                                   ec = e;
-                                   addresses = r;
-                               });
+        resolver.async_resolve(
+            _endpoint.host, std::to_string(_endpoint.port), [&](error_code e, tcp::resolver::results_type r) {
+                ec = e;
+                addresses = r;
+            });
         run();
         if (ec)
             cannotConnect(ec.message());
@@ -135,8 +140,8 @@ public:
         }
 
         _tls.reset(new asio::ssl::stream<tcp::socket>(_io, _tlsContext));
-        asio::async_connect(_tls->lowest_layer(), addresses,
-                            [&](error_code e, const tcp::endpoint&) { ec = e; });
+        asio::async_connect(
+            _tls->lowest_layer(), addresses, [&](error_code e, const tcp::endpoint&) { ec = e; });
         run();
         if (ec)
             cannotConnect(ec.message());
@@ -185,8 +190,8 @@ public:
     // Sends request and reads the answer into parser. Returns false when
     // the connection turned out to be closed by the server before anything
     // was read (the caller may reconnect and retry); throws otherwise.
-    bool exchange(bhttp::request<bhttp::string_body>& request,
-                  bhttp::response_parser<bhttp::string_body>& parser)
+    bool exchange(
+        bhttp::request<bhttp::string_body>& request, bhttp::response_parser<bhttp::string_body>& parser)
     {
         error_code ec;
         withStream([&](auto& stream) {
@@ -203,16 +208,14 @@ public:
             return true;
         if (!parser.got_some() &&
             (ec == bhttp::error::end_of_stream || ec == asio::error::eof ||
-             ec == asio::error::connection_reset || ec == asio::ssl::error::stream_truncated))
+                ec == asio::error::connection_reset || ec == asio::ssl::error::stream_truncated))
             return false;
         close();
         if (ec.category() == bhttp::make_error_code(bhttp::error::bad_version).category())
-            throw CIMClientMalformedHTTPException(fromUtf8("malformed HTTP response from " +
-                                                           _endpoint.description + ": " +
-                                                           ec.message()));
+            throw CIMClientMalformedHTTPException(
+                fromUtf8("malformed HTTP response from " + _endpoint.description + ": " + ec.message()));
         throw CIMClientResponseException(fromUtf8("the connection to " + _endpoint.description +
-                                                  " failed while reading the response: " +
-                                                  ec.message()));
+            " failed while reading the response: " + ec.message()));
     }
 
 private:
@@ -250,9 +253,8 @@ private:
     void configureTls()
     {
         error_code ec;
-        _tlsContext.set_options(asio::ssl::context::default_workarounds |
-                                asio::ssl::context::no_sslv2 | asio::ssl::context::no_sslv3 |
-                                asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1);
+        _tlsContext.set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_sslv2 |
+            asio::ssl::context::no_sslv3 | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1);
         if (!_endpoint.certPath.empty())
         {
             _tlsContext.use_certificate_chain_file(_endpoint.certPath, ec);
@@ -261,9 +263,8 @@ private:
                     _endpoint.keyPath.empty() ? _endpoint.certPath : _endpoint.keyPath,
                     asio::ssl::context::pem, ec);
             if (ec)
-                throw CannotConnectException(fromUtf8(_endpoint.description +
-                                                      ": cannot load the client certificate: " +
-                                                      ec.message()));
+                throw CannotConnectException(fromUtf8(
+                    _endpoint.description + ": cannot load the client certificate: " + ec.message()));
         }
         if (!_endpoint.trustStore.empty())
         {
@@ -274,8 +275,7 @@ private:
                 _tlsContext.load_verify_file(_endpoint.trustStore, ec);
             if (ec)
                 throw CannotConnectException(fromUtf8(_endpoint.description +
-                                                      ": cannot load the trust store " +
-                                                      _endpoint.trustStore + ": " + ec.message()));
+                    ": cannot load the trust store " + _endpoint.trustStore + ": " + ec.message()));
         }
         if (_endpoint.verify)
         {
@@ -293,15 +293,13 @@ private:
                     }
                     int error = preverified ? X509_V_OK : X509_STORE_CTX_get_error(store);
                     SSLCertificateInfo info(String(subject), String(issuer),
-                                            Uint32(X509_STORE_CTX_get_error_depth(store)),
-                                            Uint32(error),
-                                            String(X509_verify_cert_error_string(error)));
+                        Uint32(X509_STORE_CTX_get_error_depth(store)), Uint32(error),
+                        String(X509_verify_cert_error_string(error)));
                     return verify(info);
                 });
         }
         else if (!_endpoint.trustStore.empty())
-            _tlsContext.set_verify_mode(asio::ssl::verify_peer |
-                                        asio::ssl::verify_fail_if_no_peer_cert);
+            _tlsContext.set_verify_mode(asio::ssl::verify_peer | asio::ssl::verify_fail_if_no_peer_cert);
         else
             _tlsContext.set_verify_mode(asio::ssl::verify_none);  // the caller's explicit choice
     }
@@ -379,22 +377,18 @@ Array<T> array(const CIMValue& v)
 class XmlClientTransport : public CIMClientTransport
 {
 public:
-    XmlClientTransport(Endpoint endpoint, const std::string& hostHeader,
-                       const std::string& authorization, Uint32 timeoutMilliseconds)
+    XmlClientTransport(Endpoint endpoint, const std::string& hostHeader, const std::string& authorization,
+        Uint32 timeoutMilliseconds)
         : _connection(std::move(endpoint)), _hostHeader(hostHeader), _authorization(authorization)
     {
         _connection.setTimeout(timeoutMilliseconds);
         _connection.open();
     }
 
-    void setTimeout(Uint32 timeoutMilliseconds) override
-    {
-        _connection.setTimeout(timeoutMilliseconds);
-    }
+    void setTimeout(Uint32 timeoutMilliseconds) override { _connection.setTimeout(timeoutMilliseconds); }
 
     CIMClass getClass(const CIMNamespaceName& ns, const CIMName& className, Boolean localOnly,
-                      Boolean includeQualifiers, Boolean includeClassOrigin,
-                      const CIMPropertyList& propertyList) override
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::GetClass, ns);
         c.with("ClassName", nameValue(className))
@@ -406,9 +400,8 @@ public:
     }
 
     Array<CIMClass> enumerateClasses(const CIMNamespaceName& ns, const CIMName& className,
-                                     Boolean deepInheritance, Boolean localOnly,
-                                     Boolean includeQualifiers,
-                                     Boolean includeClassOrigin) override
+        Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin) override
     {
         Call c(Intrinsic::EnumerateClasses, ns);
         c.with("ClassName", nameValue(className))
@@ -423,12 +416,11 @@ public:
         return classes;
     }
 
-    Array<CIMName> enumerateClassNames(const CIMNamespaceName& ns, const CIMName& className,
-                                       Boolean deepInheritance) override
+    Array<CIMName> enumerateClassNames(
+        const CIMNamespaceName& ns, const CIMName& className, Boolean deepInheritance) override
     {
         Call c(Intrinsic::EnumerateClassNames, ns);
-        c.with("ClassName", nameValue(className))
-            .with("DeepInheritance", CIMValue(deepInheritance));
+        c.with("ClassName", nameValue(className)).with("DeepInheritance", CIMValue(deepInheritance));
         Array<String> names = array<String>(call(c).returnValue);
         Array<CIMName> result;
         for (Uint32 i = 0; i < names.size(); i++)
@@ -454,10 +446,8 @@ public:
         call(c.with("ClassName", nameValue(className)));
     }
 
-    CIMInstance getInstance(const CIMNamespaceName& ns, const CIMObjectPath& instanceName,
-                            Boolean localOnly, Boolean includeQualifiers,
-                            Boolean includeClassOrigin,
-                            const CIMPropertyList& propertyList) override
+    CIMInstance getInstance(const CIMNamespaceName& ns, const CIMObjectPath& instanceName, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::GetInstance, ns);
         c.with("InstanceName", CIMValue(instanceName))
@@ -469,9 +459,8 @@ public:
     }
 
     Array<CIMInstance> enumerateInstances(const CIMNamespaceName& ns, const CIMName& className,
-                                          Boolean deepInheritance, Boolean localOnly,
-                                          Boolean includeQualifiers, Boolean includeClassOrigin,
-                                          const CIMPropertyList& propertyList) override
+        Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::EnumerateInstances, ns);
         c.with("ClassName", nameValue(className))
@@ -483,22 +472,20 @@ public:
         return array<CIMInstance>(call(c).returnValue);
     }
 
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns,
-                                                const CIMName& className) override
+    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& className) override
     {
         Call c(Intrinsic::EnumerateInstanceNames, ns);
         return array<CIMObjectPath>(call(c.with("ClassName", nameValue(className))).returnValue);
     }
 
-    CIMObjectPath createInstance(const CIMNamespaceName& ns,
-                                 const CIMInstance& newInstance) override
+    CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& newInstance) override
     {
         Call c(Intrinsic::CreateInstance, ns);
         return scalar<CIMObjectPath>(call(c.with("NewInstance", CIMValue(newInstance))).returnValue);
     }
 
     void modifyInstance(const CIMNamespaceName& ns, const CIMInstance& modifiedInstance,
-                        Boolean includeQualifiers, const CIMPropertyList& propertyList) override
+        Boolean includeQualifiers, const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::ModifyInstance, ns);
         c.with("ModifiedInstance", CIMValue(modifiedInstance))
@@ -513,8 +500,8 @@ public:
         call(c.with("InstanceName", CIMValue(instanceName)));
     }
 
-    Array<CIMObject> execQuery(const CIMNamespaceName& ns, const String& queryLanguage,
-                               const String& query) override
+    Array<CIMObject> execQuery(
+        const CIMNamespaceName& ns, const String& queryLanguage, const String& query) override
     {
         Call c(Intrinsic::ExecQuery, ns);
         c.with("QueryLanguage", CIMValue(queryLanguage)).with("Query", CIMValue(query));
@@ -522,10 +509,8 @@ public:
     }
 
     Array<CIMObject> associators(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
-                                 const CIMName& assocClass, const CIMName& resultClass,
-                                 const String& role, const String& resultRole,
-                                 Boolean includeQualifiers, Boolean includeClassOrigin,
-                                 const CIMPropertyList& propertyList) override
+        const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::Associators, ns);
         c.with("ObjectName", CIMValue(objectName))
@@ -539,10 +524,9 @@ public:
         return array<CIMObject>(call(c).returnValue);
     }
 
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& ns,
-                                         const CIMObjectPath& objectName,
-                                         const CIMName& assocClass, const CIMName& resultClass,
-                                         const String& role, const String& resultRole) override
+    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole) override
     {
         Call c(Intrinsic::AssociatorNames, ns);
         c.with("ObjectName", CIMValue(objectName))
@@ -554,9 +538,8 @@ public:
     }
 
     Array<CIMObject> references(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
-                                const CIMName& resultClass, const String& role,
-                                Boolean includeQualifiers, Boolean includeClassOrigin,
-                                const CIMPropertyList& propertyList) override
+        const CIMName& resultClass, const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override
     {
         Call c(Intrinsic::References, ns);
         c.with("ObjectName", CIMValue(objectName))
@@ -568,9 +551,8 @@ public:
         return array<CIMObject>(call(c).returnValue);
     }
 
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& ns,
-                                        const CIMObjectPath& objectName,
-                                        const CIMName& resultClass, const String& role) override
+    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& ns, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role) override
     {
         Call c(Intrinsic::ReferenceNames, ns);
         c.with("ObjectName", CIMValue(objectName))
@@ -579,8 +561,8 @@ public:
         return array<CIMObjectPath>(call(c).returnValue);
     }
 
-    CIMValue getProperty(const CIMNamespaceName& ns, const CIMObjectPath& instanceName,
-                         const CIMName& propertyName) override
+    CIMValue getProperty(
+        const CIMNamespaceName& ns, const CIMObjectPath& instanceName, const CIMName& propertyName) override
     {
         Call c(Intrinsic::GetProperty, ns);
         c.with("InstanceName", CIMValue(instanceName))
@@ -589,7 +571,7 @@ public:
     }
 
     void setProperty(const CIMNamespaceName& ns, const CIMObjectPath& instanceName,
-                     const CIMName& propertyName, const CIMValue& newValue) override
+        const CIMName& propertyName, const CIMValue& newValue) override
     {
         Call c(Intrinsic::SetProperty, ns);
         c.with("InstanceName", CIMValue(instanceName))
@@ -599,8 +581,8 @@ public:
     }
 
     CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& instanceName,
-                          const CIMName& methodName, const Array<CIMParamValue>& inParameters,
-                          Array<CIMParamValue>& outParameters) override
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        Array<CIMParamValue>& outParameters) override
     {
         OperationRequest request;
         request.intrinsic = false;
@@ -618,8 +600,7 @@ public:
 
 private:
     CIMValue invokePullOperation(const CIMNamespaceName& ns, const String& operation,
-                                 const Array<CIMParamValue>& inParameters,
-                                 Array<CIMParamValue>& outParameters) override
+        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters) override
     {
         Intrinsic op;
         if (!findIntrinsic(std::string(static_cast<const char*>(operation.getCString())), op))
@@ -666,9 +647,8 @@ private:
                 break;
             _connection.close();
             if (!reused || attempt > 0)
-                throw CIMClientResponseException(
-                    fromUtf8(_connection.endpoint().description +
-                             " closed the connection without answering"));
+                throw CIMClientResponseException(fromUtf8(
+                    _connection.endpoint().description + " closed the connection without answering"));
         }
         bhttp::response<bhttp::string_body> answer = parser->release();
         if (!answer.keep_alive())
@@ -676,8 +656,7 @@ private:
         return interpret(request, answer);
     }
 
-    OperationResponse interpret(const OperationRequest& request,
-                                bhttp::response<bhttp::string_body>& answer)
+    OperationResponse interpret(const OperationRequest& request, bhttp::response<bhttp::string_body>& answer)
     {
         if (answer.result_int() != 200)
         {
@@ -685,8 +664,7 @@ private:
             const std::string& body = answer.body();
             if (body.size() < 512 && body.find('<') == std::string::npos)
                 detail = body;
-            throw CIMClientHTTPErrorException(
-                answer.result_int(), fromUtf8(std::string(answer.reason())),
+            throw CIMClientHTTPErrorException(answer.result_int(), fromUtf8(std::string(answer.reason())),
                 fromUtf8(std::string(answer[http::CIM_ERROR])), fromUtf8(detail));
         }
         // A server that fails after starting a chunked answer says so in
@@ -696,8 +674,7 @@ private:
         {
             unsigned long code = std::strtoul(status.c_str(), nullptr, 10);
             throw CIMException(CIMStatusCode(code == 0 ? Uint32(CIM_ERR_FAILED) : Uint32(code)),
-                               fromUtf8(http::unescapeHeaderValue(
-                                   std::string(answer[http::CIM_STATUS_CODE_DESCRIPTION]))));
+                fromUtf8(http::unescapeHeaderValue(std::string(answer[http::CIM_STATUS_CODE_DESCRIPTION]))));
         }
         std::string contentType(answer[bhttp::field::content_type]);
         if (!http::isXmlContentType(contentType))
@@ -715,10 +692,9 @@ private:
         }
         if (response.messageId != request.messageId || response.intrinsic != request.intrinsic ||
             response.name() != request.name())
-            throw CIMClientResponseException(fromUtf8(
-                "the response (message " + response.messageId + ", " + utf8(response.name()) +
-                ") does not answer request " + request.messageId + " (" +
-                utf8(request.name()) + ")"));
+            throw CIMClientResponseException(
+                fromUtf8("the response (message " + response.messageId + ", " + utf8(response.name()) +
+                    ") does not answer request " + request.messageId + " (" + utf8(request.name()) + ")"));
         if (response.isError())
             throw CIMException(CIMStatusCode(response.errorCode), response.errorDescription);
         return response;
@@ -755,12 +731,12 @@ std::unique_ptr<CIMClientTransport> openNetworkTransport(const CIMClientNetworkT
     std::string authorization;
     if (target.userName.size() > 0)
         authorization = "Basic " + base64(utf8(target.userName) + ":" + utf8(target.password));
-    return std::unique_ptr<CIMClientTransport>(new XmlClientTransport(
-        endpoint, endpoint.description, authorization, target.timeoutMilliseconds));
+    return std::unique_ptr<CIMClientTransport>(
+        new XmlClientTransport(endpoint, endpoint.description, authorization, target.timeoutMilliseconds));
 }
 
-std::unique_ptr<CIMClientTransport> openLocalSocketTransport(const String& socketPath,
-                                                             Uint32 timeoutMilliseconds)
+std::unique_ptr<CIMClientTransport> openLocalSocketTransport(
+    const String& socketPath, Uint32 timeoutMilliseconds)
 {
     Endpoint endpoint;
     endpoint.kind = Endpoint::Local;

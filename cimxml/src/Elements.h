@@ -31,8 +31,7 @@ void writeInstanceName(XmlWriter& w, const CIMObjectPath& path);
 // namespace required.
 void writeObjectPath(XmlWriter& w, const CIMObjectPath& path);
 // LOCALINSTANCEPATH or LOCALCLASSPATH, for METHODCALL targets.
-void writeLocalObjectPath(XmlWriter& w, const CIMNamespaceName& nameSpace,
-                          const CIMObjectPath& path);
+void writeLocalObjectPath(XmlWriter& w, const CIMNamespaceName& nameSpace, const CIMObjectPath& path);
 void writeReference(XmlWriter& w, const CIMObjectPath& path);  // VALUE.REFERENCE
 void writeInstance(XmlWriter& w, const CIMConstInstance& instance);
 void writeClass(XmlWriter& w, const CIMConstClass& cimClass);
@@ -62,7 +61,7 @@ struct ReadContext
 // Each reader takes the element it names and throws DecodeError(NotValid)
 // saying what is wrong with it.
 [[noreturn]] void invalid(const std::string& message);
-String textOf(const pugi::xml_node& element);           // concatenated character data
+String textOf(const pugi::xml_node& element);  // concatenated character data
 String attrString(const pugi::xml_node& element, const char* name, bool required);
 CIMName attrName(const pugi::xml_node& element, const char* name, bool required);
 bool isEmbeddedObject(const pugi::xml_node& element, CIMType& embeddedType);
@@ -75,8 +74,7 @@ CIMObjectPath readInstanceName(const pugi::xml_node& element, ReadContext& ctx);
 CIMObjectPath readAnyPath(const pugi::xml_node& element, ReadContext& ctx);
 // A value of a known type: VALUE, VALUE.ARRAY, VALUE.REFERENCE,
 // VALUE.REFARRAY or nothing (null); element may be empty (null value).
-CIMValue readTypedValue(const pugi::xml_node& element, CIMType type, bool isArray,
-                        ReadContext& ctx);
+CIMValue readTypedValue(const pugi::xml_node& element, CIMType type, bool isArray, ReadContext& ctx);
 // A value without a type: VALUE gives a String, VALUE.ARRAY an Array<String>,
 // references are references. typed is set false for the strings.
 CIMValue readUntypedValue(const pugi::xml_node& element, ReadContext& ctx, bool& typed);
@@ -92,8 +90,8 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx);
 // entity declarations, depth and attribute sizes bounded. Throws DecodeError.
 // With writableData (the same bytes as data) the parser works in that buffer
 // instead of a copy; the buffer must then outlive doc.
-void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits, char* writableData = nullptr);
+void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size, const DecodeLimits& limits,
+    char* writableData = nullptr);
 
 }  // namespace cimxml
 

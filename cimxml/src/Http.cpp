@@ -102,9 +102,8 @@ bool isXmlContentType(const std::string& contentType)
     while (semi != std::string::npos)
     {
         std::size_t next = value.find(';', semi + 1);
-        std::string param = trim(value.substr(semi + 1, next == std::string::npos
-                                                            ? std::string::npos
-                                                            : next - semi - 1));
+        std::string param = trim(
+            value.substr(semi + 1, next == std::string::npos ? std::string::npos : next - semi - 1));
         semi = next;
         std::size_t eq = param.find('=');
         if (eq == std::string::npos || trim(param.substr(0, eq)) != "charset")
@@ -169,8 +168,7 @@ std::string cimObjectOf(const OperationRequest& request)
     return utf8(path.toString());
 }
 
-bool headersMatch(const OperationRequest& request, const std::string& cimMethod,
-                  const std::string& cimObject)
+bool headersMatch(const OperationRequest& request, const std::string& cimMethod, const std::string& cimObject)
 {
     if (unescapeHeaderValue(cimMethod) != cimMethodOf(request))
         return false;

@@ -60,12 +60,10 @@ pugi::xml_node openEnvelope(const pugi::xml_document& doc, std::string& messageI
         invalid(std::string("the document element is ") + cim.name() + ", not CIM");
     if (!versionIs(cim.attribute("CIMVERSION").value(), '2'))
         throw DecodeError(DecodeFailure::UnsupportedCimVersion,
-                          std::string("CIMVERSION '") + cim.attribute("CIMVERSION").value() +
-                              "' is not supported");
+            std::string("CIMVERSION '") + cim.attribute("CIMVERSION").value() + "' is not supported");
     if (!versionIs(cim.attribute("DTDVERSION").value(), '2'))
         throw DecodeError(DecodeFailure::UnsupportedDtdVersion,
-                          std::string("DTDVERSION '") + cim.attribute("DTDVERSION").value() +
-                              "' is not supported");
+            std::string("DTDVERSION '") + cim.attribute("DTDVERSION").value() + "' is not supported");
     pugi::xml_node message = firstElement(cim);
     if (!message || !is(message, "MESSAGE"))
         invalid("CIM without MESSAGE");
@@ -77,14 +75,14 @@ pugi::xml_node openEnvelope(const pugi::xml_document& doc, std::string& messageI
     messageId = message.attribute("ID").value();
     if (!versionIs(message.attribute("PROTOCOLVERSION").value(), '1'))
         throw DecodeError(DecodeFailure::UnsupportedProtocolVersion,
-                          std::string("PROTOCOLVERSION '") +
-                              message.attribute("PROTOCOLVERSION").value() + "' is not supported");
+            std::string("PROTOCOLVERSION '") + message.attribute("PROTOCOLVERSION").value() +
+                "' is not supported");
     pugi::xml_node body = firstElement(message);
     if (!body)
         invalid("MESSAGE is empty");
     if (is(body, "MULTIREQ") || is(body, "MULTIRSP"))
-        throw DecodeError(DecodeFailure::MultipleRequests,
-                          "multiple operations in one message are not supported");
+        throw DecodeError(
+            DecodeFailure::MultipleRequests, "multiple operations in one message are not supported");
     if (nextElement(body))
         invalid(std::string("MESSAGE holds ") + nextElement(body).name() + " after its " + body.name());
     return body;
@@ -127,8 +125,7 @@ CIMParamValue readParamValue(const pugi::xml_node& e, ReadContext& ctx)
         return CIMParamValue(name, readTypedValue(v, type, isArray, ctx), true);
     }
     if (isEmbedded)
-        return CIMParamValue(name, readTypedValue(v, embedded, v && is(v, "VALUE.ARRAY"), ctx),
-                             true);
+        return CIMParamValue(name, readTypedValue(v, embedded, v && is(v, "VALUE.ARRAY"), ctx), true);
     if (v && is(v, "INSTANCE"))
         return CIMParamValue(name, CIMValue(readInstance(v, ctx)), true);
     if (v && is(v, "VALUE.NAMEDINSTANCE"))
@@ -188,9 +185,7 @@ void writeIParamValue(XmlWriter& w, const ParamDescriptor& entry, const CIMValue
     case ParamKind::Text:
     case ParamKind::Count:
     case ParamKind::PropertyList:
-    case ParamKind::AnyValue:
-        writeValue(w, value);
-        break;
+    case ParamKind::AnyValue: writeValue(w, value); break;
     case ParamKind::Instance:
     {
         CIMInstance instance;
@@ -229,27 +224,20 @@ CIMParamValue readIParamValue(const ParamDescriptor& entry, const pugi::xml_node
     {
     case ParamKind::ClassName:
         expect("CLASSNAME");
-        return CIMParamValue(entry.name,
-                             CIMValue(attrName(v, "NAME", true).getString()));
+        return CIMParamValue(entry.name, CIMValue(attrName(v, "NAME", true).getString()));
     case ParamKind::InstanceName:
-    case ParamKind::ObjectName:
-        return CIMParamValue(entry.name, CIMValue(readAnyPath(v, ctx)));
-    case ParamKind::Flag:
-        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_BOOLEAN, false, ctx));
-    case ParamKind::Text:
-        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, false, ctx));
-    case ParamKind::Count:
-        return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_UINT32, false, ctx));
+    case ParamKind::ObjectName: return CIMParamValue(entry.name, CIMValue(readAnyPath(v, ctx)));
+    case ParamKind::Flag: return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_BOOLEAN, false, ctx));
+    case ParamKind::Text: return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, false, ctx));
+    case ParamKind::Count: return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_UINT32, false, ctx));
     case ParamKind::PropertyList:
         return CIMParamValue(entry.name, readTypedValue(v, CIMTYPE_STRING, true, ctx));
-    case ParamKind::Instance:
-        return CIMParamValue(entry.name, CIMValue(readInstance(v, ctx)));
+    case ParamKind::Instance: return CIMParamValue(entry.name, CIMValue(readInstance(v, ctx)));
     case ParamKind::NamedInstance:
         // Some clients send a bare INSTANCE; the server then has no path.
-        return CIMParamValue(entry.name, CIMValue(is(v, "INSTANCE") ? readInstance(v, ctx)
-                                                                   : readNamedInstance(v, ctx)));
-    case ParamKind::Class:
-        return CIMParamValue(entry.name, CIMValue(CIMObject(readClass(v, ctx))));
+        return CIMParamValue(
+            entry.name, CIMValue(is(v, "INSTANCE") ? readInstance(v, ctx) : readNamedInstance(v, ctx)));
+    case ParamKind::Class: return CIMParamValue(entry.name, CIMValue(CIMObject(readClass(v, ctx))));
     case ParamKind::AnyValue:
     {
         bool typed;
@@ -310,8 +298,7 @@ CIMValue readIntrinsicResult(Intrinsic op, const pugi::xml_node& ret, ReadContex
     case ResultShape::Nothing: return CIMValue();
     case ResultShape::Class: return CIMValue(CIMObject(readClass(single("CLASS"), ctx)));
     case ResultShape::Instance: return CIMValue(readInstance(single("INSTANCE"), ctx));
-    case ResultShape::InstanceName:
-        return CIMValue(readInstanceName(single("INSTANCENAME"), ctx));
+    case ResultShape::InstanceName: return CIMValue(readInstanceName(single("INSTANCENAME"), ctx));
     case ResultShape::Classes:
     {
         Array<CIMObject> items;
@@ -467,8 +454,7 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                 while (k < entry.paramCount && pname != entry.params[k].name)
                     k++;
                 if (k == entry.paramCount)
-                    refuse(CIM_ERR_INVALID_PARAMETER,
-                           name + " has no parameter '" + pname + "'");
+                    refuse(CIM_ERR_INVALID_PARAMETER, name + " has no parameter '" + pname + "'");
                 if (seen[k])
                     refuse(CIM_ERR_INVALID_PARAMETER, "parameter " + pname + " given twice");
                 seen[k] = true;
@@ -484,8 +470,7 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                 }
                 catch (const Exception& bad)
                 {
-                    refuse(CIM_ERR_INVALID_PARAMETER,
-                           "parameter " + pname + ": " + messageOf(bad));
+                    refuse(CIM_ERR_INVALID_PARAMETER, "parameter " + pname + ": " + messageOf(bad));
                 }
             }
             for (unsigned k = 0; k < entry.paramCount; k++)
@@ -494,8 +479,8 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                 if (!seen[k] || given[k].getValue().isNull())
                 {
                     if (p.required)
-                        refuse(CIM_ERR_INVALID_PARAMETER,
-                               std::string("parameter ") + p.name + " is required");
+                        refuse(
+                            CIM_ERR_INVALID_PARAMETER, std::string("parameter ") + p.name + " is required");
                     request.parameters.append(defaultParameter(p));
                 }
                 else
@@ -527,8 +512,7 @@ OperationRequest decodeRequest(const char* data, std::size_t size, const DecodeL
                     if (bad.failure != DecodeFailure::NotValid)
                         throw;
                     refuse(CIM_ERR_INVALID_PARAMETER,
-                           std::string("parameter ") + e.attribute("NAME").value() + ": " +
-                               bad.what());
+                        std::string("parameter ") + e.attribute("NAME").value() + ": " + bad.what());
                 }
             }
         }
@@ -834,23 +818,20 @@ class ResponseWriter::Impl
 public:
     Impl(Sink& sink, const std::string& messageId, Intrinsic op, std::size_t bufferSize)
         : w(sink, bufferSize), messageId(messageId), op(op), shape(resultShape(op))
-    {
-    }
+    {}
 
     void expect(std::initializer_list<ResultShape> shapes, const char* call)
     {
         if (state != 1)
-            throw std::logic_error(std::string("ResponseWriter::") + call +
-                                   " outside begin()/finish()");
+            throw std::logic_error(std::string("ResponseWriter::") + call + " outside begin()/finish()");
         bool fits = false;
         for (ResultShape s : shapes)
             fits = fits || s == shape;
         if (!fits)
-            throw std::logic_error(std::string("ResponseWriter::") + call + " does not fit " +
-                                   intrinsicName(op));
+            throw std::logic_error(
+                std::string("ResponseWriter::") + call + " does not fit " + intrinsicName(op));
         bool singleValued = shape == ResultShape::Class || shape == ResultShape::Instance ||
-                            shape == ResultShape::InstanceName ||
-                            shape == ResultShape::PropertyValue;
+            shape == ResultShape::InstanceName || shape == ResultShape::PropertyValue;
         if (singleValued && count > 0)
             throw std::logic_error(std::string(intrinsicName(op)) + " returns one result only");
         count++;
@@ -864,11 +845,10 @@ public:
     unsigned long count = 0;
 };
 
-ResponseWriter::ResponseWriter(Sink& sink, const std::string& messageId, Intrinsic operation,
-                               std::size_t bufferSize)
+ResponseWriter::ResponseWriter(
+    Sink& sink, const std::string& messageId, Intrinsic operation, std::size_t bufferSize)
     : _impl(new Impl(sink, messageId, operation, bufferSize))
-{
-}
+{}
 
 ResponseWriter::~ResponseWriter()
 {

@@ -101,12 +101,12 @@ const ParamDescriptor kSetProperty[] = {
 
 // The pull operations. LocalOnly and IncludeQualifiers are accepted on the
 // instance forms, as some clients send them, and ignored.
-#define PULL_FILTER                                    \
-    {"FilterQueryLanguage", K::Text, false, false},    \
-    {"FilterQuery", K::Text, false, false},            \
-    {"OperationTimeout", K::Count, false, false},      \
-    {"ContinueOnError", K::Flag, false, false},        \
-    {"MaxObjectCount", K::Count, false, true}
+#define PULL_FILTER                                                                                          \
+    {"FilterQueryLanguage", K::Text, false, false}, {"FilterQuery", K::Text, false, false},                  \
+        {"OperationTimeout", K::Count, false, false}, {"ContinueOnError", K::Flag, false, false},            \
+    {                                                                                                        \
+        "MaxObjectCount", K::Count, false, true                                                              \
+    }
 const ParamDescriptor kOpenEnumerateInstances[] = {
     {"ClassName", K::ClassName, true, false},
     {"DeepInheritance", K::Flag, false, true},
@@ -159,8 +159,10 @@ const ParamDescriptor kPull[] = {
 };
 const ParamDescriptor kCloseEnumeration[] = {{"EnumerationContext", K::Text, true, false}};
 
-#define OPERATION(op, shape, params) \
-    {Intrinsic::op, #op, ResultShape::shape, params, sizeof params / sizeof params[0]}
+#define OPERATION(op, shape, params)                                                                         \
+    {                                                                                                        \
+        Intrinsic::op, #op, ResultShape::shape, params, sizeof params / sizeof params[0]                     \
+    }
 
 // In the order of the Intrinsic enumeration.
 const OperationDescriptor kOperations[] = {
@@ -197,8 +199,7 @@ const OperationDescriptor kOperations[] = {
 
 [[noreturn]] void badParameter(const char* name, const char* what)
 {
-    throw CIMException(CIM_ERR_INVALID_PARAMETER,
-                       String("parameter ") + String(name) + ": " + String(what));
+    throw CIMException(CIM_ERR_INVALID_PARAMETER, String("parameter ") + String(name) + ": " + String(what));
 }
 
 const CIMParamValue& required(const OperationRequest& r, const char* name)

@@ -145,7 +145,8 @@ Int parseInteger(const char* text, const char* typeName)
     if (std::numeric_limits<Int>::is_signed)
     {
         Sint64 y = 0;
-        ok = CIMValueText::toSigned(b, e, std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max(), y);
+        ok = CIMValueText::toSigned(
+            b, e, std::numeric_limits<Int>::min(), std::numeric_limits<Int>::max(), y);
         x = Int(y);
     }
     else
@@ -178,18 +179,54 @@ bool parseBoolean(const char* text)
     return x;
 }
 
-void parse(const char* t, ReadContext&, Boolean& x) { x = parseBoolean(t); }
-void parse(const char* t, ReadContext&, Uint8& x) { x = parseInteger<Uint8>(t, "uint8"); }
-void parse(const char* t, ReadContext&, Sint8& x) { x = parseInteger<Sint8>(t, "sint8"); }
-void parse(const char* t, ReadContext&, Uint16& x) { x = parseInteger<Uint16>(t, "uint16"); }
-void parse(const char* t, ReadContext&, Sint16& x) { x = parseInteger<Sint16>(t, "sint16"); }
-void parse(const char* t, ReadContext&, Uint32& x) { x = parseInteger<Uint32>(t, "uint32"); }
-void parse(const char* t, ReadContext&, Sint32& x) { x = parseInteger<Sint32>(t, "sint32"); }
-void parse(const char* t, ReadContext&, Uint64& x) { x = parseInteger<Uint64>(t, "uint64"); }
-void parse(const char* t, ReadContext&, Sint64& x) { x = parseInteger<Sint64>(t, "sint64"); }
-void parse(const char* t, ReadContext&, Real32& x) { x = parseReal<Real32>(t, "real32"); }
-void parse(const char* t, ReadContext&, Real64& x) { x = parseReal<Real64>(t, "real64"); }
-void parse(const char* t, ReadContext&, String& x) { x = toString(t); }
+void parse(const char* t, ReadContext&, Boolean& x)
+{
+    x = parseBoolean(t);
+}
+void parse(const char* t, ReadContext&, Uint8& x)
+{
+    x = parseInteger<Uint8>(t, "uint8");
+}
+void parse(const char* t, ReadContext&, Sint8& x)
+{
+    x = parseInteger<Sint8>(t, "sint8");
+}
+void parse(const char* t, ReadContext&, Uint16& x)
+{
+    x = parseInteger<Uint16>(t, "uint16");
+}
+void parse(const char* t, ReadContext&, Sint16& x)
+{
+    x = parseInteger<Sint16>(t, "sint16");
+}
+void parse(const char* t, ReadContext&, Uint32& x)
+{
+    x = parseInteger<Uint32>(t, "uint32");
+}
+void parse(const char* t, ReadContext&, Sint32& x)
+{
+    x = parseInteger<Sint32>(t, "sint32");
+}
+void parse(const char* t, ReadContext&, Uint64& x)
+{
+    x = parseInteger<Uint64>(t, "uint64");
+}
+void parse(const char* t, ReadContext&, Sint64& x)
+{
+    x = parseInteger<Sint64>(t, "sint64");
+}
+void parse(const char* t, ReadContext&, Real32& x)
+{
+    x = parseReal<Real32>(t, "real32");
+}
+void parse(const char* t, ReadContext&, Real64& x)
+{
+    x = parseReal<Real64>(t, "real64");
+}
+void parse(const char* t, ReadContext&, String& x)
+{
+    x = toString(t);
+}
 void parse(const char* t, ReadContext&, Char16& x)
 {
     String s = toString(t);
@@ -274,8 +311,7 @@ CIMKeyBinding readKeyValue(const CIMName& name, const pugi::xml_node& e)
         kind = CIMKeyBinding::BOOLEAN;
     else if (valueType == "numeric")
         kind = CIMKeyBinding::NUMERIC;
-    else if (valueType.empty() && !type.empty() && type != "string" && type != "char16" &&
-             type != "datetime")
+    else if (valueType.empty() && !type.empty() && type != "string" && type != "char16" && type != "datetime")
         kind = CIMKeyBinding::NUMERIC;
     else if (!valueType.empty() && valueType != "string")
         invalid("KEYVALUE with unknown VALUETYPE '" + valueType + "'");
@@ -371,8 +407,7 @@ CIMObjectPath readInstanceName(const pugi::xml_node& e, ReadContext& ctx)
     for (pugi::xml_node c = firstElement(e); c; c = nextElement(c))
     {
         if (!is(c, "KEYBINDING"))
-            invalid("INSTANCENAME with an unnamed key (" + elementName(c) +
-                    ") is not supported");
+            invalid("INSTANCENAME with an unnamed key (" + elementName(c) + ") is not supported");
         CIMName name = attrName(c, "NAME", true);
         pugi::xml_node v = firstElement(c);
         if (!v)
@@ -380,8 +415,7 @@ CIMObjectPath readInstanceName(const pugi::xml_node& e, ReadContext& ctx)
         if (is(v, "KEYVALUE"))
             keys.append(readKeyValue(name, v));
         else if (is(v, "VALUE.REFERENCE"))
-            keys.append(CIMKeyBinding(name, readAnyPath(v, ctx).toString(),
-                                      CIMKeyBinding::REFERENCE));
+            keys.append(CIMKeyBinding(name, readAnyPath(v, ctx).toString(), CIMKeyBinding::REFERENCE));
         else
             invalid("KEYBINDING holds " + elementName(v));
     }
@@ -496,14 +530,12 @@ CIMQualifier readQualifier(const pugi::xml_node& e, ReadContext& ctx)
     CIMType type;
     if (!parseWireType(e.attribute("TYPE").value(), type))
         invalid("QUALIFIER " + std::string(e.attribute("NAME").value()) + ": unknown TYPE '" +
-                e.attribute("TYPE").value() + "'");
+            e.attribute("TYPE").value() + "'");
     pugi::xml_node v = firstElement(e);
     CIMValue value = readTypedValue(v, type, v && is(v, "VALUE.ARRAY"), ctx);
     CIMFlavor flavor;
-    flavor.addFlavor(attrBool(e, "OVERRIDABLE", true) ? CIMFlavor::OVERRIDABLE
-                                                       : CIMFlavor::DISABLEOVERRIDE);
-    flavor.addFlavor(attrBool(e, "TOSUBCLASS", true) ? CIMFlavor::TOSUBCLASS
-                                                      : CIMFlavor::RESTRICTED);
+    flavor.addFlavor(attrBool(e, "OVERRIDABLE", true) ? CIMFlavor::OVERRIDABLE : CIMFlavor::DISABLEOVERRIDE);
+    flavor.addFlavor(attrBool(e, "TOSUBCLASS", true) ? CIMFlavor::TOSUBCLASS : CIMFlavor::RESTRICTED);
     if (attrBool(e, "TOINSTANCE", false))
         flavor.addFlavor(CIMFlavor::TOINSTANCE);
     if (attrBool(e, "TRANSLATABLE", false))
@@ -549,8 +581,7 @@ CIMProperty readProperty(const pugi::xml_node& e, ReadContext& ctx)
     {
         const char* typeName = e.attribute("TYPE").value();
         if (!parseWireType(typeName, type))
-            invalid(elementName(e) + " " + e.attribute("NAME").value() + ": unknown TYPE '" +
-                    typeName + "'");
+            invalid(elementName(e) + " " + e.attribute("NAME").value() + ": unknown TYPE '" + typeName + "'");
         CIMType embedded;
         if (isEmbeddedObject(e, embedded))
             type = embedded;
@@ -564,8 +595,7 @@ CIMProperty readProperty(const pugi::xml_node& e, ReadContext& ctx)
         v = nextElement(v);
     CIMValue value = readTypedValue(v, type, isArray, ctx);
     CIMProperty p(name, value, isArray ? attrArraySize(e) : 0,
-                  isReference ? attrName(e, "REFERENCECLASS", false) : CIMName(), origin,
-                  propagated);
+        isReference ? attrName(e, "REFERENCECLASS", false) : CIMName(), origin, propagated);
     readQualifiers(e, p, ctx);
     return p;
 }
@@ -583,7 +613,7 @@ CIMParameter readParameter(const pugi::xml_node& e, ReadContext& ctx)
         type = embeddedByQualifier(e, type);
     }
     CIMParameter p(name, type, isArray, isArray ? attrArraySize(e) : 0,
-                   isReference ? attrName(e, "REFERENCECLASS", false) : CIMName());
+        isReference ? attrName(e, "REFERENCECLASS", false) : CIMName());
     pugi::xml_node rest = readQualifiers(e, p, ctx);
     if (rest)
         invalid(elementName(e) + " holds " + elementName(rest));
@@ -597,8 +627,8 @@ CIMMethod readMethod(const pugi::xml_node& e, ReadContext& ctx)
     if (t && !parseWireType(t.value(), type))
         invalid(std::string("METHOD ") + e.attribute("NAME").value() + ": unknown TYPE");
     type = embeddedByQualifier(e, type);
-    CIMMethod m(attrName(e, "NAME", true), type, attrName(e, "CLASSORIGIN", false),
-                attrBool(e, "PROPAGATED", false));
+    CIMMethod m(
+        attrName(e, "NAME", true), type, attrName(e, "CLASSORIGIN", false), attrBool(e, "PROPAGATED", false));
     for (pugi::xml_node c = readQualifiers(e, m, ctx); c; c = nextElement(c))
     {
         if (std::strncmp(c.name(), "PARAMETER", 9) != 0)
@@ -657,8 +687,7 @@ CIMInstance readNamedInstance(const pugi::xml_node& e, ReadContext& ctx)
 
 CIMObject readObjectWithPath(const pugi::xml_node& e, ReadContext& ctx)
 {
-    if (!is(e, "VALUE.OBJECTWITHPATH") && !is(e, "VALUE.OBJECTWITHLOCALPATH") &&
-        !is(e, "VALUE.OBJECT"))
+    if (!is(e, "VALUE.OBJECTWITHPATH") && !is(e, "VALUE.OBJECTWITHLOCALPATH") && !is(e, "VALUE.OBJECT"))
         invalid("expected VALUE.OBJECTWITHPATH, found " + elementName(e));
     pugi::xml_node first = firstElement(e);
     if (!first)
@@ -677,8 +706,7 @@ CIMObject readEmbeddedObject(const String& xml, ReadContext& ctx)
 {
     if (ctx.embedding >= ctx.limits.maxEmbeddingDepth)
         throw DecodeError(DecodeFailure::LimitExceeded,
-                          "embedded objects nest deeper than " +
-                              std::to_string(ctx.limits.maxEmbeddingDepth) + " levels");
+            "embedded objects nest deeper than " + std::to_string(ctx.limits.maxEmbeddingDepth) + " levels");
     CString utf8 = xml.getCString();
     const char* text = utf8;
     pugi::xml_document doc;
@@ -790,8 +818,8 @@ std::string nonXmlCharacter(const char* data, std::size_t size)
 }
 }  // namespace
 
-void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
-                   const DecodeLimits& limits, char* writableData)
+void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size, const DecodeLimits& limits,
+    char* writableData)
 {
     // Text becomes SDK strings, which hold Unicode only, and goes on to the
     // array and back to clients: only characters XML allows get that far.
@@ -802,13 +830,13 @@ void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
     // refused; entities other than the five predefined ones and character
     // references are never expanded by the parser.
     unsigned options = pugi::parse_default | pugi::parse_doctype | pugi::parse_ws_pcdata_single;
-    pugi::xml_parse_result result =
-        writableData ? doc.load_buffer_inplace(writableData, size, options, pugi::encoding_utf8)
-                     : doc.load_buffer(data, size, options, pugi::encoding_utf8);
+    pugi::xml_parse_result result = writableData
+        ? doc.load_buffer_inplace(writableData, size, options, pugi::encoding_utf8)
+        : doc.load_buffer(data, size, options, pugi::encoding_utf8);
     if (!result)
         throw DecodeError(DecodeFailure::NotWellFormed,
-                          std::string("XML error at offset ") + std::to_string(result.offset) +
-                              ": " + result.description());
+            std::string("XML error at offset ") + std::to_string(result.offset) + ": " +
+                result.description());
 
     // Walk the tree without recursion: depth, attribute sizes, doctype.
     struct Frame
@@ -821,7 +849,7 @@ void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
     {
         if (top.type() == pugi::node_doctype)
             throw DecodeError(DecodeFailure::NotWellFormed,
-                              "document type declarations (and entity declarations) are refused");
+                "document type declarations (and entity declarations) are refused");
         if (top.type() == pugi::node_element)
             stack.push_back({top, 1});
     }
@@ -833,14 +861,12 @@ void parseDocument(pugi::xml_document& doc, const char* data, std::size_t size,
         stack.pop_back();
         if (f.depth > limits.maxDepth)
             throw DecodeError(DecodeFailure::LimitExceeded,
-                              "elements nest deeper than " + std::to_string(limits.maxDepth) +
-                                  " levels");
+                "elements nest deeper than " + std::to_string(limits.maxDepth) + " levels");
         for (pugi::xml_attribute a = f.node.first_attribute(); a; a = a.next_attribute())
             if (std::strlen(a.value()) > limits.maxAttributeSize)
                 throw DecodeError(DecodeFailure::LimitExceeded,
-                                  std::string("attribute ") + a.name() + " of " + f.node.name() +
-                                      " is longer than " +
-                                      std::to_string(limits.maxAttributeSize) + " bytes");
+                    std::string("attribute ") + a.name() + " of " + f.node.name() + " is longer than " +
+                        std::to_string(limits.maxAttributeSize) + " bytes");
         for (pugi::xml_node c = f.node.first_child(); c; c = c.next_sibling())
             if (c.type() == pugi::node_element)
                 stack.push_back({c, f.depth + 1});

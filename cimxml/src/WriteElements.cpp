@@ -55,8 +55,7 @@ std::size_t putEscaped(char* out, unsigned c)
     case '>': entity = "&gt;"; break;
     case '&': entity = "&amp;"; break;
     case '"': entity = "&quot;"; break;
-    default:
-        break;
+    default: break;
     }
     if (entity)
     {
@@ -100,7 +99,7 @@ std::size_t copyPlainRun(const Char16* s, std::size_t n, char* out)
         // Signed compares: units from 0x8000 up are negative, so not plain.
         __m128i plain = _mm_and_si128(_mm_cmpgt_epi16(v, belowPrintable), _mm_cmplt_epi16(v, delete_));
         __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, lt), _mm_cmpeq_epi16(v, gt)),
-                                      _mm_or_si128(_mm_cmpeq_epi16(v, amp), _mm_cmpeq_epi16(v, quot)));
+            _mm_or_si128(_mm_cmpeq_epi16(v, amp), _mm_cmpeq_epi16(v, quot)));
         if (_mm_movemask_epi8(_mm_andnot_si128(markup, plain)) != 0xFFFF)
             break;
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(v, v));
@@ -233,8 +232,21 @@ void XmlWriter::escapeUtf8(const char* s, std::size_t n, bool attribute)
 namespace
 {
 const char* const kTypeNames[] = {
-    "boolean", "uint8", "sint8", "uint16", "sint16", "uint32", "sint32", "uint64",
-    "sint64", "real32", "real64", "char16", "string", "datetime", "reference",
+    "boolean",
+    "uint8",
+    "sint8",
+    "uint16",
+    "sint16",
+    "uint32",
+    "sint32",
+    "uint64",
+    "sint64",
+    "real32",
+    "real64",
+    "char16",
+    "string",
+    "datetime",
+    "reference",
 };
 }
 
@@ -298,24 +310,63 @@ void writeReal(XmlWriter& w, Real x)
     }
 }
 
-void writeText(XmlWriter& w, Boolean x) { w.raw(x ? "TRUE" : "FALSE"); }
-void writeText(XmlWriter& w, Uint8 x) { writeInteger(w, unsigned(x)); }
-void writeText(XmlWriter& w, Sint8 x) { writeInteger(w, int(x)); }
-void writeText(XmlWriter& w, Uint16 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Sint16 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Uint32 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Sint32 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Uint64 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Sint64 x) { writeInteger(w, x); }
-void writeText(XmlWriter& w, Real32 x) { writeReal(w, x); }
-void writeText(XmlWriter& w, Real64 x) { writeReal(w, x); }
+void writeText(XmlWriter& w, Boolean x)
+{
+    w.raw(x ? "TRUE" : "FALSE");
+}
+void writeText(XmlWriter& w, Uint8 x)
+{
+    writeInteger(w, unsigned(x));
+}
+void writeText(XmlWriter& w, Sint8 x)
+{
+    writeInteger(w, int(x));
+}
+void writeText(XmlWriter& w, Uint16 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Sint16 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Uint32 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Sint32 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Uint64 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Sint64 x)
+{
+    writeInteger(w, x);
+}
+void writeText(XmlWriter& w, Real32 x)
+{
+    writeReal(w, x);
+}
+void writeText(XmlWriter& w, Real64 x)
+{
+    writeReal(w, x);
+}
 void writeText(XmlWriter& w, const Char16& x)
 {
     Char16 s[2] = {x, 0};
     w.text(String(s, 1));
 }
-void writeText(XmlWriter& w, const String& x) { w.text(x); }
-void writeText(XmlWriter& w, const CIMDateTime& x) { w.text(x.toString()); }
+void writeText(XmlWriter& w, const String& x)
+{
+    w.text(x);
+}
+void writeText(XmlWriter& w, const CIMDateTime& x)
+{
+    w.text(x.toString());
+}
 
 // An embedded object is its own CIM-XML, escaped as text.
 void writeEmbedded(XmlWriter& w, const CIMConstObject& object)
@@ -326,8 +377,14 @@ void writeEmbedded(XmlWriter& w, const CIMConstObject& object)
     iw.flush();
     w.text(inner.text);
 }
-void writeText(XmlWriter& w, const CIMObject& x) { writeEmbedded(w, x); }
-void writeText(XmlWriter& w, const CIMInstance& x) { writeEmbedded(w, x); }
+void writeText(XmlWriter& w, const CIMObject& x)
+{
+    writeEmbedded(w, x);
+}
+void writeText(XmlWriter& w, const CIMInstance& x)
+{
+    writeEmbedded(w, x);
+}
 
 template <class T>
 void writeScalarOrArray(XmlWriter& w, const CIMValue& value)
@@ -462,9 +519,7 @@ void writeInstanceName(XmlWriter& w, const CIMObjectPath& path)
         w.lit("\">");
         switch (key.getType())
         {
-        case CIMKeyBinding::REFERENCE:
-            writeReference(w, CIMObjectPath(key.getValue()));
-            break;
+        case CIMKeyBinding::REFERENCE: writeReference(w, CIMObjectPath(key.getValue())); break;
         case CIMKeyBinding::BOOLEAN:
             w.lit("<KEYVALUE VALUETYPE=\"boolean\">");
             w.text(key.getValue());
@@ -504,8 +559,7 @@ void writeObjectPath(XmlWriter& w, const CIMObjectPath& path)
     }
 }
 
-void writeLocalObjectPath(XmlWriter& w, const CIMNamespaceName& nameSpace,
-                          const CIMObjectPath& path)
+void writeLocalObjectPath(XmlWriter& w, const CIMNamespaceName& nameSpace, const CIMObjectPath& path)
 {
     if (path.getKeyBindings().size() == 0)
     {
@@ -733,8 +787,7 @@ void writeObjectWithPath(XmlWriter& w, const CIMConstObject& object)
     {
         w.lit("<CLASSPATH>");
         writeNamespacePath(w, path);
-        writeClassName(w, path.getClassName().isNull() ? object.getClassName()
-                                                          : path.getClassName());
+        writeClassName(w, path.getClassName().isNull() ? object.getClassName() : path.getClassName());
         w.lit("</CLASSPATH>");
     }
     else

@@ -13,7 +13,7 @@ namespace cimxml
 inline bool isXmlChar(unsigned code)
 {
     return code == 0x9 || code == 0xA || code == 0xD || (code >= 0x20 && code <= 0xD7FF) ||
-           (code >= 0xE000 && code <= 0xFFFD) || (code >= 0x10000 && code <= 0x10FFFF);
+        (code >= 0xE000 && code <= 0xFFFD) || (code >= 0x10000 && code <= 0x10FFFF);
 }
 
 // The length of the UTF-8 sequence at s (n bytes available, n > 0), with

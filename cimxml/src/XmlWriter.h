@@ -18,10 +18,8 @@ class XmlWriter
 {
 public:
     XmlWriter(Sink& sink, std::size_t bufferSize = 64 * 1024)
-        : _sink(sink), _limit(bufferSize), _capacity(bufferSize + 4096),
-          _data(new char[_capacity])
-    {
-    }
+        : _sink(sink), _limit(bufferSize), _capacity(bufferSize + 4096), _data(new char[_capacity])
+    {}
     XmlWriter(const XmlWriter&) = delete;
     XmlWriter& operator=(const XmlWriter&) = delete;
 

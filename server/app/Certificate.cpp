@@ -12,11 +12,14 @@
 #include <ctime>
 #include <memory>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-namespace {
+namespace
+{
 
-struct Deleter {
+struct Deleter
+{
     void operator()(EVP_PKEY* p) const { EVP_PKEY_free(p); }
     void operator()(X509* p) const { X509_free(p); }
     void operator()(X509_EXTENSION* p) const { X509_EXTENSION_free(p); }
@@ -37,7 +40,8 @@ FILE* openForWriting(const std::string& path, mode_t mode)
     if (fd < 0)
         throw CertificateError("cannot write " + path);
     FILE* f = ::fdopen(fd, "w");
-    if (!f) {
+    if (!f)
+    {
         ::close(fd);
         throw CertificateError("cannot write " + path);
     }
@@ -62,8 +66,8 @@ CertificateFiles ensureSelfSignedCertificate(const std::string& folder)
     X509_gmtime_adj(X509_getm_notAfter(cert.get()), 10L * 365 * 24 * 3600);
     X509_set_pubkey(cert.get(), key.get());
     X509_NAME* subject = X509_get_subject_name(cert.get());
-    X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1,
-                               -1, 0);
+    X509_NAME_add_entry_by_txt(
+        subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
     X509_set_issuer_name(cert.get(), subject);
     X509V3_CTX ctx;
     X509V3_set_ctx_nodb(&ctx);

@@ -6,14 +6,17 @@
 #include <stdexcept>
 #include <string>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-class CertificateError : public std::runtime_error {
+class CertificateError : public std::runtime_error
+{
 public:
     using std::runtime_error::runtime_error;
 };
 
-struct CertificateFiles {
+struct CertificateFiles
+{
     std::string certificate;
     std::string key;
 };

@@ -28,7 +28,8 @@
 #include <stdexcept>
 #include <string>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 using HttpRequest = boost::beast::http::request<boost::beast::http::string_body>;
 using HttpRequestHead = boost::beast::http::request_header<>;
@@ -37,7 +38,8 @@ using HttpResponseHead = boost::beast::http::response<boost::beast::http::empty_
 
 // The connection went away, or stopped reading, while an answer was being
 // streamed: nothing more can be sent on it.
-class ConnectionLost : public std::runtime_error {
+class ConnectionLost : public std::runtime_error
+{
 public:
     using std::runtime_error::runtime_error;
 };
@@ -47,7 +49,8 @@ public:
 // block until the bytes are handed to the connection (which bounds the
 // memory a slow client can make the server hold). Each throws
 // ConnectionLost when the connection fails or the client stops reading.
-class ResponseStream {
+class ResponseStream
+{
 public:
     virtual ~ResponseStream() = default;
     // Sends the head: `head` has the status and the fields, no length.
@@ -61,7 +64,8 @@ public:
 };
 
 // Who is at the other end of a connection.
-struct Peer {
+struct Peer
+{
     // The client's IP address as text; empty for the local socket.
     std::string address;
     // A local-socket peer whose credentials the server trusts: it runs as
@@ -74,14 +78,16 @@ struct Peer {
     std::string verifiedUser;
 };
 
-struct HandlerOptions {
+struct HandlerOptions
+{
     std::string localUser = "admin";
     unsigned maxXmlDepth = 64;
     // Enumeration contexts of the pull operations.
     server::PullLimits pull;
 };
 
-class CimRequestHandler {
+class CimRequestHandler
+{
 public:
     // `dispatcher` and `users` must outlive the handler. Thread-safe.
     CimRequestHandler(server::Dispatcher& dispatcher, const UserStore& users, HandlerOptions options);
@@ -97,15 +103,22 @@ public:
     // that verified recently); the rest is NeedsHash, known user or not.
     // Accepted sets `user`; otherwise `user` holds the name the credentials
     // gave, if any.
-    enum class Credentials { Accepted, Refused, NeedsHash };
-    Credentials checkCredentials(const HttpRequestHead& head, Peer& peer, bool mayHash, std::string& user) const;
+    enum class Credentials
+    {
+        Accepted,
+        Refused,
+        NeedsHash
+    };
+    Credentials checkCredentials(
+        const HttpRequestHead& head, Peer& peer, bool mayHash, std::string& user) const;
 
     // A 401 answer asking for Basic credentials.
     static HttpResponse authenticationRequired(unsigned version, bool keepAlive);
 
     // A bare refusal (no body) with the CIMError header when `cimError` is
     // not empty; used by the listener for requests it refuses itself.
-    static HttpResponse refusal(unsigned status, const std::string& cimError, unsigned version, bool keepAlive);
+    static HttpResponse refusal(
+        unsigned status, const std::string& cimError, unsigned version, bool keepAlive);
 
 private:
     server::Dispatcher& _dispatcher;

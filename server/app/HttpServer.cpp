@@ -23,7 +23,8 @@
 #include <thread>
 #include <unordered_map>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 namespace asio = boost::asio;
 namespace beast = boost::beast;
@@ -32,7 +33,8 @@ using boost::system::error_code;
 using tcp = asio::ip::tcp;
 using local = asio::local::stream_protocol;
 
-namespace {
+namespace
+{
 
 using TcpStream = beast::tcp_stream;
 using TlsStream = beast::ssl_stream<beast::tcp_stream>;
@@ -116,16 +118,22 @@ private:
     void run()
     {
         std::unique_lock<std::mutex> lock(_mutex);
-        while (!_quit) {
+        while (!_quit)
+        {
             const Clock::time_point now = Clock::now();
             Clock::time_point next = Clock::time_point::max();
-            for (auto& entry : _watched) {
+            for (auto& entry : _watched)
+            {
                 Watched& w = entry.second;
-                if (w.deadline <= now && !w.shutDown) {
-                    server::logFormat(3, "zda-cimserver: closed a connection that stopped reading its answer");
+                if (w.deadline <= now && !w.shutDown)
+                {
+                    server::logFormat(
+                        3, "zda-cimserver: closed a connection that stopped reading its answer");
                     ::shutdown(w.socket, SHUT_RDWR);
                     w.shutDown = true;
-                } else if (!w.shutDown) {
+                }
+                else if (!w.shutDown)
+                {
                     next = std::min(next, w.deadline);
                 }
             }
@@ -222,7 +230,8 @@ public:
     bool reserve(std::size_t bytes)
     {
         std::size_t used = _used.load();
-        do {
+        do
+        {
             if (bytes > _limit - used)
                 return false;
         } while (!_used.compare_exchange_weak(used, used + bytes));
@@ -238,7 +247,8 @@ private:
 
 }  // namespace
 
-class HttpServer::Impl {
+class HttpServer::Impl
+{
 public:
     Impl(const CimRequestHandler& handler, ListenerOptions options)
         : handler(handler), options(std::move(options)), limits(this->options),
@@ -247,7 +257,8 @@ public:
     {
         if (this->options.httpPort >= 0)
             openTcp(httpAcceptor, this->options.httpPort);
-        if (this->options.httpsPort >= 0) {
+        if (this->options.httpsPort >= 0)
+        {
             setUpTls();
             openTcp(httpsAcceptor, this->options.httpsPort);
         }
@@ -306,8 +317,8 @@ public:
         if (!ec)
             acceptor.listen(asio::socket_base::max_listen_connections, ec);
         if (ec)
-            throw ListenerError("cannot listen on " + options.bindAddress + " port " + std::to_string(port) + ": " +
-                                ec.message());
+            throw ListenerError("cannot listen on " + options.bindAddress + " port " + std::to_string(port) +
+                ": " + ec.message());
     }
 
     void openLocal()
@@ -322,7 +333,8 @@ public:
         if (!ec)
             localAcceptor.listen(asio::socket_base::max_listen_connections, ec);
         if (ec)
-            throw ListenerError("cannot listen on the local socket " + options.socketPath + ": " + ec.message());
+            throw ListenerError(
+                "cannot listen on the local socket " + options.socketPath + ": " + ec.message());
         // Any local user may connect; only trusted peers skip the password.
         ::chmod(options.socketPath.c_str(), 0666);
     }
@@ -330,13 +342,14 @@ public:
     void setUpTls()
     {
         tls.set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_sslv2 |
-                        asio::ssl::context::no_sslv3 | asio::ssl::context::no_tlsv1 |
-                        asio::ssl::context::no_tlsv1_1 | asio::ssl::context::single_dh_use);
+            asio::ssl::context::no_sslv3 | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1 |
+            asio::ssl::context::single_dh_use);
         SSL_CTX_set_min_proto_version(tls.native_handle(), TLS1_2_VERSION);
         error_code ec;
         tls.use_certificate_chain_file(options.certificateFile, ec);
         if (ec)
-            throw ListenerError("cannot use the certificate " + options.certificateFile + ": " + ec.message());
+            throw ListenerError(
+                "cannot use the certificate " + options.certificateFile + ": " + ec.message());
         tls.use_private_key_file(options.keyFile, asio::ssl::context::pem, ec);
         if (ec)
             throw ListenerError("cannot use the private key " + options.keyFile + ": " + ec.message());
@@ -373,7 +386,8 @@ public:
 // strand; while a request runs on the pool no handler of the connection is
 // pending, so the request's thread may write to the stream.
 template <class Stream>
-class HttpServer::Impl::Session : public std::enable_shared_from_this<Session<Stream>> {
+class HttpServer::Impl::Session : public std::enable_shared_from_this<Session<Stream>>
+{
 public:
     static constexpr bool kLocal = std::is_same_v<Stream, LocalStream>;
     static constexpr bool kSecure = std::is_same_v<Stream, TlsStream>;
@@ -382,8 +396,7 @@ public:
     Session(Impl& owner, Peer peer, Args&&... args)
         : _owner(owner), _peer(std::move(peer)), _stream(std::forward<Args>(args)...),
           _pause(_stream.get_executor())
-    {
-    }
+    {}
 
     ~Session()
     {
@@ -403,14 +416,18 @@ public:
             refusal = _owner.limits.admitLocal() ? nullptr : "too many local connections";
         else
             refusal = _owner.limits.admitTcp(_peer.address);
-        if (refusal) {
+        if (refusal)
+        {
             _owner.refusals.warn(std::string("refused a connection from ") +
-                                 (kLocal ? std::string("the local socket") : _peer.address) + ": " + refusal);
-            if constexpr (kSecure) {
+                (kLocal ? std::string("the local socket") : _peer.address) + ": " + refusal);
+            if constexpr (kSecure)
+            {
                 // No handshake is spent on a connection that is refused.
                 error_code ignored;
                 beast::get_lowest_layer(_stream).socket().close(ignored);
-            } else {
+            }
+            else
+            {
                 _response = CimRequestHandler::refusal(503, "", 11, false);
                 write();
             }
@@ -419,14 +436,17 @@ public:
         _admitted = true;
         if (_peer.trustedLocal)
             _authenticated = true;
-        if constexpr (kSecure) {
+        if constexpr (kSecure)
+        {
             beast::get_lowest_layer(_stream).expires_after(idleTimeout());
-            _stream.async_handshake(asio::ssl::stream_base::server,
-                                    [self = this->shared_from_this()](error_code ec) {
-                                        if (!ec)
-                                            self->readHeader();
-                                    });
-        } else {
+            _stream.async_handshake(
+                asio::ssl::stream_base::server, [self = this->shared_from_this()](error_code ec) {
+                    if (!ec)
+                        self->readHeader();
+                });
+        }
+        else
+        {
             readHeader();
         }
     }
@@ -446,24 +466,25 @@ private:
         _parser->body_limit(_owner.options.maxRequestBytes);
         beast::get_lowest_layer(_stream).expires_after(idleTimeout());
         bhttp::async_read_header(_stream, _buffer, *_parser,
-                                 [self = this->shared_from_this()](error_code ec, std::size_t) {
-                                     self->onHeader(ec);
-                                 });
+            [self = this->shared_from_this()](error_code ec, std::size_t) { self->onHeader(ec); });
     }
 
     void onHeader(error_code ec)
     {
         // A Content-Length beyond the body limit fails the header read.
-        if (ec == bhttp::error::body_limit) {
+        if (ec == bhttp::error::body_limit)
+        {
             refuseTooLarge();
             return;
         }
-        if (ec) {
+        if (ec)
+        {
             refuseBroken(ec);
             return;
         }
         auto length = _parser->content_length();
-        if (length && *length > _owner.options.maxRequestBytes) {
+        if (length && *length > _owner.options.maxRequestBytes)
+        {
             refuseTooLarge();
             return;
         }
@@ -471,7 +492,8 @@ private:
         // read, and no 100-continue sent, for a client that cannot log in.
         beast::get_lowest_layer(_stream).expires_never();
         std::string user;
-        switch (_owner.handler.checkCredentials(_parser->get(), _peer, false, user)) {
+        switch (_owner.handler.checkCredentials(_parser->get(), _peer, false, user))
+        {
         case CimRequestHandler::Credentials::Accepted: onAuthenticated(); return;
         case CimRequestHandler::Credentials::Refused: refuseCredentials(user, false); return;
         case CimRequestHandler::Credentials::NeedsHash: break;
@@ -480,7 +502,8 @@ private:
         // the address's recent failures have earned (a timer: no thread
         // waits for it).
         std::optional<LoginThrottle::Clock::time_point> turn = _owner.logins.admit(_peer.address);
-        if (!turn) {
+        if (!turn)
+        {
             refuseCredentials(user, true);
             return;
         }
@@ -491,12 +514,15 @@ private:
             self->_owner.requests.post([self] {
                 std::string user;
                 bool accepted = self->_owner.handler.checkCredentials(self->_parser->get(), self->_peer, true,
-                                                                      user) == CimRequestHandler::Credentials::Accepted;
+                                    user) == CimRequestHandler::Credentials::Accepted;
                 asio::post(self->_stream.get_executor(), [self, accepted, user = std::move(user)] {
-                    if (accepted) {
+                    if (accepted)
+                    {
                         self->_owner.logins.succeeded(self->_peer.address);
                         self->onAuthenticated();
-                    } else {
+                    }
+                    else
+                    {
                         self->refuseCredentials(user, true);
                     }
                 });
@@ -519,7 +545,8 @@ private:
 
     void onAuthenticated()
     {
-        if (!_authenticated) {
+        if (!_authenticated)
+        {
             _authenticated = true;
             if constexpr (!kLocal)
                 _owner.limits.authenticated();
@@ -527,9 +554,10 @@ private:
         // A chunked body may grow to the limit.
         std::size_t bytes = _parser->get().chunked() ? _owner.options.maxRequestBytes
                                                      : std::size_t(_parser->content_length().value_or(0));
-        if (bytes > 0 && !_owner.bodies.reserve(bytes)) {
+        if (bytes > 0 && !_owner.bodies.reserve(bytes))
+        {
             _owner.refusals.warn("refused a request body of " + std::to_string(bytes) +
-                                 " bytes: the bodies being received already fill the allowance");
+                " bytes: the bodies being received already fill the allowance");
             _response = CimRequestHandler::refusal(503, "", _parser->get().version(), false);
             _response.set(bhttp::field::retry_after, "1");
             write();
@@ -538,14 +566,16 @@ private:
         _reservedBody = bytes;
         beast::get_lowest_layer(_stream).expires_after(_owner.options.bodyTimeout);
         // A client that asks whether to send its body is told to go on.
-        if (beast::iequals(_parser->get()[bhttp::field::expect], "100-continue")) {
+        if (beast::iequals(_parser->get()[bhttp::field::expect], "100-continue"))
+        {
             _continue = std::make_shared<bhttp::response<bhttp::empty_body>>(bhttp::status::continue_, 11);
-            bhttp::async_write(_stream, *_continue, [self = this->shared_from_this()](error_code ec, std::size_t) {
-                if (ec)
-                    self->close();
-                else
-                    self->readBody();
-            });
+            bhttp::async_write(
+                _stream, *_continue, [self = this->shared_from_this()](error_code ec, std::size_t) {
+                    if (ec)
+                        self->close();
+                    else
+                        self->readBody();
+                });
             return;
         }
         readBody();
@@ -553,7 +583,8 @@ private:
 
     void releaseBody()
     {
-        if (_reservedBody) {
+        if (_reservedBody)
+        {
             _owner.bodies.release(_reservedBody);
             _reservedBody = 0;
         }
@@ -561,14 +592,14 @@ private:
 
     void readBody()
     {
-        bhttp::async_read(_stream, _buffer, *_parser, [self = this->shared_from_this()](error_code ec, std::size_t) {
-            self->onBody(ec);
-        });
+        bhttp::async_read(_stream, _buffer, *_parser,
+            [self = this->shared_from_this()](error_code ec, std::size_t) { self->onBody(ec); });
     }
 
     void onBody(error_code ec)
     {
-        if (ec) {
+        if (ec)
+        {
             if (ec == bhttp::error::body_limit)
                 refuseTooLarge();
             else
@@ -588,39 +619,57 @@ private:
         Streamer streamer(*this);
         std::optional<HttpResponse> response;
         bool lost = false;
-        try {
+        try
+        {
             response = _owner.handler.handle(_parser->get(), _peer, streamer);
-        } catch (const ConnectionLost& e) {
+        }
+        catch (const ConnectionLost& e)
+        {
             server::logFormat(3, "zda-cimserver: lost a connection while streaming an answer: %s", e.what());
             lost = true;
-        } catch (const std::exception& e) {
+        }
+        catch (const std::exception& e)
+        {
             // Out of memory while encoding, and the like: the pool thread
             // carries on, the client learns that this request failed.
             server::logFormat(2, "zda-cimserver: request failed: %s", e.what());
             response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
-        } catch (...) {
+        }
+        catch (...)
+        {
             server::logFormat(2, "zda-cimserver: request failed");
             response = CimRequestHandler::refusal(500, "", _parser->get().version(), false);
         }
-        enum { Close, ReadNext, Answer } next = Answer;
-        if (lost || streamer.begun() || !response) {
+        enum
+        {
+            Close,
+            ReadNext,
+            Answer
+        } next = Answer;
+        if (lost || streamer.begun() || !response)
+        {
             // A failure after the head went out cannot be answered any more:
             // closing cuts the body short.
             next = !lost && streamer.ended() && streamer.keepAlive() && !response ? ReadNext : Close;
         }
         asio::post(_stream.get_executor(),
-                   [self = this->shared_from_this(), next, response = std::move(response)]() mutable {
-                       self->releaseBody();
-                       std::string().swap(self->_parser->get().body());
-                       if (next == Close) {
-                           self->close();
-                       } else if (next == ReadNext) {
-                           self->readHeader();
-                       } else {
-                           self->_response = std::move(*response);
-                           self->write();
-                       }
-                   });
+            [self = this->shared_from_this(), next, response = std::move(response)]() mutable {
+                self->releaseBody();
+                std::string().swap(self->_parser->get().body());
+                if (next == Close)
+                {
+                    self->close();
+                }
+                else if (next == ReadNext)
+                {
+                    self->readHeader();
+                }
+                else
+                {
+                    self->_response = std::move(*response);
+                    self->write();
+                }
+            });
     }
 
     // Writes a streamed answer on the connection, synchronously, each write
@@ -633,9 +682,12 @@ private:
         void begin(HttpResponseHead& head) override
         {
             _chunked = head.version() >= 11;
-            if (_chunked) {
+            if (_chunked)
+            {
                 head.chunked(true);
-            } else {
+            }
+            else
+            {
                 // The body ends with the connection, and has no trailer.
                 head.keep_alive(false);
                 head.erase(bhttp::field::trailer);
@@ -685,7 +737,8 @@ private:
             std::uint64_t ticket = watchdog.watch(socket, WriteWatchdog::Clock::now() + allowance);
             std::size_t lastTotal = 0;
             auto progress = [&](const error_code& ec, std::size_t total) -> std::size_t {
-                if (total != lastTotal) {
+                if (total != lastTotal)
+                {
                     lastTotal = total;
                     watchdog.renew(ticket, WriteWatchdog::Clock::now() + allowance);
                 }
@@ -707,7 +760,8 @@ private:
 
     void refuseTooLarge()
     {
-        server::logFormat(3, "zda-cimserver: refused a request of more than %zu bytes", _owner.options.maxRequestBytes);
+        server::logFormat(
+            3, "zda-cimserver: refused a request of more than %zu bytes", _owner.options.maxRequestBytes);
         _response = CimRequestHandler::refusal(413, "request-not-valid", _parser->get().version(), false);
         write();
     }
@@ -718,7 +772,8 @@ private:
     {
         if (ec == bhttp::error::end_of_stream || ec == beast::error::timeout || ec == asio::error::eof ||
             ec == asio::error::connection_reset || ec == asio::error::operation_aborted ||
-            ec.category() == asio::error::get_ssl_category() || ec == asio::ssl::error::stream_truncated) {
+            ec.category() == asio::error::get_ssl_category() || ec == asio::ssl::error::stream_truncated)
+        {
             if (ec == beast::error::timeout)
                 server::logFormat(3, "zda-cimserver: closed a connection that stopped sending");
             close();
@@ -743,13 +798,16 @@ private:
     void close()
     {
         error_code ignored;
-        if constexpr (kSecure) {
+        if constexpr (kSecure)
+        {
             beast::get_lowest_layer(_stream).expires_after(std::chrono::seconds(2));
             _stream.async_shutdown([self = this->shared_from_this()](error_code) {
                 error_code ignored;
                 beast::get_lowest_layer(self->_stream).socket().close(ignored);
             });
-        } else {
+        }
+        else
+        {
             _stream.socket().shutdown(asio::socket_base::shutdown_send, ignored);
             _stream.socket().close(ignored);
         }
@@ -770,27 +828,30 @@ private:
 
 void HttpServer::Impl::acceptTcp(tcp::acceptor& acceptor, bool secure)
 {
-    acceptor.async_accept(asio::make_strand(io), [this, &acceptor, secure](error_code ec, tcp::socket socket) {
-        if (ec == asio::error::operation_aborted || !acceptor.is_open())
-            return;
-        if (!ec) {
-            Peer peer;
-            error_code ignored;
-            auto remote = socket.remote_endpoint(ignored);
-            auto address = remote.address();
-            if (address.is_v6() && address.to_v6().is_v4_mapped())
-                address = asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6());
-            peer.address = address.to_string();
-            // Streamed answers end with a short write that must not wait
-            // for the acknowledgement of the data before it.
-            socket.set_option(tcp::no_delay(true), ignored);
-            if (secure)
-                std::make_shared<Session<TlsStream>>(*this, std::move(peer), std::move(socket), tls)->start();
-            else
-                std::make_shared<Session<TcpStream>>(*this, std::move(peer), std::move(socket))->start();
-        }
-        acceptTcp(acceptor, secure);
-    });
+    acceptor.async_accept(
+        asio::make_strand(io), [this, &acceptor, secure](error_code ec, tcp::socket socket) {
+            if (ec == asio::error::operation_aborted || !acceptor.is_open())
+                return;
+            if (!ec)
+            {
+                Peer peer;
+                error_code ignored;
+                auto remote = socket.remote_endpoint(ignored);
+                auto address = remote.address();
+                if (address.is_v6() && address.to_v6().is_v4_mapped())
+                    address = asio::ip::make_address_v4(asio::ip::v4_mapped, address.to_v6());
+                peer.address = address.to_string();
+                // Streamed answers end with a short write that must not wait
+                // for the acknowledgement of the data before it.
+                socket.set_option(tcp::no_delay(true), ignored);
+                if (secure)
+                    std::make_shared<Session<TlsStream>>(*this, std::move(peer), std::move(socket), tls)
+                        ->start();
+                else
+                    std::make_shared<Session<TcpStream>>(*this, std::move(peer), std::move(socket))->start();
+            }
+            acceptTcp(acceptor, secure);
+        });
 }
 
 void HttpServer::Impl::acceptLocal()
@@ -798,9 +859,11 @@ void HttpServer::Impl::acceptLocal()
     localAcceptor.async_accept(asio::make_strand(io), [this](error_code ec, local::socket socket) {
         if (ec == asio::error::operation_aborted || !localAcceptor.is_open())
             return;
-        if (!ec) {
+        if (!ec)
+        {
             Peer peer;
-            struct ucred credentials {};
+            struct ucred credentials
+            {};
             socklen_t size = sizeof credentials;
             if (::getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0)
                 peer.trustedLocal = credentials.uid == ::geteuid() || credentials.uid == 0;
@@ -812,8 +875,7 @@ void HttpServer::Impl::acceptLocal()
 
 HttpServer::HttpServer(const CimRequestHandler& handler, ListenerOptions options)
     : _impl(new Impl(handler, std::move(options)))
-{
-}
+{}
 
 HttpServer::~HttpServer() = default;
 
@@ -832,7 +894,8 @@ std::vector<std::string> HttpServer::urls() const
     if (_impl->httpAcceptor.is_open())
         out.push_back("http://" + host + ":" + std::to_string(_impl->httpAcceptor.local_endpoint(ec).port()));
     if (_impl->httpsAcceptor.is_open())
-        out.push_back("https://" + host + ":" + std::to_string(_impl->httpsAcceptor.local_endpoint(ec).port()));
+        out.push_back(
+            "https://" + host + ":" + std::to_string(_impl->httpsAcceptor.local_endpoint(ec).port()));
     return out;
 }
 

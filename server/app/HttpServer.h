@@ -15,9 +15,11 @@
 #include <string>
 #include <vector>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-struct ListenerOptions {
+struct ListenerOptions
+{
     std::string bindAddress = "127.0.0.1";
     // -1: no such listener; 0: a free port chosen by the system.
     int httpPort = 5988;
@@ -55,12 +57,14 @@ struct ListenerOptions {
     unsigned threads = 4;
 };
 
-class ListenerError : public std::runtime_error {
+class ListenerError : public std::runtime_error
+{
 public:
     using std::runtime_error::runtime_error;
 };
 
-class HttpServer {
+class HttpServer
+{
 public:
     // Opens the listeners (throws ListenerError when one cannot be opened)
     // and starts the threads. `handler` must outlive the server.

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-namespace {
+namespace
+{
 
 // Addresses remembered at most; beyond it the oldest quiet ones go first.
 constexpr std::size_t kMaxRecords = 10000;
@@ -19,11 +21,13 @@ void LogLimiter::warn(const std::string& line)
     {
         std::lock_guard<std::mutex> lock(_mutex);
         const Clock::time_point now = Clock::now();
-        if (now - _periodStart >= _period) {
+        if (now - _periodStart >= _period)
+        {
             _periodStart = now;
             _logged = 0;
         }
-        if (_logged >= _burst) {
+        if (_logged >= _burst)
+        {
             _suppressed++;
             return;
         }
@@ -47,15 +51,16 @@ LoginThrottle::Clock::duration LoginThrottle::delayAfter(unsigned failures) cons
     return std::min(delay, _settings.maxDelay);
 }
 
-std::optional<LoginThrottle::Clock::time_point> LoginThrottle::admit(const std::string& address,
-                                                                      Clock::time_point now)
+std::optional<LoginThrottle::Clock::time_point> LoginThrottle::admit(
+    const std::string& address, Clock::time_point now)
 {
     std::lock_guard<std::mutex> lock(_mutex);
     auto found = _records.find(address);
     if (found == _records.end())
         return now;
     Record& r = found->second;
-    if (now - r.lastFailure > _settings.forgetAfter) {
+    if (now - r.lastFailure > _settings.forgetAfter)
+    {
         _records.erase(found);
         return now;
     }
@@ -84,8 +89,8 @@ void LoginThrottle::failed(const std::string& address, const std::string& user, 
         failures = r.failures;
     }
     _log.warn("refused a login" + (user.empty() ? std::string() : " as '" + user + "'") + " from " +
-              (address.empty() ? std::string("the local socket") : address) + " (" + std::to_string(failures) +
-              " failed in a row)");
+        (address.empty() ? std::string("the local socket") : address) + " (" + std::to_string(failures) +
+        " failed in a row)");
 }
 
 void LoginThrottle::succeeded(const std::string& address)

@@ -17,11 +17,13 @@
 #include <string>
 #include <unordered_map>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 // At most `burst` lines per `period`; what was held back is counted and
 // reported with the next line that goes out.
-class LogLimiter {
+class LogLimiter
+{
 public:
     using Clock = std::chrono::steady_clock;
 
@@ -39,11 +41,13 @@ private:
     unsigned long _suppressed = 0;
 };
 
-class LoginThrottle {
+class LoginThrottle
+{
 public:
     using Clock = std::chrono::steady_clock;
 
-    struct Settings {
+    struct Settings
+    {
         unsigned freeFailures = 3;  // failures that earn no wait
         Clock::duration firstDelay = std::chrono::milliseconds(250);
         Clock::duration maxDelay = std::chrono::seconds(8);
@@ -65,7 +69,8 @@ public:
     void succeeded(const std::string& address);
 
 private:
-    struct Record {
+    struct Record
+    {
         unsigned failures = 0;
         Clock::time_point lastFailure;
         Clock::time_point nextTurn;

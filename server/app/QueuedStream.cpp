@@ -1,11 +1,11 @@
 #include "QueuedStream.h"
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 QueuedStream::QueuedStream(ResponseStream& connection, std::size_t maxPieces, std::size_t pieceSize)
     : _connection(connection), _maxPieces(maxPieces == 0 ? 1 : maxPieces), _pieceSize(pieceSize)
-{
-}
+{}
 
 QueuedStream::~QueuedStream()
 {
@@ -22,7 +22,8 @@ void QueuedStream::send(const char* data, std::size_t size)
 {
     if (size == 0)
         return;
-    if (!_sender.joinable()) {
+    if (!_sender.joinable())
+    {
         // Not begun: nothing to overlap with.
         _connection.send(data, size);
         return;
@@ -42,7 +43,8 @@ void QueuedStream::queueGathered()
         _pieces.push_back(std::move(_gathering));
         _anyQueued = true;
         _gathering.clear();
-        if (!_spare.empty()) {
+        if (!_spare.empty())
+        {
             _gathering = std::move(_spare.back());
             _spare.pop_back();
         }
@@ -83,7 +85,8 @@ void QueuedStream::rethrowFailure()
 
 void QueuedStream::run()
 {
-    for (;;) {
+    for (;;)
+    {
         std::string piece;
         {
             std::unique_lock<std::mutex> lock(_mutex);
@@ -93,9 +96,12 @@ void QueuedStream::run()
             piece = std::move(_pieces.front());
             _pieces.pop_front();
         }
-        try {
+        try
+        {
             _connection.send(piece.data(), piece.size());
-        } catch (...) {
+        }
+        catch (...)
+        {
             std::lock_guard<std::mutex> lock(_mutex);
             _failure = std::current_exception();
             _pieces.clear();

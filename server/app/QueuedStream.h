@@ -24,12 +24,14 @@
 #include <thread>
 #include <vector>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-class QueuedStream : public ResponseStream {
+class QueuedStream : public ResponseStream
+{
 public:
-    explicit QueuedStream(ResponseStream& connection, std::size_t maxPieces = 3,
-                          std::size_t pieceSize = 1024 * 1024);
+    explicit QueuedStream(
+        ResponseStream& connection, std::size_t maxPieces = 3, std::size_t pieceSize = 1024 * 1024);
     QueuedStream(const QueuedStream&) = delete;
     QueuedStream& operator=(const QueuedStream&) = delete;
     // Stops the sender after the piece it is writing; pieces not yet

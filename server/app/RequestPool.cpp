@@ -1,11 +1,11 @@
 #include "RequestPool.h"
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 RequestPool::RequestPool(unsigned keep, std::chrono::milliseconds idleLimit)
     : _keep(keep == 0 ? 1 : keep), _idleLimit(idleLimit)
-{
-}
+{}
 
 RequestPool::~RequestPool()
 {
@@ -18,18 +18,22 @@ void RequestPool::post(std::function<void()> task)
     if (_stopping)
         return;
     _tasks.push_back(std::move(task));
-    if (_tasks.size() > _idle) {
+    if (_tasks.size() > _idle)
+    {
         _threads.emplace_back();
         auto self = std::prev(_threads.end());
         *self = std::thread([this, self] { work(self); });
-    } else {
+    }
+    else
+    {
         _wake.notify_one();
     }
     // Threads that ended are joined here, off their own stack.
     std::vector<std::list<std::thread>::iterator> finished;
     finished.swap(_finished);
     std::vector<std::thread> joining;
-    for (auto it : finished) {
+    for (auto it : finished)
+    {
         joining.push_back(std::move(*it));
         _threads.erase(it);
     }
@@ -63,14 +67,17 @@ std::size_t RequestPool::threads() const
 void RequestPool::work(std::list<std::thread>::iterator self)
 {
     std::unique_lock<std::mutex> lock(_mutex);
-    for (;;) {
+    for (;;)
+    {
         _idle++;
         bool woken = _wake.wait_for(lock, _idleLimit, [this] { return !_tasks.empty() || _stopping; });
         _idle--;
         if (_stopping)
             return;
-        if (!woken) {
-            if (_threads.size() - _finished.size() > _keep) {
+        if (!woken)
+        {
+            if (_threads.size() - _finished.size() > _keep)
+            {
                 _finished.push_back(self);
                 return;
             }

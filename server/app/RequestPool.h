@@ -16,9 +16,11 @@
 #include <thread>
 #include <vector>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-class RequestPool {
+class RequestPool
+{
 public:
     explicit RequestPool(unsigned keep, std::chrono::milliseconds idleLimit = std::chrono::seconds(10));
     ~RequestPool();

@@ -19,11 +19,13 @@
 #include <sstream>
 #include <unordered_map>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
 // Credentials that verified recently, by keyed digest of the user, the
 // password and the stored hash (so that a changed hash never matches).
-class UserStore::VerifiedCredentials {
+class UserStore::VerifiedCredentials
+{
 public:
     using Clock = std::chrono::steady_clock;
     static constexpr std::chrono::minutes kLifetime{5};
@@ -43,7 +45,8 @@ public:
         auto found = _entries.find(digest);
         if (found == _entries.end())
             return false;
-        if (found->second <= Clock::now()) {
+        if (found->second <= Clock::now())
+        {
             _entries.erase(found);
             return false;
         }
@@ -68,7 +71,7 @@ public:
         unsigned char out[EVP_MAX_MD_SIZE];
         unsigned int size = 0;
         if (!HMAC(EVP_sha256(), _key, sizeof _key, reinterpret_cast<const unsigned char*>(message.data()),
-                  message.size(), out, &size))
+                message.size(), out, &size))
             return std::string();
         OPENSSL_cleanse(&message[0], message.size());
         return std::string(reinterpret_cast<const char*>(out), size);
@@ -106,7 +109,8 @@ UserStore UserStore::readFile(const std::string& path)
         throw UsersError("cannot read the users file " + path + ": " + std::strerror(errno));
     UserStore users;
     std::string line;
-    for (unsigned number = 1; std::getline(in, line); number++) {
+    for (unsigned number = 1; std::getline(in, line); number++)
+    {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (line.empty() || line[0] == '#')
@@ -122,7 +126,8 @@ UserStore UserStore::readFile(const std::string& path)
     return users;
 }
 
-namespace {
+namespace
+{
 
 bool holdsNul(const std::string& text)
 {
@@ -205,7 +210,8 @@ void UserStore::writeFile(const std::string& path) const
         text += name + ":" + hash + "\n";
     bool written = ::write(fd, text.data(), text.size()) == ssize_t(text.size()) && ::fsync(fd) == 0;
     written = ::close(fd) == 0 && written;
-    if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
+    if (!written || std::rename(temporary.c_str(), path.c_str()) != 0)
+    {
         std::string reason = std::strerror(errno);
         std::remove(temporary.c_str());
         throw UsersError("cannot write " + path + ": " + reason);

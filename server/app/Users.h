@@ -10,14 +10,17 @@
 #include <stdexcept>
 #include <string>
 
-namespace zda::cimserver {
+namespace zda::cimserver
+{
 
-class UsersError : public std::runtime_error {
+class UsersError : public std::runtime_error
+{
 public:
     using std::runtime_error::runtime_error;
 };
 
-class UserStore {
+class UserStore
+{
 public:
     // The demo users admin, operator, viewer and noaccess, each with the
     // password "<name>-demo". For demonstrations only.

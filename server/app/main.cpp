@@ -25,9 +25,11 @@
 namespace fs = std::filesystem;
 using namespace zda::cimserver;
 
-namespace {
+namespace
+{
 
-struct Settings {
+struct Settings
+{
     std::string bind = "127.0.0.1";
     std::string httpPort = "5988";
     std::string httpsPort = "5989";
@@ -106,20 +108,22 @@ void addOptions(CLI::App& app, Settings& s)
     app.add_option("--modules-dir", s.modulesDir, "Folder of the provider modules (lib<Location>.so)");
     app.add_option("--local-user", s.localUser, "Identity of local-socket clients and of calls without one")
         ->capture_default_str();
-    app.add_option("--sem-timeout", s.semTimeoutSeconds, "Seconds the array's semaphore waits before timing out")
+    app.add_option(
+           "--sem-timeout", s.semTimeoutSeconds, "Seconds the array's semaphore waits before timing out")
         ->check(CLI::PositiveNumber);
     app.add_option("--log-level", s.logLevel, "Log lines up to this level (2 errors, 3 warnings, 4 trace)")
         ->check(CLI::Range(0, 9));
     app.add_option("--log-file", s.logFile, "Append the log to this file instead of stderr");
     app.add_flag("--simulator-control", s.simulatorControl,
-                 "Serve the simulator's controls (class ZDA_SimulatorControl in root/zda_sim)");
+        "Serve the simulator's controls (class ZDA_SimulatorControl in root/zda_sim)");
     app.set_config("--config", "", "Read options from this file (name = value lines)");
     app.add_option("--add-user", s.addUser,
-                   "Add a user to the --users file, or change its password, reading the password from "
-                   "standard input, then exit");
+        "Add a user to the --users file, or change its password, reading the password from "
+        "standard input, then exit");
 
     const char* group = "Limits and TLS";
-    app.add_option("--tls-cert", s.certificateFile, "HTTPS certificate chain (PEM; self-signed pair without it)")
+    app.add_option(
+           "--tls-cert", s.certificateFile, "HTTPS certificate chain (PEM; self-signed pair without it)")
         ->group(group)
         ->check(CLI::ExistingFile);
     app.add_option("--tls-key", s.keyFile, "HTTPS private key (PEM)")->group(group)->check(CLI::ExistingFile);
@@ -130,7 +134,8 @@ void addOptions(CLI::App& app, Settings& s)
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(8u, 10000u));
-    app.add_option("--header-timeout", s.headerTimeoutSeconds, "Seconds a client has to send a request's headers")
+    app.add_option(
+           "--header-timeout", s.headerTimeoutSeconds, "Seconds a client has to send a request's headers")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
@@ -139,16 +144,16 @@ void addOptions(CLI::App& app, Settings& s)
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
     app.add_option("--max-body-bytes-in-flight", s.limits.maxBodyBytesInFlight,
-                   "Request body bytes received at once over all connections")
+           "Request body bytes received at once over all connections")
         ->group(group)
         ->capture_default_str();
     app.add_option("--unauthenticated-timeout", s.unauthenticatedTimeoutSeconds,
-                   "Seconds a connection that has not authenticated may stay idle")
+           "Seconds a connection that has not authenticated may stay idle")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
     app.add_option("--send-timeout", s.sendTimeoutSeconds,
-                   "Seconds an answer may wait for its client to read before the connection is dropped")
+           "Seconds an answer may wait for its client to read before the connection is dropped")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::PositiveNumber);
@@ -157,17 +162,17 @@ void addOptions(CLI::App& app, Settings& s)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
     app.add_option("--max-unauthenticated-connections", s.limits.maxUnauthenticatedConnections,
-                   "TCP connections served at once that have not authenticated")
+           "TCP connections served at once that have not authenticated")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
     app.add_option("--max-connections-per-address", s.limits.maxConnectionsPerAddress,
-                   "TCP connections served at once from one client address")
+           "TCP connections served at once from one client address")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
     app.add_option("--threads", s.limits.threads,
-                   "Threads serving connections; as many wait to run requests, and more start while all are busy")
+           "Threads serving connections; as many wait to run requests, and more start while all are busy")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 256u));
@@ -176,20 +181,22 @@ void addOptions(CLI::App& app, Settings& s)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
     app.add_option("--pull-max-contexts-per-user", s.pull.maxContextsPerUser,
-                   "Enumeration contexts one user may have open at once")
+           "Enumeration contexts one user may have open at once")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 100000u));
     app.add_option("--pull-default-timeout", s.pullDefaultTimeoutSeconds,
-                   "Seconds an enumeration context waits for its next pull when the open names no time-out")
+           "Seconds an enumeration context waits for its next pull when the open names no time-out")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 86400u));
-    app.add_option("--pull-max-timeout", s.pullMaxTimeoutSeconds, "Longest OperationTimeout a client may ask for")
+    app.add_option(
+           "--pull-max-timeout", s.pullMaxTimeoutSeconds, "Longest OperationTimeout a client may ask for")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 86400u));
-    app.add_option("--pull-max-object-count", s.pull.maxObjectCount, "Most results one open or pull may ask for")
+    app.add_option(
+           "--pull-max-object-count", s.pull.maxObjectCount, "Most results one open or pull may ask for")
         ->group(group)
         ->capture_default_str()
         ->check(CLI::Range(1u, 1000000u));
@@ -217,7 +224,8 @@ int serve(Settings& s)
 
     // The server's lines join the array library's log, so one file and one
     // threshold serve the server, the providers and the array alike.
-    zda::server::setLogSink([](int level, const std::string& line) { log_message(level, "%s", line.c_str()); });
+    zda::server::setLogSink(
+        [](int level, const std::string& line) { log_message(level, "%s", line.c_str()); });
     if (s.logFile.size() && zdasim_log_to_file(s.logFile.c_str()) != 0)
         throw std::runtime_error("cannot write the log file " + s.logFile);
     if (s.logLevel >= 0)
@@ -237,12 +245,16 @@ int serve(Settings& s)
 
     fs::create_directories(s.stateDir);
     ::chmod(s.stateDir.c_str(), 0700);
-    if (listen.httpsPort >= 0) {
-        if (s.certificateFile.empty()) {
+    if (listen.httpsPort >= 0)
+    {
+        if (s.certificateFile.empty())
+        {
             CertificateFiles pair = ensureSelfSignedCertificate(s.stateDir);
             listen.certificateFile = pair.certificate;
             listen.keyFile = pair.key;
-        } else {
+        }
+        else
+        {
             listen.certificateFile = s.certificateFile;
             listen.keyFile = s.keyFile;
         }
@@ -262,8 +274,8 @@ int serve(Settings& s)
     handlerOptions.maxXmlDepth = s.maxXmlDepth;
     handlerOptions.pull = s.pull;
     // A default beyond the longest allowed time-out is cut to it.
-    handlerOptions.pull.defaultTimeout =
-        std::chrono::seconds(std::min(s.pullDefaultTimeoutSeconds, s.pullMaxTimeoutSeconds));
+    handlerOptions.pull.defaultTimeout = std::chrono::seconds(
+        std::min(s.pullDefaultTimeoutSeconds, s.pullMaxTimeoutSeconds));
     handlerOptions.pull.maxTimeout = std::chrono::seconds(s.pullMaxTimeoutSeconds);
     CimRequestHandler handler(host.dispatcher(), users, handlerOptions);
     HttpServer server(handler, listen);
@@ -285,7 +297,8 @@ int serve(Settings& s)
 
     server.stop();
     host.shutdown();
-    if (!s.stateFile.empty()) {
+    if (!s.stateFile.empty())
+    {
         if (zdasim_save_description_file(s.stateFile.c_str(), error, sizeof error) != 0)
             log_message(2, "zda-cimserver: cannot write the state: %s", error);
         zdasim_state_file_close();
@@ -310,9 +323,12 @@ int main(int argc, char** argv)
     Settings s;
     CLI::App app{"zda-cimserver: a CIM server for the ZDA array simulator"};
     addOptions(app, s);
-    try {
+    try
+    {
         app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
+    }
+    catch (const CLI::ParseError& e)
+    {
         return app.exit(e);
     }
     if (s.stateDir.empty())
@@ -322,8 +338,10 @@ int main(int argc, char** argv)
     if (s.modulesDir.empty())
         s.modulesDir = (executableFolder() / ".." / "lib").lexically_normal().string();
 
-    try {
-        if (!s.addUser.empty()) {
+    try
+    {
+        if (!s.addUser.empty())
+        {
             if (s.usersFile.empty())
                 throw UsersError("--add-user needs --users FILE");
             addUserToFile(s.usersFile, s.addUser, std::cin);
@@ -333,9 +351,13 @@ int main(int argc, char** argv)
         parsePort(s.httpPort, "--http-port");
         parsePort(s.httpsPort, "--https-port");
         return serve(s);
-    } catch (const CLI::ParseError& e) {
+    }
+    catch (const CLI::ParseError& e)
+    {
         return app.exit(e);
-    } catch (const std::exception& e) {
+    }
+    catch (const std::exception& e)
+    {
         std::cerr << "zda-cimserver: " << e.what() << std::endl;
         return 1;
     }

@@ -25,17 +25,19 @@
 #include <string>
 #include <vector>
 
-namespace zda::server {
+namespace zda::server
+{
 
-class ClassRepository {
+class ClassRepository
+{
 public:
     // Compiles every entry file of `mofDirectory` (each *.mof file directly
     // in it, in name order; included files live in subfolders) and builds
     // the repository. Declarations before any namespace pragma go to
     // `defaultNamespace`. Throws mof::MofError naming the file, line and
     // column of the first fault (also for a folder that cannot be read).
-    static std::unique_ptr<ClassRepository> loadDirectory(const std::string& mofDirectory,
-                                                          const std::string& defaultNamespace = "root/cimv2");
+    static std::unique_ptr<ClassRepository> loadDirectory(
+        const std::string& mofDirectory, const std::string& defaultNamespace = "root/cimv2");
 
     // Builds from declarations already parsed. Throws mof::MofError.
     explicit ClassRepository(const std::vector<mof::Declaration>& declarations);
@@ -61,9 +63,10 @@ public:
 
     // Throws CIMException CIM_ERR_INVALID_NAMESPACE for an unknown namespace,
     // CIM_ERR_NOT_FOUND for an unknown qualifier.
-    Pegasus::CIMQualifierDecl getQualifier(const Pegasus::CIMNamespaceName& nameSpace,
-                                           const Pegasus::CIMName& qualifierName) const;
-    Pegasus::Array<Pegasus::CIMQualifierDecl> enumerateQualifiers(const Pegasus::CIMNamespaceName& nameSpace) const;
+    Pegasus::CIMQualifierDecl getQualifier(
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& qualifierName) const;
+    Pegasus::Array<Pegasus::CIMQualifierDecl> enumerateQualifiers(
+        const Pegasus::CIMNamespaceName& nameSpace) const;
 
     // ---- classes ---------------------------------------------------------
     // The class as GetClass gives it. With localOnly, only the properties,
@@ -77,9 +80,8 @@ public:
     // isAssociation). Throws CIMException CIM_ERR_INVALID_NAMESPACE or
     // CIM_ERR_NOT_FOUND.
     Pegasus::CIMClass getClass(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-                               bool localOnly = true, bool includeQualifiers = true,
-                               bool includeClassOrigin = false,
-                               const Pegasus::CIMPropertyList& propertyList = Pegasus::CIMPropertyList()) const;
+        bool localOnly = true, bool includeQualifiers = true, bool includeClassOrigin = false,
+        const Pegasus::CIMPropertyList& propertyList = Pegasus::CIMPropertyList()) const;
 
     bool classExists(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className) const;
 
@@ -89,22 +91,20 @@ public:
     // CIM_ERR_INVALID_NAMESPACE, or CIM_ERR_INVALID_CLASS for an unknown
     // className.
     Pegasus::Array<Pegasus::CIMName> enumerateClassNames(const Pegasus::CIMNamespaceName& nameSpace,
-                                                         const Pegasus::CIMName& className,
-                                                         bool deepInheritance) const;
+        const Pegasus::CIMName& className, bool deepInheritance) const;
     // The classes of enumerateClassNames, each as getClass gives it.
     Pegasus::Array<Pegasus::CIMClass> enumerateClasses(const Pegasus::CIMNamespaceName& nameSpace,
-                                                       const Pegasus::CIMName& className, bool deepInheritance,
-                                                       bool localOnly = true, bool includeQualifiers = true,
-                                                       bool includeClassOrigin = false) const;
+        const Pegasus::CIMName& className, bool deepInheritance, bool localOnly = true,
+        bool includeQualifiers = true, bool includeClassOrigin = false) const;
 
     // The superclasses of `className`, nearest first. Throws as getClass.
-    Pegasus::Array<Pegasus::CIMName> getSuperClassNames(const Pegasus::CIMNamespaceName& nameSpace,
-                                                        const Pegasus::CIMName& className) const;
+    Pegasus::Array<Pegasus::CIMName> getSuperClassNames(
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className) const;
 
     // True when `className` is `ancestor` or one of its subclasses; false
     // when either is unknown.
     bool isSubclassOf(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-                      const Pegasus::CIMName& ancestor) const;
+        const Pegasus::CIMName& ancestor) const;
 
     // The association classes that can link an object of `className`: those
     // with a reference whose class is `className` or one of its
@@ -113,23 +113,21 @@ public:
     // name `role`. Superclasses come before subclasses. Throws CIMException
     // CIM_ERR_INVALID_NAMESPACE or CIM_ERR_INVALID_CLASS.
     Pegasus::Array<Pegasus::CIMName> getAssociationClassNames(const Pegasus::CIMNamespaceName& nameSpace,
-                                                              const Pegasus::CIMName& className,
-                                                              const Pegasus::String& role = Pegasus::String()) const;
+        const Pegasus::CIMName& className, const Pegasus::String& role = Pegasus::String()) const;
 
     // ---- static instances ------------------------------------------------
     // Instances declared in MOF of `className` (and of its subclasses, with
     // deepInheritance), each with its full path (namespace set, no host).
     // Throws CIMException CIM_ERR_INVALID_NAMESPACE or CIM_ERR_INVALID_CLASS.
     Pegasus::Array<Pegasus::CIMInstance> enumerateInstances(const Pegasus::CIMNamespaceName& nameSpace,
-                                                            const Pegasus::CIMName& className,
-                                                            bool deepInheritance = true) const;
+        const Pegasus::CIMName& className, bool deepInheritance = true) const;
 
     // The instance with the keys of `instanceName` (its host and namespace
     // are ignored). Throws CIMException CIM_ERR_INVALID_NAMESPACE,
     // CIM_ERR_INVALID_CLASS for an unknown class, CIM_ERR_NOT_FOUND when
     // no such instance was declared.
-    Pegasus::CIMInstance getInstance(const Pegasus::CIMNamespaceName& nameSpace,
-                                     const Pegasus::CIMObjectPath& instanceName) const;
+    Pegasus::CIMInstance getInstance(
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& instanceName) const;
 
 private:
     struct Namespace;

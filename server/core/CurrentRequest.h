@@ -9,9 +9,11 @@
 
 #include <Pegasus/Common/OperationContext.h>
 
-namespace zda::server {
+namespace zda::server
+{
 
-class CurrentRequestScope {
+class CurrentRequestScope
+{
 public:
     // `context` is the context the provider receives; it must outlive the
     // scope.
@@ -32,7 +34,8 @@ private:
 // Marks the thread as serving no request, for work that belongs to no
 // request even when a request triggered it (a provider's initialize): its
 // upcalls then run as the local identity, whoever came first.
-class OutsideRequestScope {
+class OutsideRequestScope
+{
 public:
     OutsideRequestScope();
     ~OutsideRequestScope();

@@ -64,12 +64,14 @@
 #include <set>
 #include <string>
 
-namespace zda::server {
+namespace zda::server
+{
 
 class ClassRepository;
 class CollectorBase;
 
-struct DispatcherOptions {
+struct DispatcherOptions
+{
     // The host name put into result paths.
     Pegasus::String hostName;
     // The identity of requests that come without one.
@@ -79,15 +81,16 @@ struct DispatcherOptions {
     ProviderManager::LogSink log;
 };
 
-class Dispatcher {
+class Dispatcher
+{
 public:
     // Called after each outermost operation of a thread has finished (also
     // when it failed), with the operation's name ("EnumerateInstances").
     using OperationObserver = std::function<void(const char* operation)>;
 
     // `repository`, `registry` and `providers` must outlive the dispatcher.
-    Dispatcher(const ClassRepository& repository, const ProviderRegistry& registry, ProviderManager& providers,
-               DispatcherOptions options);
+    Dispatcher(const ClassRepository& repository, const ProviderRegistry& registry,
+        ProviderManager& providers, DispatcherOptions options);
 
     Dispatcher(const Dispatcher&) = delete;
     Dispatcher& operator=(const Dispatcher&) = delete;
@@ -106,8 +109,8 @@ public:
     // An instance consumer gets the instance and the name it is answered
     // under, which the instance itself need not carry. The instance may be
     // the provider's own object: a consumer reads it and does not keep it.
-    using InstanceConsumer = std::function<void(const Pegasus::CIMInstance& instance,
-                                                const Pegasus::CIMObjectPath& path)>;
+    using InstanceConsumer =
+        std::function<void(const Pegasus::CIMInstance& instance, const Pegasus::CIMObjectPath& path)>;
     using ObjectConsumer = std::function<void(const Pegasus::CIMObject&)>;
     using PathConsumer = std::function<void(const Pegasus::CIMObjectPath&)>;
 
@@ -115,74 +118,68 @@ public:
     void setOperationObserver(OperationObserver observer) { _observer = std::move(observer); }
 
     // ---- classes ----------------------------------------------------------
-    Pegasus::CIMClass getClass(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                               const Pegasus::CIMName& className, bool localOnly, bool includeQualifiers,
-                               bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
+    Pegasus::CIMClass getClass(const Pegasus::OperationContext& context,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className, bool localOnly,
+        bool includeQualifiers, bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
     Pegasus::Array<Pegasus::CIMClass> enumerateClasses(const Pegasus::OperationContext& context,
-                                                       const Pegasus::CIMNamespaceName& nameSpace,
-                                                       const Pegasus::CIMName& className, bool deepInheritance,
-                                                       bool localOnly, bool includeQualifiers,
-                                                       bool includeClassOrigin);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className, bool deepInheritance,
+        bool localOnly, bool includeQualifiers, bool includeClassOrigin);
     Pegasus::Array<Pegasus::CIMName> enumerateClassNames(const Pegasus::OperationContext& context,
-                                                         const Pegasus::CIMNamespaceName& nameSpace,
-                                                         const Pegasus::CIMName& className, bool deepInheritance);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className, bool deepInheritance);
     // The repository is read-only: these three throw CIM_ERR_NOT_SUPPORTED
     // (after the namespace check).
     void createClass(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                     const Pegasus::CIMClass& newClass);
+        const Pegasus::CIMClass& newClass);
     void modifyClass(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                     const Pegasus::CIMClass& modifiedClass);
+        const Pegasus::CIMClass& modifiedClass);
     void deleteClass(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                     const Pegasus::CIMName& className);
+        const Pegasus::CIMName& className);
 
     // ---- instances --------------------------------------------------------
     // Unknown namespace: CIM_ERR_INVALID_NAMESPACE; unknown class:
     // CIM_ERR_INVALID_CLASS; no such static instance: CIM_ERR_NOT_FOUND.
     Pegasus::CIMInstance getInstance(const Pegasus::OperationContext& context,
-                                     const Pegasus::CIMNamespaceName& nameSpace,
-                                     const Pegasus::CIMObjectPath& instanceName, bool localOnly,
-                                     bool includeQualifiers, bool includeClassOrigin,
-                                     const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& instanceName,
+        bool localOnly, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList);
     Pegasus::Array<Pegasus::CIMInstance> enumerateInstances(const Pegasus::OperationContext& context,
-                                                            const Pegasus::CIMNamespaceName& nameSpace,
-                                                            const Pegasus::CIMName& className, bool deepInheritance,
-                                                            bool localOnly, bool includeQualifiers,
-                                                            bool includeClassOrigin,
-                                                            const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className, bool deepInheritance,
+        bool localOnly, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList);
     Pegasus::Array<Pegasus::CIMObjectPath> enumerateInstanceNames(const Pegasus::OperationContext& context,
-                                                                  const Pegasus::CIMNamespaceName& nameSpace,
-                                                                  const Pegasus::CIMName& className);
-    void enumerateInstances(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                            const Pegasus::CIMName& className, bool deepInheritance, bool localOnly,
-                            bool includeQualifiers, bool includeClassOrigin,
-                            const Pegasus::CIMPropertyList& propertyList, const InstanceConsumer& consume);
-    void enumerateInstanceNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                                const Pegasus::CIMName& className, const PathConsumer& consume);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className);
+    void enumerateInstances(const Pegasus::OperationContext& context,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className, bool deepInheritance,
+        bool localOnly, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList, const InstanceConsumer& consume);
+    void enumerateInstanceNames(const Pegasus::OperationContext& context,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
+        const PathConsumer& consume);
     // No instance provider for the class: CIM_ERR_NOT_SUPPORTED. A provider
     // that delivers no path: CIM_ERR_FAILED.
     Pegasus::CIMObjectPath createInstance(const Pegasus::OperationContext& context,
-                                          const Pegasus::CIMNamespaceName& nameSpace,
-                                          const Pegasus::CIMInstance& newInstance);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMInstance& newInstance);
     // The instance's path names the instance; a path without keys:
     // CIM_ERR_INVALID_PARAMETER.
     void modifyInstance(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                        const Pegasus::CIMInstance& modifiedInstance, bool includeQualifiers,
-                        const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMInstance& modifiedInstance, bool includeQualifiers,
+        const Pegasus::CIMPropertyList& propertyList);
     void deleteInstance(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                        const Pegasus::CIMObjectPath& instanceName);
+        const Pegasus::CIMObjectPath& instanceName);
     // Served by getInstance with a one-name property list and both flags
     // false (by modifyInstance with an instance holding only the property).
     // A property the class does not declare, or that the instance lacks:
     // CIM_ERR_NO_SUCH_PROPERTY.
-    Pegasus::CIMValue getProperty(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                                  const Pegasus::CIMObjectPath& instanceName, const Pegasus::CIMName& propertyName);
+    Pegasus::CIMValue getProperty(const Pegasus::OperationContext& context,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& instanceName,
+        const Pegasus::CIMName& propertyName);
     void setProperty(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                     const Pegasus::CIMObjectPath& instanceName, const Pegasus::CIMName& propertyName,
-                     const Pegasus::CIMValue& newValue);
+        const Pegasus::CIMObjectPath& instanceName, const Pegasus::CIMName& propertyName,
+        const Pegasus::CIMValue& newValue);
     // Always CIM_ERR_NOT_SUPPORTED.
     Pegasus::Array<Pegasus::CIMObject> execQuery(const Pegasus::OperationContext& context,
-                                                 const Pegasus::CIMNamespaceName& nameSpace,
-                                                 const Pegasus::String& queryLanguage, const Pegasus::String& query);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::String& queryLanguage,
+        const Pegasus::String& query);
 
     // ---- associations -----------------------------------------------------
     // objectName names an instance (with keys) or, without keys, a class
@@ -190,49 +187,39 @@ public:
     // forms), taken from the repository. An unknown class in objectName,
     // AssocClass or ResultClass: CIM_ERR_INVALID_PARAMETER.
     Pegasus::Array<Pegasus::CIMObject> associators(const Pegasus::OperationContext& context,
-                                                   const Pegasus::CIMNamespaceName& nameSpace,
-                                                   const Pegasus::CIMObjectPath& objectName,
-                                                   const Pegasus::CIMName& assocClass,
-                                                   const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                                                   const Pegasus::String& resultRole, bool includeQualifiers,
-                                                   bool includeClassOrigin,
-                                                   const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& assocClass, const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+        const Pegasus::String& resultRole, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList);
     Pegasus::Array<Pegasus::CIMObjectPath> associatorNames(const Pegasus::OperationContext& context,
-                                                           const Pegasus::CIMNamespaceName& nameSpace,
-                                                           const Pegasus::CIMObjectPath& objectName,
-                                                           const Pegasus::CIMName& assocClass,
-                                                           const Pegasus::CIMName& resultClass,
-                                                           const Pegasus::String& role,
-                                                           const Pegasus::String& resultRole);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& assocClass, const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+        const Pegasus::String& resultRole);
     Pegasus::Array<Pegasus::CIMObject> references(const Pegasus::OperationContext& context,
-                                                  const Pegasus::CIMNamespaceName& nameSpace,
-                                                  const Pegasus::CIMObjectPath& objectName,
-                                                  const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                                                  bool includeQualifiers, bool includeClassOrigin,
-                                                  const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role, bool includeQualifiers,
+        bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
     Pegasus::Array<Pegasus::CIMObjectPath> referenceNames(const Pegasus::OperationContext& context,
-                                                          const Pegasus::CIMNamespaceName& nameSpace,
-                                                          const Pegasus::CIMObjectPath& objectName,
-                                                          const Pegasus::CIMName& resultClass,
-                                                          const Pegasus::String& role);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role);
 
     // The streamed forms of the four above.
     void associators(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                     const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
-                     const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                     const Pegasus::String& resultRole, bool includeQualifiers, bool includeClassOrigin,
-                     const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer& consume);
+        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role, const Pegasus::String& resultRole,
+        bool includeQualifiers, bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
+        const ObjectConsumer& consume);
     void associatorNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                         const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
-                         const Pegasus::CIMName& resultClass, const Pegasus::String& role,
-                         const Pegasus::String& resultRole, const PathConsumer& consume);
+        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& assocClass,
+        const Pegasus::CIMName& resultClass, const Pegasus::String& role, const Pegasus::String& resultRole,
+        const PathConsumer& consume);
     void references(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                    const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
-                    const Pegasus::String& role, bool includeQualifiers, bool includeClassOrigin,
-                    const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer& consume);
+        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
+        const Pegasus::String& role, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer& consume);
     void referenceNames(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
-                        const Pegasus::String& role, const PathConsumer& consume);
+        const Pegasus::CIMObjectPath& objectName, const Pegasus::CIMName& resultClass,
+        const Pegasus::String& role, const PathConsumer& consume);
 
     // ---- methods ----------------------------------------------------------
     // Appends the delivered output parameters to outParameters and returns
@@ -240,10 +227,10 @@ public:
     // Unknown class: CIM_ERR_INVALID_CLASS; unknown method:
     // CIM_ERR_METHOD_NOT_FOUND; parameters: see typeParameters(); no method
     // provider: CIM_ERR_NOT_SUPPORTED.
-    Pegasus::CIMValue invokeMethod(const Pegasus::OperationContext& context, const Pegasus::CIMNamespaceName& nameSpace,
-                                   const Pegasus::CIMObjectPath& instanceName, const Pegasus::CIMName& methodName,
-                                   const Pegasus::Array<Pegasus::CIMParamValue>& inParameters,
-                                   Pegasus::Array<Pegasus::CIMParamValue>& outParameters);
+    Pegasus::CIMValue invokeMethod(const Pegasus::OperationContext& context,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& instanceName,
+        const Pegasus::CIMName& methodName, const Pegasus::Array<Pegasus::CIMParamValue>& inParameters,
+        Pegasus::Array<Pegasus::CIMParamValue>& outParameters);
 
     // The context the provider set on the response of the last operation
     // this thread made (empty when it set none).
@@ -252,24 +239,30 @@ public:
 private:
     class OperationScope;
     struct ClassShape;
-    enum class AssociationOp { Associators, AssociatorNames, References, ReferenceNames };
+    enum class AssociationOp
+    {
+        Associators,
+        AssociatorNames,
+        References,
+        ReferenceNames
+    };
 
     void requireNamespace(const Pegasus::CIMNamespaceName& nameSpace) const;
     void requireClass(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-                      Pegasus::CIMStatusCode code, const char* what) const;
-    std::shared_ptr<const ClassShape> shape(const Pegasus::CIMNamespaceName& nameSpace,
-                                            const Pegasus::CIMName& className) const;
+        Pegasus::CIMStatusCode code, const char* what) const;
+    std::shared_ptr<const ClassShape> shape(
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className) const;
     Pegasus::OperationContext providerContext(const Pegasus::OperationContext& context) const;
-    Pegasus::CIMObjectPath serverPath(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-                                      const Pegasus::Array<Pegasus::CIMKeyBinding>& keys =
-                                          Pegasus::Array<Pegasus::CIMKeyBinding>()) const;
+    Pegasus::CIMObjectPath serverPath(const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::CIMName& className,
+        const Pegasus::Array<Pegasus::CIMKeyBinding>& keys = Pegasus::Array<Pegasus::CIMKeyBinding>()) const;
     void completePath(Pegasus::CIMObjectPath& path, const Pegasus::CIMNamespaceName& nameSpace) const;
 
     // Runs `call` on the provider; with `handler`, a failure of the
     // handler's consumer is what the call ends with.
     template <class Interface, class Call>
     void callProvider(const ProviderId& id, const Pegasus::OperationContext& context, Call&& call,
-                      const CollectorBase* handler = nullptr);
+        const CollectorBase* handler = nullptr);
 
     // What finishInstance() worked out for the last instance of one
     // operation; the next instance, usually of the same class with the
@@ -279,38 +272,36 @@ private:
     // the instance itself need not carry): the delivered instance when the
     // request keeps it whole, else a new one without the properties,
     // qualifiers and class origins the request leaves out.
-    struct FinishedInstance {
+    struct FinishedInstance
+    {
         Pegasus::CIMInstance instance;
         Pegasus::CIMObjectPath path;
     };
     FinishedInstance finish(const Pegasus::CIMInstance& delivered, const Pegasus::CIMNamespaceName& nameSpace,
-                            const Pegasus::CIMName& requestedClass, bool deepInheritance,
-                            bool includeQualifiers, bool includeClassOrigin,
-                            const Pegasus::CIMPropertyList& propertyList, FinishMemo* memo = nullptr) const;
+        const Pegasus::CIMName& requestedClass, bool deepInheritance, bool includeQualifiers,
+        bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
+        FinishMemo* memo = nullptr) const;
     // finish(), as one instance that carries its path.
     Pegasus::CIMInstance finishInstance(const Pegasus::CIMInstance& delivered,
-                                        const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMName& requestedClass, bool deepInheritance,
-                                        bool includeQualifiers, bool includeClassOrigin,
-                                        const Pegasus::CIMPropertyList& propertyList,
-                                        FinishMemo* memo = nullptr) const;
-    Pegasus::CIMObjectPath finishPath(const Pegasus::CIMObjectPath& delivered,
-                                      const Pegasus::CIMNamespaceName& nameSpace) const;
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& requestedClass,
+        bool deepInheritance, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList, FinishMemo* memo = nullptr) const;
+    Pegasus::CIMObjectPath finishPath(
+        const Pegasus::CIMObjectPath& delivered, const Pegasus::CIMNamespaceName& nameSpace) const;
 
     Pegasus::CIMInstance getInstanceFor(const Pegasus::OperationContext& providerCtx,
-                                        const Pegasus::CIMNamespaceName& nameSpace,
-                                        const Pegasus::CIMObjectPath& instanceName, bool includeQualifiers,
-                                        bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
-    void modifyInstanceFor(const Pegasus::OperationContext& providerCtx, const Pegasus::CIMNamespaceName& nameSpace,
-                           const Pegasus::CIMInstance& modifiedInstance, bool includeQualifiers,
-                           const Pegasus::CIMPropertyList& propertyList);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& instanceName,
+        bool includeQualifiers, bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList);
+    void modifyInstanceFor(const Pegasus::OperationContext& providerCtx,
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMInstance& modifiedInstance,
+        bool includeQualifiers, const Pegasus::CIMPropertyList& propertyList);
 
     void associate(AssociationOp op, const Pegasus::OperationContext& context,
-                   const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
-                   const Pegasus::CIMName& assocClass, const Pegasus::CIMName& resultClass,
-                   const Pegasus::String& role, const Pegasus::String& resultRole, bool includeQualifiers,
-                   bool includeClassOrigin, const Pegasus::CIMPropertyList& propertyList,
-                   const ObjectConsumer* consumeObject, const PathConsumer* consumePath);
+        const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMObjectPath& objectName,
+        const Pegasus::CIMName& assocClass, const Pegasus::CIMName& resultClass, const Pegasus::String& role,
+        const Pegasus::String& resultRole, bool includeQualifiers, bool includeClassOrigin,
+        const Pegasus::CIMPropertyList& propertyList, const ObjectConsumer* consumeObject,
+        const PathConsumer* consumePath);
     // The three sources of association results, each passing its results
     // to the walk's emitters.
     struct AssociationWalk;
@@ -319,11 +310,11 @@ private:
     // walk's result class, lead to it (also up the hierarchy when
     // `resultEitherWay`); stops and returns true when `visit` does.
     bool forEachEnd(const AssociationWalk& walk, const ClassShape& association, bool resultEitherWay,
-                    const std::function<bool(const Pegasus::CIMName& farClass)>& visit) const;
+        const std::function<bool(const Pegasus::CIMName& farClass)>& visit) const;
     void associateClasses(const AssociationWalk& walk, const Pegasus::CIMName& association,
-                          const ClassShape& associationShape, std::set<std::string>& classesSeen);
-    void associateByProvider(const AssociationWalk& walk, const Pegasus::CIMName& association,
-                             const ProviderId& id);
+        const ClassShape& associationShape, std::set<std::string>& classesSeen);
+    void associateByProvider(
+        const AssociationWalk& walk, const Pegasus::CIMName& association, const ProviderId& id);
     void associateFromMof(const AssociationWalk& walk, const Pegasus::CIMName& association);
 
     const ClassRepository& _repository;

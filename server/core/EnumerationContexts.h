@@ -31,9 +31,11 @@
 #include <string>
 #include <thread>
 
-namespace zda::server {
+namespace zda::server
+{
 
-struct PullLimits {
+struct PullLimits
+{
     // The operation timeout of an open that names none, and the longest one
     // a client may ask for (0, "never", is refused too).
     std::chrono::milliseconds defaultTimeout{std::chrono::seconds(30)};
@@ -47,7 +49,8 @@ struct PullLimits {
     std::size_t bufferSize = 256;
 };
 
-class EnumerationContexts {
+class EnumerationContexts
+{
 public:
     // One result, already encoded as it goes into a pull's answer: the
     // producer encodes what a provider delivers before the provider gets
@@ -80,12 +83,13 @@ public:
     // (empty when the sequence already ended). `paths` says which pull
     // operation may continue it. Past a limit on open contexts:
     // CIM_ERR_SERVER_LIMITS_EXCEEDED, and nothing runs.
-    struct Opened {
+    struct Opened
+    {
         std::string name;
         bool endOfSequence = false;
     };
     Opened open(const std::string& user, bool paths, std::chrono::milliseconds timeout, Producer produce,
-                Pegasus::Uint32 maxObjectCount, const Take& take);
+        Pegasus::Uint32 maxObjectCount, const Take& take);
 
     // Passes up to `maxObjectCount` results of the context to `take`, in
     // order, waiting for the producer as needed; returns true when the
@@ -95,7 +99,7 @@ public:
     // is using: CIM_ERR_SERVER_LIMITS_EXCEEDED; the producer's failure ends
     // the context and is thrown. When `take` throws, the context ends too.
     bool pull(const std::string& user, const std::string& name, bool paths, Pegasus::Uint32 maxObjectCount,
-              const Take& take);
+        const Take& take);
 
     // Ends the context. Errors as for pull().
     void close(const std::string& user, const std::string& name);
@@ -106,8 +110,8 @@ public:
 private:
     struct Context;
 
-    std::shared_ptr<Context> claim(const std::string& user, const std::string& name,
-                                   std::optional<bool> paths);
+    std::shared_ptr<Context> claim(
+        const std::string& user, const std::string& name, std::optional<bool> paths);
     void release(const std::shared_ptr<Context>& context, bool end);
     bool deliver(const std::shared_ptr<Context>& context, Pegasus::Uint32 maxObjectCount, const Take& take);
     void end(const std::shared_ptr<Context>& context, std::unique_lock<std::mutex>& lock);
@@ -115,7 +119,7 @@ private:
 
     const PullLimits _limits;
     mutable std::mutex _mutex;
-    std::condition_variable _changed;   // buffers, producers
+    std::condition_variable _changed;    // buffers, producers
     std::condition_variable _deadlines;  // the reaper's
     std::map<std::string, std::shared_ptr<Context>> _contexts;
     std::map<std::string, unsigned> _perUser;

@@ -23,9 +23,11 @@
 #include <string>
 #include <vector>
 
-namespace zda::server {
+namespace zda::server
+{
 
-struct HostOptions {
+struct HostOptions
+{
     // MOF folders compiled in this order into one repository (each *.mof
     // file directly in a folder is an entry file, compiled in name order).
     std::vector<std::string> mofDirectories;
@@ -35,8 +37,8 @@ struct HostOptions {
     Pegasus::CIMNamespaceName interopNamespace = Pegasus::CIMNamespaceName("root/PG_InterOp");
     // Other names of the interop namespace, the ones discovery clients try
     // first (ignored when the MOF has no interop namespace).
-    std::vector<Pegasus::CIMNamespaceName> interopAliases = {Pegasus::CIMNamespaceName("interop"),
-                                                             Pegasus::CIMNamespaceName("root/interop")};
+    std::vector<Pegasus::CIMNamespaceName> interopAliases = {
+        Pegasus::CIMNamespaceName("interop"), Pegasus::CIMNamespaceName("root/interop")};
     // The identity of connectLocal clients and of requests without one.
     Pegasus::String localUser = "admin";
     // The host name in result paths; empty: the system's host name.
@@ -47,7 +49,8 @@ struct HostOptions {
     ProviderManager::LogSink log;
 };
 
-class InProcessHost {
+class InProcessHost
+{
 public:
     // Compiles the MOF, reads the registrations (problems are logged at
     // level 3 and kept, see registrationProblems()) and installs the
@@ -67,8 +70,8 @@ public:
     const std::vector<std::string>& registrationProblems() const { return _problems; }
 
     // A request context of an authenticated client.
-    static Pegasus::OperationContext contextFor(const Pegasus::String& userName,
-                                                const Pegasus::String& ipAddress = Pegasus::String());
+    static Pegasus::OperationContext contextFor(
+        const Pegasus::String& userName, const Pegasus::String& ipAddress = Pegasus::String());
 
     // Whether `nameSpace` is the server's own (root/PG_Internal, where
     // providers share their caches through in-process calls). Network

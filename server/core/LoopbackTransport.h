@@ -17,7 +17,8 @@
 
 #include <memory>
 
-namespace zda::server {
+namespace zda::server
+{
 
 // A factory for CIMClientTransports::setLoopbackTransportFactory.
 Pegasus::CIMClientLoopbackTransportFactory loopbackTransportFactory(std::weak_ptr<Dispatcher> dispatcher);

@@ -13,9 +13,11 @@
 #include <variant>
 #include <vector>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
-struct SourceLocation {
+struct SourceLocation
+{
     std::string file;
     unsigned line = 0;
     unsigned column = 0;
@@ -26,17 +28,42 @@ struct SourceLocation {
 
 // The CIM data types a declaration can name. The order is that of the
 // object model's CIMType, so a cast converts between them.
-enum class DataType {
-    Boolean, Uint8, Sint8, Uint16, Sint16, Uint32, Sint32, Uint64, Sint64,
-    Real32, Real64, Char16, String, DateTime, Reference
+enum class DataType
+{
+    Boolean,
+    Uint8,
+    Sint8,
+    Uint16,
+    Sint16,
+    Uint32,
+    Sint32,
+    Uint64,
+    Sint64,
+    Real32,
+    Real64,
+    Char16,
+    String,
+    DateTime,
+    Reference
 };
 
 // Lower-case MOF spelling ("uint16", "ref" for references).
 const char* dataTypeName(DataType type);
 
 // A constant as written: the type it must fit is known only later.
-struct Literal {
-    enum class Kind { Null, Boolean, Integer, Real, String, Char, Array, Alias };
+struct Literal
+{
+    enum class Kind
+    {
+        Null,
+        Boolean,
+        Integer,
+        Real,
+        String,
+        Char,
+        Array,
+        Alias
+    };
 
     Kind kind = Kind::Null;
     bool boolValue = false;
@@ -51,7 +78,8 @@ struct Literal {
 };
 
 // Bit sets of the scopes and flavors a qualifier declaration names.
-enum ScopeBits : unsigned {
+enum ScopeBits : unsigned
+{
     kScopeClass = 1u << 0,
     kScopeAssociation = 1u << 1,
     kScopeIndication = 1u << 2,
@@ -62,7 +90,8 @@ enum ScopeBits : unsigned {
     kScopeAny = (1u << 7) - 1,
 };
 
-enum FlavorBits : unsigned {
+enum FlavorBits : unsigned
+{
     kFlavorEnableOverride = 1u << 0,
     kFlavorDisableOverride = 1u << 1,
     kFlavorToSubclass = 1u << 2,
@@ -73,14 +102,16 @@ enum FlavorBits : unsigned {
 // A qualifier as used on an element: [Name], [Name(value)], [Name{a, b}],
 // optionally followed by ": flavor ..." (flavors given at the use win over
 // the declaration's).
-struct QualifierUse {
+struct QualifierUse
+{
     std::string name;
     std::optional<Literal> value;  // absent: "[Name]", true for a boolean
     unsigned flavors = 0;          // FlavorBits given at the use
     SourceLocation where;
 };
 
-struct QualifierDeclaration {
+struct QualifierDeclaration
+{
     std::string name;
     DataType type = DataType::Boolean;
     bool isArray = false;
@@ -93,7 +124,8 @@ struct QualifierDeclaration {
 
 // Properties and references share one form: a reference has type Reference
 // and names its class.
-struct PropertyDeclaration {
+struct PropertyDeclaration
+{
     std::vector<QualifierUse> qualifiers;
     std::string name;
     DataType type = DataType::Boolean;
@@ -104,7 +136,8 @@ struct PropertyDeclaration {
     SourceLocation where;
 };
 
-struct ParameterDeclaration {
+struct ParameterDeclaration
+{
     std::vector<QualifierUse> qualifiers;
     std::string name;
     DataType type = DataType::Boolean;
@@ -114,7 +147,8 @@ struct ParameterDeclaration {
     SourceLocation where;
 };
 
-struct MethodDeclaration {
+struct MethodDeclaration
+{
     std::vector<QualifierUse> qualifiers;
     std::string name;
     DataType returnType = DataType::Uint32;
@@ -122,7 +156,8 @@ struct MethodDeclaration {
     SourceLocation where;
 };
 
-struct ClassDeclaration {
+struct ClassDeclaration
+{
     std::vector<QualifierUse> qualifiers;
     std::string name;
     std::string superClass;  // empty for a root class
@@ -131,13 +166,15 @@ struct ClassDeclaration {
     SourceLocation where;
 };
 
-struct PropertyValue {
+struct PropertyValue
+{
     std::string name;
     Literal value;
     SourceLocation where;
 };
 
-struct InstanceDeclaration {
+struct InstanceDeclaration
+{
     std::vector<QualifierUse> qualifiers;
     std::string className;
     std::string alias;  // "$name" without the '$'; empty when none
@@ -146,7 +183,8 @@ struct InstanceDeclaration {
 };
 
 // One top-level declaration and the namespace that was current for it.
-struct Declaration {
+struct Declaration
+{
     std::string nameSpace;
     std::variant<QualifierDeclaration, ClassDeclaration, InstanceDeclaration> body;
 };

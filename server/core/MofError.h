@@ -7,11 +7,13 @@
 #include <stdexcept>
 #include <string>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
 // A fault in MOF text: where it is and what was wrong or expected there.
 // what() is "file:line:column: message".
-class MofError : public std::runtime_error {
+class MofError : public std::runtime_error
+{
 public:
     MofError(SourceLocation where, const std::string& message);
 

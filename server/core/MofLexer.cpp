@@ -8,53 +8,75 @@
 #include <cstdlib>
 #include <limits>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
-std::string SourceLocation::toString() const {
+std::string SourceLocation::toString() const
+{
     return file + ":" + std::to_string(line) + ":" + std::to_string(column);
 }
 
 MofError::MofError(SourceLocation where, const std::string& message)
-    : std::runtime_error(where.toString() + ": " + message),
-      _where(std::move(where)),
-      _message(message) {}
+    : std::runtime_error(where.toString() + ": " + message), _where(std::move(where)), _message(message)
+{}
 
-namespace {
+namespace
+{
 
-bool isIdentStart(unsigned char c) { return std::isalpha(c) || c == '_' || c >= 0x80; }
-bool isIdentPart(unsigned char c) { return isIdentStart(c) || std::isdigit(c); }
+bool isIdentStart(unsigned char c)
+{
+    return std::isalpha(c) || c == '_' || c >= 0x80;
+}
+bool isIdentPart(unsigned char c)
+{
+    return isIdentStart(c) || std::isdigit(c);
+}
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
     return -1;
 }
 
-void appendUtf8(std::string& out, unsigned code) {
-    if (code < 0x80) {
+void appendUtf8(std::string& out, unsigned code)
+{
+    if (code < 0x80)
+    {
         out += static_cast<char>(code);
-    } else if (code < 0x800) {
+    }
+    else if (code < 0x800)
+    {
         out += static_cast<char>(0xC0 | (code >> 6));
         out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
+    }
+    else
+    {
         out += static_cast<char>(0xE0 | (code >> 12));
         out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
         out += static_cast<char>(0x80 | (code & 0x3F));
     }
 }
 
-class Lexer {
+class Lexer
+{
 public:
     Lexer(const std::string& text, const std::string& file) : _text(text), _file(file) {}
 
-    std::vector<Token> run() {
+    std::vector<Token> run()
+    {
         std::vector<Token> tokens;
-        for (;;) {
+        for (;;)
+        {
             skipSpaceAndComments();
             Token token;
             token.where = here();
-            if (_pos >= _text.size()) {
+            if (_pos >= _text.size())
+            {
                 tokens.push_back(token);
                 return tokens;
             }
@@ -65,52 +87,70 @@ public:
 
 private:
     SourceLocation here() const { return SourceLocation{_file, _line, _column}; }
-    char peek(size_t ahead = 0) const {
-        return _pos + ahead < _text.size() ? _text[_pos + ahead] : '\0';
-    }
+    char peek(size_t ahead = 0) const { return _pos + ahead < _text.size() ? _text[_pos + ahead] : '\0'; }
     bool atEnd() const { return _pos >= _text.size(); }
-    void advance() {
-        if (_text[_pos] == '\n') {
+    void advance()
+    {
+        if (_text[_pos] == '\n')
+        {
             ++_line;
             _column = 1;
-        } else {
+        }
+        else
+        {
             ++_column;
         }
         ++_pos;
     }
 
-    [[noreturn]] void fail(const SourceLocation& where, const std::string& message) const {
+    [[noreturn]] void fail(const SourceLocation& where, const std::string& message) const
+    {
         throw MofError(where, message);
     }
 
-    void skipSpaceAndComments() {
-        while (!atEnd()) {
+    void skipSpaceAndComments()
+    {
+        while (!atEnd())
+        {
             char c = peek();
-            if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v') {
+            if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v')
+            {
                 advance();
-            } else if (c == '/' && peek(1) == '/') {
-                while (!atEnd() && peek() != '\n') advance();
-            } else if (c == '/' && peek(1) == '*') {
+            }
+            else if (c == '/' && peek(1) == '/')
+            {
+                while (!atEnd() && peek() != '\n')
+                    advance();
+            }
+            else if (c == '/' && peek(1) == '*')
+            {
                 SourceLocation start = here();
                 advance();
                 advance();
-                while (!(peek() == '*' && peek(1) == '/')) {
-                    if (atEnd()) fail(start, "unterminated comment: expected '*/'");
+                while (!(peek() == '*' && peek(1) == '/'))
+                {
+                    if (atEnd())
+                        fail(start, "unterminated comment: expected '*/'");
                     advance();
                 }
                 advance();
                 advance();
-            } else {
+            }
+            else
+            {
                 return;
             }
         }
     }
 
-    void lexOne(Token& token) {
+    void lexOne(Token& token)
+    {
         char c = peek();
-        if (isIdentStart(static_cast<unsigned char>(c))) {
+        if (isIdentStart(static_cast<unsigned char>(c)))
+        {
             token.kind = Token::Kind::Identifier;
-            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek()))) {
+            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek())))
+            {
                 token.text += peek();
                 advance();
             }
@@ -118,101 +158,131 @@ private:
         }
         if (std::isdigit(static_cast<unsigned char>(c)) ||
             ((c == '+' || c == '-' || c == '.') &&
-             (std::isdigit(static_cast<unsigned char>(peek(1))) ||
-              (peek(1) == '.' && c != '.' && std::isdigit(static_cast<unsigned char>(peek(2))))))) {
+                (std::isdigit(static_cast<unsigned char>(peek(1))) ||
+                    (peek(1) == '.' && c != '.' && std::isdigit(static_cast<unsigned char>(peek(2)))))))
+        {
             lexNumber(token);
             return;
         }
-        switch (c) {
+        switch (c)
+        {
         case '"':
             token.kind = Token::Kind::String;
             token.text = lexQuoted('"');
             return;
-        case '\'': {
+        case '\'':
+        {
             token.kind = Token::Kind::Char;
             token.text = lexQuoted('\'');
-            if (token.text.empty()) fail(token.where, "empty character constant");
+            if (token.text.empty())
+                fail(token.where, "empty character constant");
             return;
         }
-        case '$': {
+        case '$':
+        {
             token.kind = Token::Kind::Alias;
             advance();
             if (atEnd() || !isIdentStart(static_cast<unsigned char>(peek())))
                 fail(here(), "expected an alias name after '$'");
-            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek()))) {
+            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek())))
+            {
                 token.text += peek();
                 advance();
             }
             return;
         }
-        case '#': {
+        case '#':
+        {
             advance();
             std::string word;
-            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek()))) {
+            while (!atEnd() && isIdentPart(static_cast<unsigned char>(peek())))
+            {
                 word += peek();
                 advance();
             }
-            if (!equalNoCase(word, "pragma")) fail(token.where, "expected 'pragma' after '#'");
+            if (!equalNoCase(word, "pragma"))
+                fail(token.where, "expected 'pragma' after '#'");
             token.kind = Token::Kind::Pragma;
             token.text = "#pragma";
             return;
         }
-        case '{': case '}': case '[': case ']': case '(': case ')':
-        case ';': case ',': case ':': case '=':
+        case '{':
+        case '}':
+        case '[':
+        case ']':
+        case '(':
+        case ')':
+        case ';':
+        case ',':
+        case ':':
+        case '=':
             token.kind = Token::Kind::Punct;
             token.text = std::string(1, c);
             advance();
             return;
-        default:
-            break;
+        default: break;
         }
         std::string shown = std::isprint(static_cast<unsigned char>(c))
-                                ? std::string("'") + c + "'"
-                                : "byte " + std::to_string(static_cast<unsigned char>(c));
+            ? std::string("'") + c + "'"
+            : "byte " + std::to_string(static_cast<unsigned char>(c));
         fail(token.where, "unexpected character " + shown);
     }
 
     // Integers in binary (101b), octal (017), decimal and hex (0x1F), and
     // reals with a decimal point and an optional exponent.
-    void lexNumber(Token& token) {
+    void lexNumber(Token& token)
+    {
         std::string sign;
-        if (peek() == '+' || peek() == '-') {
+        if (peek() == '+' || peek() == '-')
+        {
             sign = peek();
             advance();
         }
         size_t start = _pos;
         std::string digits;
-        if (peek() == '0' && (peek(1) == 'x' || peek(1) == 'X')) {
+        if (peek() == '0' && (peek(1) == 'x' || peek(1) == 'X'))
+        {
             advance();
             advance();
-            while (hexDigit(peek()) >= 0) {
+            while (hexDigit(peek()) >= 0)
+            {
                 digits += peek();
                 advance();
             }
-            if (digits.empty()) fail(token.where, "expected hexadecimal digits after '0x'");
+            if (digits.empty())
+                fail(token.where, "expected hexadecimal digits after '0x'");
             finishInteger(token, sign, digits, 16);
             return;
         }
-        while (std::isdigit(static_cast<unsigned char>(peek()))) {
+        while (std::isdigit(static_cast<unsigned char>(peek())))
+        {
             digits += peek();
             advance();
         }
-        if (peek() == '.' || peek() == 'e' || peek() == 'E') {
+        if (peek() == '.' || peek() == 'e' || peek() == 'E')
+        {
             bool sawPoint = false;
-            if (peek() == '.') {
+            if (peek() == '.')
+            {
                 sawPoint = true;
                 advance();
                 if (!std::isdigit(static_cast<unsigned char>(peek())))
                     fail(here(), "expected a digit after the decimal point");
-                while (std::isdigit(static_cast<unsigned char>(peek()))) advance();
+                while (std::isdigit(static_cast<unsigned char>(peek())))
+                    advance();
             }
-            if (peek() == 'e' || peek() == 'E') {
+            if (peek() == 'e' || peek() == 'E')
+            {
                 advance();
-                if (peek() == '+' || peek() == '-') advance();
+                if (peek() == '+' || peek() == '-')
+                    advance();
                 if (!std::isdigit(static_cast<unsigned char>(peek())))
                     fail(here(), "expected digits in the exponent");
-                while (std::isdigit(static_cast<unsigned char>(peek()))) advance();
-            } else if (!sawPoint) {
+                while (std::isdigit(static_cast<unsigned char>(peek())))
+                    advance();
+            }
+            else if (!sawPoint)
+            {
                 fail(here(), "malformed number");
             }
             std::string text = sign + _text.substr(start, _pos - start);
@@ -223,27 +293,32 @@ private:
             checkNumberEnd(token);
             return;
         }
-        if ((peek() == 'b' || peek() == 'B') && !isIdentPart(static_cast<unsigned char>(peek(1)))) {
+        if ((peek() == 'b' || peek() == 'B') && !isIdentPart(static_cast<unsigned char>(peek(1))))
+        {
             for (char d : digits)
-                if (d != '0' && d != '1') fail(token.where, "binary constant with a digit other than 0 or 1");
+                if (d != '0' && d != '1')
+                    fail(token.where, "binary constant with a digit other than 0 or 1");
             advance();
             finishInteger(token, sign, digits, 2);
             return;
         }
-        if (digits.size() > 1 && digits[0] == '0') {
+        if (digits.size() > 1 && digits[0] == '0')
+        {
             for (char d : digits)
-                if (d > '7') fail(token.where, "octal constant with a digit above 7");
+                if (d > '7')
+                    fail(token.where, "octal constant with a digit above 7");
             finishInteger(token, sign, digits.substr(1), 8);
             return;
         }
         finishInteger(token, sign, digits, 10);
     }
 
-    void finishInteger(Token& token, const std::string& sign, const std::string& digits, unsigned base) {
+    void finishInteger(Token& token, const std::string& sign, const std::string& digits, unsigned base)
+    {
         Pegasus::Uint64 value = 0;
         if (!digits.empty() &&
             !Pegasus::CIMValueText::digits(digits.data(), digits.data() + digits.size(), base,
-                                           std::numeric_limits<Pegasus::Uint64>::max(), value))
+                std::numeric_limits<Pegasus::Uint64>::max(), value))
             fail(token.where, "integer constant out of range");
         token.kind = Token::Kind::Integer;
         token.magnitude = value;
@@ -252,35 +327,43 @@ private:
         checkNumberEnd(token);
     }
 
-    void checkNumberEnd(const Token& token) {
+    void checkNumberEnd(const Token& token)
+    {
         if (!atEnd() && (isIdentPart(static_cast<unsigned char>(peek())) || peek() == '.'))
             fail(token.where, "malformed number: unexpected '" + std::string(1, peek()) + "'");
     }
 
-    std::string lexQuoted(char quote) {
+    std::string lexQuoted(char quote)
+    {
         SourceLocation start = here();
         advance();
         std::string out;
-        for (;;) {
+        for (;;)
+        {
             if (atEnd() || peek() == '\n')
-                fail(start, std::string("unterminated ") + (quote == '"' ? "string" : "character") +
-                                " constant: expected " + quote);
+                fail(start,
+                    std::string("unterminated ") + (quote == '"' ? "string" : "character") +
+                        " constant: expected " + quote);
             char c = peek();
-            if (c == quote) {
+            if (c == quote)
+            {
                 advance();
                 break;
             }
-            if (c != '\\') {
+            if (c != '\\')
+            {
                 out += c;
                 advance();
                 continue;
             }
             SourceLocation escapeAt = here();
             advance();
-            if (atEnd()) fail(escapeAt, "unterminated escape sequence");
+            if (atEnd())
+                fail(escapeAt, "unterminated escape sequence");
             char e = peek();
             advance();
-            switch (e) {
+            switch (e)
+            {
             case 'b': out += '\b'; break;
             case 't': out += '\t'; break;
             case 'n': out += '\n'; break;
@@ -290,28 +373,34 @@ private:
             case '\'': out += '\''; break;
             case '\\': out += '\\'; break;
             case 'x':
-            case 'X': {
+            case 'X':
+            {
                 unsigned code = 0;
                 int count = 0;
-                while (count < 4 && hexDigit(peek()) >= 0) {
+                while (count < 4 && hexDigit(peek()) >= 0)
+                {
                     code = code * 16 + static_cast<unsigned>(hexDigit(peek()));
                     advance();
                     ++count;
                 }
-                if (count == 0) fail(escapeAt, "expected hexadecimal digits after '\\x'");
-                if (code == 0) fail(escapeAt, "a string may not contain the character 0");
+                if (count == 0)
+                    fail(escapeAt, "expected hexadecimal digits after '\\x'");
+                if (code == 0)
+                    fail(escapeAt, "a string may not contain the character 0");
                 appendUtf8(out, code);
                 break;
             }
-            default:
-                fail(escapeAt, std::string("unknown escape sequence '\\") + e + "'");
+            default: fail(escapeAt, std::string("unknown escape sequence '\\") + e + "'");
             }
         }
-        if (quote == '\'') {
+        if (quote == '\'')
+        {
             // One character: a single byte, or one UTF-8 sequence.
             size_t length = out.empty() ? 0 : 1;
-            while (length < out.size() && (static_cast<unsigned char>(out[length]) & 0xC0) == 0x80) ++length;
-            if (length != out.size()) fail(start, "character constant holds more than one character");
+            while (length < out.size() && (static_cast<unsigned char>(out[length]) & 0xC0) == 0x80)
+                ++length;
+            if (length != out.size())
+                fail(start, "character constant holds more than one character");
         }
         return out;
     }
@@ -325,12 +414,15 @@ private:
 
 }  // namespace
 
-std::vector<Token> tokenize(const std::string& text, const std::string& file) {
+std::vector<Token> tokenize(const std::string& text, const std::string& file)
+{
     return Lexer(text, file).run();
 }
 
-std::string describe(const Token& token) {
-    switch (token.kind) {
+std::string describe(const Token& token)
+{
+    switch (token.kind)
+    {
     case Token::Kind::Identifier: return "'" + token.text + "'";
     case Token::Kind::Integer: return "integer " + token.text;
     case Token::Kind::Real: return "real " + token.text;

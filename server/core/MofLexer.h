@@ -8,10 +8,13 @@
 #include <string>
 #include <vector>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
-struct Token {
-    enum class Kind {
+struct Token
+{
+    enum class Kind
+    {
         Identifier,  // also every keyword; the parser compares without case
         Integer,     // magnitude/negative
         Real,        // realValue

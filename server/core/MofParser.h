@@ -15,7 +15,8 @@
 #include <string>
 #include <vector>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
 // Reads the file at `path` (already resolved against the including file's
 // folder) for an include written at `from`. Returns its text or throws
@@ -33,11 +34,11 @@ FileReader fileSystemReader();
 // nesting is limited to 16 levels and a file may not include itself,
 // directly or not. Throws MofError at the first fault.
 std::vector<Declaration> parseMof(const std::string& text, const std::string& fileName,
-                                  const std::string& defaultNamespace, const FileReader& reader);
+    const std::string& defaultNamespace, const FileReader& reader);
 
 // Reads and parses the file at `path`.
 std::vector<Declaration> parseMofFile(const std::string& path, const std::string& defaultNamespace,
-                                      const FileReader& reader = fileSystemReader());
+    const FileReader& reader = fileSystemReader());
 
 }  // namespace zda::mof
 

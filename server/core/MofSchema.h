@@ -15,23 +15,26 @@
 #include <string>
 #include <vector>
 
-namespace zda::mof {
+namespace zda::mof
+{
 
-struct ResolvedQualifier {
+struct ResolvedQualifier
+{
     std::string name;  // spelled as declared
     DataType type = DataType::Boolean;
     bool isArray = false;
-    Literal value;     // fits type and isArray; Kind::Null when null
+    Literal value;         // fits type and isArray; Kind::Null when null
     unsigned flavors = 0;  // effective FlavorBits
     bool propagated = false;
 };
 
-struct ResolvedProperty {
+struct ResolvedProperty
+{
     std::string name;
     DataType type = DataType::Boolean;
     bool isArray = false;
-    std::uint32_t arraySize = 0;  // 0: variable length
-    std::string referenceClass;   // references only; spelled as the class is
+    std::uint32_t arraySize = 0;          // 0: variable length
+    std::string referenceClass;           // references only; spelled as the class is
     std::optional<Literal> defaultValue;  // fits the type
     std::vector<ResolvedQualifier> qualifiers;
     std::string classOrigin;
@@ -40,7 +43,8 @@ struct ResolvedProperty {
     SourceLocation where;
 };
 
-struct ResolvedParameter {
+struct ResolvedParameter
+{
     std::string name;
     DataType type = DataType::Boolean;
     bool isArray = false;
@@ -49,7 +53,8 @@ struct ResolvedParameter {
     std::vector<ResolvedQualifier> qualifiers;
 };
 
-struct ResolvedMethod {
+struct ResolvedMethod
+{
     std::string name;
     DataType returnType = DataType::Uint32;
     std::vector<ResolvedParameter> parameters;
@@ -58,7 +63,8 @@ struct ResolvedMethod {
     bool propagated = false;
 };
 
-struct ResolvedClass {
+struct ResolvedClass
+{
     std::string name;
     std::string superClass;  // empty for a root class
     std::vector<ResolvedQualifier> qualifiers;
@@ -69,7 +75,8 @@ struct ResolvedClass {
     SourceLocation where;
 };
 
-struct ResolvedInstance {
+struct ResolvedInstance
+{
     std::string className;  // spelled as the class is
     std::string alias;
     // Values in class property order: the ones given, then class defaults
@@ -79,7 +86,8 @@ struct ResolvedInstance {
     SourceLocation where;
 };
 
-struct NamespaceSchema {
+struct NamespaceSchema
+{
     std::string name;
     std::vector<QualifierDeclaration> qualifiers;  // in declaration order
     std::vector<ResolvedClass> classes;            // every superclass before its subclasses

@@ -8,24 +8,40 @@
 
 using namespace Pegasus;
 
-namespace zda::server {
+namespace zda::server
+{
 
-void rethrowAsCIMException() {
-    try {
+void rethrowAsCIMException()
+{
+    try
+    {
         throw;
-    } catch (const CIMException&) {
+    }
+    catch (const CIMException&)
+    {
         throw;
-    } catch (const Exception& e) {
+    }
+    catch (const Exception& e)
+    {
         throw CIMException(CIM_ERR_FAILED, e.getMessage());
-    } catch (abi::__forced_unwind&) {
+    }
+    catch (abi::__forced_unwind&)
+    {
         throw;
-    } catch (const std::exception& e) {
+    }
+    catch (const std::exception& e)
+    {
         throw CIMException(CIM_ERR_FAILED, e.what());
-    } catch (...) {
+    }
+    catch (...)
+    {
         throw CIMException(CIM_ERR_FAILED, "Unknown error.");
     }
 }
 
-String errorDescription(const CIMException& error) { return TraceableCIMException(error).getDescription(); }
+String errorDescription(const CIMException& error)
+{
+    return TraceableCIMException(error).getDescription();
+}
 
 }  // namespace zda::server

@@ -4,7 +4,8 @@
 
 #include <Pegasus/Common/Exception.h>
 
-namespace zda::server {
+namespace zda::server
+{
 
 // To be called inside a catch block. Rethrows the exception being handled
 // as the CIMException the client receives: a CIMException (of any class)

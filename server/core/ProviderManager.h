@@ -36,9 +36,11 @@
 #include <thread>
 #include <vector>
 
-namespace zda::server {
+namespace zda::server
+{
 
-class ProviderManager {
+class ProviderManager
+{
     struct Entry;
 
 public:
@@ -48,7 +50,7 @@ public:
 
     // `registry` must outlive the manager.
     ProviderManager(std::string modulesDirectory, const ProviderRegistry& registry, HandleFactory makeHandle,
-                    LogSink log);
+        LogSink log);
     // Shuts down (see shutdown()).
     ~ProviderManager();
 
@@ -57,7 +59,8 @@ public:
 
     // A provider in use. While a lease exists the provider is not
     // terminated; shutdown() waits for it. Movable, not copyable.
-    class Lease {
+    class Lease
+    {
     public:
         Lease(Lease&& other) noexcept;
         Lease& operator=(Lease&&) = delete;
@@ -91,14 +94,15 @@ public:
     std::size_t initializedCount() const;
 
 private:
-    struct Module {
+    struct Module
+    {
         void* handle = nullptr;
         void* create = nullptr;  // PegasusCreateProvider
         std::string error;       // set when loading failed
         bool tried = false;
     };
 
-    void load(Entry& entry);  // called without the lock, by the initializing thread
+    void load(Entry& entry);                            // called without the lock, by the initializing thread
     bool waitWouldDeadlock(const Entry& target) const;  // needs the lock
     void release(Entry* entry);
 
@@ -110,9 +114,9 @@ private:
     mutable std::mutex _mutex;
     std::condition_variable _changed;
     bool _shuttingDown = false;
-    std::map<std::string, std::unique_ptr<Entry>> _entries;   // by folded "module\nprovider"
-    std::map<std::string, Module> _modules;                   // by folded module name
-    std::map<std::thread::id, const Entry*> _waitingFor;      // threads waiting for an initialization
+    std::map<std::string, std::unique_ptr<Entry>> _entries;  // by folded "module\nprovider"
+    std::map<std::string, Module> _modules;                  // by folded module name
+    std::map<std::thread::id, const Entry*> _waitingFor;     // threads waiting for an initialization
     std::vector<Entry*> _initializationOrder;
 };
 

@@ -16,29 +16,38 @@
 #include <string>
 #include <vector>
 
-namespace zda::server {
+namespace zda::server
+{
 
 class ClassRepository;
 
 // The interfaces a capability can name (PG_ProviderCapabilities.ProviderType).
-enum class ProviderType { Instance = 2, Association = 3, Method = 5 };
+enum class ProviderType
+{
+    Instance = 2,
+    Association = 3,
+    Method = 5
+};
 
 // One provider: the module it lives in and the name PegasusCreateProvider
 // is called with, both as registered.
-struct ProviderId {
+struct ProviderId
+{
     Pegasus::String moduleName;
     Pegasus::String providerName;
     // "<module>/<provider>" for messages.
     std::string text() const;
 };
 
-struct ProviderModuleInfo {
+struct ProviderModuleInfo
+{
     Pegasus::String name;
     // Base name of the library: "X" means libX.so in the modules directory.
     Pegasus::String location;
 };
 
-class ProviderRegistry {
+class ProviderRegistry
+{
 public:
     ProviderRegistry() = default;
 
@@ -50,8 +59,7 @@ public:
     // in `problems`; the rest are kept. A missing interop namespace gives an
     // empty registry and one problem.
     static ProviderRegistry fromRepository(const ClassRepository& repository,
-                                           const Pegasus::CIMNamespaceName& interopNamespace,
-                                           std::vector<std::string>& problems);
+        const Pegasus::CIMNamespaceName& interopNamespace, std::vector<std::string>& problems);
 
     // Registers one capability directly (used by fromRepository and by hosts
     // that register providers without MOF). Returns false when the module is
@@ -59,13 +67,12 @@ public:
     // the namespaces; nothing is changed then.
     bool addModule(const ProviderModuleInfo& module);
     bool addCapability(const ProviderId& provider, const Pegasus::CIMName& className,
-                       const std::vector<Pegasus::CIMNamespaceName>& namespaces,
-                       const std::vector<ProviderType>& types);
+        const std::vector<Pegasus::CIMNamespaceName>& namespaces, const std::vector<ProviderType>& types);
 
     // The provider registered for exactly `className` in `nameSpace` with
     // `type`, or nothing.
-    std::optional<ProviderId> find(const Pegasus::CIMNamespaceName& nameSpace, const Pegasus::CIMName& className,
-                                   ProviderType type) const;
+    std::optional<ProviderId> find(const Pegasus::CIMNamespaceName& nameSpace,
+        const Pegasus::CIMName& className, ProviderType type) const;
 
     // The module of that name, or nothing.
     std::optional<ProviderModuleInfo> module(const Pegasus::String& moduleName) const;
@@ -74,9 +81,10 @@ public:
 
 private:
     // "<ns>\n<class>\n<type>" folded, an alias replaced by its namespace.
-    std::string classKey(const Pegasus::CIMNamespaceName& ns, const Pegasus::CIMName& cls, ProviderType type) const;
+    std::string classKey(
+        const Pegasus::CIMNamespaceName& ns, const Pegasus::CIMName& cls, ProviderType type) const;
 
-    std::map<std::string, std::string> _aliases;          // folded alias -> folded namespace
+    std::map<std::string, std::string> _aliases;         // folded alias -> folded namespace
     std::map<std::string, ProviderModuleInfo> _modules;  // by folded name
     // "<ns>\n<class>\n<type>" folded -> provider
     std::map<std::string, ProviderId> _byClass;

@@ -22,11 +22,13 @@
 #include <exception>
 #include <functional>
 
-namespace zda::server {
+namespace zda::server
+{
 
 // What every collector shares: whether complete() was called, and the
 // context the provider set for the response.
-class CollectorBase : virtual public Pegasus::ResponseHandler {
+class CollectorBase : virtual public Pegasus::ResponseHandler
+{
 public:
     void processing() override {}
     void complete() override { _completed = true; }
@@ -43,11 +45,16 @@ protected:
     // Runs the consumer for one delivery. Once the consumer has failed,
     // every later delivery fails the same way without reaching it.
     template <class Consume>
-    void forward(Consume&& consume) {
-        if (_consumerFailure) std::rethrow_exception(_consumerFailure);
-        try {
+    void forward(Consume&& consume)
+    {
+        if (_consumerFailure)
+            std::rethrow_exception(_consumerFailure);
+        try
+        {
             consume();
-        } catch (...) {
+        }
+        catch (...)
+        {
             _consumerFailure = std::current_exception();
             throw;
         }
@@ -59,9 +66,11 @@ private:
 };
 
 // modifyInstance, deleteInstance, setProperty: nothing is delivered.
-class NoResultCollector : public CollectorBase {};
+class NoResultCollector : public CollectorBase
+{};
 
-class InstanceCollector : public CollectorBase, public Pegasus::InstanceResponseHandler {
+class InstanceCollector : public CollectorBase, public Pegasus::InstanceResponseHandler
+{
 public:
     // With `single`, exactly one instance is expected (getInstance).
     explicit InstanceCollector(bool single) : _single(single) {}
@@ -77,7 +86,8 @@ private:
     Pegasus::Array<Pegasus::CIMInstance> _instances;
 };
 
-class ObjectPathCollector : public CollectorBase, public Pegasus::ObjectPathResponseHandler {
+class ObjectPathCollector : public CollectorBase, public Pegasus::ObjectPathResponseHandler
+{
 public:
     void deliver(const Pegasus::CIMObjectPath& objectPath) override;
     void deliver(const Pegasus::Array<Pegasus::CIMObjectPath>& objectPaths) override;
@@ -88,7 +98,8 @@ private:
     Pegasus::Array<Pegasus::CIMObjectPath> _paths;
 };
 
-class ObjectCollector : public CollectorBase, public Pegasus::ObjectResponseHandler {
+class ObjectCollector : public CollectorBase, public Pegasus::ObjectResponseHandler
+{
 public:
     void deliver(const Pegasus::CIMObject& object) override;
     void deliver(const Pegasus::Array<Pegasus::CIMObject>& objects) override;
@@ -102,7 +113,8 @@ private:
 // Forwarders: each checks a delivery as the collectors do, then passes it
 // to the consumer on the provider's thread, inside deliver(); an array
 // delivery is passed on element by element.
-class InstanceForwarder : public CollectorBase, public Pegasus::InstanceResponseHandler {
+class InstanceForwarder : public CollectorBase, public Pegasus::InstanceResponseHandler
+{
 public:
     using Consumer = std::function<void(const Pegasus::CIMInstance&)>;
     explicit InstanceForwarder(Consumer consumer) : _consumer(std::move(consumer)) {}
@@ -114,7 +126,8 @@ private:
     Consumer _consumer;
 };
 
-class ObjectPathForwarder : public CollectorBase, public Pegasus::ObjectPathResponseHandler {
+class ObjectPathForwarder : public CollectorBase, public Pegasus::ObjectPathResponseHandler
+{
 public:
     using Consumer = std::function<void(const Pegasus::CIMObjectPath&)>;
     explicit ObjectPathForwarder(Consumer consumer) : _consumer(std::move(consumer)) {}
@@ -126,7 +139,8 @@ private:
     Consumer _consumer;
 };
 
-class ObjectForwarder : public CollectorBase, public Pegasus::ObjectResponseHandler {
+class ObjectForwarder : public CollectorBase, public Pegasus::ObjectResponseHandler
+{
 public:
     using Consumer = std::function<void(const Pegasus::CIMObject&)>;
     explicit ObjectForwarder(Consumer consumer) : _consumer(std::move(consumer)) {}
@@ -141,7 +155,8 @@ private:
 // Output parameters in delivery order (a reference without a class becomes
 // a null reference), and the return value: null until delivered; a second
 // delivery replaces the first.
-class MethodResultCollector : public CollectorBase, public Pegasus::MethodResultResponseHandler {
+class MethodResultCollector : public CollectorBase, public Pegasus::MethodResultResponseHandler
+{
 public:
     void deliverParamValue(const Pegasus::CIMParamValue& outParamValue) override;
     void deliverParamValue(const Pegasus::Array<Pegasus::CIMParamValue>& outParamValues) override;

@@ -8,7 +8,8 @@
 #include <functional>
 #include <string>
 
-namespace zda::server {
+namespace zda::server
+{
 
 // Receives log lines (level 2 errors, 3 warnings, 4 trace) without a
 // trailing newline.

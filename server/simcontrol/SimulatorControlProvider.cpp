@@ -15,16 +15,19 @@
 
 PEGASUS_USING_PEGASUS;
 
-namespace {
+namespace
+{
 
-class Arguments {
+class Arguments
+{
 public:
     explicit Arguments(const Array<CIMParamValue>& in) : _in(in) {}
 
     template <class T>
     T get(const char* name, T fallback) const
     {
-        for (Uint32 i = 0; i < _in.size(); i++) {
+        for (Uint32 i = 0; i < _in.size(); i++)
+        {
             if (!String::equalNoCase(_in[i].getParameterName(), name))
                 continue;
             CIMValue v = _in[i].getValue();
@@ -59,24 +62,28 @@ void refreshProviderCaches(CIMOMHandle& cimom, const OperationContext& context)
     keys.append(CIMKeyBinding("InstanceID", "localhost-InternalCache", CIMKeyBinding::STRING));
     cache.setKeyBindings(keys);
     Array<CIMParamValue> out;
-    try {
+    try
+    {
         cimom.invokeMethod(context, "root/PG_Internal", cache, "Refresh", Array<CIMParamValue>(), out);
-    } catch (const CIMException& e) {
+    }
+    catch (const CIMException& e)
+    {
         // A server without the array's providers has no cache to refresh.
         if (e.getCode() == CIM_ERR_INVALID_NAMESPACE || e.getCode() == CIM_ERR_INVALID_CLASS)
             return;
         log_message(2, "ZDA_SimulatorControlProvider: the providers' cache was not refreshed: %s",
-                    (const char*)e.getMessage().getCString());
+            (const char*)e.getMessage().getCString());
     }
 }
 
-class SimulatorControlProvider : public CIMMethodProvider {
+class SimulatorControlProvider : public CIMMethodProvider
+{
 public:
     void initialize(CIMOMHandle& cimom) override { _cimom = cimom; }
     void terminate() override { delete this; }
 
     void invokeMethod(const OperationContext& context, const CIMObjectPath&, const CIMName& method,
-                      const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler) override
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler) override
     {
         const String user = context.contains(IdentityContainer::NAME)
             ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()
@@ -88,40 +95,61 @@ public:
         char error[2048] = "";
         handler.processing();
 
-        if (method.equal("LoadDemo")) {
+        if (method.equal("LoadDemo"))
+        {
             zdasim_reset_demo_array();
             refreshProviderCaches(_cimom, context);
-        } else if (method.equal("LoadDescription")) {
+        }
+        else if (method.equal("LoadDescription"))
+        {
             std::string text = in.text("Description");
-            result = zdasim_load_description_text(text.c_str(), "Description", error, sizeof error) == 0 ? 0 : 1;
+            result = zdasim_load_description_text(text.c_str(), "Description", error, sizeof error) == 0 ? 0
+                                                                                                         : 1;
             if (result == 0)
                 refreshProviderCaches(_cimom, context);
             handler.deliverParamValue(CIMParamValue("Error", CIMValue(String(error))));
-        } else if (method.equal("Reset")) {
+        }
+        else if (method.equal("Reset"))
+        {
             // The real clock first: the demo array's times count from now.
             zdasim_clock_use_real();
             zdasim_faults_clear();
             zdasim_reset_demo_array();
             refreshProviderCaches(_cimom, context);
             zdasim_clear_records();
-        } else if (method.equal("InjectFault")) {
+        }
+        else if (method.equal("InjectFault"))
+        {
             std::string function = in.text("Function");
             std::string text = in.text("Text");
             if (function.empty())
                 throw CIMInvalidParameterException("InjectFault needs a Function");
-            zdasim_fault_add(function.c_str(), in.get<Sint32>("Count", 1), in.get<Sint32>("Code", 1), text.c_str());
-        } else if (method.equal("InjectSemaphoreTimeouts")) {
+            zdasim_fault_add(
+                function.c_str(), in.get<Sint32>("Count", 1), in.get<Sint32>("Code", 1), text.c_str());
+        }
+        else if (method.equal("InjectSemaphoreTimeouts"))
+        {
             zdasim_fault_sem_timeouts(in.get<Sint32>("Count", 1));
-        } else if (method.equal("ClearFaults")) {
+        }
+        else if (method.equal("ClearFaults"))
+        {
             zdasim_faults_clear();
-        } else if (method.equal("SetClock")) {
+        }
+        else if (method.equal("SetClock"))
+        {
             zdasim_clock_set(time_t(in.get<Sint64>("Start", 0)));
-        } else if (method.equal("StepClock")) {
+        }
+        else if (method.equal("StepClock"))
+        {
             zdasim_clock_advance(long(in.get<Sint64>("Seconds", 0)));
             handler.deliverParamValue(CIMParamValue("Now", CIMValue(Sint64(zdasim_clock_now()))));
-        } else if (method.equal("UseRealClock")) {
+        }
+        else if (method.equal("UseRealClock"))
+        {
             zdasim_clock_use_real();
-        } else if (method.equal("GetLedgers")) {
+        }
+        else if (method.equal("GetLedgers"))
+        {
             char report[4096] = "";
             zdasim_ledger_report(report, sizeof report);
             zdasim_sem_ledger_t sem{};
@@ -129,20 +157,28 @@ public:
             handler.deliverParamValue(CIMParamValue("Outstanding", CIMValue(String(report))));
             handler.deliverParamValue(
                 CIMParamValue("OutstandingCount", CIMValue(Sint64(zdasim_ledger_outstanding(nullptr)))));
-            handler.deliverParamValue(CIMParamValue("BadReleases", CIMValue(Sint64(zdasim_ledger_bad_releases()))));
+            handler.deliverParamValue(
+                CIMParamValue("BadReleases", CIMValue(Sint64(zdasim_ledger_bad_releases()))));
             handler.deliverParamValue(CIMParamValue("SemaphoreHeld", CIMValue(Boolean(sem.held != 0))));
-            handler.deliverParamValue(CIMParamValue("UnbalancedPosts", CIMValue(Sint64(sem.unbalancedPosts))));
+            handler.deliverParamValue(
+                CIMParamValue("UnbalancedPosts", CIMValue(Sint64(sem.unbalancedPosts))));
             handler.deliverParamValue(CIMParamValue("UnguardedCalls", CIMValue(Sint64(sem.unguardedCalls))));
             handler.deliverParamValue(CIMParamValue("SemaphoreTimeouts", CIMValue(Sint64(sem.timeouts))));
-        } else if (method.equal("GetJournal")) {
+        }
+        else if (method.equal("GetJournal"))
+        {
             Array<String> entries;
             char line[2048];
             for (size_t i = 0; zdasim_journal_entry(i, line, sizeof line) == 0; i++)
                 entries.append(String(line));
             handler.deliverParamValue(CIMParamValue("Entries", CIMValue(entries)));
-        } else if (method.equal("ClearJournal")) {
+        }
+        else if (method.equal("ClearJournal"))
+        {
             zdasim_journal_clear();
-        } else {
+        }
+        else
+        {
             throw CIMMethodNotFoundException(method.getString());
         }
         handler.deliver(CIMValue(result));

@@ -53,8 +53,7 @@ public:
     Compat_VolumeProvider() {}
     Compat_VolumeProvider(const CIMObjectPath&)
     {
-        throw CIMNotSupportedException(VolumeClassName +
-            " does not support constructor with object path.");
+        throw CIMNotSupportedException(VolumeClassName + " does not support constructor with object path.");
     }
     virtual ~Compat_VolumeProvider() {}
 
@@ -67,16 +66,15 @@ public:
         instance.addProperty(CIMProperty("Name", CIMValue(name)));
         instance.addProperty(CIMProperty("SystemName", CIMValue(String("S1"))));
         instance.addProperty(CIMProperty("BlockSize", CIMValue(Uint64(512))));
-        instance.addProperty(CIMProperty("Created",
-            CIMValue(CIMDateTime(PEGASUS_UINT64_LITERAL(63000000000000000), false))));
+        instance.addProperty(
+            CIMProperty("Created", CIMValue(CIMDateTime(PEGASUS_UINT64_LITERAL(63000000000000000), false))));
         instance.setPath(volumePath(host, name));
         return instance;
     }
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         (void)context;
         (void)includeQualifiers;
@@ -96,10 +94,9 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler)
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
         (void)context;
         (void)includeQualifiers;
@@ -114,8 +111,8 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler)
     {
         (void)context;
         handler.processing();
@@ -124,14 +121,14 @@ public:
         handler.complete();
     }
 
-    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
+    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
+        const Boolean, const CIMPropertyList&, ResponseHandler&)
     {
         throw CIMNotSupportedException(VolumeClassName + " does not support modifyInstance.");
     }
 
-    virtual void createInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, ObjectPathResponseHandler&)
+    virtual void createInstance(
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
     {
         throw CIMNotSupportedException(VolumeClassName + " does not support createInstance.");
     }
@@ -141,9 +138,9 @@ public:
         throw CIMNotSupportedException(VolumeClassName + " does not support deleteInstance.");
     }
 
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler)
     {
         Uint32 outstatus = 0;
         String errStr;
@@ -152,14 +149,14 @@ public:
         if (methodName.equal("Describe"))
         {
             // The volume travels as an embedded instance, the caller as text.
-            paramValues.append(CIMParamValue("Volume",
-                CIMValue(buildInstance(objectReference.getHost(), "vol1"))));
+            paramValues.append(
+                CIMParamValue("Volume", CIMValue(buildInstance(objectReference.getHost(), "vol1"))));
             paramValues.append(CIMParamValue("Caller", CIMValue(callerOf(context))));
         }
         else if (methodName.equal("CountSystems"))
         {
-            Array<CIMObjectPath> systems =
-                _cimom.enumerateInstanceNames(OperationContext(), CompatNamespace, "Compat_System");
+            Array<CIMObjectPath> systems = _cimom.enumerateInstanceNames(
+                OperationContext(), CompatNamespace, "Compat_System");
             outstatus = systems.size();
         }
         else if (methodName.equal("GetSystemName"))
@@ -172,8 +169,7 @@ public:
             for (Uint32 i = 0; i < inParameters.size(); i++)
             {
                 CIMValue value = inParameters[i].getValue();
-                if (String::equalNoCase(inParameters[i].getParameterName(), "ElementName") &&
-                    !value.isNull())
+                if (String::equalNoCase(inParameters[i].getParameterName(), "ElementName") && !value.isNull())
                     value.get(newName);
             }
             if (newName.size() == 0)
@@ -219,13 +215,11 @@ private:
         }
         catch (...)
         {
-            _cimom.invokeMethod(OperationContext(), "root/PG_Internal", cache, "GetSystemName",
-                in, out);
+            _cimom.invokeMethod(OperationContext(), "root/PG_Internal", cache, "GetSystemName", in, out);
         }
         String name;
         for (Uint32 i = 0; i < out.size(); i++)
-            if (String::equalNoCase(out[i].getParameterName(), "SystemName") &&
-                !out[i].getValue().isNull())
+            if (String::equalNoCase(out[i].getParameterName(), "SystemName") && !out[i].getValue().isNull())
                 out[i].getValue().get(name);
         return name;
     }
@@ -256,8 +250,8 @@ public:
         return instance;
     }
 
-    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference,
-        const Boolean, const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
+    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
+        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
     {
         CIMInstance association = buildAssociation(instanceReference.getHost());
         if (!instanceReference.identical(association.getPath()))
@@ -275,22 +269,22 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstanceNames(const OperationContext&,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+    virtual void enumerateInstanceNames(
+        const OperationContext&, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
     {
         handler.processing();
         handler.deliver(buildAssociation(classReference.getHost()).getPath());
         handler.complete();
     }
 
-    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
+    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
+        const Boolean, const CIMPropertyList&, ResponseHandler&)
     {
         throw CIMNotSupportedException(MemberClassName + " does not support modifyInstance.");
     }
 
-    virtual void createInstance(const OperationContext&, const CIMObjectPath&,
-        const CIMInstance&, ObjectPathResponseHandler&)
+    virtual void createInstance(
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
     {
         throw CIMNotSupportedException(MemberClassName + " does not support createInstance.");
     }
@@ -302,8 +296,8 @@ public:
 
     // The far side of the association, seen from objectName, or an
     // uninitialized path when objectName is on neither side.
-    static CIMObjectPath otherEnd(const CIMObjectPath& objectName, const String& role,
-        const String& resultRole)
+    static CIMObjectPath otherEnd(
+        const CIMObjectPath& objectName, const String& role, const String& resultRole)
     {
         CIMInstance association = buildAssociation(objectName.getHost());
         CIMObjectPath collection;
@@ -322,9 +316,8 @@ public:
 
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler)
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
     {
         (void)associationClass;
         (void)resultClass;
@@ -333,16 +326,15 @@ public:
         if (other.getClassName().getString().size() != 0)
         {
             // The far side's provider builds the object: ask the server for it.
-            CIMInstance instance = _cimom.getInstance(context, CompatNamespace, other, false,
-                includeQualifiers, includeClassOrigin, propertyList);
+            CIMInstance instance = _cimom.getInstance(
+                context, CompatNamespace, other, false, includeQualifiers, includeClassOrigin, propertyList);
             handler.deliver(instance);
         }
         handler.complete();
     }
 
-    virtual void associatorNames(const OperationContext&, const CIMObjectPath& objectName,
-        const CIMName&, const CIMName&, const String& role, const String& resultRole,
-        ObjectPathResponseHandler& handler)
+    virtual void associatorNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
+        const CIMName&, const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
     {
         CIMObjectPath other = otherEnd(objectName, role, resultRole);
         handler.processing();
@@ -351,9 +343,9 @@ public:
         handler.complete();
     }
 
-    virtual void references(const OperationContext&, const CIMObjectPath& objectName,
-        const CIMName&, const String& role, const Boolean, const Boolean,
-        const CIMPropertyList&, ObjectResponseHandler& handler)
+    virtual void references(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
+        const String& role, const Boolean, const Boolean, const CIMPropertyList&,
+        ObjectResponseHandler& handler)
     {
         handler.processing();
         if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)
@@ -361,8 +353,8 @@ public:
         handler.complete();
     }
 
-    virtual void referenceNames(const OperationContext&, const CIMObjectPath& objectName,
-        const CIMName&, const String& role, ObjectPathResponseHandler& handler)
+    virtual void referenceNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
+        const String& role, ObjectPathResponseHandler& handler)
     {
         handler.processing();
         if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)

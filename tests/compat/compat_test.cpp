@@ -36,20 +36,19 @@ const CIMNamespaceName NS("root/compat");
 class CompatBackend : public zda_test::RecordingCIMOMBackend
 {
 public:
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMName& className) override
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className) override
     {
         RecordingCIMOMBackend::enumerateInstanceNames(context, nameSpace, className);
         Array<CIMObjectPath> paths;
         for (int i = 1; i <= 3; i++)
-            paths.append(CIMObjectPath((text(className) + ".Name=\"sys" + std::to_string(i) +
-                "\"").c_str()));
+            paths.append(CIMObjectPath((text(className) + ".Name=\"sys" + std::to_string(i) + "\"").c_str()));
         return paths;
     }
 
     CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName,
-        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+        const CIMObjectPath& instanceName, const CIMName& methodName, const Array<CIMParamValue>& in,
+        Array<CIMParamValue>& out) override
     {
         RecordingCIMOMBackend::invokeMethod(context, nameSpace, instanceName, methodName, in, out);
         out.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
@@ -64,8 +63,7 @@ public:
     LocalServerTransport() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
 
     CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-        const CIMName& methodName, const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
+        const CIMName& methodName, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
         RecordingClientTransport::invokeMethod(nameSpace, instanceName, methodName, in, out);
         out.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
@@ -80,8 +78,7 @@ protected:
     {
         module = dlopen(COMPAT_PROVIDER_MODULE, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(nullptr, module) << dlerror();
-        createProvider = reinterpret_cast<CreateProviderFunction>(
-            dlsym(module, "PegasusCreateProvider"));
+        createProvider = reinterpret_cast<CreateProviderFunction>(dlsym(module, "PegasusCreateProvider"));
         ASSERT_NE(nullptr, createProvider) << "the entry point must be exported unmangled";
     }
 
@@ -128,8 +125,9 @@ protected:
 
     static CIMObjectPath volume(const char* name)
     {
-        return CIMObjectPath((std::string("//server1/root/compat:Compat_Volume.Name=\"") + name +
-            "\",SystemName=\"S1\"").c_str());
+        return CIMObjectPath(
+            (std::string("//server1/root/compat:Compat_Volume.Name=\"") + name + "\",SystemName=\"S1\"")
+                .c_str());
     }
 
     static void* module;
@@ -194,35 +192,30 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
     Uint64 blockSize = 0;
     instance.getProperty(instance.findProperty("BlockSize")).getValue().get(blockSize);
     EXPECT_EQ(512u, blockSize);
-    EXPECT_EQ(CIMTYPE_DATETIME,
-        instance.getProperty(instance.findProperty("Created")).getValue().getType());
+    EXPECT_EQ(CIMTYPE_DATETIME, instance.getProperty(instance.findProperty("Created")).getValue().getType());
     EXPECT_TRUE(instance.getPath().identical(volume("vol1")));
 
     Array<CIMName> nameOnly;
     nameOnly.append("Name");
     RecordingResponseHandler filtered;
-    provider->enumerateInstances(context, classPath, false, false, CIMPropertyList(nameOnly),
-        filtered);
+    provider->enumerateInstances(context, classPath, false, false, CIMPropertyList(nameOnly), filtered);
     ASSERT_EQ(2u, filtered.instances().size());
     for (const CIMInstance& each : filtered.instances())
         EXPECT_EQ(1u, each.getPropertyCount());
 
     RecordingResponseHandler unused;
-    CIMException missing = thrownBy([&] {
-        provider->getInstance(context, volume("vol9"), false, false, CIMPropertyList(), unused);
-    });
+    CIMException missing = thrownBy(
+        [&] { provider->getInstance(context, volume("vol9"), false, false, CIMPropertyList(), unused); });
     EXPECT_EQ(CIM_ERR_NOT_FOUND, missing.getCode());
     EXPECT_EQ(String("Compat_Volume CIM Object not found."), missing.getMessage());
 
     CIMException badKeys = thrownBy([&] {
-        provider->getInstance(context, CIMObjectPath("Compat_Volume.Name=\"vol1\""), false,
-            false, CIMPropertyList(), unused);
+        provider->getInstance(
+            context, CIMObjectPath("Compat_Volume.Name=\"vol1\""), false, false, CIMPropertyList(), unused);
     });
     EXPECT_EQ(CIM_ERR_INVALID_PARAMETER, badKeys.getCode());
 
-    CIMException refused = thrownBy([&] {
-        provider->deleteInstance(context, volume("vol1"), unused);
-    });
+    CIMException refused = thrownBy([&] { provider->deleteInstance(context, volume("vol1"), unused); });
     EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, refused.getCode());
     EXPECT_EQ(String("Compat_Volume does not support deleteInstance."), refused.getMessage());
     EXPECT_EQ("", unused.sequence());
@@ -236,8 +229,7 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
 
     RecordingResponseHandler describe;
     provider->invokeMethod(context, volume("vol1"), "Describe", Array<CIMParamValue>(), describe);
-    EXPECT_EQ("processing deliverParamValue deliverParamValue deliver(value) complete",
-        describe.sequence());
+    EXPECT_EQ("processing deliverParamValue deliverParamValue deliver(value) complete", describe.sequence());
     CIMValue embedded = describe.paramValues()[0].getValue();
     ASSERT_EQ(CIMTYPE_INSTANCE, embedded.getType());
     CIMInstance volumeInstance;
@@ -251,9 +243,8 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
 
     // A failed method with a text travels as its return number.
     RecordingResponseHandler rename;
-    CIMException failed = thrownBy([&] {
-        provider->invokeMethod(context, volume("vol1"), "Rename", Array<CIMParamValue>(), rename);
-    });
+    CIMException failed = thrownBy(
+        [&] { provider->invokeMethod(context, volume("vol1"), "Rename", Array<CIMParamValue>(), rename); });
     EXPECT_EQ(CIMStatusCode(5), failed.getCode());
     EXPECT_EQ(String("Invalid number of parameters"), failed.getMessage());
     EXPECT_EQ("", rename.sequence());
@@ -273,8 +264,7 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
     }
 
     CIMException unknown = thrownBy([&] {
-        provider->invokeMethod(context, volume("vol1"), "NoSuchMethod", Array<CIMParamValue>(),
-            refuse);
+        provider->invokeMethod(context, volume("vol1"), "NoSuchMethod", Array<CIMParamValue>(), refuse);
     });
     EXPECT_EQ(CIM_ERR_METHOD_NOT_FOUND, unknown.getCode());
 }
@@ -295,8 +285,7 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
 
     auto systemName = [&] {
         RecordingResponseHandler handler;
-        provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(),
-            handler);
+        provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(), handler);
         String value;
         handler.paramValues().at(0).getValue().get(value);
         return text(value);
@@ -306,9 +295,8 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
     EXPECT_EQ("S-from-cimom", systemName());
     const size_t upcalls = backend->calls().size();
 
-    CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
-        return std::unique_ptr<CIMClientTransport>(new LocalServerTransport);
-    });
+    CIMClientTransports::setLoopbackTransportFactory(
+        [](Uint32) { return std::unique_ptr<CIMClientTransport>(new LocalServerTransport); });
     EXPECT_EQ("S-from-local-client", systemName());
     EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
 }
@@ -334,27 +322,27 @@ TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
     EXPECT_TRUE(CIMObjectPath(association.toString()).identical(association));
 
     RecordingResponseHandler byPath;
-    instances->getInstance(context, CIMObjectPath(association.toString()), false, false,
-        CIMPropertyList(), byPath);
+    instances->getInstance(
+        context, CIMObjectPath(association.toString()), false, false, CIMPropertyList(), byPath);
     EXPECT_EQ("processing deliver(instance) complete", byPath.sequence());
 
     RecordingResponseHandler wrongRole;
-    provider->associatorNames(context, volume("vol1"), CIMName(), CIMName(), "Collection",
-        String::EMPTY, wrongRole);
+    provider->associatorNames(
+        context, volume("vol1"), CIMName(), CIMName(), "Collection", String::EMPTY, wrongRole);
     EXPECT_EQ("processing complete", wrongRole.sequence());
 
     RecordingResponseHandler associators;
-    provider->associators(context, group, CIMName(), CIMName(), String::EMPTY, String::EMPTY,
-        false, false, CIMPropertyList(), associators);
+    provider->associators(context, group, CIMName(), CIMName(), String::EMPTY, String::EMPTY, false, false,
+        CIMPropertyList(), associators);
     ASSERT_EQ(1u, associators.objects().size());
     EXPECT_TRUE(associators.objects()[0].getPath().identical(volume("vol1")));
 
     RecordingResponseHandler references;
-    provider->references(context, group, CIMName(), String::EMPTY, false, false,
-        CIMPropertyList(), references);
+    provider->references(
+        context, group, CIMName(), String::EMPTY, false, false, CIMPropertyList(), references);
     ASSERT_EQ(1u, references.objects().size());
     CIMObject reference = references.objects()[0];
     EXPECT_TRUE(reference.isInstance());
-    EXPECT_EQ(CIMTYPE_REFERENCE,
-        reference.getProperty(reference.findProperty("Member")).getValue().getType());
+    EXPECT_EQ(
+        CIMTYPE_REFERENCE, reference.getProperty(reference.findProperty("Member")).getValue().getType());
 }

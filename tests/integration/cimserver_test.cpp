@@ -32,7 +32,7 @@ namespace
 std::string request(const std::string& method, const std::string& headers, const std::string& body)
 {
     return method + " /cimom HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n" + headers +
-           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+        "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
 const std::string kEnumerateDisks = enumerateBody("EnumerateInstanceNames", "Test_Disk", "root/test");
@@ -52,8 +52,8 @@ std::string outParameter(const Array<CIMParamValue>& out, const char* name)
 
 // One intrinsic call as raw CIM-XML over a fresh connection, as user admin;
 // the answer decoded (it must not be streamed).
-cimxml::OperationResponse intrinsicCall(int port, cimxml::Intrinsic op, const char* nameSpace,
-                                        const Array<CIMParamValue>& parameters)
+cimxml::OperationResponse intrinsicCall(
+    int port, cimxml::Intrinsic op, const char* nameSpace, const Array<CIMParamValue>& parameters)
 {
     cimxml::OperationRequest r;
     r.operation = op;
@@ -62,9 +62,9 @@ cimxml::OperationResponse intrinsicCall(int port, cimxml::Intrinsic op, const ch
     cimxml::StringSink body;
     cimxml::encodeRequest(r, body);
     const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
-                                "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\nCIMMethod: " +
-                                cimxml::intrinsicName(op) + "\r\nCIMObject: " + std::regex_replace(nameSpace, std::regex("/"), "%2F") +
-                                "\r\n";
+        "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\nCIMMethod: " +
+        cimxml::intrinsicName(op) +
+        "\r\nCIMObject: " + std::regex_replace(nameSpace, std::regex("/"), "%2F") + "\r\n";
     const std::string answer = rawExchange(port, request("POST", headers, body.text)).response;
     const std::size_t start = answer.find("\r\n\r\n");
     if (start == std::string::npos || answer.find("Transfer-Encoding: chunked") != std::string::npos)
@@ -75,7 +75,8 @@ cimxml::OperationResponse intrinsicCall(int port, cimxml::Intrinsic op, const ch
 std::string contextOf(const cimxml::OperationResponse& r)
 {
     for (Uint32 i = 0; i < r.outParameters.size(); i++)
-        if (r.outParameters[i].getParameterName() == "EnumerationContext" && !r.outParameters[i].getValue().isNull())
+        if (r.outParameters[i].getParameterName() == "EnumerationContext" &&
+            !r.outParameters[i].getValue().isNull())
             return text(r.outParameters[i].getValue().toString());
     return std::string();
 }
@@ -92,28 +93,33 @@ bool endOf(const cimxml::OperationResponse& r)
 // without host and namespace where the pull operations give both.
 std::string keysOf(const CIMObjectPath& path)
 {
-    return text(CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
+    return text(
+        CIMObjectPath(String(), CIMNamespaceName(), path.getClassName(), path.getKeyBindings()).toString());
 }
 
 // The sorted texts of what a pulled enumeration returns, opened by `open`
 // with `parameters` and pulled in pieces of `piece`: "path" for a path,
 // "path|property count" for an instance.
 std::vector<std::string> pulledAll(int port, cimxml::Intrinsic open, const char* nameSpace,
-                                   Array<CIMParamValue> parameters, Uint32 piece, unsigned& answers)
+    Array<CIMParamValue> parameters, Uint32 piece, unsigned& answers)
 {
     const bool paths = cimxml::resultShape(open) == cimxml::ResultShape::InstancePaths;
     std::vector<std::string> out;
     auto collect = [&](const cimxml::OperationResponse& r) {
         if (r.isError())
-            throw std::runtime_error("CIM error " + std::to_string(r.errorCode) + ": " + text(r.errorDescription));
+            throw std::runtime_error(
+                "CIM error " + std::to_string(r.errorCode) + ": " + text(r.errorDescription));
         answers++;
-        if (paths) {
+        if (paths)
+        {
             Array<CIMObjectPath> items;
             r.returnValue.get(items);
             EXPECT_LE(items.size(), piece);
             for (Uint32 i = 0; i < items.size(); i++)
                 out.push_back(keysOf(items[i]));
-        } else {
+        }
+        else
+        {
             Array<CIMInstance> items;
             r.returnValue.get(items);
             EXPECT_LE(items.size(), piece);
@@ -124,12 +130,14 @@ std::vector<std::string> pulledAll(int port, cimxml::Intrinsic open, const char*
     parameters.append(CIMParamValue("MaxObjectCount", CIMValue(piece)));
     cimxml::OperationResponse r = intrinsicCall(port, open, nameSpace, parameters);
     collect(r);
-    while (!endOf(r)) {
+    while (!endOf(r))
+    {
         Array<CIMParamValue> next;
         next.append(CIMParamValue("EnumerationContext", CIMValue(String(contextOf(r).c_str()))));
         next.append(CIMParamValue("MaxObjectCount", CIMValue(piece)));
-        r = intrinsicCall(port, paths ? cimxml::Intrinsic::PullInstancePaths : cimxml::Intrinsic::PullInstancesWithPath,
-                          nameSpace, next);
+        r = intrinsicCall(port,
+            paths ? cimxml::Intrinsic::PullInstancePaths : cimxml::Intrinsic::PullInstancesWithPath,
+            nameSpace, next);
         collect(r);
     }
     std::sort(out.begin(), out.end());
@@ -140,10 +148,14 @@ template <class T>
 std::vector<std::string> sortedTexts(const Array<T>& items)
 {
     std::vector<std::string> out;
-    for (Uint32 i = 0; i < items.size(); i++) {
-        if constexpr (std::is_same<T, CIMObjectPath>::value) {
+    for (Uint32 i = 0; i < items.size(); i++)
+    {
+        if constexpr (std::is_same<T, CIMObjectPath>::value)
+        {
             out.push_back(keysOf(items[i]));
-        } else {
+        }
+        else
+        {
             CIMObject object(items[i]);
             out.push_back(keysOf(object.getPath()) + "|" + std::to_string(object.getPropertyCount()));
         }
@@ -245,50 +257,56 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
     const std::vector<Case> cases = {
         {"no credentials", request("POST", cimHeaders, kEnumerateDisks), "401", "WWW-Authenticate: Basic"},
         {"wrong password",
-         request("POST", "Authorization: " + basicAuthorization("admin", "nope") + "\r\n" + cimHeaders,
-                 kEnumerateDisks),
-         "401", ""},
+            request("POST", "Authorization: " + basicAuthorization("admin", "nope") + "\r\n" + cimHeaders,
+                kEnumerateDisks),
+            "401", ""},
         {"unknown user",
-         request("POST", "Authorization: " + basicAuthorization("mallory", "x") + "\r\n" + cimHeaders,
-                 kEnumerateDisks),
-         "401", ""},
-        {"not Basic", request("POST", "Authorization: Bearer abc\r\n" + cimHeaders, kEnumerateDisks), "401", ""},
+            request("POST", "Authorization: " + basicAuthorization("mallory", "x") + "\r\n" + cimHeaders,
+                kEnumerateDisks),
+            "401", ""},
+        {"not Basic", request("POST", "Authorization: Bearer abc\r\n" + cimHeaders, kEnumerateDisks), "401",
+            ""},
         {"no CIMOperation",
-         request("POST", admin + "Content-Type: application/xml\r\nCIMMethod: EnumerateInstanceNames\r\n",
-                 kEnumerateDisks),
-         "400", "CIMError: unsupported-operation"},
+            request("POST", admin + "Content-Type: application/xml\r\nCIMMethod: EnumerateInstanceNames\r\n",
+                kEnumerateDisks),
+            "400", "CIMError: unsupported-operation"},
         {"malformed XML", request("POST", admin + cimHeaders, "<CIM><MESSAGE"), "400",
-         "CIMError: request-not-well-formed"},
-        {"not a CIM message", request("POST", admin + cimHeaders, "<html/>"), "400", "CIMError: request-not-valid"},
+            "CIMError: request-not-well-formed"},
+        {"not a CIM message", request("POST", admin + cimHeaders, "<html/>"), "400",
+            "CIMError: request-not-valid"},
         {"a reference to a lone surrogate",
-         request("POST", admin + cimHeaders,
-                 std::regex_replace(kEnumerateDisks, std::regex("Test_Disk"), "Test_&#xD800;")),
-         "400", "CIMError: request-not-well-formed"},
+            request("POST", admin + cimHeaders,
+                std::regex_replace(kEnumerateDisks, std::regex("Test_Disk"), "Test_&#xD800;")),
+            "400", "CIMError: request-not-well-formed"},
         {"a second SIMPLEREQ",
-         request("POST", admin + cimHeaders,
-                 std::regex_replace(kEnumerateDisks, std::regex("</SIMPLEREQ>"), "</SIMPLEREQ><SIMPLEREQ/>")),
-         "400", "CIMError: request-not-valid"},
+            request("POST", admin + cimHeaders,
+                std::regex_replace(kEnumerateDisks, std::regex("</SIMPLEREQ>"), "</SIMPLEREQ><SIMPLEREQ/>")),
+            "400", "CIMError: request-not-valid"},
         {"headers disagree with the body",
-         request("POST",
-                 admin + "Content-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                         "CIMMethod: GetClass\r\nCIMObject: root%2Ftest\r\n",
-                 kEnumerateDisks),
-         "400", "CIMError: header-mismatch"},
-        {"GET", "GET / HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + admin + "\r\n", "405", "Allow: POST, M-POST"},
+            request("POST",
+                admin +
+                    "Content-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                    "CIMMethod: GetClass\r\nCIMObject: root%2Ftest\r\n",
+                kEnumerateDisks),
+            "400", "CIMError: header-mismatch"},
+        {"GET", "GET / HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" + admin + "\r\n", "405",
+            "Allow: POST, M-POST"},
         {"M-POST without Man", request("M-POST", admin + cimHeaders, kEnumerateDisks), "501", ""},
         {"unsupported protocol version",
-         request("POST", admin + cimHeaders + "CIMProtocolVersion: 2.0\r\n", kEnumerateDisks), "501",
-         "CIMError: unsupported-protocol-version"},
+            request("POST", admin + cimHeaders + "CIMProtocolVersion: 2.0\r\n", kEnumerateDisks), "501",
+            "CIMError: unsupported-protocol-version"},
         {"M-POST with the 73- headers",
-         request("M-POST",
-                 admin + "Man: http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73\r\n"
-                         "Content-Type: application/xml\r\n73-CIMOperation: MethodCall\r\n"
-                         "73-CIMMethod: EnumerateInstanceNames\r\n73-CIMObject: root%2Ftest\r\n",
-                 kEnumerateDisks),
-         "200", "73-CIMOperation: MethodResponse"},
+            request("M-POST",
+                admin +
+                    "Man: http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73\r\n"
+                    "Content-Type: application/xml\r\n73-CIMOperation: MethodCall\r\n"
+                    "73-CIMMethod: EnumerateInstanceNames\r\n73-CIMObject: root%2Ftest\r\n",
+                kEnumerateDisks),
+            "200", "73-CIMOperation: MethodResponse"},
         {"CIMBatch", request("POST", admin + cimHeaders + "CIMBatch: CIMBatch\r\n", kEnumerateDisks), "501",
-         "CIMError: multiple-requests-unsupported"},
-        {"valid POST", request("POST", admin + cimHeaders, kEnumerateDisks), "200", "CIMOperation: MethodResponse"},
+            "CIMError: multiple-requests-unsupported"},
+        {"valid POST", request("POST", admin + cimHeaders, kEnumerateDisks), "200",
+            "CIMOperation: MethodResponse"},
     };
     for (const Case& c : cases)
     {
@@ -310,39 +328,44 @@ TEST_F(CimServerTest, RawRequestsGetTheAnswersClientsExpect)
         const std::string body = "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
                                  "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"9\" "
                                  "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>" +
-                                 call + "</SIMPLEREQ></MESSAGE></CIM>";
+            call + "</SIMPLEREQ></MESSAGE></CIM>";
         const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
-                                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                                    "CIMMethod: " + method + "\r\nCIMObject: " + object + "\r\n";
+            "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+            "CIMMethod: " +
+            method + "\r\nCIMObject: " + object + "\r\n";
         return rawExchange(server->httpPort(), request("POST", headers, body)).response;
     };
     auto intrinsic = [&](const std::string& name, const std::string& params) {
         return post(name, "root%2Ftest",
-                    "<IMETHODCALL NAME=\"" + name +
-                        "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
-                        "</LOCALNAMESPACEPATH>" + params + "</IMETHODCALL>");
+            "<IMETHODCALL NAME=\"" + name +
+                "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"test\"/>"
+                "</LOCALNAMESPACEPATH>" +
+                params + "</IMETHODCALL>");
     };
-    const std::string fastDisk = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_FastDisk\"/></IPARAMVALUE>";
+    const std::string fastDisk =
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"Test_FastDisk\"/></IPARAMVALUE>";
     const std::string fast1 = "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"Test_FastDisk\">"
                               "<KEYBINDING NAME=\"Id\"><KEYVALUE>Fast1</KEYVALUE></KEYBINDING></INSTANCENAME>"
                               "</IPARAMVALUE>";
     const std::string localOnly = "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
-    const std::string withOrigin = "<IPARAMVALUE NAME=\"IncludeClassOrigin\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
+    const std::string withOrigin =
+        "<IPARAMVALUE NAME=\"IncludeClassOrigin\"><VALUE>TRUE</VALUE></IPARAMVALUE>";
 
     // Id and Name come from the superclasses, Tier from the class itself.
-    for (const std::string& answer : {intrinsic("EnumerateInstances", fastDisk),
-                                      intrinsic("EnumerateInstances", fastDisk + localOnly),
-                                      intrinsic("GetInstance", fast1), intrinsic("GetInstance", fast1 + localOnly)})
+    for (const std::string& answer :
+        {intrinsic("EnumerateInstances", fastDisk), intrinsic("EnumerateInstances", fastDisk + localOnly),
+            intrinsic("GetInstance", fast1), intrinsic("GetInstance", fast1 + localOnly)})
     {
         EXPECT_NE(answer.find("NAME=\"Id\""), std::string::npos) << answer;
         EXPECT_NE(answer.find("NAME=\"Name\""), std::string::npos) << answer;
         EXPECT_NE(answer.find("NAME=\"Tier\""), std::string::npos) << answer;
         EXPECT_EQ(answer.find("CLASSORIGIN"), std::string::npos) << answer;
     }
-    for (const std::string& answer :
-         {intrinsic("EnumerateInstances", fastDisk + withOrigin), intrinsic("GetInstance", fast1 + withOrigin)})
+    for (const std::string& answer : {intrinsic("EnumerateInstances", fastDisk + withOrigin),
+             intrinsic("GetInstance", fast1 + withOrigin)})
     {
-        EXPECT_NE(answer.find("NAME=\"Name\" TYPE=\"string\" CLASSORIGIN=\"Test_Element\""), std::string::npos)
+        EXPECT_NE(
+            answer.find("NAME=\"Name\" TYPE=\"string\" CLASSORIGIN=\"Test_Element\""), std::string::npos)
             << answer;
         EXPECT_NE(answer.find("CLASSORIGIN=\"Test_FastDisk\""), std::string::npos) << answer;
     }
@@ -351,16 +374,15 @@ TEST_F(CimServerTest, RawRequestsGetTheAnswersClientsExpect)
     {
         const std::string answer = intrinsic(refused, "");
         EXPECT_NE(answer.find(std::string("<IMETHODRESPONSE NAME=\"") + refused + "\"><ERROR CODE=\"7\""),
-                  std::string::npos)
+            std::string::npos)
             << answer;
     }
 
-    const std::string echo =
-        post("Echo", "root%2Ftest%3ATest_Service.Name%3D%22svc%22",
-             "<METHODCALL NAME=\"Echo\"><LOCALINSTANCEPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
-             "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><INSTANCENAME CLASSNAME=\"Test_Service\">"
-             "<KEYBINDING NAME=\"Name\"><KEYVALUE>svc</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>"
-             "<PARAMVALUE NAME=\"Items\" PARAMTYPE=\"reference\"><VALUE.ARRAY/></PARAMVALUE></METHODCALL>");
+    const std::string echo = post("Echo", "root%2Ftest%3ATest_Service.Name%3D%22svc%22",
+        "<METHODCALL NAME=\"Echo\"><LOCALINSTANCEPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/>"
+        "<NAMESPACE NAME=\"test\"/></LOCALNAMESPACEPATH><INSTANCENAME CLASSNAME=\"Test_Service\">"
+        "<KEYBINDING NAME=\"Name\"><KEYVALUE>svc</KEYVALUE></KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH>"
+        "<PARAMVALUE NAME=\"Items\" PARAMTYPE=\"reference\"><VALUE.ARRAY/></PARAMVALUE></METHODCALL>");
     EXPECT_NE(echo.find("Items=reference[]:"), std::string::npos) << echo;
 }
 
@@ -390,17 +412,17 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
     const String volume("ZDA_StorageVolume");
     const std::vector<Case> cases = {
         {"instances", "root/zda", Intrinsic::OpenEnumerateInstances, named("ClassName", CIMValue(volume)),
-         sortedTexts(client.enumerateInstances(zda, CIMName(volume), true, false))},
+            sortedTexts(client.enumerateInstances(zda, CIMName(volume), true, false))},
         {"paths", "root/zda", Intrinsic::OpenEnumerateInstancePaths, named("ClassName", CIMValue(volume)),
-         sortedTexts(client.enumerateInstanceNames(zda, CIMName(volume)))},
+            sortedTexts(client.enumerateInstanceNames(zda, CIMName(volume)))},
         {"references", "root/test", Intrinsic::OpenReferenceInstances, named("InstanceName", CIMValue(pool)),
-         sortedTexts(client.references(test, pool))},
-        {"reference paths", "root/test", Intrinsic::OpenReferenceInstancePaths, named("InstanceName", CIMValue(disk)),
-         sortedTexts(client.referenceNames(test, disk))},
-        {"associators", "root/test", Intrinsic::OpenAssociatorInstances, named("InstanceName", CIMValue(pool)),
-         sortedTexts(client.associators(test, pool))},
-        {"associator paths", "root/test", Intrinsic::OpenAssociatorInstancePaths, named("InstanceName", CIMValue(disk)),
-         sortedTexts(client.associatorNames(test, disk))},
+            sortedTexts(client.references(test, pool))},
+        {"reference paths", "root/test", Intrinsic::OpenReferenceInstancePaths,
+            named("InstanceName", CIMValue(disk)), sortedTexts(client.referenceNames(test, disk))},
+        {"associators", "root/test", Intrinsic::OpenAssociatorInstances,
+            named("InstanceName", CIMValue(pool)), sortedTexts(client.associators(test, pool))},
+        {"associator paths", "root/test", Intrinsic::OpenAssociatorInstancePaths,
+            named("InstanceName", CIMValue(disk)), sortedTexts(client.associatorNames(test, disk))},
     };
     for (const Case& c : cases)
     {
@@ -408,7 +430,8 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
         for (Uint32 piece : {7u, 1u})
         {
             unsigned answers = 0;
-            EXPECT_EQ(pulledAll(server->httpPort(), c.open, c.nameSpace, c.parameters, piece, answers), c.expected)
+            EXPECT_EQ(
+                pulledAll(server->httpPort(), c.open, c.nameSpace, c.parameters, piece, answers), c.expected)
                 << c.what << " in pieces of " << piece;
             EXPECT_GE(answers, (c.expected.size() + piece - 1) / piece) << c.what;
         }
@@ -417,17 +440,15 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
     {
         CIMEnumerationContext context;
         Boolean end = false;
-        Array<CIMInstance> pulled =
-            client.openEnumerateInstances(context, end, zda, CIMName(volume), true, false, CIMPropertyList(),
-                                          String(), String(), Uint32Arg(), false, 7);
+        Array<CIMInstance> pulled = client.openEnumerateInstances(context, end, zda, CIMName(volume), true,
+            false, CIMPropertyList(), String(), String(), Uint32Arg(), false, 7);
         while (!end)
             pulled.appendArray(client.pullInstancesWithPath(context, end, 7));
         EXPECT_TRUE(context.isNull());
         EXPECT_EQ(sortedTexts(pulled), cases[0].expected);
 
-        Array<CIMObjectPath> paths = client.openAssociatorInstancePaths(
-            context, end, test, disk, CIMName(), CIMName(), String(), String(), String(), String(), Uint32Arg(),
-            false, 1);
+        Array<CIMObjectPath> paths = client.openAssociatorInstancePaths(context, end, test, disk, CIMName(),
+            CIMName(), String(), String(), String(), String(), Uint32Arg(), false, 1);
         while (!end)
             paths.appendArray(client.pullInstancePaths(context, end, 1));
         EXPECT_EQ(sortedTexts(paths), cases[5].expected);
@@ -439,13 +460,15 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
     }
 
     // Every context ended with its sequence: closing one now is refused.
-    cimxml::OperationResponse opened = intrinsicCall(server->httpPort(), Intrinsic::OpenEnumerateInstancePaths,
-                                                     "root/test", named("ClassName", CIMValue(String("Test_Bulk"))));
+    cimxml::OperationResponse opened = intrinsicCall(server->httpPort(),
+        Intrinsic::OpenEnumerateInstancePaths, "root/test",
+        named("ClassName", CIMValue(String("Test_Bulk"))));
     ASSERT_FALSE(endOf(opened));
     Array<CIMParamValue> close = named("EnumerationContext", CIMValue(String(contextOf(opened).c_str())));
-    EXPECT_FALSE(intrinsicCall(server->httpPort(), Intrinsic::CloseEnumeration, "root/test", close).isError());
+    EXPECT_FALSE(
+        intrinsicCall(server->httpPort(), Intrinsic::CloseEnumeration, "root/test", close).isError());
     EXPECT_EQ(intrinsicCall(server->httpPort(), Intrinsic::CloseEnumeration, "root/test", close).errorCode,
-              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+        Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
 }
 
 // What the pull operations refuse, and the limits that keep abandoned
@@ -467,11 +490,11 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
         return p;
     };
     EXPECT_EQ(open(with("FilterQuery", CIMValue(String("SELECT * FROM Test_Bulk")))).errorCode,
-              Uint32(CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED));
+        Uint32(CIM_ERR_FILTERED_ENUMERATION_NOT_SUPPORTED));
     EXPECT_EQ(open(with("ContinueOnError", CIMValue(Boolean(true)))).errorCode,
-              Uint32(CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED));
+        Uint32(CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED));
     EXPECT_EQ(open(with("OperationTimeout", CIMValue(Uint32(6)))).errorCode,
-              Uint32(CIM_ERR_INVALID_OPERATION_TIMEOUT));
+        Uint32(CIM_ERR_INVALID_OPERATION_TIMEOUT));
 
     cimxml::OperationResponse first = open(with("OperationTimeout", CIMValue(Uint32(1))));
     cimxml::OperationResponse second = open(with("OperationTimeout", CIMValue(Uint32(5))));
@@ -484,29 +507,32 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
     // The paths form cannot continue an instances context.
     Array<CIMParamValue> pullFirst = with("EnumerationContext", CIMValue(String(contextOf(first).c_str())));
     pullFirst.append(CIMParamValue("MaxObjectCount", CIMValue(Uint32(3))));
-    EXPECT_EQ(intrinsicCall(server.httpPort(), Intrinsic::PullInstancePaths, "root/test", pullFirst).errorCode,
-              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+    EXPECT_EQ(
+        intrinsicCall(server.httpPort(), Intrinsic::PullInstancePaths, "root/test", pullFirst).errorCode,
+        Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
 
     // The first context is abandoned: after its second it is gone and
     // another open fits again.
     std::this_thread::sleep_for(std::chrono::milliseconds(2500));
-    EXPECT_EQ(intrinsicCall(server.httpPort(), Intrinsic::PullInstancesWithPath, "root/test", pullFirst).errorCode,
-              Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
+    EXPECT_EQ(
+        intrinsicCall(server.httpPort(), Intrinsic::PullInstancesWithPath, "root/test", pullFirst).errorCode,
+        Uint32(CIM_ERR_INVALID_ENUMERATION_CONTEXT));
     EXPECT_FALSE(open(Array<CIMParamValue>()).isError());
     EXPECT_EQ(server.stop(), 0) << server.log();
 }
 
 TEST_F(CimServerTest, KeepAliveServesSeveralRequestsOnOneConnection)
 {
-    std::string one = "POST /cimom HTTP/1.1\r\nHost: x\r\nAuthorization: " + basicAuthorization("admin", "admin-demo") +
-                      "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                      "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\nContent-Length: " +
-                      std::to_string(kEnumerateDisks.size()) + "\r\n\r\n" + kEnumerateDisks;
+    std::string one = "POST /cimom HTTP/1.1\r\nHost: x\r\nAuthorization: " +
+        basicAuthorization("admin", "admin-demo") +
+        "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+        "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\nContent-Length: " +
+        std::to_string(kEnumerateDisks.size()) + "\r\n\r\n" + kEnumerateDisks;
     std::string last = request("POST",
-                               "Authorization: " + basicAuthorization("admin", "admin-demo") +
-                                   "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                                   "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n",
-                               kEnumerateDisks);
+        "Authorization: " + basicAuthorization("admin", "admin-demo") +
+            "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+            "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n",
+        kEnumerateDisks);
     RawExchange r = rawExchange(server->httpPort(), one + one + last);
     std::size_t answers = 0;
     for (std::size_t at = 0; (at = r.response.find("HTTP/1.1 200 OK", at)) != std::string::npos; at++)
@@ -558,13 +584,15 @@ TEST_F(CimServerTest, SimulatorControlsDriveTheArrayThroughTheWire)
         for (const char* call : {"Reset", "InjectFault.Function=\"api_getSystemInfo\",Count=-1"})
         {
             CommandResult refused = wbemcli({"cm", theirs, call});
-            EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos) << user << refused.output;
+            EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos)
+                << user << refused.output;
         }
     }
     EXPECT_NE(wbemcli({"ein", system}).output.find("zda-demo"), std::string::npos) << "no fault was injected";
 
     ASSERT_EQ(wbemcli({"cm", control, "Reset"}).exitCode, 0);
-    CommandResult fault = wbemcli({"cm", control, "InjectFault.Function=\"api_getSystemInfo\",Count=-1,Code=5,Text=\"broken\""});
+    CommandResult fault = wbemcli(
+        {"cm", control, "InjectFault.Function=\"api_getSystemInfo\",Count=-1,Code=5,Text=\"broken\""});
     ASSERT_EQ(fault.exitCode, 0) << fault.output;
     CommandResult failing = wbemcli({"ein", system});
     EXPECT_EQ(failing.output.find("zda-demo"), std::string::npos) << failing.output;
@@ -632,14 +660,14 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
             "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"ZDA_ReplicationService\"/></LOCALCLASSPATH>"
             "<PARAMVALUE NAME=\"GroupName\" PARAMTYPE=\"string\"><VALUE>g&#xD800;</VALUE></PARAMVALUE>"
             "</METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
-        RawExchange lone = rawExchange(
-            server.httpPort(),
+        RawExchange lone = rawExchange(server.httpPort(),
             request("POST",
-                    "Authorization: " + basicAuthorization("admin", "admin-demo") +
-                        "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                        "CIMMethod: CreateGroup\r\nCIMObject: root%2Fzda%3AZDA_ReplicationService\r\n",
-                    body));
-        EXPECT_NE(lone.response.find("CIMError: request-not-well-formed"), std::string::npos) << lone.response;
+                "Authorization: " + basicAuthorization("admin", "admin-demo") +
+                    "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+                    "CIMMethod: CreateGroup\r\nCIMObject: root%2Fzda%3AZDA_ReplicationService\r\n",
+                body));
+        EXPECT_NE(lone.response.find("CIMError: request-not-well-formed"), std::string::npos)
+            << lone.response;
 
         CIMClient client;
         client.connect("127.0.0.1", Uint32(server.httpPort()), "admin", "admin-demo");
@@ -650,7 +678,8 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
             in.append(CIMParamValue("GroupName", CIMValue(String(name))));
             try
             {
-                EXPECT_NE(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
+                EXPECT_NE(
+                    text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0")
                     << name;
             }
             catch (const CIMException&)
@@ -676,11 +705,12 @@ TEST(CimServerStateTest, NamesTheArrayCannotHoldAreRefusedAndNothingStops)
 TEST(CimServerLimitsTest, OversizedDeepAndStalledRequestsAreRefused)
 {
     TemporaryFolder folder;
-    ServerProcess server(folder.path(), {"--max-request-bytes", "4096", "--max-xml-depth", "16", "--header-timeout",
-                                         "1", "--body-timeout", "1", "--https-port", "off"});
+    ServerProcess server(folder.path(),
+        {"--max-request-bytes", "4096", "--max-xml-depth", "16", "--header-timeout", "1", "--body-timeout",
+            "1", "--https-port", "off"});
     const std::string headers = "Authorization: " + basicAuthorization("admin", "admin-demo") +
-                                "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
-                                "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n";
+        "\r\nContent-Type: application/xml\r\nCIMOperation: MethodCall\r\n"
+        "CIMMethod: EnumerateInstanceNames\r\nCIMObject: root%2Ftest\r\n";
 
     RawExchange big = rawExchange(server.httpPort(), request("POST", headers, std::string(5000, ' ')));
     EXPECT_NE(statusLine(big.response).find(" 413 "), std::string::npos) << big.response;
@@ -698,8 +728,8 @@ TEST(CimServerLimitsTest, OversizedDeepAndStalledRequestsAreRefused)
     RawExchange stalledHeaders = rawExchange(server.httpPort(), "POST /cimom HTTP/1.1\r\nHost: x\r\n", 20000);
     EXPECT_TRUE(stalledHeaders.closedByServer);
     EXPECT_LT(stalledHeaders.elapsedMs, 15000);
-    RawExchange stalledBody = rawExchange(
-        server.httpPort(), "POST /cimom HTTP/1.1\r\nHost: x\r\n" + headers + "Content-Length: 100\r\n\r\n<?xml", 20000);
+    RawExchange stalledBody = rawExchange(server.httpPort(),
+        "POST /cimom HTTP/1.1\r\nHost: x\r\n" + headers + "Content-Length: 100\r\n\r\n<?xml", 20000);
     EXPECT_TRUE(stalledBody.closedByServer);
     EXPECT_LT(stalledBody.elapsedMs, 15000);
     EXPECT_EQ(stalledBody.response.find("200 OK"), std::string::npos);
@@ -733,12 +763,14 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
 {
     TemporaryFolder folder;
     std::string users = folder.path() + "/users";
-    CommandResult added =
-        runCommand({serverProgram(), "--users", users, "--add-user", "alice"}, 60000, "alice-secret\n");
+    CommandResult added = runCommand(
+        {serverProgram(), "--users", users, "--add-user", "alice"}, 60000, "alice-secret\n");
     ASSERT_EQ(added.exitCode, 0) << added.output;
-    CommandResult again = runCommand({serverProgram(), "--users", users, "--add-user", "bob"}, 60000, "bob-pw\n");
+    CommandResult again = runCommand(
+        {serverProgram(), "--users", users, "--add-user", "bob"}, 60000, "bob-pw\n");
     ASSERT_EQ(again.exitCode, 0) << again.output;
-    CommandResult noPassword = runCommand({serverProgram(), "--users", users, "--add-user", "carol"}, 60000, "");
+    CommandResult noPassword = runCommand(
+        {serverProgram(), "--users", users, "--add-user", "carol"}, 60000, "");
     EXPECT_NE(noPassword.exitCode, 0);
 
     std::ifstream in(users);
@@ -748,24 +780,26 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
 
     std::string broken = folder.path() + "/broken-users";
     std::ofstream(broken) << "# users\nalice\n";
-    CommandResult refused = runCommand({serverProgram(), "--users", broken, "--http-port", "0", "--https-port",
-                                        "off", "--state-dir", folder.path()});
+    CommandResult refused = runCommand({serverProgram(), "--users", broken, "--http-port", "0",
+        "--https-port", "off", "--state-dir", folder.path()});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_NE(refused.output.find("broken-users:2:"), std::string::npos) << refused.output;
 
     ServerProcess server(folder.path(), {"--users", users, "--https-port", "off"});
-    CommandResult alice = runCommand({"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
+    CommandResult alice = runCommand(
+        {"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
     EXPECT_EQ(alice.exitCode, 0) << alice.output;
     CommandResult bob = runCommand({"wbemcli", "ein", server.url("bob:bob-pw", "root/test") + "Test_Disk"});
     EXPECT_EQ(bob.exitCode, 0) << bob.output;
-    CommandResult demo = runCommand({"wbemcli", "ein", server.url("admin:admin-demo", "root/test") + "Test_Disk"});
+    CommandResult demo = runCommand(
+        {"wbemcli", "ein", server.url("admin:admin-demo", "root/test") + "Test_Disk"});
     EXPECT_NE(demo.exitCode, 0) << demo.output;
     // A credential that verified is remembered; a near miss of it is not.
-    CommandResult nearMiss =
-        runCommand({"wbemcli", "ein", server.url("alice:alice-secreT", "root/test") + "Test_Disk"});
+    CommandResult nearMiss = runCommand(
+        {"wbemcli", "ein", server.url("alice:alice-secreT", "root/test") + "Test_Disk"});
     EXPECT_NE(nearMiss.exitCode, 0) << nearMiss.output;
-    CommandResult aliceAgain =
-        runCommand({"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
+    CommandResult aliceAgain = runCommand(
+        {"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
     EXPECT_EQ(aliceAgain.exitCode, 0) << aliceAgain.output;
 }
 
@@ -786,18 +820,18 @@ TEST(CimServerStateTest, PersistedStateSurvivesARestart)
         client.connect("127.0.0.1", Uint32(first.httpPort()), "admin", "admin-demo");
         Array<CIMParamValue> in, out;
         in.append(CIMParamValue("Description", CIMValue(String(description))));
-        CIMValue result = client.invokeMethod("root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
-                                              "LoadDescription", in, out);
+        CIMValue result = client.invokeMethod(
+            "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"), "LoadDescription", in, out);
         ASSERT_EQ(text(result.toString()), "0") << outParameter(out, "Error");
         EXPECT_EQ(first.stop(), 0) << first.log();
         EXPECT_NE(first.output().find("zda-cimserver stopped"), std::string::npos);
     }
     ServerProcess second(folder.path(), {"--state", state, "--https-port", "off"});
-    CommandResult system =
-        runCommand({"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageSystem"});
+    CommandResult system = runCommand(
+        {"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageSystem"});
     EXPECT_NE(system.output.find("Name=\"lab-array\""), std::string::npos) << system.output << second.log();
-    CommandResult volumes =
-        runCommand({"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageVolume"});
+    CommandResult volumes = runCommand(
+        {"wbemcli", "ein", second.url("admin:admin-demo", "root/zda") + "ZDA_StorageVolume"});
     EXPECT_EQ(std::count(volumes.output.begin(), volumes.output.end(), '\n'), 1) << volumes.output;
 }
 

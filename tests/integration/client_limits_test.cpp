@@ -32,16 +32,18 @@ std::string enumerateBody(const char* operation, const char* className)
 // A kept-alive POST of `body` (an enumeration in root/zda), with
 // `extraHeaders` (each ending in CRLF) and `length` as its Content-Length
 // (the body's own size when negative).
-std::string post(const std::string& authorization, const std::string& body, const std::string& extraHeaders = "",
-                 long length = -1)
+std::string post(const std::string& authorization, const std::string& body,
+    const std::string& extraHeaders = "", long length = -1)
 {
     const std::size_t name = body.find("IMETHODCALL NAME=\"") + 18;
-    const std::string operation = body.empty() ? "EnumerateInstanceNames" : body.substr(name, body.find('"', name) - name);
+    const std::string operation = body.empty() ? "EnumerateInstanceNames"
+                                               : body.substr(name, body.find('"', name) - name);
     return "POST /cimom HTTP/1.1\r\nHost: 127.0.0.1\r\n" +
-           (authorization.empty() ? std::string() : "Authorization: " + authorization + "\r\n") +
-           "Content-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\n"
-           "CIMMethod: " + operation + "\r\nCIMObject: root%2Fzda\r\n" + extraHeaders + "Content-Length: " + std::to_string(length < 0 ? long(body.size()) : length) +
-           "\r\n\r\n" + body;
+        (authorization.empty() ? std::string() : "Authorization: " + authorization + "\r\n") +
+        "Content-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\n"
+        "CIMMethod: " +
+        operation + "\r\nCIMObject: root%2Fzda\r\n" + extraHeaders +
+        "Content-Length: " + std::to_string(length < 0 ? long(body.size()) : length) + "\r\n\r\n" + body;
 }
 
 const std::string kSystemNames = enumerateBody("EnumerateInstanceNames", "ZDA_StorageSystem");
@@ -105,11 +107,12 @@ TEST(ClientLimitsTest, ClientsThatStopReadingDoNotHoldTheServer)
         out << "]}";
     }
     cimxml::registerClientTransports();
-    ServerProcess server(folder.path(), {"--array", array, "--https-port", "off", "--send-timeout", "3"}, false);
+    ServerProcess server(
+        folder.path(), {"--array", array, "--https-port", "off", "--send-timeout", "3"}, false);
     timedLegitimateRequest(server.httpPort());  // the credential is remembered from here on
 
-    const std::string volumes =
-        post(basicAuthorization("viewer", "viewer-demo"), enumerateBody("EnumerateInstances", "ZDA_StorageVolume"));
+    const std::string volumes = post(basicAuthorization("viewer", "viewer-demo"),
+        enumerateBody("EnumerateInstances", "ZDA_StorageVolume"));
     std::vector<std::unique_ptr<RawConnection>> stalled;
     for (int i = 0; i < kStalledClients; i++)
     {
@@ -124,8 +127,8 @@ TEST(ClientLimitsTest, ClientsThatStopReadingDoNotHoldTheServer)
     int worst = 0;
     for (int i = 0; i < 3; i++)
         worst = std::max(worst, timedLegitimateRequest(server.httpPort()));
-    std::cout << "legitimate request beside " << kStalledClients << " clients that stopped reading: worst of 3 "
-              << worst << " ms\n";
+    std::cout << "legitimate request beside " << kStalledClients
+              << " clients that stopped reading: worst of 3 " << worst << " ms\n";
     EXPECT_LT(worst, 5000);
 
     // Dropped: each stalled connection is closed by the server.
@@ -146,9 +149,9 @@ class ClientLimitsServerTest : public SharedServerTest
 protected:
     static void SetUpTestSuite()
     {
-        startServer({"--https-port", "off", "--max-request-bytes", "65536", "--max-body-bytes-in-flight", "131072",
-            "--max-connections", "8", "--max-unauthenticated-connections", "3", "--max-connections-per-address", "2",
-            "--unauthenticated-timeout", "2"});
+        startServer({"--https-port", "off", "--max-request-bytes", "65536", "--max-body-bytes-in-flight",
+            "131072", "--max-connections", "8", "--max-unauthenticated-connections", "3",
+            "--max-connections-per-address", "2", "--unauthenticated-timeout", "2"});
     }
 
     static int port() { return server->httpPort(); }
@@ -210,7 +213,8 @@ TEST_F(ClientLimitsServerTest, BodiesInFlightShareOneAllowance)
     auto deadline = Clock::now() + std::chrono::seconds(5);
     std::string answer;
     while (answer.find(" 200 ") == std::string::npos && Clock::now() < deadline)
-        answer = rawExchange(port(), post(kAdmin, kSystemNames + std::string(60000, ' '), "Connection: close\r\n"))
+        answer = rawExchange(
+            port(), post(kAdmin, kSystemNames + std::string(60000, ' '), "Connection: close\r\n"))
                      .response;
     EXPECT_EQ(statusOf(answer), "HTTP/1.1 200 OK");
 }
@@ -263,9 +267,8 @@ TEST_F(ClientLimitsServerTest, UnauthenticatedConnectionsGetASmallerShare)
         authenticated.send(post(kAdmin, kSystemNames));
         auto deadline = Clock::now() + std::chrono::seconds(10);
         while (count(authenticated.readUntil("", 100), "</CIM>") < round && Clock::now() < deadline &&
-               !authenticated.closedByServer())
-        {
-        }
+            !authenticated.closedByServer())
+        {}
         EXPECT_EQ(count(authenticated.readUntil("", 0), "HTTP/1.1 200 OK"), round);
     }
 }
@@ -275,7 +278,8 @@ TEST_F(ClientLimitsServerTest, UnauthenticatedConnectionsGetASmallerShare)
 // meanwhile, at once); refusals are logged at a bounded rate.
 TEST_F(ClientLimitsServerTest, RepeatedFailuresAreSlowedAndLoggedAtABoundedRate)
 {
-    const std::string wrong = post(basicAuthorization("admin", "guess"), kSystemNames, "Connection: close\r\n");
+    const std::string wrong = post(
+        basicAuthorization("admin", "guess"), kSystemNames, "Connection: close\r\n");
     const std::size_t logBefore = server->log().size();
     // Three failures are free; then each check waits after the failure
     // before it: 250, 500, 1000 ms.

@@ -49,7 +49,9 @@ protected:
     static CIMObjectPath group(const char* name)
     {
         return CIMObjectPath(String((std::string("root/zda:ZDA_RemoteReplicationGroup."
-            "InstanceID=\"KX_ORLA:") + name + "\"").c_str()));
+                                                 "InstanceID=\"KX_ORLA:") +
+            name + "\"")
+                                        .c_str()));
     }
     // The mirror pair (SyncType 6) of the remote copy group `name`.
     CIMObjectPath pairOf(const char* name)
@@ -83,8 +85,7 @@ protected:
         in.append(CIMParamValue("Synchronization", CIMValue(pair)));
         return call("ModifyReplicaSynchronization", in, out);
     }
-    std::string call(const char* method, const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out)
+    std::string call(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out)
     {
         try
         {
@@ -101,14 +102,13 @@ protected:
     {
         Array<CIMInstance> all = client.enumerateInstances(NS, "ZDA_StorageVolume", true, false);
         for (Uint32 i = 0; i < all.size(); i++)
-            if (text(all[i].getProperty(all[i].findProperty("ElementName")).getValue().toString()) ==
-                name)
+            if (text(all[i].getProperty(all[i].findProperty("ElementName")).getValue().toString()) == name)
                 return all[i].getPath();
         ADD_FAILURE() << "no volume " << name;
         return CIMObjectPath();
     }
-    std::string members(const char* method, const CIMObjectPath& groupPath,
-        const std::string& member, bool deleteOnEmpty = false)
+    std::string members(const char* method, const CIMObjectPath& groupPath, const std::string& member,
+        bool deleteOnEmpty = false)
     {
         Array<CIMParamValue> in;
         Array<CIMParamValue> out;
@@ -166,9 +166,9 @@ TEST_F(DisasterRecoveryIT, AGroupIsSplitResyncedFailedOverFailedBackAndDissolved
     EXPECT_EQ(modify(10, secondary), "returned 0");
     EXPECT_EQ(state(secondary), "10/11");  // failing over
     control("StepClock.Seconds=600");
-    EXPECT_EQ(state(secondary), "10/2");   // failed over
+    EXPECT_EQ(state(secondary), "10/2");  // failed over
     EXPECT_EQ(modify(11, secondary), "returned 4096");
-    EXPECT_EQ(state(secondary), "3/6");    // failing back: the volumes resynchronise
+    EXPECT_EQ(state(secondary), "3/6");  // failing back: the volumes resynchronise
     control("StepClock.Seconds=600");
     EXPECT_EQ(state(secondary).substr(0, 2), "4/");
 
@@ -209,8 +209,10 @@ TEST_F(DisasterRecoveryIT, VolumesJoinAndLeaveAVvsetAndARemoteCopyGroup)
     EXPECT_EQ(memberCount(rcg, ordered), 1u);
     const std::string again = members("RemoveMembers", rcg, "fin_db06");
     EXPECT_EQ(again.rfind("thrown 8: ", 0), 0u) << again;
-    EXPECT_NE(again.find("Member " + deviceId("fin_db06") +
-        " not in RemoteReplicationGroup rcg_fin_periodic"), std::string::npos) << again;
+    EXPECT_NE(
+        again.find("Member " + deviceId("fin_db06") + " not in RemoteReplicationGroup rcg_fin_periodic"),
+        std::string::npos)
+        << again;
     // Back in, it is an ordered member again; then out once more.
     EXPECT_EQ(members("AddMembers", rcg, "fin_db06"), "returned 0");
     const std::set<std::string> joined = memberIds(rcg, ordered);

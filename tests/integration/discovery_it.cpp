@@ -75,8 +75,8 @@ TEST_F(DiscoveryIT, ProfilesLeadToTheirElementsInRootZda)
                 continue;
             EXPECT_EQ(text(valueOf<String>(found, "RegisteredVersion")), "1.6.1");
 
-            Array<CIMObjectPath> elements =
-                client.associatorNames(ns, found.getPath(), "CIM_ElementConformsToProfile");
+            Array<CIMObjectPath> elements = client.associatorNames(
+                ns, found.getPath(), "CIM_ElementConformsToProfile");
             ASSERT_EQ(elements.size(), 1u);
             EXPECT_EQ(text(elements[0].getClassName().getString()), walk.elementClass);
             EXPECT_EQ(text(elements[0].getNameSpace().getString()), "root/zda");
@@ -102,8 +102,7 @@ TEST_F(DiscoveryIT, ElementsLeadBackToTheirProfile)
         const char* profileId;  // empty: no profile
     };
     const Walk walks[] = {{"ZDA_ReplicationService", "SNIA+Replication Services+1.6.1"},
-                          {"ZDA_StorageSystem", "SNIA+Array+1.6.1"},
-                          {"ZDA_StorageVolume", ""}};
+        {"ZDA_StorageSystem", "SNIA+Array+1.6.1"}, {"ZDA_StorageVolume", ""}};
     for (const Walk& walk : walks)
     {
         SCOPED_TRACE(walk.elementClass);
@@ -112,10 +111,11 @@ TEST_F(DiscoveryIT, ElementsLeadBackToTheirProfile)
         const CIMObjectPath& element = elements[0];
         const std::size_t expected = *walk.profileId ? 1 : 0;
 
-        Array<CIMObjectPath> byResult =
-            client.associatorNames("root/zda", element, CIMName(), "CIM_RegisteredProfile");
+        Array<CIMObjectPath> byResult = client.associatorNames(
+            "root/zda", element, CIMName(), "CIM_RegisteredProfile");
         ASSERT_EQ(byResult.size(), expected);
-        Array<CIMObject> byAssociation = client.associators("root/zda", element, "CIM_ElementConformsToProfile");
+        Array<CIMObject> byAssociation = client.associators(
+            "root/zda", element, "CIM_ElementConformsToProfile");
         ASSERT_EQ(byAssociation.size(), expected);
         Array<CIMObject> links = client.references("root/zda", element, "CIM_ElementConformsToProfile");
         ASSERT_EQ(links.size(), expected);
@@ -129,7 +129,8 @@ TEST_F(DiscoveryIT, ElementsLeadBackToTheirProfile)
         EXPECT_EQ(text(valueOf<String>(CIMInstance(byAssociation[0]), "InstanceID")), walk.profileId);
         CIMObjectPath standard = valueOf<CIMObjectPath>(CIMInstance(links[0]), "ConformantStandard");
         EXPECT_EQ(text(standard.getClassName().getString()), "CIM_RegisteredProfile");
-        EXPECT_NE(text(standard.toString()).find(walk.profileId), std::string::npos) << text(standard.toString());
+        EXPECT_NE(text(standard.toString()).find(walk.profileId), std::string::npos)
+            << text(standard.toString());
     }
 }
 
@@ -139,19 +140,20 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
 {
     Array<CIMInstance> managers = client.enumerateInstances("interop", "CIM_ObjectManager", true, false);
     ASSERT_EQ(managers.size(), 1u);
-    Array<CIMObject> mechanisms =
-        client.associators("interop", managers[0].getPath(), "CIM_CommMechanismForManager");
+    Array<CIMObject> mechanisms = client.associators(
+        "interop", managers[0].getPath(), "CIM_CommMechanismForManager");
     ASSERT_EQ(mechanisms.size(), 1u);
     EXPECT_EQ(valueOf<Uint16>(CIMInstance(mechanisms[0]), "CommunicationMechanism"), 2);  // CIM-XML
     // Basic Read, Basic Write, Instance Manipulation, Association Traversal, Pulled Read.
-    Array<Uint16> functions = valueOf<Array<Uint16>>(CIMInstance(mechanisms[0]), "FunctionalProfilesSupported");
+    Array<Uint16> functions = valueOf<Array<Uint16>>(
+        CIMInstance(mechanisms[0]), "FunctionalProfilesSupported");
     EXPECT_EQ(std::vector<Uint16>(functions.getData(), functions.getData() + functions.size()),
-              (std::vector<Uint16>{2, 3, 5, 6, 10}));
+        (std::vector<Uint16>{2, 3, 5, 6, 10}));
     EXPECT_EQ(client.associatorNames("interop", managers[0].getPath(), "CIM_HostedService").size(), 1u);
 
     std::set<std::string> names;
-    Array<CIMObject> namespaces =
-        client.associators("root/interop", managers[0].getPath(), "CIM_NamespaceInManager");
+    Array<CIMObject> namespaces = client.associators(
+        "root/interop", managers[0].getPath(), "CIM_NamespaceInManager");
     for (Uint32 i = 0; i < namespaces.size(); ++i)
         names.insert(text(valueOf<String>(CIMInstance(namespaces[i]), "Name")));
     EXPECT_TRUE(names.count("root/zda") && names.count("root/PG_InterOp")) << namespaces.size();
@@ -160,8 +162,8 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
     CIMInstance serverProfile = profile("interop", "Server");
     if (!serverProfile.isUninitialized())
     {
-        Array<CIMObjectPath> conforming =
-            client.associatorNames("interop", serverProfile.getPath(), "CIM_ElementConformsToProfile");
+        Array<CIMObjectPath> conforming = client.associatorNames(
+            "interop", serverProfile.getPath(), "CIM_ElementConformsToProfile");
         ASSERT_EQ(conforming.size(), 1u);
         EXPECT_EQ(text(conforming[0].getClassName().getString()), "CIM_ObjectManager");
     }
@@ -170,8 +172,8 @@ TEST_F(DiscoveryIT, ServerNamespacesAndProfileReferences)
     CIMInstance array = profile("interop", "Array");
     if (array.isUninitialized())
         return;
-    Array<CIMObject> referenced = client.associators("interop", array.getPath(), "CIM_ReferencedProfile",
-                                                     CIMName(), "Dependent", "Antecedent");
+    Array<CIMObject> referenced = client.associators(
+        "interop", array.getPath(), "CIM_ReferencedProfile", CIMName(), "Dependent", "Antecedent");
     ASSERT_EQ(referenced.size(), 1u);
     EXPECT_EQ(text(valueOf<String>(CIMInstance(referenced[0]), "RegisteredName")), "Replication Services");
 }
@@ -246,7 +248,7 @@ TEST_F(DiscoveryIT, ClassesExplainTheirCodes)
         if (parentAt != PEG_NOT_FOUND)
         {
             EXPECT_NE(all[i].getQualifier(at).getValue().toString(),
-                      parent.getQualifier(parentAt).getValue().toString())
+                parent.getQualifier(parentAt).getValue().toString())
                 << text(all[i].getClassName().getString());
         }
     }

@@ -42,11 +42,11 @@ protected:
         service = client.enumerateInstanceNames("root/zda", "ZDA_ReplicationService")[0];
     }
 
-    static CommandResult wbemcli(const std::string& verb, const std::string& object,
-        const std::string& argument = std::string())
+    static CommandResult wbemcli(
+        const std::string& verb, const std::string& object, const std::string& argument = std::string())
     {
-        std::vector<std::string> argv = {"wbemcli", verb,
-            server->url("admin:admin-demo", "root/zda") + object};
+        std::vector<std::string> argv = {
+            "wbemcli", verb, server->url("admin:admin-demo", "root/zda") + object};
         if (!argument.empty())
             argv.push_back(argument);
         return runCommand(argv);
@@ -59,10 +59,9 @@ protected:
     // The members of the vvset `set`, in the set's order.
     Array<CIMObjectPath> membersOf(const char* set)
     {
-        const CIMObjectPath group(String((std::string(
-            "root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:") + set + "\"").c_str()));
-        return client.associatorNames("root/zda", group, "ZDA_MemberOfReplicationGroup",
-            "ZDA_StorageVolume");
+        const CIMObjectPath group(String(
+            (std::string("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:") + set + "\"").c_str()));
+        return client.associatorNames("root/zda", group, "ZDA_MemberOfReplicationGroup", "ZDA_StorageVolume");
     }
     Uint16 value16(const CIMInstance& instance, const char* property)
     {
@@ -90,29 +89,28 @@ TEST_F(GroupReplicaIT, WbemcliSnapshotsAndClonesAVvset)
     // reference and a clone's Jobs an array, neither of which cm can print.
     const std::string group = std::string(HOST) +
         "/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:fin_databases\"";
-    CommandResult snapshot = wbemcli("cmx", SERVICE,
-        "CreateGroupReplica.RelationshipName=\"it_gsnap\",SyncType=7,SourceGroup=" + group);
-    EXPECT_NE(snapshot.output.find("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>0</VALUE>"),
-        std::string::npos) << snapshot.output;
+    CommandResult snapshot = wbemcli(
+        "cmx", SERVICE, "CreateGroupReplica.RelationshipName=\"it_gsnap\",SyncType=7,SourceGroup=" + group);
+    EXPECT_NE(snapshot.output.find("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>0</VALUE>"), std::string::npos)
+        << snapshot.output;
     EXPECT_NE(snapshot.output.find("<PARAMVALUE NAME=\"TargetGroup\" PARAMTYPE=\"reference\">"
                                    "</PARAMVALUE>"),
-        std::string::npos) << snapshot.output;
+        std::string::npos)
+        << snapshot.output;
     CommandResult copies = wbemcli("ei", "ZDA_StorageVolume");
     for (const char* copy : {"it_gsnap_1", "it_gsnap_2", "it_gsnap_3", "it_gsnap_4"})
-        EXPECT_NE(copies.output.find("ElementName=\"" + std::string(copy) + "\""),
-            std::string::npos) << copy;
+        EXPECT_NE(copies.output.find("ElementName=\"" + std::string(copy) + "\""), std::string::npos) << copy;
 
     // A clone runs on as one job per member, into a new set named after
     // its source.
     CommandResult clone = wbemcli("cmx", SERVICE,
         "CreateGroupReplica.SyncType=8,SourceGroup=" + std::string(HOST) +
             "/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:fin_mirror_set\"");
-    EXPECT_NE(clone.output.find("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>4096</VALUE>"),
-        std::string::npos) << clone.output;
+    EXPECT_NE(clone.output.find("<RETURNVALUE PARAMTYPE=\"uint32\"><VALUE>4096</VALUE>"), std::string::npos)
+        << clone.output;
     EXPECT_NE(clone.output.find("<PARAMVALUE NAME=\"Jobs\""), std::string::npos) << clone.output;
     CommandResult groups = wbemcli("ein", "ZDA_ReplicationGroup");
-    EXPECT_NE(groups.output.find("KX_ORLA:copyOffin_mirror_set."), std::string::npos)
-        << groups.output;
+    EXPECT_NE(groups.output.find("KX_ORLA:copyOffin_mirror_set."), std::string::npos) << groups.output;
 }
 
 TEST_F(GroupReplicaIT, CimClientMirrorsAVvsetAndFollowsItToSynchronized)
@@ -123,15 +121,15 @@ TEST_F(GroupReplicaIT, CimClientMirrorsAVvsetAndFollowsItToSynchronized)
     in.append(CIMParamValue("Mode", CIMValue(Uint16(3))));
     in.append(CIMParamValue("RelationshipName", CIMValue(String("it_dr"))));
     in.append(CIMParamValue("SourceElements", CIMValue(membersOf("fin_mirror_set"))));
-    in.append(CIMParamValue("TargetPool", CIMValue(CIMObjectPath(
-        "//zda-siteB/root/zda:ZDA_DynamicStoragePool.InstanceID=\"KX_ORLA:CPG:FC_r6\""))));
-    in.append(CIMParamValue("TargetAccessPoint", CIMValue(CIMObjectPath(
-        "root/zda:ZDA_RemoteServiceAccessPoint.CreationClassName="
-        "\"ZDA_RemoteServiceAccessPoint\",Name=\"siteB_ip\",SystemCreationClassName="
-        "\"ZDA_StorageSystem\",SystemName=\"zda-demo.example.net\""))));
+    in.append(CIMParamValue("TargetPool",
+        CIMValue(
+            CIMObjectPath("//zda-siteB/root/zda:ZDA_DynamicStoragePool.InstanceID=\"KX_ORLA:CPG:FC_r6\""))));
+    in.append(CIMParamValue("TargetAccessPoint",
+        CIMValue(CIMObjectPath("root/zda:ZDA_RemoteServiceAccessPoint.CreationClassName="
+                               "\"ZDA_RemoteServiceAccessPoint\",Name=\"siteB_ip\",SystemCreationClassName="
+                               "\"ZDA_StorageSystem\",SystemName=\"zda-demo.example.net\""))));
     Uint32 result = 99;
-    client.invokeMethod("root/zda", service, "CreateGroupReplicaFromElements", in, out)
-        .get(result);
+    client.invokeMethod("root/zda", service, "CreateGroupReplicaFromElements", in, out).get(result);
     ASSERT_EQ(result, 0u);
     String name;
     outValue(out, "SourceGroupName").get(name);

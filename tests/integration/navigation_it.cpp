@@ -35,17 +35,14 @@ struct Walk
 };
 
 const Walk WALKS[] = {
-    {"ZDA_CapabilitiesOfReplicationService", SERVICE, "ZDA_ReplicationServiceCapabilities",
-        "Capabilities"},
+    {"ZDA_CapabilitiesOfReplicationService", SERVICE, "ZDA_ReplicationServiceCapabilities", "Capabilities"},
     {"ZDA_ReplicationAffectsElement", SERVICE, "ZDA_ReplicationGroup", "AffectedElement"},
     {"ZDA_HostedReplicationGroup", SYSTEM, "ZDA_ReplicationGroup", "Dependent"},
     {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", SERVICE, "ZDA_RemoteReplicationGroup",
         "AffectedElement"},
     {"ZDA_HostedRemoteReplicationGroup", SYSTEM, "ZDA_RemoteReplicationGroup", "Dependent"},
-    {"ZDA_ReplicationAffectsRemoteCollection", SERVICE, "ZDA_RemoteReplicationCollection",
-        "AffectedElement"},
-    {"ZDA_HostedRemoteReplicationCollection", SYSTEM, "ZDA_RemoteReplicationCollection",
-        "Dependent"},
+    {"ZDA_ReplicationAffectsRemoteCollection", SERVICE, "ZDA_RemoteReplicationCollection", "AffectedElement"},
+    {"ZDA_HostedRemoteReplicationCollection", SYSTEM, "ZDA_RemoteReplicationCollection", "Dependent"},
     {"ZDA_ReplicationAffectsEntity", SERVICE, "ZDA_ReplicationEntity", "AffectedElement"},
     {"ZDA_HostedRemoteSAP", SYSTEM, "ZDA_RemoteServiceAccessPoint", "Dependent"},
 };
@@ -60,8 +57,8 @@ class NavigationWalkTest : public SharedServerTest
 {
 protected:
     // As admin.
-    static CommandResult wbemcli(const std::string& verb, const std::string& object,
-        const std::vector<std::string>& options = {})
+    static CommandResult wbemcli(
+        const std::string& verb, const std::string& object, const std::vector<std::string>& options = {})
     {
         return SharedServerTest::wbemcli(verb, "admin:admin-demo", object, options);
     }
@@ -106,8 +103,7 @@ TEST_F(NavigationWalkTest, CimClientReadsTheAssociationsAndTheirEnds)
     {
         SCOPED_TRACE(walk.association);
         const CIMObjectPath from(walk.from);
-        Array<CIMObject> ends = client.associators("root/zda", from, walk.association,
-            walk.farClass);
+        Array<CIMObject> ends = client.associators("root/zda", from, walk.association, walk.farClass);
         Array<CIMObjectPath> every = client.enumerateInstanceNames("root/zda", walk.farClass);
         EXPECT_EQ(ends.size(), every.size());
         for (Uint32 i = 0; i < ends.size(); i++)
@@ -157,19 +153,17 @@ size_t countOfClass(const std::vector<std::string>& paths, const std::string& cl
 TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffect)
 {
     // A remote copy group's volumes, one link for each.
-    CommandResult members = wbemcli("ain", RCG_MIXED,
-        {"-ac", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
+    CommandResult members = wbemcli("ain", RCG_MIXED, {"-ac", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
     ASSERT_EQ(members.exitCode, 0) << members.output;
     EXPECT_EQ(countOfClass(outputLines(members.output), "ZDA_StorageVolume"), 4u) << members.output;
-    CommandResult links = wbemcli("ri", RCG_MIXED,
-        {"-arc", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
+    CommandResult links = wbemcli("ri", RCG_MIXED, {"-arc", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
     ASSERT_EQ(links.exitCode, 0) << links.output;
     EXPECT_NE(links.output.find("AssignedSequence=4"), std::string::npos) << links.output;
 
     // The FC target's access point and its link's FC port, and back from the
     // port to the group and to the group's volumes.
-    CommandResult available = wbemcli("ain", RCG_FIN_SYNC,
-        {"-ac", "ZDA_SAPAvailableForRemoteReplicationGroup"});
+    CommandResult available = wbemcli(
+        "ain", RCG_FIN_SYNC, {"-ac", "ZDA_SAPAvailableForRemoteReplicationGroup"});
     ASSERT_EQ(available.exitCode, 0) << available.output;
     std::vector<std::string> points = outputLines(available.output);
     EXPECT_EQ(points.size(), 2u) << available.output;
@@ -178,8 +172,7 @@ TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffe
     CommandResult port = wbemcli("gi", FC_PORT);
     ASSERT_EQ(port.exitCode, 0) << port.output;
     EXPECT_NE(port.output.find("FC port 0:1:2"), std::string::npos) << port.output;
-    CommandResult volumes = wbemcli("ain", FC_PORT,
-        {"-ac", "ZDA_SAPAvailableForRemoteReplicaVolume"});
+    CommandResult volumes = wbemcli("ain", FC_PORT, {"-ac", "ZDA_SAPAvailableForRemoteReplicaVolume"});
     ASSERT_EQ(volumes.exitCode, 0) << volumes.output;
     EXPECT_EQ(countOfClass(outputLines(volumes.output), "ZDA_StorageVolume"), 2u) << volumes.output;
     CommandResult ipPorts = wbemcli("ein", "ZDA_IPProtocolEndpoint");
@@ -199,8 +192,8 @@ TEST_F(NavigationWalkTest, CimClientReadsMembersInOrderAndWhatAJobAffects)
     CIMClient client;
     client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
     const char* order[] = {"eng_scratch02", "eng_scratch03", "eng_build06", "eng_build04"};
-    Array<CIMObject> links = client.references("root/zda", CIMObjectPath(RCG_MIXED),
-        "ZDA_OrderedMemberOfRemoteReplicationGroup");
+    Array<CIMObject> links = client.references(
+        "root/zda", CIMObjectPath(RCG_MIXED), "ZDA_OrderedMemberOfRemoteReplicationGroup");
     ASSERT_EQ(links.size(), 4u);
     for (Uint32 i = 0; i < links.size(); i++)
     {
@@ -225,11 +218,11 @@ TEST_F(NavigationWalkTest, CimClientReadsMembersInOrderAndWhatAJobAffects)
     EXPECT_TRUE(points[0].getClassName().equal("ZDA_RemoteServiceAccessPoint"));
 
     // The job, its group's instance, and back from the group to the job.
-    Array<CIMObject> groups = client.associators("root/zda", CIMObjectPath(SYNC_JOB),
-        "ZDA_AffectedJobElement", "ZDA_RemoteReplicationGroup");
+    Array<CIMObject> groups = client.associators(
+        "root/zda", CIMObjectPath(SYNC_JOB), "ZDA_AffectedJobElement", "ZDA_RemoteReplicationGroup");
     ASSERT_EQ(groups.size(), 1u);
-    Array<CIMObjectPath> jobs = client.associatorNames("root/zda", groups[0].getPath(),
-        "ZDA_AffectedJobElement");
+    Array<CIMObjectPath> jobs = client.associatorNames(
+        "root/zda", groups[0].getPath(), "ZDA_AffectedJobElement");
     ASSERT_EQ(jobs.size(), 1u);
     EXPECT_TRUE(jobs[0].getClassName().equal("ZDA_ConcreteJob"));
 }

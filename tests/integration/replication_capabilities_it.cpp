@@ -33,8 +33,8 @@ class ReplicationCapabilitiesIT : public SharedServerTest
 {
 protected:
     // As `user` with the demo password, and one method call or nothing.
-    static CommandResult wbemcli(const std::string& verb, const std::string& user,
-        const std::string& object, const std::string& extra = std::string())
+    static CommandResult wbemcli(const std::string& verb, const std::string& user, const std::string& object,
+        const std::string& extra = std::string())
     {
         return SharedServerTest::wbemcli(verb, user + ":" + user + "-demo", object, {},
             extra.empty() ? std::vector<std::string>() : std::vector<std::string>{extra});
@@ -51,8 +51,8 @@ TEST_F(ReplicationCapabilitiesIT, WbemcliReadsTheInstance)
     ASSERT_EQ(names.exitCode, 0) << names.output;
     EXPECT_TRUE(contains(names.output, CAPS_PATH)) << names.output;
 
-    CommandResult one = runCommand({"wbemcli", "-nl", "gi",
-        server->url("admin:admin-demo", "root/zda") + CAPS_PATH});
+    CommandResult one = runCommand(
+        {"wbemcli", "-nl", "gi", server->url("admin:admin-demo", "root/zda") + CAPS_PATH});
     ASSERT_EQ(one.exitCode, 0) << one.output;
     EXPECT_TRUE(contains(one.output, "-ElementName=\"Capabililites of ReplicationServiceCapabilities\""))
         << one.output;
@@ -92,8 +92,8 @@ TEST_F(ReplicationCapabilitiesIT, CimClientGetsTypedOutputsAndTheEmbeddedSetting
 {
     CIMClient client;
     connect(client, "operator");
-    Array<CIMObjectPath> names =
-        client.enumerateInstanceNames("root/zda", "ZDA_ReplicationServiceCapabilities");
+    Array<CIMObjectPath> names = client.enumerateInstanceNames(
+        "root/zda", "ZDA_ReplicationServiceCapabilities");
     ASSERT_EQ(names.size(), 1u);
     const CIMObjectPath caps = names[0];
 

@@ -25,8 +25,7 @@ const char FIN_DATABASES[] = "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:fin_data
 const char MEMBER_OF[] = "ZDA_MemberOfReplicationGroup";
 
 class ReplicationGroupsTest : public SharedServerTest
-{
-};
+{};
 
 TEST_F(ReplicationGroupsTest, WbemcliWalksFromAGroupToItsVolumesAndBack)
 {
@@ -58,8 +57,8 @@ TEST_F(ReplicationGroupsTest, WbemcliRenamesAGroup)
 {
     const std::string single = "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:single_set\"";
     const std::string renamed = "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:single_renamed\"";
-    CommandResult modified = wbemcli("mi", "operator:operator-demo", single,
-        {}, {"ElementName=\"single_renamed\""});
+    CommandResult modified = wbemcli(
+        "mi", "operator:operator-demo", single, {}, {"ElementName=\"single_renamed\""});
     ASSERT_EQ(modified.exitCode, 0) << modified.output;
     CommandResult read = wbemcli("gi", "admin:admin-demo", renamed);
     EXPECT_EQ(read.exitCode, 0) << read.output;
@@ -91,8 +90,8 @@ TEST_F(ReplicationGroupsTest, CimClientWalksBothWays)
     }
     EXPECT_EQ(names, (std::set<std::string>{"fin_db01", "fin_db02", "fin_db03", "fin_db04"}));
 
-    Array<CIMObjectPath> back = client.associatorNames("root/zda", volumes[0].getPath(),
-        MEMBER_OF, "CIM_ReplicationGroup");
+    Array<CIMObjectPath> back = client.associatorNames(
+        "root/zda", volumes[0].getPath(), MEMBER_OF, "CIM_ReplicationGroup");
     ASSERT_GE(back.size(), 1u);
     bool backToFin = false;
     for (Uint32 i = 0; i < back.size(); i++)

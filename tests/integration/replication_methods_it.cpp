@@ -48,8 +48,8 @@ protected:
     }
 
     // One argument after the object.
-    static CommandResult wbemcli(const std::string& verb, const std::string& user,
-        const std::string& object, const std::string& argument)
+    static CommandResult wbemcli(const std::string& verb, const std::string& user, const std::string& object,
+        const std::string& argument)
     {
         return SharedServerTest::wbemcli(verb, user, object, {}, {argument});
     }
@@ -77,11 +77,9 @@ protected:
     bool volumeExists(const std::string& name) { return !volumeNamed(name).getClassName().isNull(); }
     CIMObjectPath volumeNamed(const std::string& name)
     {
-        Array<CIMInstance> all =
-            client.enumerateInstances("root/zda", "ZDA_StorageVolume", true, false);
+        Array<CIMInstance> all = client.enumerateInstances("root/zda", "ZDA_StorageVolume", true, false);
         for (Uint32 i = 0; i < all.size(); i++)
-            if (text(all[i].getProperty(all[i].findProperty("ElementName")).getValue().toString())
-                == name)
+            if (text(all[i].getProperty(all[i].findProperty("ElementName")).getValue().toString()) == name)
                 return all[i].getPath();
         return CIMObjectPath();
     }
@@ -98,8 +96,7 @@ TEST_F(ReplicationMethodsTest, AGroupIsCreatedRenamedAndDeleted)
     Array<CIMParamValue> in, out;
     in.append(CIMParamValue("GroupName", CIMValue(String("it_group"))));
     in.append(CIMParamValue("Members", CIMValue(members)));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()),
-        "0");
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "CreateGroup", in, out).toString()), "0");
     CIMObjectPath group;
     outValue(out, "ReplicationGroup").get(group);
     ASSERT_NE(text(group.toString()).find("KX_ORLA:it_group"), std::string::npos);
@@ -108,8 +105,7 @@ TEST_F(ReplicationMethodsTest, AGroupIsCreatedRenamedAndDeleted)
         "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:it_group\"", "ElementName=\"it_renamed\"");
     ASSERT_EQ(renamed.exitCode, 0) << renamed.output;
     CIMObjectPath renamedGroup("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:it_renamed\"");
-    EXPECT_EQ(client.associatorNames("root/zda", renamedGroup, "ZDA_MemberOfReplicationGroup")
-                  .size(), 2u);
+    EXPECT_EQ(client.associatorNames("root/zda", renamedGroup, "ZDA_MemberOfReplicationGroup").size(), 2u);
 
     // Deleted by reference; the host is the one the array's paths carry.
     const std::string reference = "ReplicationGroup=" + text(group.getHost()) +
@@ -117,8 +113,7 @@ TEST_F(ReplicationMethodsTest, AGroupIsCreatedRenamedAndDeleted)
     CommandResult deleted = wbemcli("cm", "admin:admin-demo", SERVICE, "DeleteGroup." + reference);
     EXPECT_NE(deleted.output.find("DeleteGroup: 0"), std::string::npos) << deleted.output;
     // The set is gone, its volumes stay.
-    EXPECT_EQ(client.associatorNames("root/zda", renamedGroup, "ZDA_MemberOfReplicationGroup")
-                  .size(), 0u);
+    EXPECT_EQ(client.associatorNames("root/zda", renamedGroup, "ZDA_MemberOfReplicationGroup").size(), 0u);
     EXPECT_NO_THROW(client.getInstance("root/zda", members[1]));
 }
 
@@ -129,8 +124,9 @@ TEST_F(ReplicationMethodsTest, AvailableTargetsOnTheDemoArray)
     in.append(CIMParamValue("SourceElement", CIMValue(source)));
     in.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
     in.append(CIMParamValue("Mode", CIMValue(Uint16(2))));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetAvailableTargetElements", in, out)
-                       .toString()), "0");
+    ASSERT_EQ(
+        text(client.invokeMethod("root/zda", service, "GetAvailableTargetElements", in, out).toString()),
+        "0");
     Array<CIMObjectPath> candidates;
     outValue(out, "Candidates").get(candidates);
     ASSERT_GT(candidates.size(), 0u);
@@ -140,11 +136,11 @@ TEST_F(ReplicationMethodsTest, AvailableTargetsOnTheDemoArray)
 
 TEST_F(ReplicationMethodsTest, AViewerMayNotCreateAGroup)
 {
-    CommandResult refused = wbemcli("cm", "viewer:viewer-demo", SERVICE,
-        "CreateGroup.GroupName=\"viewer_group\"");
+    CommandResult refused = wbemcli(
+        "cm", "viewer:viewer-demo", SERVICE, "CreateGroup.GroupName=\"viewer_group\"");
     EXPECT_NE(refused.exitCode, 0);
-    EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED: Insufficient generic privilege"),
-        std::string::npos) << refused.output;
+    EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED: Insufficient generic privilege"), std::string::npos)
+        << refused.output;
 }
 
 // Each class of the remote replication model, listed by wbemcli and every
@@ -153,13 +149,13 @@ TEST_F(ReplicationMethodsTest, AViewerMayNotCreateAGroup)
 // (one per group volume and target it has a map for).
 TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
 {
-    const std::vector<std::pair<const char*, size_t>> classes = {
-        {"ZDA_RemoteReplicationGroup", 13}, {"ZDA_RemoteReplicationCollection", 8},
-        {"ZDA_RemoteServiceAccessPoint", 8}, {"ZDA_ReplicationEntity", 38}};
+    const std::vector<std::pair<const char*, size_t>> classes = {{"ZDA_RemoteReplicationGroup", 13},
+        {"ZDA_RemoteReplicationCollection", 8}, {"ZDA_RemoteServiceAccessPoint", 8},
+        {"ZDA_ReplicationEntity", 38}};
     for (const auto& c : classes)
     {
-        CommandResult listed = runCommand({"wbemcli", "ein",
-            server->url("admin:admin-demo", "root/zda") + c.first});
+        CommandResult listed = runCommand(
+            {"wbemcli", "ein", server->url("admin:admin-demo", "root/zda") + c.first});
         ASSERT_EQ(listed.exitCode, 0) << listed.output;
         Array<CIMObjectPath> paths = client.enumerateInstanceNames("root/zda", c.first);
         EXPECT_EQ(paths.size(), c.second) << c.first;
@@ -167,7 +163,8 @@ TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
         {
             const std::string path = text(paths[i].toString());
             EXPECT_NE(listed.output.find(path.substr(path.find(':') + 1)), std::string::npos)
-                << path << "\n" << listed.output;
+                << path << "\n"
+                << listed.output;
             // The instance fetched by the path carries the path's keys.
             const CIMInstance fetched = client.getInstance("root/zda", paths[i], false);
             const Array<CIMKeyBinding> keys = paths[i].getKeyBindings();
@@ -175,14 +172,15 @@ TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
             {
                 const Uint32 at = fetched.findProperty(keys[k].getName());
                 ASSERT_NE(at, PEG_NOT_FOUND) << path << " " << text(keys[k].getName().getString());
-                EXPECT_EQ(text(fetched.getProperty(at).getValue().toString()),
-                    text(keys[k].getValue())) << path;
+                EXPECT_EQ(text(fetched.getProperty(at).getValue().toString()), text(keys[k].getValue()))
+                    << path;
             }
         }
     }
-    CommandResult sap = runCommand({"wbemcli", "-nl", "gi", server->url("admin:admin-demo",
-        "root/zda") + "ZDA_RemoteServiceAccessPoint.CreationClassName=\"ZDA_RemoteServiceAccessPoint\","
-        "Name=\"siteE\",SystemCreationClassName=\"ZDA_StorageSystem\",SystemName=\"elsewhere\""});
+    CommandResult sap = runCommand({"wbemcli", "-nl", "gi",
+        server->url("admin:admin-demo", "root/zda") +
+            "ZDA_RemoteServiceAccessPoint.CreationClassName=\"ZDA_RemoteServiceAccessPoint\","
+            "Name=\"siteE\",SystemCreationClassName=\"ZDA_StorageSystem\",SystemName=\"elsewhere\""});
     EXPECT_NE(sap.output.find("-OperationalStatus=10,2"), std::string::npos) << sap.output;
 }
 
@@ -197,16 +195,15 @@ TEST_F(ReplicationMethodsTest, PeerSystemsAndTheirAccessPoints)
 
     Array<CIMParamValue> in, out;
     in.append(CIMParamValue("Options", CIMValue(Uint16(0))));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetPeerSystems", in, out).toString()),
-        "0");
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetPeerSystems", in, out).toString()), "0");
     Array<CIMObjectPath> systems;
     outValue(out, "Systems").get(systems);
     ASSERT_EQ(systems.size(), 5u);  // siteB's two targets count once; no WWN, no entry
 
     in.clear();
     in.append(CIMParamValue("System", CIMValue(systems[0])));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetServiceAccessPoints", in, out)
-                       .toString()), "0");
+    ASSERT_EQ(
+        text(client.invokeMethod("root/zda", service, "GetServiceAccessPoints", in, out).toString()), "0");
     Array<CIMObjectPath> accessPoints;
     outValue(out, "ServiceAccessPoints").get(accessPoints);
     std::vector<std::string> names;
@@ -222,8 +219,8 @@ TEST_F(ReplicationMethodsTest, PeerSystemsAndTheirAccessPoints)
              "\"ZDA_StorageSystem\",Name=\"2FF70002AC013E64\""})
     {
         CommandResult refused = wbemcli("cmx", "viewer:viewer-demo", SERVICE, method);
-        EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos)
-            << method << "\n" << refused.output;
+        EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos) << method << "\n"
+                                                                                   << refused.output;
     }
 }
 
@@ -241,25 +238,25 @@ TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
         EXPECT_NE(related.output.find(end), std::string::npos) << end << "\n" << related.output;
 
     const CIMObjectPath groupPath("root/zda:" + String(group.c_str()));
-    Array<CIMObject> pairs = client.references("root/zda", groupPath,
-        "ZDA_RemoteGroupSynchronized");
+    Array<CIMObject> pairs = client.references("root/zda", groupPath, "ZDA_RemoteGroupSynchronized");
     ASSERT_EQ(pairs.size(), 3u);
     std::map<std::string, Uint16> copyStates;
     for (Uint32 i = 0; i < pairs.size(); i++)
-        copyStates[text(pairs[i].getProperty(pairs[i].findProperty("RelationshipName"))
-                            .getValue().toString())] = Uint16(std::stoi(text(
-            pairs[i].getProperty(pairs[i].findProperty("CopyState")).getValue().toString())));
-    EXPECT_EQ(copyStates, (std::map<std::string, Uint16>{{"rcg_fin_sync->rcg_fin_sync.r", 4},
-        {"rcg_fin_sync->rcg_fin_sync_snap", 4}, {"rcg_fin_sync->rcg_fin_sync_snap_half", 13}}));
+        copyStates[text(
+            pairs[i].getProperty(pairs[i].findProperty("RelationshipName")).getValue().toString())] =
+            Uint16(std::stoi(
+                text(pairs[i].getProperty(pairs[i].findProperty("CopyState")).getValue().toString())));
+    EXPECT_EQ(copyStates,
+        (std::map<std::string, Uint16>{{"rcg_fin_sync->rcg_fin_sync.r", 4},
+            {"rcg_fin_sync->rcg_fin_sync_snap", 4}, {"rcg_fin_sync->rcg_fin_sync_snap_half", 13}}));
 
     const CIMObjectPath fin = volume("fin_app01");
     Array<CIMObject> far = client.associators("root/zda", fin, "ZDA_RemoteStorageSynchronized");
     ASSERT_EQ(far.size(), 1u);
     EXPECT_EQ(text(far[0].getClassName().getString()), "ZDA_ReplicationEntity");
-    CommandResult volumePairs = runCommand({"wbemcli", "rin", "-arc",
-        "ZDA_RemoteStorageSynchronized",
-        server->url("admin:admin-demo", "root/zda") + text(fin.toString()).substr(
-            text(fin.toString()).find("ZDA_StorageVolume"))});
+    CommandResult volumePairs = runCommand({"wbemcli", "rin", "-arc", "ZDA_RemoteStorageSynchronized",
+        server->url("admin:admin-demo", "root/zda") +
+            text(fin.toString()).substr(text(fin.toString()).find("ZDA_StorageVolume"))});
     ASSERT_EQ(volumePairs.exitCode, 0) << volumePairs.output;
     EXPECT_NE(volumePairs.output.find("ZDA_RemoteStorageSynchronized."), std::string::npos)
         << volumePairs.output;
@@ -281,34 +278,34 @@ TEST_F(ReplicationMethodsTest, RemotePairsAndRelationships)
     // Relationships: the remote ones by path, the Skewed ones as instances.
     Array<CIMParamValue> in, out;
     in.append(CIMParamValue("Locality", CIMValue(Uint16(3))));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetReplicationRelationships", in,
-        out).toString()), "0");
+    ASSERT_EQ(
+        text(client.invokeMethod("root/zda", service, "GetReplicationRelationships", in, out).toString()),
+        "0");
     Array<CIMObjectPath> remote;
     outValue(out, "Synchronizations").get(remote);
     EXPECT_EQ(remote.size(), 23u + 17u);
     in.clear();
     out.clear();
     in.append(CIMParamValue("CopyState", CIMValue(Uint16(13))));
-    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetReplicationRelationshipInstances",
-        in, out).toString()), "0");
+    ASSERT_EQ(text(client.invokeMethod("root/zda", service, "GetReplicationRelationshipInstances", in, out)
+                       .toString()),
+        "0");
     Array<CIMObject> skewed;
     outValue(out, "Synchronizations").get(skewed);
     ASSERT_FALSE(skewed.size() == 0);
     for (Uint32 i = 0; i < skewed.size(); i++)
-        EXPECT_EQ(text(skewed[i].getProperty(skewed[i].findProperty("CopyState")).getValue()
-                           .toString()), "13");
+        EXPECT_EQ(
+            text(skewed[i].getProperty(skewed[i].findProperty("CopyState")).getValue().toString()), "13");
 
-    CommandResult listed = wbemcli("cmx", "admin:admin-demo", SERVICE,
-        "GetReplicationRelationships.Type=3");
+    CommandResult listed = wbemcli("cmx", "admin:admin-demo", SERVICE, "GetReplicationRelationships.Type=3");
     ASSERT_EQ(listed.exitCode, 0) << listed.output;
     size_t groups = 0;
-    for (size_t at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\"");
-         at != std::string::npos;
+    for (size_t at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\""); at != std::string::npos;
          at = listed.output.find("CLASSNAME=\"ZDA_RemoteGroupSynchronized\"", at + 1))
         groups++;
     EXPECT_EQ(groups, 17u);
-    CommandResult refused = wbemcli("cm", "admin:admin-demo", SERVICE,
-        "GetReplicationRelationships.CopyState=1");
+    CommandResult refused = wbemcli(
+        "cm", "admin:admin-demo", SERVICE, "GetReplicationRelationships.CopyState=1");
     EXPECT_NE(refused.exitCode, 0);
     EXPECT_NE(refused.output.find("Invalid copyState"), std::string::npos) << refused.output;
 }
@@ -357,8 +354,8 @@ TEST_F(ReplicationMethodsTest, ASnapshotOfOneVolumeWithWbemcli)
     EXPECT_TRUE(volumeExists("it_snap"));
 
     // A user who may only read is refused the right of a snapshot.
-    CommandResult refused = wbemcli("cm", "viewer:viewer-demo", SERVICE,
-        "CreateElementReplica.SyncType=7,SourceElement=" + source);
+    CommandResult refused = wbemcli(
+        "cm", "viewer:viewer-demo", SERVICE, "CreateElementReplica.SyncType=7,SourceElement=" + source);
     EXPECT_NE(refused.output.find("CIM_ERR_ACCESS_DENIED"), std::string::npos) << refused.output;
 }
 
@@ -371,8 +368,9 @@ TEST_F(ReplicationMethodsTest, ListsOfCopiesAreMadeAndChanged)
     Array<CIMParamValue> in, out;
     in.append(CIMParamValue("SyncType", CIMValue(Uint16(7))));
     in.append(CIMParamValue("SourceElements", CIMValue(sources)));
-    in.append(CIMParamValue("TargetSettingGoal", CIMValue(CIMObjectPath(
-        "root/zda:ZDA_StorageSetting.InstanceID=\"KX_ORLA:SETTING:snap_month_end\""))));
+    in.append(CIMParamValue("TargetSettingGoal",
+        CIMValue(
+            CIMObjectPath("root/zda:ZDA_StorageSetting.InstanceID=\"KX_ORLA:SETTING:snap_month_end\""))));
     ASSERT_EQ(invoke("CreateListReplica", in, out), 0u);
     Array<CIMObjectPath> synchronizations;
     outValue(out, "Synchronizations").get(synchronizations);

@@ -23,18 +23,17 @@ namespace
 const char ZDA_NS[] = "root/zda";
 
 class ReplicationServiceIT : public SharedServerTest
-{
-};
+{};
 
 TEST_F(ReplicationServiceIT, WbemcliListsAndReadsTheService)
 {
     CommandResult names = wbemcli("ein", "viewer:viewer-demo", "ZDA_ReplicationService");
     ASSERT_EQ(names.exitCode, 0) << names.output;
-    EXPECT_NE(names.output.find("Name=\"KX_ORLA_ReplicationService\""), std::string::npos)
-        << names.output;
+    EXPECT_NE(names.output.find("Name=\"KX_ORLA_ReplicationService\""), std::string::npos) << names.output;
     EXPECT_NE(names.output.find("SystemName=\"zda-demo\""), std::string::npos) << names.output;
 
-    const std::string path = "ZDA_ReplicationService.CreationClassName=\"ZDA_ReplicationService\","
+    const std::string path =
+        "ZDA_ReplicationService.CreationClassName=\"ZDA_ReplicationService\","
         "Name=\"KX_ORLA_ReplicationService\",SystemCreationClassName=\"ZDA_StorageSystem\","
         "SystemName=\"zda-demo\"";
     CommandResult service = wbemcli("gi", "admin:admin-demo", path);
@@ -56,9 +55,8 @@ TEST_F(ReplicationServiceIT, CimClientEnumeratesAndGetsTheService)
     CIMValue caption = service.getProperty(service.findProperty("Caption")).getValue();
     EXPECT_EQ(text(caption.toString()), "KX_ORLA_ReplicationService");
     CIMValue owner = service.getProperty(service.findProperty("PrimaryOwnerName")).getValue();
-    EXPECT_EQ(owner.toString(), all[0].getProperty(all[0].findProperty("PrimaryOwnerName"))
-                                    .getValue().toString());
-
+    EXPECT_EQ(
+        owner.toString(), all[0].getProperty(all[0].findProperty("PrimaryOwnerName")).getValue().toString());
 }
 
 }  // namespace

@@ -34,12 +34,12 @@ std::string enumerateRequest(const char* operation, const char* className, const
 {
     std::string body = enumerateBody(operation, className);
     return std::string("POST /cimom HTTP/") + httpVersion +
-           "\r\nHost: 127.0.0.1\r\nConnection: close\r\nAuthorization: " +
-           basicAuthorization("admin", "admin-demo") +
-           "\r\nContent-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\n"
-           "CIMMethod: " +
-           operation + "\r\nCIMObject: root%2Ftest\r\nContent-Length: " + std::to_string(body.size()) +
-           "\r\n\r\n" + body;
+        "\r\nHost: 127.0.0.1\r\nConnection: close\r\nAuthorization: " +
+        basicAuthorization("admin", "admin-demo") +
+        "\r\nContent-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\n"
+        "CIMMethod: " +
+        operation + "\r\nCIMObject: root%2Ftest\r\nContent-Length: " + std::to_string(body.size()) +
+        "\r\n\r\n" + body;
 }
 
 // An HTTP response taken apart: the head, the body with any chunked coding
@@ -134,9 +134,11 @@ TEST_F(StreamingTest, LongAnswersArriveWholeInPieces)
     for (const Case& c : cases)
     {
         std::string what = std::string(c.operation) + " over HTTP/" + c.httpVersion;
-        RawExchange exchange = rawExchange(server->httpPort(), enumerateRequest(c.operation, "Test_Bulk", c.httpVersion));
+        RawExchange exchange = rawExchange(
+            server->httpPort(), enumerateRequest(c.operation, "Test_Bulk", c.httpVersion));
         Response r = parse(exchange.response);
-        ASSERT_EQ(r.head.rfind(std::string("HTTP/") + c.httpVersion + " 200 OK\r\n", 0), 0u) << what << ": " << r.head;
+        ASSERT_EQ(r.head.rfind(std::string("HTTP/") + c.httpVersion + " 200 OK\r\n", 0), 0u)
+            << what << ": " << r.head;
         ASSERT_TRUE(r.wellFormed) << what;
         EXPECT_EQ(count(r.body, c.element), kBulkCount) << what;
         EXPECT_TRUE(endsWith(r.body, "</IRETURNVALUE></IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>\n"))
@@ -156,8 +158,8 @@ TEST_F(StreamingTest, LongAnswersArriveWholeInPieces)
     }
 
     // Short answers keep their length.
-    Response shortAnswer =
-        parse(rawExchange(server->httpPort(), enumerateRequest("EnumerateInstanceNames", "Test_Disk")).response);
+    Response shortAnswer = parse(
+        rawExchange(server->httpPort(), enumerateRequest("EnumerateInstanceNames", "Test_Disk")).response);
     EXPECT_FALSE(shortAnswer.chunked);
     EXPECT_NE(shortAnswer.head.find("Content-Length: "), std::string::npos) << shortAnswer.head;
 }
@@ -186,8 +188,8 @@ TEST_F(StreamingTest, ClientsReadStreamedAnswersOnAKeptAliveConnection)
 
     for (bool secure : {false, true})
     {
-        std::vector<std::string> arguments = {"wbemcli", "ein",
-                                              server->url("viewer:viewer-demo", "root/test", secure) + "Test_Bulk"};
+        std::vector<std::string> arguments = {
+            "wbemcli", "ein", server->url("viewer:viewer-demo", "root/test", secure) + "Test_Bulk"};
         if (secure)
             arguments.insert(arguments.begin() + 1, "-noverify");
         CommandResult wbemcli = runCommand(arguments);
@@ -202,13 +204,15 @@ TEST_F(StreamingTest, ClientsReadStreamedAnswersOnAKeptAliveConnection)
 // still short gets an ordinary error response.
 TEST_F(StreamingTest, AProviderFailingMidwayGivesAFailingAnswer)
 {
-    Response raw = parse(rawExchange(server->httpPort(), enumerateRequest("EnumerateInstances", "Test_BrokenBulk")).response);
+    Response raw = parse(
+        rawExchange(server->httpPort(), enumerateRequest("EnumerateInstances", "Test_BrokenBulk")).response);
     ASSERT_TRUE(raw.chunked) << raw.head;
     EXPECT_TRUE(raw.wellFormed);
-    EXPECT_NE(raw.head.find("Trailer: CIMStatusCode, CIMStatusCodeDescription"), std::string::npos) << raw.head;
+    EXPECT_NE(raw.head.find("Trailer: CIMStatusCode, CIMStatusCodeDescription"), std::string::npos)
+        << raw.head;
     EXPECT_NE(raw.trailer.find("CIMStatusCode: 1\r\n"), std::string::npos) << raw.trailer;
     EXPECT_NE(raw.trailer.find("CIMStatusCodeDescription: CIM_ERR_FAILED:%20The%20bulk%20source%20broke"),
-              std::string::npos)
+        std::string::npos)
         << raw.trailer;
     EXPECT_EQ(raw.body.find("</CIM>"), std::string::npos);
     EXPECT_LT(count(raw.body, "<VALUE.NAMEDINSTANCE>"), kBrokenAfter + 1);
@@ -224,21 +228,23 @@ TEST_F(StreamingTest, AProviderFailingMidwayGivesAFailingAnswer)
     {
         EXPECT_EQ(e.getCode(), CIM_ERR_FAILED);
         EXPECT_NE(std::string(e.getMessage().getCString()).find("The bulk source broke after 2000 objects."),
-                  std::string::npos)
+            std::string::npos)
             << e.getMessage();
     }
     // The connection stays usable.
     EXPECT_EQ(client.enumerateInstanceNames("root/test", "Test_Disk").size(), 3u);
 
-    CommandResult wbemcli =
-        runCommand({"wbemcli", "ei", server->url("viewer:viewer-demo", "root/test") + "Test_BrokenBulk"});
+    CommandResult wbemcli = runCommand(
+        {"wbemcli", "ei", server->url("viewer:viewer-demo", "root/test") + "Test_BrokenBulk"});
     EXPECT_NE(wbemcli.exitCode, 0) << wbemcli.output.substr(0, 2000);
 
-    Response early =
-        parse(rawExchange(server->httpPort(), enumerateRequest("EnumerateInstanceNames", "Test_BrokenBulk")).response);
+    Response early = parse(
+        rawExchange(server->httpPort(), enumerateRequest("EnumerateInstanceNames", "Test_BrokenBulk"))
+            .response);
     EXPECT_FALSE(early.chunked) << early.head;
-    EXPECT_NE(early.body.find("<ERROR CODE=\"1\" DESCRIPTION=\"CIM_ERR_FAILED: The bulk source broke after 10"),
-              std::string::npos)
+    EXPECT_NE(
+        early.body.find("<ERROR CODE=\"1\" DESCRIPTION=\"CIM_ERR_FAILED: The bulk source broke after 10"),
+        std::string::npos)
         << early.body;
     EXPECT_EQ(count(early.body, "<INSTANCENAME "), 0u);
 }

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-namespace zda_test_providers {
+namespace zda_test_providers
+{
 
 int initializeCount(const std::string& providerName);
 int terminateCount(const std::string& providerName);

@@ -10,8 +10,10 @@ CIMObjectPath instancePath(const std::string& nameSpace, const std::string& clas
 {
     Array<CIMKeyBinding> keys;
     for (const auto& key : stringKeys)
-        keys.append(CIMKeyBinding(CIMName(key.first.c_str()), String(key.second.c_str()), CIMKeyBinding::STRING));
-    return CIMObjectPath(String(host.c_str()), CIMNamespaceName(nameSpace.c_str()), CIMName(className.c_str()), keys);
+        keys.append(
+            CIMKeyBinding(CIMName(key.first.c_str()), String(key.second.c_str()), CIMKeyBinding::STRING));
+    return CIMObjectPath(
+        String(host.c_str()), CIMNamespaceName(nameSpace.c_str()), CIMName(className.c_str()), keys);
 }
 
 CIMParamValue param(const std::string& name, const CIMValue& value)

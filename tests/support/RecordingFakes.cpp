@@ -80,42 +80,40 @@ CIMClass RecordingCIMOMBackend::getClass(const OperationContext& c, const CIMNam
     return CIMClass(cn);
 }
 
-Array<CIMClass> RecordingCIMOMBackend::enumerateClasses(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMName& cn, Boolean di, Boolean lo, Boolean iq,
-    Boolean ico)
+Array<CIMClass> RecordingCIMOMBackend::enumerateClasses(const OperationContext& c, const CIMNamespaceName& ns,
+    const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico)
 {
     note(c, line("enumerateClasses", ns, cn, di, lo, iq, ico));
     return Array<CIMClass>();
 }
 
-Array<CIMName> RecordingCIMOMBackend::enumerateClassNames(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMName& cn, Boolean di)
+Array<CIMName> RecordingCIMOMBackend::enumerateClassNames(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn, Boolean di)
 {
     note(c, line("enumerateClassNames", ns, cn, di));
     return Array<CIMName>();
 }
 
-void RecordingCIMOMBackend::createClass(const OperationContext& c, const CIMNamespaceName& ns,
-    const CIMClass& cls)
+void RecordingCIMOMBackend::createClass(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMClass& cls)
 {
     note(c, line("createClass", ns, cls));
 }
 
-void RecordingCIMOMBackend::modifyClass(const OperationContext& c, const CIMNamespaceName& ns,
-    const CIMClass& cls)
+void RecordingCIMOMBackend::modifyClass(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMClass& cls)
 {
     note(c, line("modifyClass", ns, cls));
 }
 
-void RecordingCIMOMBackend::deleteClass(const OperationContext& c, const CIMNamespaceName& ns,
-    const CIMName& cn)
+void RecordingCIMOMBackend::deleteClass(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn)
 {
     note(c, line("deleteClass", ns, cn));
 }
 
-CIMInstance RecordingCIMOMBackend::getInstance(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, Boolean lo, Boolean iq, Boolean ico,
-    const CIMPropertyList& pl)
+CIMInstance RecordingCIMOMBackend::getInstance(const OperationContext& c, const CIMNamespaceName& ns,
+    const CIMObjectPath& path, Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     note(c, line("getInstance", ns, path, lo, iq, ico, pl));
     CIMInstance instance(path.getClassName());
@@ -124,22 +122,22 @@ CIMInstance RecordingCIMOMBackend::getInstance(const OperationContext& c,
 }
 
 Array<CIMInstance> RecordingCIMOMBackend::enumerateInstances(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMName& cn, Boolean di, Boolean lo, Boolean iq,
-    Boolean ico, const CIMPropertyList& pl)
+    const CIMNamespaceName& ns, const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
+    const CIMPropertyList& pl)
 {
     note(c, line("enumerateInstances", ns, cn, di, lo, iq, ico, pl));
     return Array<CIMInstance>();
 }
 
-Array<CIMObjectPath> RecordingCIMOMBackend::enumerateInstanceNames(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMName& cn)
+Array<CIMObjectPath> RecordingCIMOMBackend::enumerateInstanceNames(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn)
 {
     note(c, line("enumerateInstanceNames", ns, cn));
     return Array<CIMObjectPath>();
 }
 
-CIMObjectPath RecordingCIMOMBackend::createInstance(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMInstance& instance)
+CIMObjectPath RecordingCIMOMBackend::createInstance(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMInstance& instance)
 {
     note(c, line("createInstance", ns, instance));
     return CIMObjectPath();
@@ -151,54 +149,52 @@ void RecordingCIMOMBackend::modifyInstance(const OperationContext& c, const CIMN
     note(c, line("modifyInstance", ns, instance, iq, pl));
 }
 
-void RecordingCIMOMBackend::deleteInstance(const OperationContext& c, const CIMNamespaceName& ns,
-    const CIMObjectPath& path)
+void RecordingCIMOMBackend::deleteInstance(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path)
 {
     note(c, line("deleteInstance", ns, path));
 }
 
-Array<CIMObject> RecordingCIMOMBackend::execQuery(const OperationContext& c,
-    const CIMNamespaceName& ns, const String& language, const String& query)
+Array<CIMObject> RecordingCIMOMBackend::execQuery(
+    const OperationContext& c, const CIMNamespaceName& ns, const String& language, const String& query)
 {
     note(c, line("execQuery", ns, language, query));
     return Array<CIMObject>();
 }
 
-Array<CIMObject> RecordingCIMOMBackend::associators(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& assoc,
-    const CIMName& result, const String& role, const String& resultRole, Boolean iq,
-    Boolean ico, const CIMPropertyList& pl)
+Array<CIMObject> RecordingCIMOMBackend::associators(const OperationContext& c, const CIMNamespaceName& ns,
+    const CIMObjectPath& path, const CIMName& assoc, const CIMName& result, const String& role,
+    const String& resultRole, Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     note(c, line("associators", ns, path, assoc, result, role, resultRole, iq, ico, pl));
     return Array<CIMObject>();
 }
 
 Array<CIMObjectPath> RecordingCIMOMBackend::associatorNames(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& assoc,
-    const CIMName& result, const String& role, const String& resultRole)
+    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& assoc, const CIMName& result,
+    const String& role, const String& resultRole)
 {
     note(c, line("associatorNames", ns, path, assoc, result, role, resultRole));
     return Array<CIMObjectPath>();
 }
 
-Array<CIMObject> RecordingCIMOMBackend::references(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& result,
-    const String& role, Boolean iq, Boolean ico, const CIMPropertyList& pl)
+Array<CIMObject> RecordingCIMOMBackend::references(const OperationContext& c, const CIMNamespaceName& ns,
+    const CIMObjectPath& path, const CIMName& result, const String& role, Boolean iq, Boolean ico,
+    const CIMPropertyList& pl)
 {
     note(c, line("references", ns, path, result, role, iq, ico, pl));
     return Array<CIMObject>();
 }
 
 Array<CIMObjectPath> RecordingCIMOMBackend::referenceNames(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& result,
-    const String& role)
+    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& result, const String& role)
 {
     note(c, line("referenceNames", ns, path, result, role));
     return Array<CIMObjectPath>();
 }
 
-CIMValue RecordingCIMOMBackend::getProperty(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& property)
+CIMValue RecordingCIMOMBackend::getProperty(
+    const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& property)
 {
     note(c, line("getProperty", ns, path, property));
     return CIMValue();
@@ -210,9 +206,8 @@ void RecordingCIMOMBackend::setProperty(const OperationContext& c, const CIMName
     note(c, line("setProperty", ns, path, property, value));
 }
 
-CIMValue RecordingCIMOMBackend::invokeMethod(const OperationContext& c,
-    const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
-    const Array<CIMParamValue>& in, Array<CIMParamValue>&)
+CIMValue RecordingCIMOMBackend::invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
+    const CIMObjectPath& path, const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>&)
 {
     note(c, line("invokeMethod", ns, path, method, in));
     return CIMValue();
@@ -235,22 +230,22 @@ void RecordingClientTransport::setTimeout(Uint32 ms)
     _log->push_back("setTimeout " + std::to_string(ms));
 }
 
-CIMClass RecordingClientTransport::getClass(const CIMNamespaceName& ns, const CIMName& cn,
-    Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl)
+CIMClass RecordingClientTransport::getClass(const CIMNamespaceName& ns, const CIMName& cn, Boolean lo,
+    Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     _log->push_back(line("getClass", ns, cn, lo, iq, ico, pl));
     return CIMClass(cn);
 }
 
-Array<CIMClass> RecordingClientTransport::enumerateClasses(const CIMNamespaceName& ns,
-    const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico)
+Array<CIMClass> RecordingClientTransport::enumerateClasses(
+    const CIMNamespaceName& ns, const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico)
 {
     _log->push_back(line("enumerateClasses", ns, cn, di, lo, iq, ico));
     return Array<CIMClass>();
 }
 
-Array<CIMName> RecordingClientTransport::enumerateClassNames(const CIMNamespaceName& ns,
-    const CIMName& cn, Boolean di)
+Array<CIMName> RecordingClientTransport::enumerateClassNames(
+    const CIMNamespaceName& ns, const CIMName& cn, Boolean di)
 {
     _log->push_back(line("enumerateClassNames", ns, cn, di));
     return Array<CIMName>();
@@ -271,16 +266,15 @@ void RecordingClientTransport::deleteClass(const CIMNamespaceName& ns, const CIM
     _log->push_back(line("deleteClass", ns, cn));
 }
 
-CIMInstance RecordingClientTransport::getInstance(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl)
+CIMInstance RecordingClientTransport::getInstance(const CIMNamespaceName& ns, const CIMObjectPath& p,
+    Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     _log->push_back(line("getInstance", ns, p, lo, iq, ico, pl));
     return CIMInstance(p.getClassName());
 }
 
-Array<CIMInstance> RecordingClientTransport::enumerateInstances(const CIMNamespaceName& ns,
-    const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
-    const CIMPropertyList& pl)
+Array<CIMInstance> RecordingClientTransport::enumerateInstances(const CIMNamespaceName& ns, const CIMName& cn,
+    Boolean di, Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     _log->push_back(line("enumerateInstances", ns, cn, di, lo, iq, ico, pl));
     return Array<CIMInstance>();
@@ -293,35 +287,33 @@ Array<CIMObjectPath> RecordingClientTransport::enumerateInstanceNames(
     return Array<CIMObjectPath>();
 }
 
-CIMObjectPath RecordingClientTransport::createInstance(const CIMNamespaceName& ns,
-    const CIMInstance& i)
+CIMObjectPath RecordingClientTransport::createInstance(const CIMNamespaceName& ns, const CIMInstance& i)
 {
     _log->push_back(line("createInstance", ns, i));
     return CIMObjectPath();
 }
 
-void RecordingClientTransport::modifyInstance(const CIMNamespaceName& ns, const CIMInstance& i,
-    Boolean iq, const CIMPropertyList& pl)
+void RecordingClientTransport::modifyInstance(
+    const CIMNamespaceName& ns, const CIMInstance& i, Boolean iq, const CIMPropertyList& pl)
 {
     _log->push_back(line("modifyInstance", ns, i, iq, pl));
 }
 
-void RecordingClientTransport::deleteInstance(const CIMNamespaceName& ns,
-    const CIMObjectPath& p)
+void RecordingClientTransport::deleteInstance(const CIMNamespaceName& ns, const CIMObjectPath& p)
 {
     _log->push_back(line("deleteInstance", ns, p));
 }
 
-Array<CIMObject> RecordingClientTransport::execQuery(const CIMNamespaceName& ns,
-    const String& language, const String& query)
+Array<CIMObject> RecordingClientTransport::execQuery(
+    const CIMNamespaceName& ns, const String& language, const String& query)
 {
     _log->push_back(line("execQuery", ns, language, query));
     return Array<CIMObject>();
 }
 
-Array<CIMObject> RecordingClientTransport::associators(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, const CIMName& assoc, const CIMName& result, const String& role,
-    const String& resultRole, Boolean iq, Boolean ico, const CIMPropertyList& pl)
+Array<CIMObject> RecordingClientTransport::associators(const CIMNamespaceName& ns, const CIMObjectPath& p,
+    const CIMName& assoc, const CIMName& result, const String& role, const String& resultRole, Boolean iq,
+    Boolean ico, const CIMPropertyList& pl)
 {
     _log->push_back(line("associators", ns, p, assoc, result, role, resultRole, iq, ico, pl));
     return Array<CIMObject>();
@@ -335,37 +327,35 @@ Array<CIMObjectPath> RecordingClientTransport::associatorNames(const CIMNamespac
     return Array<CIMObjectPath>();
 }
 
-Array<CIMObject> RecordingClientTransport::references(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, const CIMName& result, const String& role, Boolean iq, Boolean ico,
-    const CIMPropertyList& pl)
+Array<CIMObject> RecordingClientTransport::references(const CIMNamespaceName& ns, const CIMObjectPath& p,
+    const CIMName& result, const String& role, Boolean iq, Boolean ico, const CIMPropertyList& pl)
 {
     _log->push_back(line("references", ns, p, result, role, iq, ico, pl));
     return Array<CIMObject>();
 }
 
-Array<CIMObjectPath> RecordingClientTransport::referenceNames(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, const CIMName& result, const String& role)
+Array<CIMObjectPath> RecordingClientTransport::referenceNames(
+    const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& result, const String& role)
 {
     _log->push_back(line("referenceNames", ns, p, result, role));
     return Array<CIMObjectPath>();
 }
 
-CIMValue RecordingClientTransport::getProperty(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, const CIMName& property)
+CIMValue RecordingClientTransport::getProperty(
+    const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& property)
 {
     _log->push_back(line("getProperty", ns, p, property));
     return CIMValue();
 }
 
-void RecordingClientTransport::setProperty(const CIMNamespaceName& ns, const CIMObjectPath& p,
-    const CIMName& property, const CIMValue& value)
+void RecordingClientTransport::setProperty(
+    const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& property, const CIMValue& value)
 {
     _log->push_back(line("setProperty", ns, p, property, value));
 }
 
-CIMValue RecordingClientTransport::invokeMethod(const CIMNamespaceName& ns,
-    const CIMObjectPath& p, const CIMName& method, const Array<CIMParamValue>& in,
-    Array<CIMParamValue>&)
+CIMValue RecordingClientTransport::invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& p,
+    const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>&)
 {
     _log->push_back(line("invokeMethod", ns, p, method, in));
     return CIMValue();

@@ -36,14 +36,13 @@ public:
     Call lastCall() const;
 
     CIMClass getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
-    Array<CIMClass> enumerateClasses(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
-        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin) override;
-    Array<CIMName> enumerateClassNames(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMName& className,
-        Boolean deepInheritance) override;
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override;
+    Array<CIMClass> enumerateClasses(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin) override;
+    Array<CIMName> enumerateClassNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance) override;
     void createClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMClass& newClass) override;
     void modifyClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
@@ -53,14 +52,13 @@ public:
     CIMInstance getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
         Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
-    Array<CIMInstance> enumerateInstances(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
-        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
+    Array<CIMInstance> enumerateInstances(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
     Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& context,
         const CIMNamespaceName& nameSpace, const CIMName& className) override;
-    CIMObjectPath createInstance(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) override;
+    CIMObjectPath createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMInstance& newInstance) override;
     void modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMInstance& modifiedInstance, Boolean includeQualifiers,
         const CIMPropertyList& propertyList) override;
@@ -68,27 +66,22 @@ public:
         const CIMObjectPath& instanceName) override;
     Array<CIMObject> execQuery(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const String& queryLanguage, const String& query) override;
-    Array<CIMObject> associators(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& assocClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
+    Array<CIMObject> associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override;
-    Array<CIMObjectPath> associatorNames(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& assocClass, const CIMName& resultClass, const String& role,
-        const String& resultRole) override;
-    Array<CIMObject> references(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& resultClass, const String& role, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
-    Array<CIMObjectPath> referenceNames(const OperationContext& context,
-        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-        const CIMName& resultClass, const String& role) override;
+    Array<CIMObjectPath> associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole) override;
+    Array<CIMObject> references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    Array<CIMObjectPath> referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role) override;
     CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName, const CIMName& propertyName) override;
     void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName,
-        const CIMValue& newValue) override;
+        const CIMObjectPath& instanceName, const CIMName& propertyName, const CIMValue& newValue) override;
     CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName, const CIMName& methodName,
         const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters) override;
@@ -114,48 +107,41 @@ public:
     ~RecordingClientTransport() override;
 
     void setTimeout(Uint32 timeoutMilliseconds) override;
-    CIMClass getClass(const CIMNamespaceName& nameSpace, const CIMName& className,
-        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) override;
+    CIMClass getClass(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
     Array<CIMClass> enumerateClasses(const CIMNamespaceName& nameSpace, const CIMName& className,
         Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
         Boolean includeClassOrigin) override;
-    Array<CIMName> enumerateClassNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance) override;
+    Array<CIMName> enumerateClassNames(
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance) override;
     void createClass(const CIMNamespaceName& nameSpace, const CIMClass& newClass) override;
     void modifyClass(const CIMNamespaceName& nameSpace, const CIMClass& modifiedClass) override;
     void deleteClass(const CIMNamespaceName& nameSpace, const CIMName& className) override;
     CIMInstance getInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
         Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override;
-    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
+    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override;
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className) override;
-    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance) override;
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const CIMNamespaceName& nameSpace, const CIMName& className) override;
+    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) override;
     void modifyInstance(const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
         Boolean includeQualifiers, const CIMPropertyList& propertyList) override;
-    void deleteInstance(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName) override;
-    Array<CIMObject> execQuery(const CIMNamespaceName& nameSpace, const String& queryLanguage,
-        const String& query) override;
-    Array<CIMObject> associators(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
-        const String& role, const String& resultRole, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
-        const String& role, const String& resultRole) override;
-    Array<CIMObject> references(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
+    void deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) override;
+    Array<CIMObject> execQuery(
+        const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query) override;
+    Array<CIMObject> associators(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) override;
+    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role,
+        const String& resultRole) override;
+    Array<CIMObject> references(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) override;
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass,
-        const String& role) override;
+    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role) override;
     CIMValue getProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
         const CIMName& propertyName) override;
     void setProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,

@@ -146,8 +146,8 @@ std::string RecordingResponseHandler::sequence() const
 namespace
 {
 template <class T>
-std::vector<T> collect(const std::vector<HandlerEvent>& events, HandlerEvent::Kind kind,
-    T HandlerEvent::*member)
+std::vector<T> collect(
+    const std::vector<HandlerEvent>& events, HandlerEvent::Kind kind, T HandlerEvent::*member)
 {
     std::vector<T> items;
     for (const HandlerEvent& event : events)

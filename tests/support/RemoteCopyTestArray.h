@@ -187,7 +187,7 @@ inline std::string remoteCopyStateTestArray()
     std::string volumes;
     for (int i = 1; i <= 24; i++)
         volumes += std::string(",\n    {\"name\": \"cv") + (i < 10 ? "0" : "") + std::to_string(i) +
-                   "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 1024}";
+            "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 1024}";
     std::string longVolumes;
     std::string longMaps;
     std::string longSnaps;
@@ -198,26 +198,28 @@ inline std::string remoteCopyStateTestArray()
         const std::string snap = "gLong_snapshot_of_volume_lv" + std::to_string(i) + "_ok";
         volumes += ",\n    {\"name\": \"" + base + "\", \"usrCpg\": \"FC_r5\", \"sizeMiB\": 256}";
         longVolumes += ",\n    {\"name\": \"" + snap + "\", \"type\": \"virtual-copy\", \"copyOf\": \"" +
-                       base + "\", \"readOnly\": true}";
+            base + "\", \"readOnly\": true}";
         longMaps += std::string(i ? ", " : "") + "{\"name\": \"" + base +
-                    "\", \"maps\": [{\"target\": \"tReady\", \"status\": \"synced\"}]}";
+            "\", \"maps\": [{\"target\": \"tReady\", \"status\": \"synced\"}]}";
         longSnaps += std::string(i ? ", " : "") + "\"" + snap + "\"";
     }
     volumes += longVolumes +
-               ",\n    {\"name\": \"rv5_snap\", \"type\": \"virtual-copy\", \"copyOf\": \"rv5\", \"readOnly\": true}";
+        ",\n    {\"name\": \"rv5_snap\", \"type\": \"virtual-copy\", \"copyOf\": \"rv5\", \"readOnly\": true}";
 
     std::string text = remoteCopyTestArray();
     const std::string lastVolume = R"({"name": "rv7", "usrCpg": "NL_r6", "sizeMiB": 2048})";
     text.insert(text.find(lastVolume) + lastVolume.size(), volumes);
     const std::string vvsets = R"("vvsets": [
     {"name": "gTwo_part", "members": ["rv5_snap"], "keyValues": {"parentRCGroup": "gTwo"}},
-    {"name": "gLong_snaps", "members": [)" + longSnaps + R"(], "keyValues": {"parentRCGroup": "gLong"}}
+    {"name": "gLong_snaps", "members": [)" +
+        longSnaps + R"(], "keyValues": {"parentRCGroup": "gLong"}}
   ],
   )";
     text.insert(text.find("\"remoteCopy\""), vvsets);
     const std::string groups = std::string(",") + copyStateGroups() +
         ",\n      {\"name\": \"gLong\", \"targets\": [{\"target\": \"tReady\", \"state\": \"started\"}], "
-        "\"volumes\": [" + longMaps + "]}";
+        "\"volumes\": [" +
+        longMaps + "]}";
     text.insert(text.rfind("]\n  }\n}"), groups + "\n    ");
     return text;
 }

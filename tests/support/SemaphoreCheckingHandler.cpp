@@ -15,7 +15,6 @@ SemaphoreCheckingHandler::SemaphoreCheckingHandler()
           if (ledger.held)
               ++_underSemaphore;
       })
-{
-}
+{}
 
 }  // namespace zda_test

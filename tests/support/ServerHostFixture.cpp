@@ -19,8 +19,8 @@ zda::server::HostOptions hostOptions(const std::vector<std::string>& extraMofDir
 {
     zda::server::HostOptions options;
     options.mofDirectories.push_back(projectMofDirectory());
-    options.mofDirectories.insert(options.mofDirectories.end(), extraMofDirectories.begin(),
-        extraMofDirectories.end());
+    options.mofDirectories.insert(
+        options.mofDirectories.end(), extraMofDirectories.begin(), extraMofDirectories.end());
     options.modulesDirectory = builtModulesDirectory();
     options.hostName = "testhost";
     return options;

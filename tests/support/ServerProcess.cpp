@@ -138,18 +138,29 @@ TemporaryFolder::~TemporaryFolder()
     std::filesystem::remove_all(_path, ignored);
 }
 
-std::string serverProgram() { return ZDA_IT_SERVER; }
-std::string projectMofDirectory() { return ZDA_IT_PROJECT_MOF; }
-std::string testMofDirectory() { return ZDA_IT_TEST_MOF; }
-std::string modulesDirectory() { return ZDA_IT_MODULES; }
+std::string serverProgram()
+{
+    return ZDA_IT_SERVER;
+}
+std::string projectMofDirectory()
+{
+    return ZDA_IT_PROJECT_MOF;
+}
+std::string testMofDirectory()
+{
+    return ZDA_IT_TEST_MOF;
+}
+std::string modulesDirectory()
+{
+    return ZDA_IT_MODULES;
+}
 
-ServerProcess::ServerProcess(const std::string& stateDir, const std::vector<std::string>& extraArguments,
-                             bool withTestMof)
+ServerProcess::ServerProcess(
+    const std::string& stateDir, const std::vector<std::string>& extraArguments, bool withTestMof)
     : _stateDir(stateDir)
 {
     std::vector<std::string> argv = {serverProgram(), "--http-port", "0", "--https-port", "0", "--state-dir",
-                                     stateDir, "--mof-dir", projectMofDirectory(), "--modules-dir",
-                                     modulesDirectory()};
+        stateDir, "--mof-dir", projectMofDirectory(), "--modules-dir", modulesDirectory()};
     if (withTestMof)
     {
         argv.push_back("--mof-dir");
@@ -245,8 +256,8 @@ std::string ServerProcess::log() const
 
 std::string ServerProcess::url(const std::string& user, const std::string& nameSpace, bool secure) const
 {
-    return std::string(secure ? "https://" : "http://") + user + "@127.0.0.1:" +
-           std::to_string(secure ? _httpsPort : _httpPort) + "/" + nameSpace + ":";
+    return std::string(secure ? "https://" : "http://") + user +
+        "@127.0.0.1:" + std::to_string(secure ? _httpsPort : _httpPort) + "/" + nameSpace + ":";
 }
 
 RawConnection::RawConnection(int port, const std::string& source, int receiveBuffer)
@@ -305,8 +316,8 @@ RawExchange rawExchange(int port, const std::string& request, int timeoutMs)
     connection.send(request);
     result.response = connection.readUntil("", timeoutMs);
     result.closedByServer = connection.closedByServer();
-    result.elapsedMs =
-        int(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+    result.elapsedMs = int(
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
     return result;
 }
 
@@ -326,10 +337,10 @@ std::string runReadmeSection(const std::string& section, const ServerProcess& se
         if (command.rfind("wbemcli ", 0) != 0)
             continue;
         ++count;
-        command = std::regex_replace(command, std::regex("localhost:5988"),
-                                     "127.0.0.1:" + std::to_string(server.httpPort()));
-        command = std::regex_replace(command, std::regex("localhost:5989"),
-                                     "127.0.0.1:" + std::to_string(server.httpsPort()));
+        command = std::regex_replace(
+            command, std::regex("localhost:5988"), "127.0.0.1:" + std::to_string(server.httpPort()));
+        command = std::regex_replace(
+            command, std::regex("localhost:5989"), "127.0.0.1:" + std::to_string(server.httpsPort()));
         CommandResult r = runCommand({"sh", "-c", command});
         EXPECT_EQ(r.exitCode, 0) << command << "\n" << r.output;
         EXPECT_FALSE(r.output.empty()) << command;
@@ -405,8 +416,8 @@ void SharedServerTest::TearDown()
         std::cerr << "server log:\n" << server->log();
 }
 
-std::string enumerateBody(const std::string& operation, const std::string& className,
-                          const std::string& nameSpace)
+std::string enumerateBody(
+    const std::string& operation, const std::string& className, const std::string& nameSpace)
 {
     std::string path;
     std::istringstream parts(nameSpace);
@@ -414,9 +425,10 @@ std::string enumerateBody(const std::string& operation, const std::string& class
         path += "<NAMESPACE NAME=\"" + part + "\"/>";
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\">"
-           "<SIMPLEREQ><IMETHODCALL NAME=\"" + operation + "\"><LOCALNAMESPACEPATH>" + path +
-           "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" + className +
-           "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+           "<SIMPLEREQ><IMETHODCALL NAME=\"" +
+        operation + "\"><LOCALNAMESPACEPATH>" + path +
+        "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" + className +
+        "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
 }
 
 std::string basicAuthorization(const std::string& user, const std::string& password)
@@ -424,7 +436,7 @@ std::string basicAuthorization(const std::string& user, const std::string& passw
     std::string plain = user + ":" + password;
     std::string out(4 * ((plain.size() + 2) / 3) + 1, '\0');
     int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
-                            reinterpret_cast<const unsigned char*>(plain.data()), int(plain.size()));
+        reinterpret_cast<const unsigned char*>(plain.data()), int(plain.size()));
     out.resize(std::size_t(n));
     return "Basic " + out;
 }

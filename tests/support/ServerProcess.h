@@ -16,14 +16,14 @@ namespace zda_it
 
 struct CommandResult
 {
-    int exitCode = -1;       // -1 when it did not exit normally or timed out
+    int exitCode = -1;  // -1 when it did not exit normally or timed out
     bool timedOut = false;
-    std::string output;      // stdout and stderr, interleaved
+    std::string output;  // stdout and stderr, interleaved
 };
 
 // Runs argv[0] (found on PATH) with `input` on its standard input.
-CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs = 60000,
-                         const std::string& input = std::string());
+CommandResult runCommand(
+    const std::vector<std::string>& argv, int timeoutMs = 60000, const std::string& input = std::string());
 
 // A fresh folder under /tmp (short, so that a socket path fits), removed by
 // the destructor.
@@ -53,7 +53,7 @@ public:
     // the ready line. Throws std::runtime_error with the server's stderr
     // when it does not get ready.
     ServerProcess(const std::string& stateDir, const std::vector<std::string>& extraArguments = {},
-                  bool withTestMof = true);
+        bool withTestMof = true);
     ~ServerProcess();
 
     ServerProcess(const ServerProcess&) = delete;
@@ -140,9 +140,9 @@ protected:
 
     // wbemcli <verb> <options> <url of object in `nameSpace`> <arguments>,
     // as `user` ("name:password").
-    static CommandResult wbemcli(const std::string& verb, const std::string& user,
-        const std::string& object, const std::vector<std::string>& options = {},
-        const std::vector<std::string>& arguments = {}, const std::string& nameSpace = "root/zda");
+    static CommandResult wbemcli(const std::string& verb, const std::string& user, const std::string& object,
+        const std::vector<std::string>& options = {}, const std::vector<std::string>& arguments = {},
+        const std::string& nameSpace = "root/zda");
     // Calls a simulator control method as admin ("LoadDemo()", ...).
     static CommandResult control(const std::string& call);
 
@@ -157,8 +157,8 @@ std::size_t countOccurrences(const std::string& output, const std::string& what)
 
 // A CIM-XML request body calling the intrinsic `operation` with a ClassName
 // parameter in `nameSpace` ("root/zda").
-std::string enumerateBody(const std::string& operation, const std::string& className,
-                          const std::string& nameSpace);
+std::string enumerateBody(
+    const std::string& operation, const std::string& className, const std::string& nameSpace);
 
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);

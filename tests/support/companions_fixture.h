@@ -86,12 +86,12 @@ class RepositoryBackend : public zda_test::RecordingCIMOMBackend
 {
 public:
     explicit RepositoryBackend(zda::server::InProcessHost& host) : _host(host) {}
-    CIMClass getClass(const OperationContext&, const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) override
+    CIMClass getClass(const OperationContext&, const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList) override
     {
-        return _host.repository().getClass(nameSpace, className, localOnly, includeQualifiers,
-            includeClassOrigin, propertyList);
+        return _host.repository().getClass(
+            nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
     }
 
 private:

@@ -42,8 +42,8 @@ protected:
     std::map<std::string, CIMObjectPath> volumePaths()
     {
         std::map<std::string, CIMObjectPath> byName;
-        Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, "ZDA_StorageVolume",
-            true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> all = server().enumerateInstances(
+            admin(), ZDA_NS, "ZDA_StorageVolume", true, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < all.size(); i++)
             byName[text(get<String>(all[i], "ElementName"))] = all[i].getPath();
         return byName;

@@ -41,10 +41,10 @@ const char* taskKind(int type)
 {
     switch (type)
     {
-        case API_TASK_PHYSICAL_COPY: return "Physical copy";
-        case API_TASK_COPY_RESTORE: return "Copy restore";
-        case API_TASK_RCOPY_SYNC: return "Remote copy synchronization";
-        default: return "Array task";
+    case API_TASK_PHYSICAL_COPY: return "Physical copy";
+    case API_TASK_COPY_RESTORE: return "Copy restore";
+    case API_TASK_RCOPY_SYNC: return "Remote copy synchronization";
+    default: return "Array task";
     }
 }
 
@@ -96,8 +96,8 @@ CIMObjectPath ZDA_ConcreteJobProvider::buildObjectPath(const String& host, const
     return CIMObjectPath(host, CIMNamespaceName(JOB_NAMESPACE), CIMName(ClassName), keys);
 }
 
-CIMInstance ZDA_ConcreteJobProvider::buildInstance(const api_task_t& task, const String& host,
-    CIMClass& jobClass)
+CIMInstance ZDA_ConcreteJobProvider::buildInstance(
+    const api_task_t& task, const String& host, CIMClass& jobClass)
 {
     CIMInstance job = ZDA_Common::buildInstanceSkeleton(jobClass);
     const String id = makeUniqueID(task.tid);
@@ -107,46 +107,45 @@ CIMInstance ZDA_ConcreteJobProvider::buildInstance(const api_task_t& task, const
     ZDA_Common::setPropertyValue(job, "ElementName", object);
     ZDA_Common::setPropertyValue(job, "Caption", String(taskKind(task.type)) + " " + object);
     ZDA_Common::setPropertyValue(job, "Description",
-        String(taskKind(task.type)) + " of " + object + " (array task " + String(id.subString(strlen(ID_PREFIX))) + ")");
+        String(taskKind(task.type)) + " of " + object + " (array task " +
+            String(id.subString(strlen(ID_PREFIX))) + ")");
     ZDA_Common::setPropertyValue(job, "Owner", String(task.user));
     ZDA_Common::setPropertyValue(job, "PercentComplete", Uint16(task.percentDone));
     ZDA_Common::setPropertyValue(job, "DeleteOnCompletion", Boolean(false));
     ZDA_Common::setPropertyValue(job, "TimeSubmitted", ZDA_Common::getCIMDateTime(task.startTime));
     ZDA_Common::setPropertyValue(job, "StartTime", ZDA_Common::getCIMDateTime(task.startTime));
     const bool active = task.state == API_TASK_ACTIVE;
-    ZDA_Common::setPropertyValue(job, "ElapsedTime",
-        interval((active ? task.asOf : task.endTime) - task.startTime));
-    ZDA_Common::setPropertyValue(job, "TimeOfLastStateChange",
-        ZDA_Common::getCIMDateTime(active ? task.startTime : task.endTime));
+    ZDA_Common::setPropertyValue(
+        job, "ElapsedTime", interval((active ? task.asOf : task.endTime) - task.startTime));
+    ZDA_Common::setPropertyValue(
+        job, "TimeOfLastStateChange", ZDA_Common::getCIMDateTime(active ? task.startTime : task.endTime));
 
     Uint16 jobState = JOB_RUNNING;
     String jobStatus = "Running";
     Array<Uint16> status;
     switch (task.state)
     {
-        case API_TASK_DONE:
-            jobState = JOB_COMPLETED;
-            jobStatus = "Completed";
-            status.append(STATUS_OK);
-            status.append(STATUS_COMPLETED);
-            break;
-        case API_TASK_FAILED:
-            jobState = JOB_EXCEPTION;
-            jobStatus = String("Failed: ") + task.detail;
-            status.append(STATUS_ERROR);
-            status.append(STATUS_COMPLETED);
-            ZDA_Common::setPropertyValue(job, "ErrorCode", Uint16(1));
-            ZDA_Common::setPropertyValue(job, "ErrorDescription", String(task.detail));
-            break;
-        case API_TASK_CANCELLED:
-            jobState = JOB_TERMINATED;
-            jobStatus = String("Stopped: ") + task.detail;
-            status.append(STATUS_STOPPED);
-            status.append(STATUS_COMPLETED);
-            break;
-        default:
-            status.append(STATUS_OK);
-            break;
+    case API_TASK_DONE:
+        jobState = JOB_COMPLETED;
+        jobStatus = "Completed";
+        status.append(STATUS_OK);
+        status.append(STATUS_COMPLETED);
+        break;
+    case API_TASK_FAILED:
+        jobState = JOB_EXCEPTION;
+        jobStatus = String("Failed: ") + task.detail;
+        status.append(STATUS_ERROR);
+        status.append(STATUS_COMPLETED);
+        ZDA_Common::setPropertyValue(job, "ErrorCode", Uint16(1));
+        ZDA_Common::setPropertyValue(job, "ErrorDescription", String(task.detail));
+        break;
+    case API_TASK_CANCELLED:
+        jobState = JOB_TERMINATED;
+        jobStatus = String("Stopped: ") + task.detail;
+        status.append(STATUS_STOPPED);
+        status.append(STATUS_COMPLETED);
+        break;
+    default: status.append(STATUS_OK); break;
     }
     ZDA_Common::setPropertyValue(job, "JobState", jobState);
     ZDA_Common::setPropertyValue(job, "JobStatus", jobStatus);
@@ -185,15 +184,14 @@ bool ZDA_ConcreteJobProvider::_findTask(const CIMObjectPath& reference, api_task
 }
 
 void ZDA_ConcreteJobProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_ConcreteJob");
-    CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     api_task_t task;
     String systemName, host;
     if (!ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, host) ||
@@ -206,15 +204,14 @@ void ZDA_ConcreteJobProvider::getInstance(const OperationContext& context,
 }
 
 void ZDA_ConcreteJobProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ConcreteJob");
-    CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass jobClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), JOB_NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     String systemName, host;
     ArrayList<api_task_t> tasks;
@@ -225,8 +222,8 @@ void ZDA_ConcreteJobProvider::enumerateInstances(const OperationContext& context
     log_message(4, "<-- ZDA_ConcreteJobProvider::enumerateInstances()\n");
 }
 
-void ZDA_ConcreteJobProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_ConcreteJobProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -249,21 +246,20 @@ void ZDA_ConcreteJobProvider::modifyInstance(const OperationContext&, const CIMO
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_ConcreteJobProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ConcreteJobProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_ConcreteJobProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_ConcreteJobProvider::deleteInstance(const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
 void ZDA_ConcreteJobProvider::invokeMethod(const OperationContext& context,
-    const CIMObjectPath& objectReference, const CIMName& methodName,
-    const Array<CIMParamValue>&, MethodResultResponseHandler& handler)
+    const CIMObjectPath& objectReference, const CIMName& methodName, const Array<CIMParamValue>&,
+    MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ConcreteJobProvider::invokeMethod()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);

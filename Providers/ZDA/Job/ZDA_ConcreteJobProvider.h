@@ -47,41 +47,36 @@ public:
     // The job of `task` on the skeleton of `jobClass`, with the path on
     // `host`. An active task's elapsed time runs to the array's time at
     // which the task was read (`asOf`), so it follows the array's clock.
-    static CIMInstance buildInstance(const api_task_t& task, const String& host,
-        CIMClass& jobClass);
+    static CIMInstance buildInstance(const api_task_t& task, const String& host, CIMClass& jobClass);
 
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // GetError: 0 with the output Error, an embedded CIM_Error instance
     // describing why the task failed (a null Error for a task that did not
     // fail). CIMObjectNotFoundException for a job the array does not know,
     // CIMMethodNotFoundException for another method.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     // The task the job path names, read from the array: true when found.

@@ -21,13 +21,11 @@ namespace
 
 const String ClassName = "ZDA_AffectedJobElement";
 
-const NavigationRow ROW = {"ZDA_AffectedJobElementProvider", "ZDA_AffectedJobElement",
-    NavigationKind::Deliver, [] {
-        AssociationShape shape = navigationShape("ZDA_AffectedJobElement",
-            {"CIM_AffectedJobElement"}, "AffectingElement", {EndClass::ConcreteJob},
-            "AffectedElement",
-            {EndClass::StorageVolume, EndClass::RemoteReplicationGroup,
-                EndClass::ReplicationEntity});
+const NavigationRow ROW = {
+    "ZDA_AffectedJobElementProvider", "ZDA_AffectedJobElement", NavigationKind::Deliver, [] {
+        AssociationShape shape = navigationShape("ZDA_AffectedJobElement", {"CIM_AffectedJobElement"},
+            "AffectingElement", {EndClass::ConcreteJob}, "AffectedElement",
+            {EndClass::StorageVolume, EndClass::RemoteReplicationGroup, EndClass::ReplicationEntity});
         shape.keyCheckedClasses = {"ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup"};
         return shape;
     }()};
@@ -56,12 +54,11 @@ void ZDA_AffectedJobElementProvider::initialize(CIMOMHandle& cimom)
     _systemName = ZDA_Common::getSystemName(cimom);
 }
 
-bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query, std::vector<EndPair>& pairs)
 {
     ArrayList<api_task_t> tasks;
-    const int rc =
-        ZDA_CompanionFrame::callUnderSemaphore([&] { return api_getTasks(tasks.count(), tasks.out()); });
+    const int rc = ZDA_CompanionFrame::callUnderSemaphore(
+        [&] { return api_getTasks(tasks.count(), tasks.out()); });
     if (rc != 0)
     {
         log_message(2, "%s::_getRelatedInstances(): api_getTasks error (%d)\n", ROW.provider, rc);
@@ -86,8 +83,8 @@ bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query
 
     for (const api_task_t& task : tasks)
     {
-        const CIMObjectPath job = ZDA_ConcreteJobProvider::buildObjectPath(_systemAddress,
-            ZDA_ConcreteJobProvider::makeUniqueID(task.tid));
+        const CIMObjectPath job = ZDA_ConcreteJobProvider::buildObjectPath(
+            _systemAddress, ZDA_ConcreteJobProvider::makeUniqueID(task.tid));
         CIMInstance jobInstance;
         if (query.instancesOf == 1)
             jobInstance = ZDA_ConcreteJobProvider::buildInstance(task, _systemAddress, jobClass);
@@ -108,16 +105,15 @@ bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query
                 continue;  // the volume is gone: the job acts on nothing now
             if (vvrc != 0)
             {
-                log_message(2, "%s::_getRelatedInstances(): api_getVVs error (%d) for %s\n",
-                    ROW.provider, vvrc, (const char*)name);
+                log_message(2, "%s::_getRelatedInstances(): api_getVVs error (%d) for %s\n", ROW.provider,
+                    vvrc, (const char*)name);
                 return false;
             }
-            add(ZDA_StorageVolumeProvider::createObjectPath(String(vvs[0].wwnText), _systemName,
-                    _systemAddress),
-                query.instancesOf == 2
-                    ? ZDA_StorageVolumeProvider::buildInstance(&vvs[0], _systemName,
-                          _systemAddress, volumeClass, nullptr, 0)
-                    : CIMInstance());
+            add(ZDA_StorageVolumeProvider::createObjectPath(
+                    String(vvs[0].wwnText), _systemName, _systemAddress),
+                query.instancesOf == 2 ? ZDA_StorageVolumeProvider::buildInstance(
+                                             &vvs[0], _systemName, _systemAddress, volumeClass, nullptr, 0)
+                                       : CIMInstance());
             continue;
         }
         if (task.type != API_TASK_RCOPY_SYNC)
@@ -136,8 +132,7 @@ bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query
             continue;  // the group is gone
         add(ZDA_RemoteReplicationGroupProvider::buildObjectPath(_systemAddress, object),
             query.instancesOf == 2
-                ? ZDA_RemoteReplicationGroupProvider::buildInstance(&g->group, groupClass,
-                      _systemAddress)
+                ? ZDA_RemoteReplicationGroupProvider::buildInstance(&g->group, groupClass, _systemAddress)
                 : CIMInstance());
 
         // The far group of the task's target.
@@ -150,17 +145,14 @@ bool ZDA_AffectedJobElementProvider::_getRelatedInstances(const PairQuery& query
             const String farHost = ZDA_Common::RCTargetToSysname(snapshot.rcopy, other);
             if (noEntities)
                 add(ZDA_RemoteReplicationGroupProvider::buildObjectPath(farHost, farName),
-                    query.instancesOf == 2
-                        ? ZDA_RemoteReplicationGroupProvider::buildInstance(farName, 65535,
-                              groupClass, farHost)
-                        : CIMInstance());
+                    query.instancesOf == 2 ? ZDA_RemoteReplicationGroupProvider::buildInstance(
+                                                 farName, 65535, groupClass, farHost)
+                                           : CIMInstance());
             else
-                add(ZDA_ReplicationEntityProvider::buildObjectPath(_systemAddress, farHost, "RG",
-                        farName),
-                    query.instancesOf == 2
-                        ? ZDA_ReplicationEntityProvider::buildInstance(_systemAddress, farHost,
-                              "RG", farName, groupClass, entityClass)
-                        : CIMInstance());
+                add(ZDA_ReplicationEntityProvider::buildObjectPath(_systemAddress, farHost, "RG", farName),
+                    query.instancesOf == 2 ? ZDA_ReplicationEntityProvider::buildInstance(_systemAddress,
+                                                 farHost, "RG", farName, groupClass, entityClass)
+                                           : CIMInstance());
         }
     }
     return true;

@@ -28,8 +28,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_AffectedJobElementProvider : public CIMAssociationProvider,
-    public CIMInstanceProvider
+class ZDA_AffectedJobElementProvider : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the system's names.
@@ -39,8 +38,8 @@ public:
 
     // Every pair, in the array's order of tasks; false when the tasks, the
     // remote copy configuration or a volume cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -60,14 +60,13 @@ bool isOneOf(const CIMName& name, const std::vector<const char*>& names)
     return false;
 }
 
-Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objectName,
-    const String& role, const String& resultRole, const CIMName& resultClass,
-    const String& method)
+Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objectName, const String& role,
+    const String& resultRole, const CIMName& resultClass, const String& method)
 {
     const CIMName objectClass = objectName.getClassName();
     if (isOneOf(objectClass, shape.keyCheckedClasses) &&
-        ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(objectName, "InstanceID"))
-            .size() == 0)
+        ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(objectName, "InstanceID")).size() ==
+            0)
         return true;
 
     const int ownEnd = endOf(shape, objectClass);
@@ -80,21 +79,17 @@ Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objec
     if (String::equalNoCase(method, "references") || String::equalNoCase(method, "referenceNames"))
         return !resultClass.equal(shape.associationClass) && !isOneOf(resultClass, shape.answersTo);
 
-    if (String::equalNoCase(method, "associators") ||
-        String::equalNoCase(method, "associatorNames"))
+    if (String::equalNoCase(method, "associators") || String::equalNoCase(method, "associatorNames"))
     {
-        if (!isOneOf(resultClass, shape.first.classes) &&
-            !isOneOf(resultClass, shape.first.superClasses) &&
-            !isOneOf(resultClass, shape.second.classes) &&
-            !isOneOf(resultClass, shape.second.superClasses) &&
+        if (!isOneOf(resultClass, shape.first.classes) && !isOneOf(resultClass, shape.first.superClasses) &&
+            !isOneOf(resultClass, shape.second.classes) && !isOneOf(resultClass, shape.second.superClasses) &&
             !isOneOf(resultClass, shape.sharedSuperClasses))
             return true;
         // Asking for the object's own class or one of its end's
         // superclasses asks the way back.
         if (!objectClass.isNull() && resultClass.equal(objectClass))
             return true;
-        if (ownEnd != 0 &&
-            isOneOf(resultClass, (ownEnd == 1 ? shape.first : shape.second).superClasses))
+        if (ownEnd != 0 && isOneOf(resultClass, (ownEnd == 1 ? shape.first : shape.second).superClasses))
             return true;
     }
     return false;
@@ -102,8 +97,8 @@ Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objec
 
 void logRefusedRequest(const char* provider, const String& method, const CIMName& resultClass)
 {
-    log_message(2, "%s::%s: invalid params: resultClass = %s \n", provider,
-        (const char*)method.getCString(), (const char*)nameText(resultClass).getCString());
+    log_message(2, "%s::%s: invalid params: resultClass = %s \n", provider, (const char*)method.getCString(),
+        (const char*)nameText(resultClass).getCString());
 }
 
 String nameText(const CIMName& name)
@@ -111,8 +106,7 @@ String nameText(const CIMName& name)
     return name.isNull() ? String() : name.getString();
 }
 
-SearchDirections searchDirections(const AssociationShape& shape, const String& role,
-    const String& resultRole)
+SearchDirections searchDirections(const AssociationShape& shape, const String& role, const String& resultRole)
 {
     SearchDirections directions;
     if (role.size() == 0 && resultRole.size() == 0)
@@ -136,8 +130,8 @@ bool endReference(const CIMObjectPath& associationRef, const String& role, CIMOb
     return true;
 }
 
-void requireAssociationClass(const AssociationShape& shape, const CIMObjectPath& reference,
-    const String& className)
+void requireAssociationClass(
+    const AssociationShape& shape, const CIMObjectPath& reference, const String& className)
 {
     const CIMName given = reference.getClassName();
     if (!given.equal(shape.associationClass) && !isOneOf(given, shape.answersTo))
@@ -189,8 +183,8 @@ CIMClass moduleClass(CIMOMHandle& cimom, const CIMName& className, Boolean inclu
 
 CIMClass queryClass(CIMOMHandle& cimom, const PairQuery& query, const CIMName& className)
 {
-    return moduleClass(cimom, className, query.includeQualifiers, query.includeClassOrigin,
-        query.propertyList);
+    return moduleClass(
+        cimom, className, query.includeQualifiers, query.includeClassOrigin, query.propertyList);
 }
 
 String statusText(const api_Status_t& status)
@@ -270,13 +264,13 @@ bool readForPairs(RCopySnapshot& snapshot, int selector, const char* provider)
     const api_Status_t status = snapshot.read(selector);
     if (status.code == 0)
         return true;
-    log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider,
-        status.code, (const char*)statusText(status).getCString());
+    log_message(2, "%s::_getRelatedInstances():api_getRCopy error (%d): %s\n", provider, status.code,
+        (const char*)statusText(status).getCString());
     return false;
 }
 
-void endWalk(const char* provider, const String& className, cim_handler_u handler,
-    cim_method_e method, bool found)
+void endWalk(
+    const char* provider, const String& className, cim_handler_u handler, cim_method_e method, bool found)
 {
     if (method == CIM_GET_INSTANCE && !found)
     {
@@ -286,8 +280,8 @@ void endWalk(const char* provider, const String& className, cim_handler_u handle
     ZDA_Common::handleComplete(handler, method);
 }
 
-void requireInstanceClass(const CIMObjectPath& reference,
-    const std::vector<const char*>& accepted, const String& className)
+void requireInstanceClass(
+    const CIMObjectPath& reference, const std::vector<const char*>& accepted, const String& className)
 {
     const CIMName given = reference.getClassName();
     if (!isOneOf(given, accepted))
@@ -295,37 +289,35 @@ void requireInstanceClass(const CIMObjectPath& reference,
 }
 
 void walkGetInstance(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    const String& systemAddress, InstanceResponseHandler& handler, Uint32 line)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress, InstanceResponseHandler& handler,
+    Uint32 line)
 {
     log_message(4, "--> %s::getInstance()\n", walked.provider);
     ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
     requireInstanceClass(instanceReference, walked.accepted, walked.className);
-    requireKeyCount(instanceReference, walked.keyCount, walked.provider, walked.className,
-        walked.keyRefusal);
-    walked.walk(cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
-        propertyList, systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
+    requireKeyCount(instanceReference, walked.keyCount, walked.provider, walked.className, walked.keyRefusal);
+    walked.walk(cimom, context, instanceReference, includeQualifiers, includeClassOrigin, propertyList,
+        systemAddress, CIM_GET_INSTANCE, handlerOf(handler));
     log_message(4, "<-- %s::getInstance()\n", walked.provider);
 }
 
-void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom,
-    const OperationContext& context, const CIMObjectPath& classReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, const String& systemAddress,
-    InstanceResponseHandler& handler, Uint32 line)
+void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress, InstanceResponseHandler& handler,
+    Uint32 line)
 {
     log_message(4, "--> %s::enumerateInstances()\n", walked.provider);
     ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
     requireInstanceClass(classReference, walked.accepted, walked.className);
-    walked.walk(cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-        propertyList, systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
+    walked.walk(cimom, context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList,
+        systemAddress, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
     log_message(4, "<-- %s::enumerateInstances()\n", walked.provider);
 }
 
 void walkEnumerateInstanceNames(const WalkedClass& walked, CIMOMHandle& cimom,
-    const OperationContext& context, const CIMObjectPath& classReference,
-    const String& systemAddress, ObjectPathResponseHandler& handler, Uint32 line)
+    const OperationContext& context, const CIMObjectPath& classReference, const String& systemAddress,
+    ObjectPathResponseHandler& handler, Uint32 line)
 {
     log_message(4, "--> %s::enumerateInstanceNames()\n", walked.provider);
     ZDA_CompanionFrame::openArrayForCaller(context, walked.provider, line);
@@ -433,34 +425,32 @@ const std::vector<const char*>& classChain(EndClass end)
         {"ZDA_StorageSystem", "CIM_ComputerSystem", "CIM_System", "CIM_AllocatedLogicalElement",
             "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
             "CIM_ManagedElement"},
-        {"ZDA_ReplicationService", "CIM_ReplicationService", "CIM_Service",
-            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+        {"ZDA_ReplicationService", "CIM_ReplicationService", "CIM_Service", "CIM_EnabledLogicalElement",
+            "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_ReplicationServiceCapabilities", "CIM_ReplicationServiceCapabilities", "CIM_Capabilities",
             "CIM_ManagedElement"},
-        {"ZDA_ReplicationServiceCapabilities", "CIM_ReplicationServiceCapabilities",
-            "CIM_Capabilities", "CIM_ManagedElement"},
-        {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
-            "CIM_Collection", "CIM_ManagedElement"},
+        {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection", "CIM_Collection",
+            "CIM_ManagedElement"},
         {"ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
             "CIM_Collection", "CIM_ManagedElement"},
-        {"ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
-            "CIM_ConnectivityCollection", "CIM_SystemSpecificCollection", "CIM_Collection",
+        {"ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection", "CIM_ConnectivityCollection",
+            "CIM_SystemSpecificCollection", "CIM_Collection", "CIM_ManagedElement"},
+        {"ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint", "CIM_ServiceAccessPoint",
+            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
             "CIM_ManagedElement"},
-        {"ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint",
-            "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+        {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
             "CIM_ManagedSystemElement", "CIM_ManagedElement"},
-        {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement",
-            "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"},
         {"ZDA_StorageVolume", "CIM_StorageVolume", "CIM_StorageExtent", "CIM_LogicalDevice",
             "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
             "CIM_ManagedElement"},
-        {"ZDA_ConcreteJob", "CIM_ConcreteJob", "CIM_Job", "CIM_LogicalElement",
-            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_ConcreteJob", "CIM_ConcreteJob", "CIM_Job", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+            "CIM_ManagedElement"},
         {"ZDA_SCSIProtocolFCEndpoint", "CIM_SCSIProtocolEndpoint", "CIM_ProtocolEndpoint",
             "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
             "CIM_ManagedSystemElement", "CIM_ManagedElement"},
-        {"ZDA_IPProtocolEndpoint", "CIM_IPProtocolEndpoint", "CIM_ProtocolEndpoint",
-            "CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
-            "CIM_ManagedSystemElement", "CIM_ManagedElement"},
+        {"ZDA_IPProtocolEndpoint", "CIM_IPProtocolEndpoint", "CIM_ProtocolEndpoint", "CIM_ServiceAccessPoint",
+            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
+            "CIM_ManagedElement"},
     };
     return chains[static_cast<int>(end)];
 }
@@ -478,8 +468,8 @@ bool contains(const std::vector<const char*>& names, const char* name)
 
 // The end of `chain` as a shape sees it: its class, and the superclasses
 // that `other` does not have.
-AssociationEnd endOfChain(const char* role, const std::vector<const char*>& chain,
-    const std::vector<const char*>& other)
+AssociationEnd endOfChain(
+    const char* role, const std::vector<const char*>& chain, const std::vector<const char*>& other)
 {
     AssociationEnd end{role, {chain[0]}, {}};
     for (size_t i = 1; i < chain.size(); i++)
@@ -488,8 +478,8 @@ AssociationEnd endOfChain(const char* role, const std::vector<const char*>& chai
     return end;
 }
 
-const char* const OPERATION_NAMES[] = {"associators", "associatorNames", "references",
-    "referenceNames", "getInstance", "enumerateInstances", "enumerateInstanceNames"};
+const char* const OPERATION_NAMES[] = {"associators", "associatorNames", "references", "referenceNames",
+    "getInstance", "enumerateInstances", "enumerateInstanceNames"};
 
 // A path-only instance: what handleDeliver needs to deliver a path.
 CIMInstance pathOnly(const CIMObjectPath& path)
@@ -499,13 +489,12 @@ CIMInstance pathOnly(const CIMObjectPath& path)
     return instance;
 }
 
-CIMInstance associationInstance(const NavigationProvider& provider, const EndPair& pair,
-    CIMClass& associationClass)
+CIMInstance associationInstance(
+    const NavigationProvider& provider, const EndPair& pair, CIMClass& associationClass)
 {
     const AssociationShape& shape = provider.row.shape;
-    CIMInstance instance = ZDA_Common::buildAssocInstance(CIMName(shape.associationClass),
-        shape.first.role, shape.second.role, pair.first, pair.second, provider.host, NAMESPACE,
-        associationClass);
+    CIMInstance instance = ZDA_Common::buildAssocInstance(CIMName(shape.associationClass), shape.first.role,
+        shape.second.role, pair.first, pair.second, provider.host, NAMESPACE, associationClass);
     for (const auto& property : pair.properties)
         if (instance.findProperty(property.first) != PEG_NOT_FOUND)
             instance.getProperty(instance.findProperty(property.first)).setValue(property.second);
@@ -529,11 +518,11 @@ CIMClass associationClassFor(const NavigationProvider& provider, const Navigatio
         request.includeQualifiers, request.includeClassOrigin, request.propertyList);
 }
 
-bool readPairs(const NavigationProvider& provider, const NavigationRequest& request,
-    int instancesOf, std::vector<EndPair>& pairs, const CIMObjectPath& object = CIMObjectPath())
+bool readPairs(const NavigationProvider& provider, const NavigationRequest& request, int instancesOf,
+    std::vector<EndPair>& pairs, const CIMObjectPath& object = CIMObjectPath())
 {
-    const PairQuery query{request.context, instancesOf, request.includeQualifiers,
-        request.includeClassOrigin, request.propertyList, object};
+    const PairQuery query{request.context, instancesOf, request.includeQualifiers, request.includeClassOrigin,
+        request.propertyList, object};
     return provider.readPairs(query, pairs);
 }
 
@@ -554,8 +543,8 @@ bool objectExists(const NavigationProvider& provider, const NavigationRequest& r
         return true;
     try
     {
-        provider.cimom.getInstance(request.context, NAMESPACE, request.objectName, false, false,
-            false, CIMPropertyList());
+        provider.cimom.getInstance(
+            request.context, NAMESPACE, request.objectName, false, false, false, CIMPropertyList());
         return true;
     }
     catch (...)
@@ -571,16 +560,15 @@ bool objectExists(const NavigationProvider& provider, const NavigationRequest& r
     }
 }
 
-void navigate(const NavigationProvider& provider, const NavigationRequest& request,
-    cim_method_e method, cim_handler_u handler)
+void navigate(const NavigationProvider& provider, const NavigationRequest& request, cim_method_e method,
+    cim_handler_u handler)
 {
     const AssociationShape& shape = provider.row.shape;
     const NavigationKind kind = provider.row.kind;
     const String operation = OPERATION_NAMES[method];
     const bool toReferences = method == CIM_REFERENCES || method == CIM_REFERENCE_NAMES;
     const String resultRole = toReferences ? String::EMPTY : request.resultRole;
-    if (provider.invalidParms(request.objectName, request.role, resultRole, request.resultClass,
-            operation))
+    if (provider.invalidParms(request.objectName, request.role, resultRole, request.resultClass, operation))
     {
         logRefusedRequest(provider.row.provider, operation, request.resultClass);
         return;
@@ -588,8 +576,8 @@ void navigate(const NavigationProvider& provider, const NavigationRequest& reque
 
     const CIMName objectClass = request.objectName.getClassName();
     const int ownEnd = isOneOf(objectClass, shape.first.classes) ? 1
-        : isOneOf(objectClass, shape.second.classes)              ? 2
-                                                                  : 0;
+        : isOneOf(objectClass, shape.second.classes)             ? 2
+                                                                 : 0;
     const SearchDirections search = searchDirections(shape, request.role, resultRole);
     if ((ownEnd == 1 && !search.towardSecond) || (ownEnd == 2 && !search.towardFirst))
         return;
@@ -604,8 +592,8 @@ void navigate(const NavigationProvider& provider, const NavigationRequest& reque
     ZDA_Common::handleProcessing(handler, method);
     std::vector<EndPair> pairs;
     const int farEnd = ownEnd == 0 ? 0 : 3 - ownEnd;
-    if (ownEnd != 0 && !readPairs(provider, request, method == CIM_ASSOCIATORS ? farEnd : 0,
-                           pairs, request.objectName))
+    if (ownEnd != 0 &&
+        !readPairs(provider, request, method == CIM_ASSOCIATORS ? farEnd : 0, pairs, request.objectName))
     {
         if (kind != NavigationKind::Deliver)
             ZDA_Common::handleComplete(handler, method);
@@ -628,8 +616,7 @@ void navigate(const NavigationProvider& provider, const NavigationRequest& reque
     ZDA_Common::handleComplete(handler, method);
 }
 
-void getPair(const NavigationProvider& provider, const NavigationRequest& request,
-    cim_handler_u handler)
+void getPair(const NavigationProvider& provider, const NavigationRequest& request, cim_handler_u handler)
 {
     const NavigationRow& row = provider.row;
     const CIMObjectPath& reference = request.objectName;
@@ -656,24 +643,23 @@ void getPair(const NavigationProvider& provider, const NavigationRequest& reques
         {
             if (!sameObject(pair.first, first) || !sameObject(pair.second, second))
                 continue;
-            ZDA_Common::handleDeliver(handler, CIM_GET_INSTANCE,
-                associationInstance(provider, pair, associationClass));
+            ZDA_Common::handleDeliver(
+                handler, CIM_GET_INSTANCE, associationInstance(provider, pair, associationClass));
             ZDA_Common::handleComplete(handler, CIM_GET_INSTANCE);
             return;
         }
     }
     if (row.kind == NavigationKind::Affects)
     {
-        log_message(2, "%s::getInstance():\n\t Object not found: instanceRef = %s\n",
-            row.provider, (const char*)reference.toString().getCString());
-        throw CIMObjectNotFoundException(
-            String(row.className) + "::getInstance: " + reference.toString());
+        log_message(2, "%s::getInstance():\n\t Object not found: instanceRef = %s\n", row.provider,
+            (const char*)reference.toString().getCString());
+        throw CIMObjectNotFoundException(String(row.className) + "::getInstance: " + reference.toString());
     }
     throw CIMObjectNotFoundException(String(row.className) + " CIM Object not found.");
 }
 
-void enumeratePairs(const NavigationProvider& provider, const NavigationRequest& request,
-    cim_method_e method, cim_handler_u handler)
+void enumeratePairs(const NavigationProvider& provider, const NavigationRequest& request, cim_method_e method,
+    cim_handler_u handler)
 {
     const NavigationRow& row = provider.row;
     checkClass(row, request.objectName, method);
@@ -681,8 +667,8 @@ void enumeratePairs(const NavigationProvider& provider, const NavigationRequest&
     if ((row.kind == NavigationKind::Affects || row.kind == NavigationKind::HostedByWalk) &&
         !given.equal(row.shape.associationClass) && !isOneOf(given, row.shape.answersTo))
     {
-        log_message(2, "%s::%s()\n\t classReference is invalid: %s\n", row.provider,
-            OPERATION_NAMES[method], (const char*)nameText(given).getCString());
+        log_message(2, "%s::%s()\n\t classReference is invalid: %s\n", row.provider, OPERATION_NAMES[method],
+            (const char*)nameText(given).getCString());
         return;
     }
     CIMClass associationClass = associationClassFor(provider, request);
@@ -695,8 +681,7 @@ void enumeratePairs(const NavigationProvider& provider, const NavigationRequest&
         return;
     }
     for (const EndPair& pair : pairs)
-        ZDA_Common::handleDeliver(handler, method,
-            associationInstance(provider, pair, associationClass));
+        ZDA_Common::handleDeliver(handler, method, associationInstance(provider, pair, associationClass));
     ZDA_Common::handleComplete(handler, method);
 }
 
@@ -718,9 +703,8 @@ void endsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const CIMName&
 
 }  // namespace
 
-AssociationShape navigationShape(const char* associationClass,
-    const std::vector<const char*>& answersTo, const char* firstRole,
-    const std::vector<EndClass>& first, const char* secondRole,
+AssociationShape navigationShape(const char* associationClass, const std::vector<const char*>& answersTo,
+    const char* firstRole, const std::vector<EndClass>& first, const char* secondRole,
     const std::vector<EndClass>& second)
 {
     std::vector<const char*> firstChains;
@@ -729,8 +713,7 @@ AssociationShape navigationShape(const char* associationClass,
         firstChains.insert(firstChains.end(), classChain(end).begin(), classChain(end).end());
     for (EndClass end : second)
         secondChains.insert(secondChains.end(), classChain(end).begin(), classChain(end).end());
-    AssociationShape shape{associationClass, answersTo, {firstRole, {}, {}},
-        {secondRole, {}, {}}, {}, {}};
+    AssociationShape shape{associationClass, answersTo, {firstRole, {}, {}}, {secondRole, {}, {}}, {}, {}};
     const auto fill = [](AssociationEnd& end, const std::vector<EndClass>& classes,
                           const std::vector<const char*>& other) {
         for (EndClass cls : classes)
@@ -750,14 +733,12 @@ AssociationShape navigationShape(const char* associationClass,
     return shape;
 }
 
-AssociationShape navigationShape(const char* associationClass, const char* answersTo,
-    const char* firstRole, EndClass first, const char* secondRole, EndClass second,
-    bool keyCheckedSecond)
+AssociationShape navigationShape(const char* associationClass, const char* answersTo, const char* firstRole,
+    EndClass first, const char* secondRole, EndClass second, bool keyCheckedSecond)
 {
     const std::vector<const char*>& firstChain = classChain(first);
     const std::vector<const char*>& secondChain = classChain(second);
-    AssociationShape shape{associationClass, {answersTo},
-        endOfChain(firstRole, firstChain, secondChain),
+    AssociationShape shape{associationClass, {answersTo}, endOfChain(firstRole, firstChain, secondChain),
         endOfChain(secondRole, secondChain, firstChain), {}, {}};
     for (const char* name : firstChain)
         if (contains(secondChain, name))
@@ -765,21 +746,21 @@ AssociationShape navigationShape(const char* associationClass, const char* answe
     if (keyCheckedSecond)
     {
         shape.keyCheckedClasses = shape.second.classes;
-        shape.keyCheckedClasses.insert(shape.keyCheckedClasses.end(),
-            shape.second.superClasses.begin(), shape.second.superClasses.end());
+        shape.keyCheckedClasses.insert(shape.keyCheckedClasses.end(), shape.second.superClasses.begin(),
+            shape.second.superClasses.end());
     }
     return shape;
 }
 
-void answer(const NavigationProvider& provider, const NavigationRequest& request,
-    cim_method_e method, cim_handler_u handler)
+void answer(const NavigationProvider& provider, const NavigationRequest& request, cim_method_e method,
+    cim_handler_u handler)
 {
     const char* name = provider.row.provider;
     const char* operation = OPERATION_NAMES[method];
     log_message(4, "--> %s::%s()\n", name, operation);
     log_message(4, "objectName = %s \n role = %s, resultRole = %s, resultClass = %s \n",
-        (const char*)request.objectName.toString().getCString(),
-        (const char*)request.role.getCString(), (const char*)request.resultRole.getCString(),
+        (const char*)request.objectName.toString().getCString(), (const char*)request.role.getCString(),
+        (const char*)request.resultRole.getCString(),
         (const char*)nameText(request.resultClass).getCString());
     ZDA_CompanionFrame::openArrayForCaller(request.context, name, __LINE__);
     if (method == CIM_GET_INSTANCE)
@@ -803,19 +784,16 @@ bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* p
     {
         if (fixedFirst.getClassName().isNull())
         {
-            endsThroughCimom(cimom, query, firstEnd, query.instancesOf == 1, firstPaths,
-                firstInstances);
+            endsThroughCimom(cimom, query, firstEnd, query.instancesOf == 1, firstPaths, firstInstances);
         }
         else
         {
             firstPaths.append(fixedFirst);
             if (query.instancesOf == 1)
-                firstInstances.append(cimom.getInstance(query.context, NAMESPACE, fixedFirst,
-                    false, query.includeQualifiers, query.includeClassOrigin,
-                    query.propertyList));
+                firstInstances.append(cimom.getInstance(query.context, NAMESPACE, fixedFirst, false,
+                    query.includeQualifiers, query.includeClassOrigin, query.propertyList));
         }
-        endsThroughCimom(cimom, query, secondEnd, query.instancesOf == 2, secondPaths,
-            secondInstances);
+        endsThroughCimom(cimom, query, secondEnd, query.instancesOf == 2, secondPaths, secondInstances);
     }
     catch (const Exception& e)
     {
@@ -838,9 +816,8 @@ bool pairsThroughCimom(CIMOMHandle& cimom, const PairQuery& query, const char* p
     return true;
 }
 
-bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
-    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
-    std::vector<EndPair>& pairs)
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider, int selector,
+    const CIMObjectPath& first, const RemoteCopyWalk& walk, std::vector<EndPair>& pairs)
 {
     if (first.getClassName().isNull())
     {
@@ -851,8 +828,8 @@ bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char*
     try
     {
         if (query.instancesOf == 1)
-            firstInstance = cimom.getInstance(query.context, NAMESPACE, first, false,
-                query.includeQualifiers, query.includeClassOrigin, query.propertyList);
+            firstInstance = cimom.getInstance(query.context, NAMESPACE, first, false, query.includeQualifiers,
+                query.includeClassOrigin, query.propertyList);
     }
     catch (const Exception& e)
     {
@@ -877,12 +854,12 @@ RemoteCopyWalk targetWalk(CIMOMHandle& cimom, const PairQuery& query, const CIMN
     const std::function<CIMObjectPath(const String& targetName)>& pathOf,
     const std::function<CIMInstance(rm_target_t& target, CIMClass& endClass)>& instanceOf)
 {
-    return [&cimom, &query, endClass, pathOf, instanceOf](api_rcopy_t& rcopy,
-               bool withInstances, std::vector<WalkEnd>& ends) {
+    return [&cimom, &query, endClass, pathOf, instanceOf](
+               api_rcopy_t& rcopy, bool withInstances, std::vector<WalkEnd>& ends) {
         CIMClass shape;
         if (withInstances)
-            shape = moduleClass(cimom, endClass, query.includeQualifiers,
-                query.includeClassOrigin, query.propertyList);
+            shape = moduleClass(
+                cimom, endClass, query.includeQualifiers, query.includeClassOrigin, query.propertyList);
         for (int i = 0; i < rcopy.target_count; i++)
         {
             rm_target_t& target = rcopy.targets[i];

@@ -90,9 +90,8 @@ bool isOneOf(const CIMName& name, const std::vector<const char*>& names);
 // class (the association for references; an end class or superclass for
 // associators, and not the way back to the object's own end). A null
 // result class passes; an object of some third class passes.
-Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objectName,
-    const String& role, const String& resultRole, const CIMName& resultClass,
-    const String& method);
+Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objectName, const String& role,
+    const String& resultRole, const CIMName& resultClass, const String& method);
 
 // The level 2 line of a refused request: "<provider>::<method>: invalid
 // params: resultClass = <class>".
@@ -110,8 +109,8 @@ struct SearchDirections
     bool towardFirst = false;
     bool towardSecond = false;
 };
-SearchDirections searchDirections(const AssociationShape& shape, const String& role,
-    const String& resultRole);
+SearchDirections searchDirections(
+    const AssociationShape& shape, const String& role, const String& resultRole);
 
 // The path an association reference holds under `role`: the key's text read
 // as a path. False (and `end` untouched) when the key is absent or empty.
@@ -121,8 +120,8 @@ bool endReference(const CIMObjectPath& associationRef, const String& role, CIMOb
 // Refusals of the membership family's getInstance and enumerations: the
 // reference's class must be the association class or one it answers to,
 // else CIMNotSupportedException "<given class><className> Invalid class name".
-void requireAssociationClass(const AssociationShape& shape, const CIMObjectPath& reference,
-    const String& className);
+void requireAssociationClass(
+    const AssociationShape& shape, const CIMObjectPath& reference, const String& className);
 // The reference must hold exactly `expected` keys, else a level 2 line
 // "<provider>::getInstance(): Invalid number of keys (<n>)" and
 // CIMInvalidParameterException "<className><refusal>".
@@ -207,15 +206,15 @@ bool readForPairs(RCopySnapshot& snapshot, int selector, const char* provider);
 // a level 2 line and CIMObjectNotFoundException "<className> CIM Object not
 // found."; otherwise handleComplete. An enumeration thus completes empty
 // after an array failure.
-void endWalk(const char* provider, const String& className, cim_handler_u handler,
-    cim_method_e method, bool found);
+void endWalk(
+    const char* provider, const String& className, cim_handler_u handler, cim_method_e method, bool found);
 // A provider of the remote model whose instance operations all run one walk
 // (its static deliverInstances): its name for log lines and refusals, its
 // class, the classes it answers to, its number of keys and the walk.
 typedef void (*InstanceWalk)(CIMOMHandle& cimom, const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    const String& systemAddress, cim_method_e method, cim_handler_u handler);
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress, cim_method_e method,
+    cim_handler_u handler);
 struct WalkedClass
 {
     const char* provider;
@@ -231,23 +230,22 @@ struct WalkedClass
 // `line`) and checks the class; getInstance also the key count. Then the
 // walk runs with the reference (getInstance) or an empty path.
 void walkGetInstance(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    const String& systemAddress, InstanceResponseHandler& handler, Uint32 line);
-void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom,
-    const OperationContext& context, const CIMObjectPath& classReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, const String& systemAddress,
-    InstanceResponseHandler& handler, Uint32 line);
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress, InstanceResponseHandler& handler,
+    Uint32 line);
+void walkEnumerateInstances(const WalkedClass& walked, CIMOMHandle& cimom, const OperationContext& context,
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, const String& systemAddress, InstanceResponseHandler& handler,
+    Uint32 line);
 void walkEnumerateInstanceNames(const WalkedClass& walked, CIMOMHandle& cimom,
-    const OperationContext& context, const CIMObjectPath& classReference,
-    const String& systemAddress, ObjectPathResponseHandler& handler, Uint32 line);
+    const OperationContext& context, const CIMObjectPath& classReference, const String& systemAddress,
+    ObjectPathResponseHandler& handler, Uint32 line);
 
 // The class check of an instance provider: the reference's class must be
 // one of `accepted`, else CIMNotSupportedException "<given class><className>
 // Invalid class name".
-void requireInstanceClass(const CIMObjectPath& reference,
-    const std::vector<const char*>& accepted, const String& className);
+void requireInstanceClass(
+    const CIMObjectPath& reference, const std::vector<const char*>& accepted, const String& className);
 
 // True when the array holds the key "parentRCGroup" for the vvset: the set
 // stands for a remote copy group and is no local replication group. The
@@ -320,16 +318,14 @@ const std::vector<const char*>& classChain(EndClass end);
 // back from it); those both have are valid from either end. With
 // `keyCheckedSecond` an object of the second end's class or of its own
 // superclasses must carry a name in its InstanceID.
-AssociationShape navigationShape(const char* associationClass, const char* answersTo,
-    const char* firstRole, EndClass first, const char* secondRole, EndClass second,
-    bool keyCheckedSecond = false);
+AssociationShape navigationShape(const char* associationClass, const char* answersTo, const char* firstRole,
+    EndClass first, const char* secondRole, EndClass second, bool keyCheckedSecond = false);
 
 // The same for ends that objects of several classes stand at: an end's
 // classes are the first of each chain, its superclasses the rest of its
 // chains that the other end's chains lack.
-AssociationShape navigationShape(const char* associationClass,
-    const std::vector<const char*>& answersTo, const char* firstRole,
-    const std::vector<EndClass>& first, const char* secondRole,
+AssociationShape navigationShape(const char* associationClass, const std::vector<const char*>& answersTo,
+    const char* firstRole, const std::vector<EndClass>& first, const char* secondRole,
     const std::vector<EndClass>& second);
 
 // How a navigation provider reads its pairs and answers, which decides the
@@ -418,8 +414,8 @@ CIMClass queryClass(CIMOMHandle& cimom, const PairQuery& query, const CIMName& c
 typedef std::function<bool(const PairQuery& query, std::vector<EndPair>& pairs)> PairReader;
 
 // The request checks of a provider: its _invalidParms.
-typedef std::function<Boolean(const CIMObjectPath& objectName, const String& role,
-    const String& resultRole, const CIMName& resultClass, const String& method)>
+typedef std::function<Boolean(const CIMObjectPath& objectName, const String& role, const String& resultRole,
+    const CIMName& resultClass, const String& method)>
     RequestCheck;
 
 // What a navigation provider hands the frame for one operation: its row,
@@ -465,8 +461,8 @@ struct NavigationRequest
 //   CIMObjectNotFoundException when no pair matches;
 // - enumerations: every pair's association instance or path.
 // Server errors while reading classes pass on.
-void answer(const NavigationProvider& provider, const NavigationRequest& request,
-    cim_method_e method, cim_handler_u handler);
+void answer(const NavigationProvider& provider, const NavigationRequest& request, cim_method_e method,
+    cim_handler_u handler);
 
 // Pairs read through the server, for ThroughCimom and Affects providers:
 // each object of `firstEnd` with each of `secondEnd`. An end is either a
@@ -496,9 +492,8 @@ typedef std::function<void(api_rcopy_t& rcopy, bool withInstances, std::vector<W
 // busy array is logged at level 2 ("<provider>::_getRelatedInstances():
 // api_getRCopy error (<code>): <text>") and gives false, as does a null
 // `first` or a server error.
-bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider,
-    int selector, const CIMObjectPath& first, const RemoteCopyWalk& walk,
-    std::vector<EndPair>& pairs);
+bool pairsFromRemoteCopy(CIMOMHandle& cimom, const PairQuery& query, const char* provider, int selector,
+    const CIMObjectPath& first, const RemoteCopyWalk& walk, std::vector<EndPair>& pairs);
 
 // The walk of the remote copy targets, one far end for each target in the
 // array's order: its path from `pathOf` (given the target's name) or, when
@@ -528,50 +523,43 @@ PEGASUS_NAMESPACE_END
 // - _invalidParms, the provider's request checks (see invalidRequest), and
 //   _frame(), the provider as the frame sees it.
 // Leaves the class body in its private part.
-#define ZDA_NAVIGATION_PROVIDER_OPERATIONS(Provider)                                          \
-public:                                                                                       \
-    Provider();                                                                               \
-    virtual ~Provider();                                                                      \
-    virtual void terminate();                                                                 \
-    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName, \
-        const CIMName& associationClass, const CIMName& resultClass, const String& role,      \
-        const String& resultRole, const Boolean includeQualifiers,                            \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
-        ObjectResponseHandler& handler);                                                      \
-    virtual void associatorNames(const OperationContext& context,                             \
-        const CIMObjectPath& objectName, const CIMName& associationClass,                     \
-        const CIMName& resultClass, const String& role, const String& resultRole,             \
-        ObjectPathResponseHandler& handler);                                                  \
-    virtual void references(const OperationContext& context, const CIMObjectPath& objectName, \
-        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,      \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
-        ObjectResponseHandler& handler);                                                      \
-    virtual void referenceNames(const OperationContext& context,                              \
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,      \
-        ObjectPathResponseHandler& handler);                                                  \
-    virtual void getInstance(const OperationContext& context,                                 \
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,              \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
-        InstanceResponseHandler& handler);                                                    \
-    virtual void enumerateInstances(const OperationContext& context,                          \
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,                 \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                \
-        InstanceResponseHandler& handler);                                                    \
-    virtual void enumerateInstanceNames(const OperationContext& context,                      \
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);             \
-    virtual void modifyInstance(const OperationContext& context,                              \
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,            \
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,                 \
-        ResponseHandler& handler);                                                            \
-    virtual void createInstance(const OperationContext& context,                              \
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,            \
-        ObjectPathResponseHandler& handler);                                                  \
-    virtual void deleteInstance(const OperationContext& context,                              \
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);                     \
-                                                                                              \
-private:                                                                                      \
-    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role,                \
-        const String& resultRole, const CIMName& resultClass, const String& method);          \
+#define ZDA_NAVIGATION_PROVIDER_OPERATIONS(Provider)                                                         \
+public:                                                                                                      \
+    Provider();                                                                                              \
+    virtual ~Provider();                                                                                     \
+    virtual void terminate();                                                                                \
+    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,               \
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,                     \
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,         \
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);                                \
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,           \
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,                     \
+        const String& resultRole, ObjectPathResponseHandler& handler);                                       \
+    virtual void references(const OperationContext& context, const CIMObjectPath& objectName,                \
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,                     \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                               \
+        ObjectResponseHandler& handler);                                                                     \
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,            \
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);                 \
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,        \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                                   \
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);                              \
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,    \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                                   \
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);                              \
+    virtual void enumerateInstanceNames(const OperationContext& context,                                     \
+        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);                            \
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,     \
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,                                  \
+        const CIMPropertyList& propertyList, ResponseHandler& handler);                                      \
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,     \
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);                              \
+    virtual void deleteInstance(                                                                             \
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);  \
+                                                                                                             \
+private:                                                                                                     \
+    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role, const String& resultRole,     \
+        const CIMName& resultClass, const String& method);                                                   \
     ZDA_AssociationFrame::NavigationProvider _frame();
 
 // Defines those operations for `Provider`, in its source file; its request
@@ -579,105 +567,102 @@ private:                                                                        
 // NavigationRow) and `ClassName`; the class has `_cimom`, `_systemAddress`
 // (the host of its association paths), `_assoClassName` and the pair reader
 // named `reader`.
-#define ZDA_NAVIGATION_PROVIDER_DEFINE(Provider, reader, requestShape)                         \
-    Provider::Provider() : _assoClassName(ROW.shape.associationClass) {}                       \
-    Provider::~Provider() = default;                                                           \
-    void Provider::terminate()                                                                 \
-    {                                                                                          \
-        delete this;                                                                           \
-    }                                                                                          \
-    Boolean Provider::_invalidParms(const CIMObjectPath& objectName, const String& role,       \
-        const String& resultRole, const CIMName& resultClass, const String& method)            \
-    {                                                                                          \
-        return ZDA_AssociationFrame::invalidRequest(requestShape, objectName, role,            \
-            resultRole, resultClass, method);                                                  \
-    }                                                                                          \
-    ZDA_AssociationFrame::NavigationProvider Provider::_frame()                                \
-    {                                                                                          \
-        return ZDA_AssociationFrame::NavigationProvider{ROW, _cimom, _systemAddress,           \
-            [this](const CIMObjectPath& objectName, const String& role,                        \
-                const String& resultRole, const CIMName& resultClass, const String& method) {  \
-                return _invalidParms(objectName, role, resultRole, resultClass, method);       \
-            },                                                                                 \
-            [this](const ZDA_AssociationFrame::PairQuery& query,                               \
-                std::vector<ZDA_AssociationFrame::EndPair>& pairs) {                           \
-                return reader(query, pairs);                                                   \
-            }};                                                                                \
-    }                                                                                          \
-    void Provider::associators(const OperationContext& context,                                \
-        const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,           \
-        const String& role, const String& resultRole, const Boolean includeQualifiers,         \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
-        ObjectResponseHandler& handler)                                                        \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
-            resultRole, includeQualifiers, includeClassOrigin, propertyList},                  \
-            CIM_ASSOCIATORS, ZDA_AssociationFrame::handlerOf(handler));                        \
-    }                                                                                          \
-    void Provider::associatorNames(const OperationContext& context,                            \
-        const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,           \
-        const String& role, const String& resultRole, ObjectPathResponseHandler& handler)      \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
-            resultRole, false, false, CIMPropertyList()}, CIM_ASSOCIATOR_NAMES,                \
-            ZDA_AssociationFrame::handlerOf(handler));                                         \
-    }                                                                                          \
-    void Provider::references(const OperationContext& context,                                 \
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,       \
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,                     \
-        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)                   \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
-            String(), includeQualifiers, includeClassOrigin, propertyList}, CIM_REFERENCES,    \
-            ZDA_AssociationFrame::handlerOf(handler));                                         \
-    }                                                                                          \
-    void Provider::referenceNames(const OperationContext& context,                             \
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,       \
-        ObjectPathResponseHandler& handler)                                                    \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, objectName, resultClass, role,         \
-            String(), false, false, CIMPropertyList()}, CIM_REFERENCE_NAMES,                   \
-            ZDA_AssociationFrame::handlerOf(handler));                                         \
-    }                                                                                          \
-    void Provider::getInstance(const OperationContext& context,                                \
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,               \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
-        InstanceResponseHandler& handler)                                                      \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, instanceReference, CIMName(),          \
-            String(), String(), includeQualifiers, includeClassOrigin, propertyList},          \
-            CIM_GET_INSTANCE, ZDA_AssociationFrame::handlerOf(handler));                       \
-    }                                                                                          \
-    void Provider::enumerateInstances(const OperationContext& context,                         \
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,                  \
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                 \
-        InstanceResponseHandler& handler)                                                      \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, classReference, CIMName(), String(),   \
-            String(), includeQualifiers, includeClassOrigin, propertyList},                    \
-            CIM_ENUMERATE_INSTANCES, ZDA_AssociationFrame::handlerOf(handler));                \
-    }                                                                                          \
-    void Provider::enumerateInstanceNames(const OperationContext& context,                     \
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)               \
-    {                                                                                          \
-        ZDA_AssociationFrame::answer(_frame(), {context, classReference, CIMName(), String(),   \
-            String(), false, false, CIMPropertyList()}, CIM_ENUMERATE_INSTANCE_NAMES,          \
-            ZDA_AssociationFrame::handlerOf(handler));                                         \
-    }                                                                                          \
-    void Provider::modifyInstance(const OperationContext&, const CIMObjectPath&,               \
-        const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)           \
-    {                                                                                          \
-        throw ZDA_AssociationFrame::notSupported(ClassName, "modifyInstance");                 \
-    }                                                                                          \
-    void Provider::createInstance(const OperationContext&, const CIMObjectPath&,               \
-        const CIMInstance&, ObjectPathResponseHandler&)                                        \
-    {                                                                                          \
-        throw ZDA_AssociationFrame::notSupported(ClassName, "createInstance");                 \
-    }                                                                                          \
-    void Provider::deleteInstance(const OperationContext&, const CIMObjectPath&,               \
-        ResponseHandler&)                                                                      \
-    {                                                                                          \
-        throw ZDA_AssociationFrame::notSupported(ClassName, "deleteInstance");                 \
+#define ZDA_NAVIGATION_PROVIDER_DEFINE(Provider, reader, requestShape)                                       \
+    Provider::Provider() : _assoClassName(ROW.shape.associationClass) {}                                     \
+    Provider::~Provider() = default;                                                                         \
+    void Provider::terminate()                                                                               \
+    {                                                                                                        \
+        delete this;                                                                                         \
+    }                                                                                                        \
+    Boolean Provider::_invalidParms(const CIMObjectPath& objectName, const String& role,                     \
+        const String& resultRole, const CIMName& resultClass, const String& method)                          \
+    {                                                                                                        \
+        return ZDA_AssociationFrame::invalidRequest(                                                         \
+            requestShape, objectName, role, resultRole, resultClass, method);                                \
+    }                                                                                                        \
+    ZDA_AssociationFrame::NavigationProvider Provider::_frame()                                              \
+    {                                                                                                        \
+        return ZDA_AssociationFrame::NavigationProvider{ROW, _cimom, _systemAddress,                         \
+            [this](const CIMObjectPath& objectName, const String& role, const String& resultRole,            \
+                const CIMName& resultClass, const String& method) {                                          \
+                return _invalidParms(objectName, role, resultRole, resultClass, method);                     \
+            },                                                                                               \
+            [this](const ZDA_AssociationFrame::PairQuery& query,                                             \
+                std::vector<ZDA_AssociationFrame::EndPair>& pairs) { return reader(query, pairs); }};        \
+    }                                                                                                        \
+    void Provider::associators(const OperationContext& context, const CIMObjectPath& objectName,             \
+        const CIMName&, const CIMName& resultClass, const String& role, const String& resultRole,            \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                                   \
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)                                 \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, objectName, resultClass, role, resultRole, includeQualifiers, includeClassOrigin,      \
+                propertyList},                                                                               \
+            CIM_ASSOCIATORS, ZDA_AssociationFrame::handlerOf(handler));                                      \
+    }                                                                                                        \
+    void Provider::associatorNames(const OperationContext& context, const CIMObjectPath& objectName,         \
+        const CIMName&, const CIMName& resultClass, const String& role, const String& resultRole,            \
+        ObjectPathResponseHandler& handler)                                                                  \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, objectName, resultClass, role, resultRole, false, false, CIMPropertyList()},           \
+            CIM_ASSOCIATOR_NAMES, ZDA_AssociationFrame::handlerOf(handler));                                 \
+    }                                                                                                        \
+    void Provider::references(const OperationContext& context, const CIMObjectPath& objectName,              \
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,                     \
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,                               \
+        ObjectResponseHandler& handler)                                                                      \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, objectName, resultClass, role, String(), includeQualifiers, includeClassOrigin,        \
+                propertyList},                                                                               \
+            CIM_REFERENCES, ZDA_AssociationFrame::handlerOf(handler));                                       \
+    }                                                                                                        \
+    void Provider::referenceNames(const OperationContext& context, const CIMObjectPath& objectName,          \
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler)                  \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, objectName, resultClass, role, String(), false, false, CIMPropertyList()},             \
+            CIM_REFERENCE_NAMES, ZDA_AssociationFrame::handlerOf(handler));                                  \
+    }                                                                                                        \
+    void Provider::getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,      \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                                   \
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)                               \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, instanceReference, CIMName(), String(), String(), includeQualifiers,                   \
+                includeClassOrigin, propertyList},                                                           \
+            CIM_GET_INSTANCE, ZDA_AssociationFrame::handlerOf(handler));                                     \
+    }                                                                                                        \
+    void Provider::enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,  \
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,                                   \
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)                               \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, classReference, CIMName(), String(), String(), includeQualifiers, includeClassOrigin,  \
+                propertyList},                                                                               \
+            CIM_ENUMERATE_INSTANCES, ZDA_AssociationFrame::handlerOf(handler));                              \
+    }                                                                                                        \
+    void Provider::enumerateInstanceNames(const OperationContext& context,                                   \
+        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)                             \
+    {                                                                                                        \
+        ZDA_AssociationFrame::answer(_frame(),                                                               \
+            {context, classReference, CIMName(), String(), String(), false, false, CIMPropertyList()},       \
+            CIM_ENUMERATE_INSTANCE_NAMES, ZDA_AssociationFrame::handlerOf(handler));                         \
+    }                                                                                                        \
+    void Provider::modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,         \
+        const Boolean, const CIMPropertyList&, ResponseHandler&)                                             \
+    {                                                                                                        \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "modifyInstance");                               \
+    }                                                                                                        \
+    void Provider::createInstance(                                                                           \
+        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)       \
+    {                                                                                                        \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "createInstance");                               \
+    }                                                                                                        \
+    void Provider::deleteInstance(const OperationContext&, const CIMObjectPath&, ResponseHandler&)           \
+    {                                                                                                        \
+        throw ZDA_AssociationFrame::notSupported(ClassName, "deleteInstance");                               \
     }
 
 #endif

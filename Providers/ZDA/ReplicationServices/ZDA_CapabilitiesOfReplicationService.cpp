@@ -12,11 +12,10 @@ namespace
 
 const String ClassName = "ZDA_CapabilitiesOfReplicationService";
 
-const NavigationRow ROW = {"ZDA_CapabilitiesOfReplicationService",
-    "ZDA_CapabilitiesOfReplicationService", NavigationKind::ThroughCimom,
-    navigationShape("ZDA_CapabilitiesOfReplicationService", "CIM_ElementCapabilities",
-        "ManagedElement", EndClass::ReplicationService,
-        "Capabilities", EndClass::ReplicationServiceCapabilities)};
+const NavigationRow ROW = {"ZDA_CapabilitiesOfReplicationService", "ZDA_CapabilitiesOfReplicationService",
+    NavigationKind::ThroughCimom,
+    navigationShape("ZDA_CapabilitiesOfReplicationService", "CIM_ElementCapabilities", "ManagedElement",
+        EndClass::ReplicationService, "Capabilities", EndClass::ReplicationServiceCapabilities)};
 
 }  // namespace
 
@@ -26,14 +25,12 @@ void ZDA_CapabilitiesOfReplicationService::initialize(CIMOMHandle& cimom)
     _systemAddress = ZDA_Common::getSystemHostName(cimom);
 }
 
-bool ZDA_CapabilitiesOfReplicationService::_getInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_CapabilitiesOfReplicationService::_getInstances(const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService",
-        CIMObjectPath(), "ZDA_ReplicationServiceCapabilities", pairs);
+    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService", CIMObjectPath(),
+        "ZDA_ReplicationServiceCapabilities", pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_CapabilitiesOfReplicationService, _getInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_CapabilitiesOfReplicationService, _getInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

@@ -23,8 +23,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_CapabilitiesOfReplicationService : public CIMAssociationProvider,
-                                            public CIMInstanceProvider
+class ZDA_CapabilitiesOfReplicationService : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name of the association paths.
@@ -34,8 +33,8 @@ public:
 
     // Every pair: each service with each capabilities instance the server enumerates (one of
     // each); false when the server cannot say.
-    bool _getInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

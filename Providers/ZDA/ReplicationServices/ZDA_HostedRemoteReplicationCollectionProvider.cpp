@@ -15,9 +15,8 @@ const String ClassName = "ZDA_HostedRemoteReplicationCollection";
 
 const NavigationRow ROW = {"ZDA_HostedRemoteReplicationCollectionProvider",
     "ZDA_HostedRemoteReplicationCollection", NavigationKind::HostedByWalk,
-    navigationShape("ZDA_HostedRemoteReplicationCollection", "CIM_HostedCollection",
-        "Antecedent", EndClass::StorageSystem,
-        "Dependent", EndClass::RemoteReplicationCollection)};
+    navigationShape("ZDA_HostedRemoteReplicationCollection", "CIM_HostedCollection", "Antecedent",
+        EndClass::StorageSystem, "Dependent", EndClass::RemoteReplicationCollection)};
 
 }  // namespace
 
@@ -28,22 +27,22 @@ void ZDA_HostedRemoteReplicationCollectionProvider::initialize(CIMOMHandle& cimo
     _systemPath = ZDA_Common::getSystemObjectPath(cimom);
 }
 
-bool ZDA_HostedRemoteReplicationCollectionProvider::_getRelatedInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_HostedRemoteReplicationCollectionProvider::_getRelatedInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsFromRemoteCopy(_cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_TARGETS,
-        _systemPath,
-        targetWalk(_cimom, query, "ZDA_RemoteReplicationCollection",
+    return pairsFromRemoteCopy(_cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_TARGETS, _systemPath,
+        targetWalk(
+            _cimom, query, "ZDA_RemoteReplicationCollection",
             [this](const String& target) {
                 return ZDA_RemoteReplicationCollectionProvider::buildObjectPath(_systemAddress, target);
             },
             [this](rm_target_t& target, CIMClass& endClass) {
-                return ZDA_RemoteReplicationCollectionProvider::buildInstance(&target, endClass, _systemAddress);
+                return ZDA_RemoteReplicationCollectionProvider::buildInstance(
+                    &target, endClass, _systemAddress);
             }),
         pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedRemoteReplicationCollectionProvider, _getRelatedInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedRemoteReplicationCollectionProvider, _getRelatedInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

@@ -25,7 +25,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_HostedRemoteReplicationCollectionProvider : public CIMAssociationProvider,
-                                                     public CIMInstanceProvider
+                                                      public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name and the storage system's path.
@@ -35,8 +35,8 @@ public:
 
     // Every pair: the system with the collection of each remote copy target; false when the
     // array cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -12,11 +12,10 @@ namespace
 
 const String ClassName = "ZDA_HostedRemoteReplicationGroup";
 
-const NavigationRow ROW = {"ZDA_HostedRemoteReplicationGroupProvider",
-    "ZDA_HostedRemoteReplicationGroup", NavigationKind::ThroughCimom,
-    navigationShape("ZDA_HostedRemoteReplicationGroup", "CIM_HostedCollection",
-        "Antecedent", EndClass::StorageSystem,
-        "Dependent", EndClass::RemoteReplicationGroup)};
+const NavigationRow ROW = {"ZDA_HostedRemoteReplicationGroupProvider", "ZDA_HostedRemoteReplicationGroup",
+    NavigationKind::ThroughCimom,
+    navigationShape("ZDA_HostedRemoteReplicationGroup", "CIM_HostedCollection", "Antecedent",
+        EndClass::StorageSystem, "Dependent", EndClass::RemoteReplicationGroup)};
 
 }  // namespace
 
@@ -27,14 +26,14 @@ void ZDA_HostedRemoteReplicationGroupProvider::initialize(CIMOMHandle& cimom)
     _systemPath = ZDA_Common::getSystemObjectPath(cimom);
 }
 
-bool ZDA_HostedRemoteReplicationGroupProvider::_buildAssociationInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_HostedRemoteReplicationGroupProvider::_buildAssociationInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_StorageSystem", _systemPath,
-        "ZDA_RemoteReplicationGroup", pairs);
+    return pairsThroughCimom(
+        _cimom, query, ROW.provider, "ZDA_StorageSystem", _systemPath, "ZDA_RemoteReplicationGroup", pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedRemoteReplicationGroupProvider, _buildAssociationInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(
+    ZDA_HostedRemoteReplicationGroupProvider, _buildAssociationInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

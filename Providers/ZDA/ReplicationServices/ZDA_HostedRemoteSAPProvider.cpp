@@ -13,10 +13,8 @@ namespace
 
 const String ClassName = "ZDA_HostedRemoteSAP";
 
-const NavigationRow ROW = {"ZDA_HostedRemoteSAPProvider",
-    "ZDA_HostedRemoteSAP", NavigationKind::HostedByWalk,
-    navigationShape("ZDA_HostedRemoteSAP", "CIM_HostedAccessPoint",
-        "Antecedent", EndClass::StorageSystem,
+const NavigationRow ROW = {"ZDA_HostedRemoteSAPProvider", "ZDA_HostedRemoteSAP", NavigationKind::HostedByWalk,
+    navigationShape("ZDA_HostedRemoteSAP", "CIM_HostedAccessPoint", "Antecedent", EndClass::StorageSystem,
         "Dependent", EndClass::RemoteServiceAccessPoint)};
 
 }  // namespace
@@ -28,12 +26,11 @@ void ZDA_HostedRemoteSAPProvider::initialize(CIMOMHandle& cimom)
     _systemPath = ZDA_Common::getSystemObjectPath(cimom);
 }
 
-bool ZDA_HostedRemoteSAPProvider::_getRelatedInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_HostedRemoteSAPProvider::_getRelatedInstances(const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsFromRemoteCopy(_cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_TARGETS,
-        _systemPath,
-        targetWalk(_cimom, query, "ZDA_RemoteServiceAccessPoint",
+    return pairsFromRemoteCopy(_cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_TARGETS, _systemPath,
+        targetWalk(
+            _cimom, query, "ZDA_RemoteServiceAccessPoint",
             [this](const String& target) {
                 return ZDA_RemoteServiceAccessPointProvider::buildObjectPath(_systemAddress, target);
             },
@@ -43,7 +40,6 @@ bool ZDA_HostedRemoteSAPProvider::_getRelatedInstances(const PairQuery& query,
         pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedRemoteSAPProvider, _getRelatedInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedRemoteSAPProvider, _getRelatedInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

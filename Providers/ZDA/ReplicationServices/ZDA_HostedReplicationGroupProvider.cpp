@@ -12,11 +12,10 @@ namespace
 
 const String ClassName = "ZDA_HostedReplicationGroup";
 
-const NavigationRow ROW = {"ZDA_HostedReplicationGroupProvider",
-    "ZDA_HostedReplicationGroup", NavigationKind::ThroughCimom,
-    navigationShape("ZDA_HostedReplicationGroup", "CIM_HostedCollection",
-        "Antecedent", EndClass::StorageSystem,
-        "Dependent", EndClass::ReplicationGroup)};
+const NavigationRow ROW = {"ZDA_HostedReplicationGroupProvider", "ZDA_HostedReplicationGroup",
+    NavigationKind::ThroughCimom,
+    navigationShape("ZDA_HostedReplicationGroup", "CIM_HostedCollection", "Antecedent",
+        EndClass::StorageSystem, "Dependent", EndClass::ReplicationGroup)};
 
 }  // namespace
 
@@ -27,14 +26,13 @@ void ZDA_HostedReplicationGroupProvider::initialize(CIMOMHandle& cimom)
     _systemPath = ZDA_Common::getSystemObjectPath(cimom);
 }
 
-bool ZDA_HostedReplicationGroupProvider::_buildAssociationInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_HostedReplicationGroupProvider::_buildAssociationInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_StorageSystem", _systemPath,
-        "ZDA_ReplicationGroup", pairs);
+    return pairsThroughCimom(
+        _cimom, query, ROW.provider, "ZDA_StorageSystem", _systemPath, "ZDA_ReplicationGroup", pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedReplicationGroupProvider, _buildAssociationInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_HostedReplicationGroupProvider, _buildAssociationInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

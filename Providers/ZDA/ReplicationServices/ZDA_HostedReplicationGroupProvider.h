@@ -23,8 +23,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_HostedReplicationGroupProvider : public CIMAssociationProvider,
-                                          public CIMInstanceProvider
+class ZDA_HostedReplicationGroupProvider : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name and the storage system's path.
@@ -34,8 +33,8 @@ public:
 
     // Every pair: the system with each replication group the server enumerates; false when the
     // server cannot say.
-    bool _buildAssociationInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _buildAssociationInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -26,7 +26,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_MemberOfRemoteReplicationCollectionProvider : public CIMAssociationProvider,
-    public CIMInstanceProvider
+                                                        public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the system's names.
@@ -36,8 +36,8 @@ public:
 
     // Every pair, one per remote copy target in the array's order; false
     // when the array cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

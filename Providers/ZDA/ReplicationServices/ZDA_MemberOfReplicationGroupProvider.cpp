@@ -29,18 +29,17 @@ const AssociationShape SHAPE = {
     {COLLECTION, {"ZDA_ReplicationGroup"},
         {"CIM_ReplicationGroup", "CIM_SystemSpecificCollection", "CIM_Collection"}},
     {MEMBER, {"ZDA_StorageVolume"},
-        {"CIM_StorageVolume", "CIM_StorageExtent", "CIM_LogicalDevice",
-            "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
-            "CIM_ManagedElement"}},
+        {"CIM_StorageVolume", "CIM_StorageExtent", "CIM_LogicalDevice", "CIM_EnabledLogicalElement",
+            "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"}},
     // A group named by the object must carry a vvset name; so must any
     // object of the group's superclasses, up to the root.
-    {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
-        "CIM_Collection", "CIM_ManagedElement"},
+    {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_SystemSpecificCollection", "CIM_Collection",
+        "CIM_ManagedElement"},
 };
 
 // Trace of a request's object and filters.
-void logRequest(const char* operation, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role)
+void logRequest(
+    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
 {
     log_message(4, "--> ZDA_MemberOfReplicationGroupProvider::%s()\n", operation);
     log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
@@ -51,11 +50,9 @@ void logRequest(const char* operation, const CIMObjectPath& objectName,
 }  // namespace
 
 ZDA_MemberOfReplicationGroupProvider::ZDA_MemberOfReplicationGroupProvider()
-    : _assoClassName(SHAPE.associationClass),
-      _volumeClassName(SHAPE.second.classes[0]),
+    : _assoClassName(SHAPE.associationClass), _volumeClassName(SHAPE.second.classes[0]),
       _replicaGroupClassName(SHAPE.first.classes[0])
-{
-}
+{}
 
 ZDA_MemberOfReplicationGroupProvider::~ZDA_MemberOfReplicationGroupProvider() = default;
 
@@ -72,25 +69,22 @@ void ZDA_MemberOfReplicationGroupProvider::terminate()
 }
 
 Boolean ZDA_MemberOfReplicationGroupProvider::_invalidParms(const CIMObjectPath& objectName,
-    const String& role, const String& resultRole, const CIMName& resultClass,
-    const String& method)
+    const String& role, const String& resultRole, const CIMName& resultClass, const String& method)
 {
     return invalidRequest(SHAPE, objectName, role, resultRole, resultClass, method);
 }
 
-void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
-    const CIMObjectPath& objectName, const OperationContext& context, const String& role,
-    const String& resultRole, const CIMName& resultClass, cim_method_e method,
-    cim_handler_u handler)
+void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(const CIMObjectPath& objectName,
+    const OperationContext& context, const String& role, const String& resultRole, const CIMName& resultClass,
+    cim_method_e method, cim_handler_u handler)
 {
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass, false, false,
-        CIMPropertyList(), method, handler);
+    _deliverRelatedInstances(
+        objectName, context, role, resultRole, resultClass, false, false, CIMPropertyList(), method, handler);
 }
 
-void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
-    const CIMObjectPath& objectName, const OperationContext&, const String& role,
-    const String& resultRole, const CIMName&, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(const CIMObjectPath& objectName,
+    const OperationContext&, const String& role, const String& resultRole, const CIMName&,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     cim_method_e method, cim_handler_u handler)
 {
     const CIMName objectClass = objectName.getClassName();
@@ -135,12 +129,12 @@ void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
         return;
     }
 
-    CIMClass groupClass = moduleClass(_cimom, _replicaGroupClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
-    CIMClass volumeClass = moduleClass(_cimom, _volumeClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
-    CIMClass assocClass = moduleClass(_cimom, _assoClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
+    CIMClass groupClass = moduleClass(
+        _cimom, _replicaGroupClassName, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass volumeClass = moduleClass(
+        _cimom, _volumeClassName, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass assocClass = moduleClass(
+        _cimom, _assoClassName, includeQualifiers, includeClassOrigin, propertyList);
 
     ZDA_Common::handleProcessing(handler, method);
 
@@ -150,9 +144,10 @@ void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
     const api_Status_t status = sets.read(nullptr);
     if (status.code != 0)
     {
-        log_message(2, "ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances():"
-            "api_getVVsets error (%d): %s\n", status.code,
-            (const char*)statusText(status).getCString());
+        log_message(2,
+            "ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances():"
+            "api_getVVsets error (%d): %s\n",
+            status.code, (const char*)statusText(status).getCString());
         return;
     }
 
@@ -183,23 +178,22 @@ void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
                 {
                     if (identity != deviceID)
                         continue;
-                    instance = ZDA_ReplicationGroupProvider::buildInstance(&set, groupClass,
-                        _systemName);
+                    instance = ZDA_ReplicationGroupProvider::buildInstance(&set, groupClass, _systemName);
                 }
                 else if (fromGroup)
                 {
-                    instance = ZDA_StorageVolumeProvider::buildInstance(&vv, _systemName,
-                        _systemAddress, volumeClass, nullptr, 0);
+                    instance = ZDA_StorageVolumeProvider::buildInstance(
+                        &vv, _systemName, _systemAddress, volumeClass, nullptr, 0);
                 }
                 found = true;
                 if (method >= CIM_REFERENCES)
                 {
-                    const CIMObjectPath groupPath =
-                        ZDA_ReplicationGroupProvider::buildObjectPath(_systemName, setName);
+                    const CIMObjectPath groupPath = ZDA_ReplicationGroupProvider::buildObjectPath(
+                        _systemName, setName);
                     const CIMObjectPath volumePath = ZDA_StorageVolumeProvider::createObjectPath(
                         identity, _systemName, _systemAddress);
-                    instance = ZDA_Common::buildAssocInstance(_assoClassName, COLLECTION, MEMBER,
-                        groupPath, volumePath, _systemAddress, NAMESPACE, assocClass);
+                    instance = ZDA_Common::buildAssocInstance(_assoClassName, COLLECTION, MEMBER, groupPath,
+                        volumePath, _systemAddress, NAMESPACE, assocClass);
                 }
                 if (!instance.isUninitialized())
                     ZDA_Common::handleDeliver(handler, method, instance);
@@ -219,8 +213,7 @@ void ZDA_MemberOfReplicationGroupProvider::_deliverRelatedInstances(
 void ZDA_MemberOfReplicationGroupProvider::associators(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& associationClass, const CIMName& resultClass,
     const String& role, const String& resultRole, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const Boolean includeClassOrigin, const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
     logRequest("associators", objectName, resultClass, role);
@@ -231,8 +224,8 @@ void ZDA_MemberOfReplicationGroupProvider::associators(const OperationContext& c
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass,
-        includeQualifiers, includeClassOrigin, propertyList, CIM_ASSOCIATORS, handlerOf(handler));
+    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass, includeQualifiers,
+        includeClassOrigin, propertyList, CIM_ASSOCIATORS, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::associators()\n");
 }
 
@@ -249,15 +242,15 @@ void ZDA_MemberOfReplicationGroupProvider::associatorNames(const OperationContex
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass,
-        CIM_ASSOCIATOR_NAMES, handlerOf(handler));
+    _deliverRelatedInstances(
+        objectName, context, role, resultRole, resultClass, CIM_ASSOCIATOR_NAMES, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::associatorNames()\n");
 }
 
 void ZDA_MemberOfReplicationGroupProvider::references(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    ObjectResponseHandler& handler)
 {
     const String method = "references";
     logRequest("references", objectName, resultClass, role);
@@ -267,8 +260,8 @@ void ZDA_MemberOfReplicationGroupProvider::references(const OperationContext& co
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, String(), resultClass,
-        includeQualifiers, includeClassOrigin, propertyList, CIM_REFERENCES, handlerOf(handler));
+    _deliverRelatedInstances(objectName, context, role, String(), resultClass, includeQualifiers,
+        includeClassOrigin, propertyList, CIM_REFERENCES, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::references()\n");
 }
 
@@ -284,43 +277,38 @@ void ZDA_MemberOfReplicationGroupProvider::referenceNames(const OperationContext
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, String(), resultClass,
-        CIM_REFERENCE_NAMES, handlerOf(handler));
+    _deliverRelatedInstances(
+        objectName, context, role, String(), resultClass, CIM_REFERENCE_NAMES, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::referenceNames()\n");
 }
 
 void ZDA_MemberOfReplicationGroupProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_MemberOfReplicationGroupProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireAssociationClass(SHAPE, instanceReference, ClassName);
     requireKeyCount(instanceReference, 2, SOURCE_FILE, ClassName, " Expect two keys.");
     _deliverRelatedInstances(instanceReference, context, String::EMPTY, String::EMPTY, CIMName(),
-        includeQualifiers, includeClassOrigin, propertyList, CIM_GET_INSTANCE,
-        handlerOf(handler));
+        includeQualifiers, includeClassOrigin, propertyList, CIM_GET_INSTANCE, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::getInstance()\n");
 }
 
 void ZDA_MemberOfReplicationGroupProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_MemberOfReplicationGroupProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireAssociationClass(SHAPE, classReference, ClassName);
     _deliverRelatedInstances(CIMObjectPath(), context, String::EMPTY, String::EMPTY, CIMName(),
-        includeQualifiers, includeClassOrigin, propertyList, CIM_ENUMERATE_INSTANCES,
-        handlerOf(handler));
+        includeQualifiers, includeClassOrigin, propertyList, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::enumerateInstances()\n");
 }
 
 void ZDA_MemberOfReplicationGroupProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_MemberOfReplicationGroupProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -330,21 +318,20 @@ void ZDA_MemberOfReplicationGroupProvider::enumerateInstanceNames(
     log_message(4, "<-- ZDA_MemberOfReplicationGroupProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_MemberOfReplicationGroupProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_MemberOfReplicationGroupProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_MemberOfReplicationGroupProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_MemberOfReplicationGroupProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_MemberOfReplicationGroupProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_MemberOfReplicationGroupProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }

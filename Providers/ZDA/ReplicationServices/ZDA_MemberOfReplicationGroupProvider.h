@@ -29,8 +29,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_MemberOfReplicationGroupProvider : public CIMAssociationProvider,
-                                             public CIMInstanceProvider
+class ZDA_MemberOfReplicationGroupProvider : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     ZDA_MemberOfReplicationGroupProvider();
@@ -44,65 +43,57 @@ public:
     // From a group its member volumes, from a volume the groups holding it.
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler);
-    virtual void associatorNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& associationClass,
-        const CIMName& resultClass, const String& role, const String& resultRole,
-        ObjectPathResponseHandler& handler);
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler);
     virtual void references(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
         const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler);
-    virtual void referenceNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-        ObjectPathResponseHandler& handler);
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);
 
     // The pair of the reference (class ZDA_MemberOfReplicationGroup or
     // CIM_MemberOfCollection, else CIMNotSupportedException; two keys, else
     // CIMInvalidParameterException).
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // Every pair, in the array's order of vvsets and then of volumes.
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: membership changes through the
     // replication service's methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
 private:
     // Walks the vvsets and their members for `objectName` (an association
     // reference: getInstance; a group or a volume: navigation; no class:
     // enumeration) and delivers through `handler` as `method` says.
-    void _deliverRelatedInstances(const CIMObjectPath& objectName,
-        const OperationContext& context, const String& role, const String& resultRole,
-        const CIMName& resultClass, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        cim_method_e method, cim_handler_u handler);
+    void _deliverRelatedInstances(const CIMObjectPath& objectName, const OperationContext& context,
+        const String& role, const String& resultRole, const CIMName& resultClass,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, cim_method_e method, cim_handler_u handler);
     // The same for the name operations: no qualifiers, no class origin, every
     // property.
-    void _deliverRelatedInstances(const CIMObjectPath& objectName,
-        const OperationContext& context, const String& role, const String& resultRole,
-        const CIMName& resultClass, cim_method_e method, cim_handler_u handler);
+    void _deliverRelatedInstances(const CIMObjectPath& objectName, const OperationContext& context,
+        const String& role, const String& resultRole, const CIMName& resultClass, cim_method_e method,
+        cim_handler_u handler);
     // True for a request that cannot match (see the header comment).
-    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role,
-        const String& resultRole, const CIMName& resultClass, const String& method);
+    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role, const String& resultRole,
+        const CIMName& resultClass, const String& method);
 
     CIMOMHandle _cimom;
     String _systemAddress;

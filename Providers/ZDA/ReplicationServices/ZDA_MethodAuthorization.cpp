@@ -43,8 +43,8 @@ const AuthorizationRow kAuthorizations[] = {
 
 }  // namespace
 
-int authorizeMethod(int funcType, const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters)
+int authorizeMethod(
+    int funcType, const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters)
 {
     for (const AuthorizationRow& row : kAuthorizations)
         if (row.funcType == funcType)
@@ -52,27 +52,24 @@ int authorizeMethod(int funcType, const String& userName, const String& ipAddr,
     return NOT_SUPPORTED;
 }
 
-int authorizeGeneric(const String& userName, const String& ipAddr, const String& className,
-    const String& methodName)
+int authorizeGeneric(
+    const String& userName, const String& ipAddr, const String& className, const String& methodName)
 {
     String key = className + "." + methodName;
     key.toLower();
-    return api_authorizeCIMUser((const char*)userName.getCString(),
-        (const char*)ipAddr.getCString(), (const char*)key.getCString());
+    return api_authorizeCIMUser(
+        (const char*)userName.getCString(), (const char*)ipAddr.getCString(), (const char*)key.getCString());
 }
 
 void requireAuthorized(int result, const char* file, Uint32 line)
 {
     switch (result)
     {
-        case 0:
-            return;
-        case 1:
-        case 2:
-            throw TraceableCIMException(CIM_ERR_ACCESS_DENIED,
-                "Insufficient privilege for the user", file, line);
-        default:
-            throw TraceableCIMException(CIM_ERR_NOT_SUPPORTED, "Does not support!", file, line);
+    case 0: return;
+    case 1:
+    case 2:
+        throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", file, line);
+    default: throw TraceableCIMException(CIM_ERR_NOT_SUPPORTED, "Does not support!", file, line);
     }
 }
 

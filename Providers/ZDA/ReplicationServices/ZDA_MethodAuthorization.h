@@ -42,13 +42,13 @@ enum ZDA_AuthFuncType
 // the user, the client's address and the method's input (see
 // ZDA_Authorization.h for the codes). A funcType without a function gives
 // 3 (not supported) and asks the array nothing.
-int authorizeMethod(int funcType, const String& userName, const String& ipAddr,
-    const Array<CIMParamValue>& inParameters);
+int authorizeMethod(
+    int funcType, const String& userName, const String& ipAddr, const Array<CIMParamValue>& inParameters);
 
 // The array's answer for the right "<className>.<methodName>" in lower
 // case, as the methods without a function of their own are authorized.
-int authorizeGeneric(const String& userName, const String& ipAddr, const String& className,
-    const String& methodName);
+int authorizeGeneric(
+    const String& userName, const String& ipAddr, const String& className, const String& methodName);
 
 // Throws for a result of authorizeMethod that is not 0:
 // TraceableCIMException CIM_ERR_ACCESS_DENIED "Insufficient privilege for

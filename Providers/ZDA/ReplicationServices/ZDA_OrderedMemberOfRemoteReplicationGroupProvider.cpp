@@ -26,8 +26,8 @@ const NavigationRow ROW = {"ZDA_OrderedMemberOfRemoteReplicationGroupProvider",
             {"CIM_OrderedMemberOfCollection", "CIM_MemberOfCollection"}, "Collection",
             {EndClass::RemoteReplicationGroup, EndClass::ReplicationGroup}, "Member",
             {EndClass::StorageVolume});
-        shape.keyCheckedClasses = {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup",
-            "CIM_ReplicationGroup"};
+        shape.keyCheckedClasses = {
+            "ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "CIM_ReplicationGroup"};
         return shape;
     }(),
     ClassCheck::InstancesAndNames};
@@ -88,12 +88,11 @@ bool ZDA_OrderedMemberOfRemoteReplicationGroupProvider::_getRelatedInstances(
                 continue;
             api_VVObj_t& vv = found->second;
             EndPair pair{group,
-                ZDA_StorageVolumeProvider::createObjectPath(String(vv.wwnText), _systemName,
-                    _systemAddress),
+                ZDA_StorageVolumeProvider::createObjectPath(String(vv.wwnText), _systemName, _systemAddress),
                 groupInstance, CIMInstance()};
             if (query.instancesOf == 2)
-                pair.secondInstance = ZDA_StorageVolumeProvider::buildInstance(&vv, _systemName,
-                    _systemAddress, volumeClass, nullptr, 0);
+                pair.secondInstance = ZDA_StorageVolumeProvider::buildInstance(
+                    &vv, _systemName, _systemAddress, volumeClass, nullptr, 0);
             pair.properties.push_back({"AssignedSequence", CIMValue(Uint64(i + 1))});
             pairs.push_back(pair);
         }
@@ -117,10 +116,9 @@ bool ZDA_OrderedMemberOfRemoteReplicationGroupProvider::_getRelatedInstances(
                 names.push_back(v->gvv.rm_local_name);
             CIMInstance groupInstance;
             if (query.instancesOf == 1)
-                groupInstance = ZDA_RemoteReplicationGroupProvider::buildInstance(&g->group,
-                    groupClass, _systemAddress);
-            if (!addMembers(ZDA_RemoteReplicationGroupProvider::buildObjectPath(_systemAddress,
-                                name),
+                groupInstance = ZDA_RemoteReplicationGroupProvider::buildInstance(
+                    &g->group, groupClass, _systemAddress);
+            if (!addMembers(ZDA_RemoteReplicationGroupProvider::buildObjectPath(_systemAddress, name),
                     groupInstance, names))
                 return false;
         }
@@ -135,8 +133,8 @@ bool ZDA_OrderedMemberOfRemoteReplicationGroupProvider::_getRelatedInstances(
         // A set that is not there has no members.
         if (fromSet && status.code == API_E_NOT_FOUND)
             return true;
-        log_message(2, "%s::_getRelatedInstances():api_getVVSets error (%d): %s\n", ROW.provider,
-            status.code, (const char*)statusText(status).getCString());
+        log_message(2, "%s::_getRelatedInstances():api_getVVSets error (%d): %s\n", ROW.provider, status.code,
+            (const char*)statusText(status).getCString());
         return false;
     }
     if (query.instancesOf == 1)
@@ -151,17 +149,15 @@ bool ZDA_OrderedMemberOfRemoteReplicationGroupProvider::_getRelatedInstances(
             names.push_back(set.members[m].name);
         CIMInstance groupInstance;
         if (query.instancesOf == 1)
-            groupInstance = ZDA_ReplicationGroupProvider::buildInstance(&set, groupClass,
-                _systemAddress);
-        if (!addMembers(ZDA_ReplicationGroupProvider::buildObjectPath(_systemAddress,
-                            String(set.name)),
+            groupInstance = ZDA_ReplicationGroupProvider::buildInstance(&set, groupClass, _systemAddress);
+        if (!addMembers(ZDA_ReplicationGroupProvider::buildObjectPath(_systemAddress, String(set.name)),
                 groupInstance, names))
             return false;
     }
     return true;
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_OrderedMemberOfRemoteReplicationGroupProvider,
-    _getRelatedInstances, ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(
+    ZDA_OrderedMemberOfRemoteReplicationGroupProvider, _getRelatedInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

@@ -31,7 +31,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_OrderedMemberOfRemoteReplicationGroupProvider : public CIMAssociationProvider,
-    public CIMInstanceProvider
+                                                          public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the system's names.
@@ -42,8 +42,8 @@ public:
     // Every pair, remote copy groups first (the array's order), then the
     // vvsets with "parentRCGroup"; only the groups of the object when it is
     // a group. False when the array cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -78,8 +78,7 @@ void endGroup(const CIMObjectPath& end, String& group, String& system)
     if (end.getClassName().equal("ZDA_ReplicationEntity"))
     {
         String entityType;
-        ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceID, entityType, group,
-            system);
+        ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceID, entityType, group, system);
     }
     else
     {
@@ -97,18 +96,16 @@ struct MirrorEnds
     CIMObjectPath syncedElement;
 };
 
-MirrorEnds mirrorEnds(const api_rcopy_t& rcopy, rm_group_wrapper* groupInfo,
-    rm_group_target* target, const String& hostAddr, bool isNoREPolicy)
+MirrorEnds mirrorEnds(const api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target,
+    const String& hostAddr, bool isNoREPolicy)
 {
     const String local(groupInfo->group.rm_hdr.rm_name);
     const String far(target->rm_remote_group);
     const String farAddr = ZDA_Common::RCTargetToSysname(rcopy, String(target->rm_target));
-    const CIMObjectPath localPath =
-        ZDA_RemoteReplicationGroupProvider::buildObjectPath(hostAddr, local);
-    const CIMObjectPath farPath =
-        isNoREPolicy
-            ? ZDA_RemoteReplicationGroupProvider::buildObjectPath(farAddr, far)
-            : ZDA_ReplicationEntityProvider::buildObjectPath(hostAddr, farAddr, GROUP_TYPE, far);
+    const CIMObjectPath localPath = ZDA_RemoteReplicationGroupProvider::buildObjectPath(hostAddr, local);
+    const CIMObjectPath farPath = isNoREPolicy
+        ? ZDA_RemoteReplicationGroupProvider::buildObjectPath(farAddr, far)
+        : ZDA_ReplicationEntityProvider::buildObjectPath(hostAddr, farAddr, GROUP_TYPE, far);
     if (ZDA_RemoteGroupSynchronizedProvider::isPrimary(groupInfo, target))
         return {local, far, localPath, farPath};
     return {far, local, farPath, localPath};
@@ -130,27 +127,26 @@ int volumeCount(rm_group_wrapper* groupInfo)
 // Calls `visit(copyState, progressStatus)` for each volume of the group
 // that has a map for `target`, in the group's order, while it returns true.
 template <class Visit>
-void forEachVolumeState(api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target,
-    Visit&& visit)
+void forEachVolumeState(
+    api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target, Visit&& visit)
 {
     for (rm_group_vv_wrapper* gvv = groupInfo->gvvs; gvv; gvv = gvv->next)
     {
-        rm_group_vv_map* map = ZDA_RemoteStorageSynchronizedProvider::findVVMap(groupInfo,
-            target, gvv);
+        rm_group_vv_map* map = ZDA_RemoteStorageSynchronizedProvider::findVVMap(groupInfo, target, gvv);
         if (!map)
             continue;
         Uint16 vvCopy = 0;
         Uint16 vvProgress = 0;
         Uint16 vvSync = 0;
-        ZDA_RemoteStorageSynchronizedProvider::getVVCopyState(map->rm_status, rcopy, target,
-            &groupInfo->group, vvCopy, vvProgress, vvSync);
+        ZDA_RemoteStorageSynchronizedProvider::getVVCopyState(
+            map->rm_status, rcopy, target, &groupInfo->group, vvCopy, vvProgress, vvSync);
         if (!visit(vvCopy, vvProgress))
             return;
     }
 }
 
-void logRequest(const char* operation, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role)
+void logRequest(
+    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
 {
     log_message(4, "--> ZDA_RemoteGroupSynchronizedProvider::%s()\n", operation);
     log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
@@ -161,12 +157,9 @@ void logRequest(const char* operation, const CIMObjectPath& objectName,
 }  // namespace
 
 ZDA_RemoteGroupSynchronizedProvider::ZDA_RemoteGroupSynchronizedProvider()
-    : _assoClassName(ClassName),
-      _remoteReplicaGroupClassName("ZDA_RemoteReplicationGroup"),
-      _replicaGroupClassName("ZDA_ReplicationGroup"),
-      _entityClassName("ZDA_ReplicationEntity")
-{
-}
+    : _assoClassName(ClassName), _remoteReplicaGroupClassName("ZDA_RemoteReplicationGroup"),
+      _replicaGroupClassName("ZDA_ReplicationGroup"), _entityClassName("ZDA_ReplicationEntity")
+{}
 
 ZDA_RemoteGroupSynchronizedProvider::~ZDA_RemoteGroupSynchronizedProvider() = default;
 
@@ -183,8 +176,7 @@ void ZDA_RemoteGroupSynchronizedProvider::terminate()
 
 // ---- state of a group --------------------------------------------------------------------
 
-Boolean ZDA_RemoteGroupSynchronizedProvider::isPrimary(rm_group_wrapper* groupInfo,
-    rm_group_target* target)
+Boolean ZDA_RemoteGroupSynchronizedProvider::isPrimary(rm_group_wrapper* groupInfo, rm_group_target* target)
 {
     if (target->rm_options & RM_GTARGET_OPT_PRIMARY_BY_MODE)
     {
@@ -198,9 +190,8 @@ Boolean ZDA_RemoteGroupSynchronizedProvider::isPrimary(rm_group_wrapper* groupIn
     return groupInfo->group.rm_natural != 0;
 }
 
-void ZDA_RemoteGroupSynchronizedProvider::_getCopyState(api_rcopy_t& rcopy,
-    rm_group_wrapper* groupInfo, rm_group_target* target, Uint16& copyState,
-    Uint16& progressStatus)
+void ZDA_RemoteGroupSynchronizedProvider::_getCopyState(api_rcopy_t& rcopy, rm_group_wrapper* groupInfo,
+    rm_group_target* target, Uint16& copyState, Uint16& progressStatus)
 {
     if (target->rm_state == 0)
     {
@@ -226,8 +217,8 @@ void ZDA_RemoteGroupSynchronizedProvider::_getCopyState(api_rcopy_t& rcopy,
     });
 }
 
-Uint16 ZDA_RemoteGroupSynchronizedProvider::_getPercentSynced(api_rcopy_t& rcopy,
-    rm_group_wrapper* groupInfo, rm_group_target* target)
+Uint16 ZDA_RemoteGroupSynchronizedProvider::_getPercentSynced(
+    api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target)
 {
     Uint32 volumes = 0;
     Uint32 synced = 0;
@@ -240,55 +231,40 @@ Uint16 ZDA_RemoteGroupSynchronizedProvider::_getPercentSynced(api_rcopy_t& rcopy
     return volumes == 0 ? Uint16(0) : Uint16(synced * 100 / volumes);
 }
 
-int ZDA_RemoteGroupSynchronizedProvider::getDRState(rm_dr_state_t dr_state,
-    Uint8 target_rm_state, Uint16& copyState, Uint16& progressStatus)
+int ZDA_RemoteGroupSynchronizedProvider::getDRState(
+    rm_dr_state_t dr_state, Uint8 target_rm_state, Uint16& copyState, Uint16& progressStatus)
 {
     switch (dr_state)
     {
-        case RM_DR_FAILOVER_IN_PROGRESS:
-            copyState = 5, progressStatus = 11;
-            break;
-        case RM_DR_FAILOVER_DONE:
-        case RM_DR_RECOVER_DONE:
-        case RM_DR_RECOVER_FAIL:
-        case RM_DR_RESTORE_FAIL:
-            copyState = 10, progressStatus = 2;
-            break;
-        case RM_DR_FAILOVER_FAIL:
-            copyState = 5, progressStatus = 2;
-            break;
-        case RM_DR_RECOVER_IN_PROGRESS:
-            copyState = 3, progressStatus = 8;
-            break;
-        case RM_DR_RESTORE_IN_PROGRESS:
-            copyState = 10, progressStatus = 12;
-            break;
-        case RM_DR_RESTORE_DONE:
-        case RM_DR_REVERSE_CURRENT:
-        case RM_DR_REVERSE_NATURAL:
-        case RM_DR_REVERSE:
-        case RM_DR_REVERSE_FAIL:
-            copyState = 4, progressStatus = 2;
-            break;
-        case RM_DR_REVERSE_CURRENT_IN_PROGRESS:
-        case RM_DR_REVERSE_NATURAL_IN_PROGRESS:
-        case RM_DR_REVERSE_IN_PROGRESS:
-        case RM_DR_IN_PROGRESS:
-            copyState = 3, progressStatus = 6;
-            break;
-        default:
-            // No recovery, or one this mapping does not know.
-            copyState = NOT_APPLICABLE, progressStatus = NOT_APPLICABLE;
-            return 0;
+    case RM_DR_FAILOVER_IN_PROGRESS: copyState = 5, progressStatus = 11; break;
+    case RM_DR_FAILOVER_DONE:
+    case RM_DR_RECOVER_DONE:
+    case RM_DR_RECOVER_FAIL:
+    case RM_DR_RESTORE_FAIL: copyState = 10, progressStatus = 2; break;
+    case RM_DR_FAILOVER_FAIL: copyState = 5, progressStatus = 2; break;
+    case RM_DR_RECOVER_IN_PROGRESS: copyState = 3, progressStatus = 8; break;
+    case RM_DR_RESTORE_IN_PROGRESS: copyState = 10, progressStatus = 12; break;
+    case RM_DR_RESTORE_DONE:
+    case RM_DR_REVERSE_CURRENT:
+    case RM_DR_REVERSE_NATURAL:
+    case RM_DR_REVERSE:
+    case RM_DR_REVERSE_FAIL: copyState = 4, progressStatus = 2; break;
+    case RM_DR_REVERSE_CURRENT_IN_PROGRESS:
+    case RM_DR_REVERSE_NATURAL_IN_PROGRESS:
+    case RM_DR_REVERSE_IN_PROGRESS:
+    case RM_DR_IN_PROGRESS: copyState = 3, progressStatus = 6; break;
+    default:
+        // No recovery, or one this mapping does not know.
+        copyState = NOT_APPLICABLE, progressStatus = NOT_APPLICABLE;
+        return 0;
     }
     if (target_rm_state == 4)
         progressStatus = PROGRESS_DORMANT;
     return 0;
 }
 
-int ZDA_RemoteGroupSynchronizedProvider::_getVVSetMembersInfo(api_name_t* vvNames,
-    int memberCount, Uint16& copyState, Uint16& progressStatus, Uint16& percentSynced,
-    time_t& whenSynced)
+int ZDA_RemoteGroupSynchronizedProvider::_getVVSetMembersInfo(api_name_t* vvNames, int memberCount,
+    Uint16& copyState, Uint16& progressStatus, Uint16& percentSynced, time_t& whenSynced)
 {
     copyState = COPY_STATE_INITIALIZED;
     progressStatus = PROGRESS_PREPARING;
@@ -347,56 +323,50 @@ int ZDA_RemoteGroupSynchronizedProvider::_getVVSetMembersInfo(api_name_t* vvName
 
 // ---- building the pairs ----------------------------------------------------------------
 
-CIMInstance ZDA_RemoteGroupSynchronizedProvider::_buildAssociationInstance(api_rcopy_t& rcopy,
-    rm_group_wrapper* groupInfo, rm_group_target* target, CIMClass& syncClass)
+CIMInstance ZDA_RemoteGroupSynchronizedProvider::_buildAssociationInstance(
+    api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target, CIMClass& syncClass)
 {
     Uint16 copyState = 0;
     Uint16 progressStatus = 0;
     _getCopyState(rcopy, groupInfo, target, copyState, progressStatus);
-    const MirrorEnds ends =
-        mirrorEnds(rcopy, groupInfo, target, _hostAddr, noReplicationEntityPolicy());
-    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT,
-        SYNCED_ELEMENT, ends.sysElement, ends.syncedElement, String(), String(), _hostAddr,
-        NAMESPACE, syncClass);
+    const MirrorEnds ends = mirrorEnds(rcopy, groupInfo, target, _hostAddr, noReplicationEntityPolicy());
+    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT,
+        ends.sysElement, ends.syncedElement, String(), String(), _hostAddr, NAMESPACE, syncClass);
 
-    const Boolean maintained =
-        ZDA_RemoteStorageSynchronizedProvider::syncMaintained(rcopy, target);
+    const Boolean maintained = ZDA_RemoteStorageSynchronizedProvider::syncMaintained(rcopy, target);
     ZDA_Common::setPropertyValue(instance, "SyncMaintained", maintained);
     if (target->rm_mode == RM_TARGET_MODE_SYNC)
     {
-        ZDA_Common::setPropertyValue(instance, "Caption",
-            "Synchronous Remote Replication Group Association");
+        ZDA_Common::setPropertyValue(instance, "Caption", "Synchronous Remote Replication Group Association");
         ZDA_Common::setPropertyValue(instance, "Mode", MODE_SYNCHRONOUS);
         ZDA_Common::setPropertyValue(instance, "DetailedCopyType", DETAILED_COPY_TYPE_SYNC);
         // A synchronous group has a last sync time only once it fell behind.
         if (!maintained && target->rm_last_synctime != 0)
-            ZDA_Common::setPropertyValue(instance, "WhenSynced",
-                ZDA_Common::getCIMDateTime(time_t(target->rm_last_synctime)));
+            ZDA_Common::setPropertyValue(
+                instance, "WhenSynced", ZDA_Common::getCIMDateTime(time_t(target->rm_last_synctime)));
     }
     else if (target->rm_mode == RM_TARGET_MODE_PERIODIC)
     {
-        ZDA_Common::setPropertyValue(instance, "Caption",
-            "Periodic Remote Replication Group Association");
+        ZDA_Common::setPropertyValue(instance, "Caption", "Periodic Remote Replication Group Association");
         ZDA_Common::setPropertyValue(instance, "Mode", MODE_ASYNCHRONOUS);
         ZDA_Common::setPropertyValue(instance, "DetailedCopyType", DETAILED_COPY_TYPE_PERIODIC);
         ZDA_Common::setPropertyValue(instance, "SyncInterval",
             CIMDateTime(Uint64(target->rm_sync_period) * MICROSECONDS_PER_SECOND, true));
         if (target->rm_last_synctime != 0)
-            ZDA_Common::setPropertyValue(instance, "WhenSynced",
-                ZDA_Common::getCIMDateTime(time_t(target->rm_last_synctime)));
+            ZDA_Common::setPropertyValue(
+                instance, "WhenSynced", ZDA_Common::getCIMDateTime(time_t(target->rm_last_synctime)));
     }
-    ZDA_Common::setPropertyValue(instance, "SyncPolicy",
-        ZDA_RemoteStorageSynchronizedProvider::syncPolicy(target));
+    ZDA_Common::setPropertyValue(
+        instance, "SyncPolicy", ZDA_RemoteStorageSynchronizedProvider::syncPolicy(target));
     ZDA_Common::setPropertyValue(instance, "RequestedCopyState", requestedCopyState(copyState));
     ZDA_Common::setPropertyValue(instance, "SyncType", SYNC_TYPE_MIRROR);
     ZDA_Common::setPropertyValue(instance, "CopyState", copyState);
     ZDA_Common::setPropertyValue(instance, "ProgressStatus", progressStatus);
-    ZDA_Common::setPropertyValue(instance, "PercentSynced",
-        _getPercentSynced(rcopy, groupInfo, target));
+    ZDA_Common::setPropertyValue(instance, "PercentSynced", _getPercentSynced(rcopy, groupInfo, target));
     ZDA_Common::setPropertyValue(instance, "RelationshipName", ends.src + "->" + ends.tgt);
     setConsistency(instance);
-    ZDA_Common::setPropertyValue(instance, "RoleReversed",
-        Boolean(groupInfo->group.rm_natural != groupInfo->group.rm_primary));
+    ZDA_Common::setPropertyValue(
+        instance, "RoleReversed", Boolean(groupInfo->group.rm_natural != groupInfo->group.rm_primary));
     return instance;
 }
 
@@ -409,8 +379,8 @@ CIMInstance ZDA_RemoteGroupSynchronizedProvider::_buildAssociationInstance(
     Uint16 progressStatus = 0;
     Uint16 percentSynced = 0;
     time_t whenSynced = 0;
-    _getVVSetMembersInfo(syncSet->members, syncSet->memberCount, copyState, progressStatus,
-        percentSynced, whenSynced);
+    _getVVSetMembersInfo(
+        syncSet->members, syncSet->memberCount, copyState, progressStatus, percentSynced, whenSynced);
     // Snapshots of only some of the group's volumes do not make a
     // consistent image of the group.
     if (volumeCount(groupInfo) != syncSet->memberCount)
@@ -420,14 +390,11 @@ CIMInstance ZDA_RemoteGroupSynchronizedProvider::_buildAssociationInstance(
     }
     const String src(groupInfo->group.rm_hdr.rm_name);
     const String tgt(syncSet->name);
-    const CIMObjectPath sysElement =
-        ZDA_RemoteReplicationGroupProvider::buildObjectPath(_hostAddr, src);
+    const CIMObjectPath sysElement = ZDA_RemoteReplicationGroupProvider::buildObjectPath(_hostAddr, src);
     const CIMObjectPath syncedElement = ZDA_ReplicationGroupProvider::buildObjectPath(_hostAddr, tgt);
-    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT,
-        SYNCED_ELEMENT, sysElement, syncedElement, String(), String(), _hostAddr, NAMESPACE,
-        syncClass);
-    ZDA_Common::setPropertyValue(instance, "Caption",
-        "Snapshot Remote Replication Group Association");
+    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT,
+        sysElement, syncedElement, String(), String(), _hostAddr, NAMESPACE, syncClass);
+    ZDA_Common::setPropertyValue(instance, "Caption", "Snapshot Remote Replication Group Association");
     ZDA_Common::setPropertyValue(instance, "Mode", MODE_SYNCHRONOUS);
     ZDA_Common::setPropertyValue(instance, "DetailedCopyType", DETAILED_COPY_TYPE_SYNC);
     ZDA_Common::setPropertyValue(instance, "RequestedCopyState", requestedCopyState(copyState));
@@ -443,8 +410,8 @@ CIMInstance ZDA_RemoteGroupSynchronizedProvider::_buildAssociationInstance(
     return instance;
 }
 
-Array<CIMObjectPath> ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(String groupNameIn,
-    String hostAddr, Boolean isNoREPolicy)
+Array<CIMObjectPath> ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(
+    String groupNameIn, String hostAddr, Boolean isNoREPolicy)
 {
     Array<CIMObjectPath> paths;
     RCopySnapshot snapshot;
@@ -459,8 +426,8 @@ Array<CIMObjectPath> ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(Stri
             continue;
         for (int t = 0; t < group->gtarget_count; t++)
         {
-            const MirrorEnds ends =
-                mirrorEnds(snapshot.rcopy, group, &group->gtargets[t], hostAddr, isNoREPolicy);
+            const MirrorEnds ends = mirrorEnds(
+                snapshot.rcopy, group, &group->gtargets[t], hostAddr, isNoREPolicy);
             paths.append(ZDA_Common::buildAssocPath(ClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT,
                 ends.sysElement, ends.syncedElement, String(), String(), hostAddr, NAMESPACE));
         }
@@ -470,19 +437,17 @@ Array<CIMObjectPath> ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(Stri
 
 // ---- the engine ----------------------------------------------------------------------------
 
-void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
-    const CIMObjectPath& objectName, const OperationContext& context, const String& role,
-    const String& resultRole, const CIMName& resultClass, cim_method_e method,
-    cim_handler_u handler)
+void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(const CIMObjectPath& objectName,
+    const OperationContext& context, const String& role, const String& resultRole, const CIMName& resultClass,
+    cim_method_e method, cim_handler_u handler)
 {
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass, false, false,
-        CIMPropertyList(), method, handler);
+    _deliverRelatedInstances(
+        objectName, context, role, resultRole, resultClass, false, false, CIMPropertyList(), method, handler);
 }
 
-void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
-    const CIMObjectPath& objectName, const OperationContext&, const String& role,
-    const String& resultRole, const CIMName& resultClass, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(const CIMObjectPath& objectName,
+    const OperationContext&, const String& role, const String& resultRole, const CIMName& resultClass,
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
     cim_method_e method, cim_handler_u handler)
 {
     const bool isNoREPolicy = noReplicationEntityPolicy();
@@ -492,11 +457,9 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
     {
         searchForSource = false;
         searchForTarget = false;
-        if (String::equalNoCase(role, SYSTEM_ELEMENT) ||
-            String::equalNoCase(resultRole, SYNCED_ELEMENT))
+        if (String::equalNoCase(role, SYSTEM_ELEMENT) || String::equalNoCase(resultRole, SYNCED_ELEMENT))
             searchForTarget = true;
-        else if (String::equalNoCase(resultRole, SYSTEM_ELEMENT) ||
-                 String::equalNoCase(role, SYNCED_ELEMENT))
+        else if (String::equalNoCase(resultRole, SYSTEM_ELEMENT) || String::equalNoCase(role, SYNCED_ELEMENT))
             searchForSource = true;
     }
 
@@ -549,14 +512,14 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
     const bool fromSnapshotSet = objectClass.equal(_replicaGroupClassName);
     const bool fromEntity = objectClass.equal(_entityClassName);
 
-    CIMClass assoClass = moduleClass(_cimom, _assoClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
-    CIMClass replicaGroupClass = moduleClass(_cimom, _replicaGroupClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
-    CIMClass remoteReplicaGroupClass = moduleClass(_cimom, _remoteReplicaGroupClassName,
-        includeQualifiers, includeClassOrigin, propertyList);
-    CIMClass entityClass = moduleClass(_cimom, _entityClassName, includeQualifiers,
-        includeClassOrigin, propertyList);
+    CIMClass assoClass = moduleClass(
+        _cimom, _assoClassName, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass replicaGroupClass = moduleClass(
+        _cimom, _replicaGroupClassName, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass remoteReplicaGroupClass = moduleClass(
+        _cimom, _remoteReplicaGroupClassName, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass entityClass = moduleClass(
+        _cimom, _entityClassName, includeQualifiers, includeClassOrigin, propertyList);
 
     ZDA_Common::handleProcessing(handler, method);
 
@@ -564,9 +527,10 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
     const api_Status_t status = snapshot.read(API_RCOPY_QUERY_TYPE_ALL);
     if (status.code != 0)
     {
-        log_message(2, "ZDA_remoteGroupSynchronizedProvider::_deliverRelatedInstances():"
-            "api_getRCopy error (%d): %s\n", status.code,
-            (const char*)statusText(status).getCString());
+        log_message(2,
+            "ZDA_remoteGroupSynchronizedProvider::_deliverRelatedInstances():"
+            "api_getRCopy error (%d): %s\n",
+            status.code, (const char*)statusText(status).getCString());
         return;
     }
     api_rcopy_t& rcopy = snapshot.rcopy;
@@ -594,38 +558,34 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
                 farSystem != ZDA_Common::RCTargetToSysname(rcopy, String(target->rm_target)))
                 continue;
             if ((fromRemoteGroup || fromEntity) &&
-                ((localGroupName == src && !searchForTarget) ||
-                    (localGroupName == tgt && !searchForSource)))
+                ((localGroupName == src && !searchForTarget) || (localGroupName == tgt && !searchForSource)))
                 continue;
             try
             {
                 CIMInstance instance;
                 if (navigating && localGroupName == groupName)
                 {
-                    const String hostName =
-                        ZDA_Common::RCTargetToSysname(rcopy, String(target->rm_target));
+                    const String hostName = ZDA_Common::RCTargetToSysname(rcopy, String(target->rm_target));
                     // The object named is the far group of the same name.
                     if (localHostName.size() > 0 && localHostName == hostName)
                         continue;
                     if (isNoREPolicy)
-                        instance = ZDA_RemoteReplicationGroupProvider::buildInstance(farGroup,
-                            UNKNOWN_GROUP_ID, remoteReplicaGroupClass, hostName);
-                    else if (isOneOf(resultClass, {"ZDA_RemoteReplicationGroup",
-                                                      "CIM_ReplicationGroup",
-                                                      "CIM_SystemSpecificCollection",
-                                                      "CIM_Collection"}))
+                        instance = ZDA_RemoteReplicationGroupProvider::buildInstance(
+                            farGroup, UNKNOWN_GROUP_ID, remoteReplicaGroupClass, hostName);
+                    else if (isOneOf(resultClass,
+                                 {"ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup",
+                                     "CIM_SystemSpecificCollection", "CIM_Collection"}))
                         continue;
                     else
-                        instance = ZDA_ReplicationEntityProvider::buildInstance(_hostAddr,
-                            hostName, GROUP_TYPE, farGroup, remoteReplicaGroupClass,
-                            entityClass);
+                        instance = ZDA_ReplicationEntityProvider::buildInstance(
+                            _hostAddr, hostName, GROUP_TYPE, farGroup, remoteReplicaGroupClass, entityClass);
                 }
                 else if (navigating && localGroupName == farGroup)
                 {
                     if (localHostName.size() > 0 && localHostName == _hostAddr)
                         continue;
-                    instance = ZDA_RemoteReplicationGroupProvider::buildInstance(&group->group,
-                        remoteReplicaGroupClass, _hostAddr);
+                    instance = ZDA_RemoteReplicationGroupProvider::buildInstance(
+                        &group->group, remoteReplicaGroupClass, _hostAddr);
                 }
                 else if (navigating)
                 {
@@ -639,7 +599,8 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
             }
             catch (...)
             {
-                log_message(2, "exception in ZDA_RemoteGroupSynchronizedProvider::"
+                log_message(2,
+                    "exception in ZDA_RemoteGroupSynchronizedProvider::"
                     "_deliverRelatedInstancescheck rcopy\n");
             }
             if (isEntityGetInstance)
@@ -650,10 +611,9 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
     }
 
     // The snapshot pairs, unless the result can only be a far element.
-    const bool isREClassResult =
-        isOneOf(resultClass, {"ZDA_ReplicationEntity", "CIM_ReplicationEntity",
-                                 "CIM_EnabledLogicalElement", "CIM_LogicalElement",
-                                 "CIM_ManagedSystemElement"});
+    const bool isREClassResult = isOneOf(resultClass,
+        {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement"});
     const bool snapshotsWanted = !isREClassResult && !isEntityGetInstance && !fromEntity;
     bool snapshotDone = !snapshotsWanted;
     for (rm_group_wrapper* group = rcopy.groups; group && !snapshotDone; group = group->next)
@@ -667,9 +627,10 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
         const api_Status_t setStatus = sets.readChildrenOf(group->group.rm_hdr.rm_name);
         if (setStatus.code != 0)
         {
-            log_message(2, "ZDA_remoteGroupSynchronizedProvider::_deliverRelatedInstances():"
-                "api_getRCopy error (%d): %s\n", setStatus.code,
-                (const char*)statusText(setStatus).getCString());
+            log_message(2,
+                "ZDA_remoteGroupSynchronizedProvider::_deliverRelatedInstances():"
+                "api_getRCopy error (%d): %s\n",
+                setStatus.code, (const char*)statusText(setStatus).getCString());
             break;
         }
         for (Uint32 s = 0; s < sets.size(); s++)
@@ -687,15 +648,15 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
                 CIMInstance instance;
                 if (fromRemoteGroup)
                 {
-                    instance = ZDA_ReplicationGroupProvider::buildInstance(&set, replicaGroupClass,
-                        _hostAddr);
+                    instance = ZDA_ReplicationGroupProvider::buildInstance(
+                        &set, replicaGroupClass, _hostAddr);
                 }
                 else if (fromSnapshotSet)
                 {
                     if (localGroupName != setName)
                         continue;
-                    instance = ZDA_RemoteReplicationGroupProvider::buildInstance(&group->group,
-                        remoteReplicaGroupClass, _hostAddr);
+                    instance = ZDA_RemoteReplicationGroupProvider::buildInstance(
+                        &group->group, remoteReplicaGroupClass, _hostAddr);
                 }
                 found = true;
                 if (!relatedOnly)
@@ -705,7 +666,8 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
             }
             catch (...)
             {
-                log_message(2, "exception in ZDA_RemoteGroupSynchronizedProvider::"
+                log_message(2,
+                    "exception in ZDA_RemoteGroupSynchronizedProvider::"
                     "_deliverRelatedInstancescheck vvsets\n");
             }
             if (isSnapGetInstance && found)
@@ -722,8 +684,7 @@ void ZDA_RemoteGroupSynchronizedProvider::_deliverRelatedInstances(
 }
 
 Boolean ZDA_RemoteGroupSynchronizedProvider::_invalidParms(const CIMObjectPath& objectName,
-    const String& role, const String& resultRole, const CIMName& resultClass,
-    const String& method)
+    const String& role, const String& resultRole, const CIMName& resultClass, const String& method)
 {
     for (const String* r : {&role, &resultRole})
     {
@@ -735,37 +696,34 @@ Boolean ZDA_RemoteGroupSynchronizedProvider::_invalidParms(const CIMObjectPath& 
         return false;
     if (String::equalNoCase(method, "references") || String::equalNoCase(method, "referenceNames"))
         return !isOneOf(resultClass, {"CIM_GroupSynchronized", "ZDA_RemoteGroupSynchronized"});
-    if (!String::equalNoCase(method, "associators") &&
-        !String::equalNoCase(method, "associatorNames"))
+    if (!String::equalNoCase(method, "associators") && !String::equalNoCase(method, "associatorNames"))
         return false;
-    if (!isOneOf(resultClass, {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup",
-                                  "CIM_ReplicationGroup", "CIM_SystemSpecificCollection",
-                                  "CIM_Collection", "CIM_ManagedSystemElement",
-                                  "CIM_ManagedElement", "ZDA_ReplicationEntity",
-                                  "CIM_ReplicationEntity", "CIM_EnabledLogicalElement",
-                                  "CIM_LogicalElement"}))
+    if (!isOneOf(resultClass,
+            {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "CIM_ReplicationGroup",
+                "CIM_SystemSpecificCollection", "CIM_Collection", "CIM_ManagedSystemElement",
+                "CIM_ManagedElement", "ZDA_ReplicationEntity", "CIM_ReplicationEntity",
+                "CIM_EnabledLogicalElement", "CIM_LogicalElement"}))
         return true;
     // Under the policy a remote group may sit at either end.
     if (noReplicationEntityPolicy())
         return false;
     const CIMName objectClass = objectName.getClassName();
     return resultClass.equal(objectClass) ||
-           (objectClass.equal(_remoteReplicaGroupClassName) &&
-               resultClass.equal("ZDA_RemoteReplicationGroup")) ||
-           (objectClass.equal(_replicaGroupClassName) &&
-               resultClass.equal("ZDA_ReplicationGroup")) ||
-           (objectClass.equal(_entityClassName) &&
-               isOneOf(resultClass, {"ZDA_ReplicationEntity", "CIM_ReplicationEntity",
-                                        "CIM_EnabledLogicalElement", "CIM_LogicalElement"}));
+        (objectClass.equal(_remoteReplicaGroupClassName) &&
+            resultClass.equal("ZDA_RemoteReplicationGroup")) ||
+        (objectClass.equal(_replicaGroupClassName) && resultClass.equal("ZDA_ReplicationGroup")) ||
+        (objectClass.equal(_entityClassName) &&
+            isOneOf(resultClass,
+                {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_EnabledLogicalElement",
+                    "CIM_LogicalElement"}));
 }
 
 // ---- the operations ----------------------------------------------------------------------
 
 void ZDA_RemoteGroupSynchronizedProvider::associators(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
     logRequest("associators", objectName, resultClass, role);
@@ -775,14 +733,14 @@ void ZDA_RemoteGroupSynchronizedProvider::associators(const OperationContext& co
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass,
-        includeQualifiers, includeClassOrigin, propertyList, CIM_ASSOCIATORS, handlerOf(handler));
+    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass, includeQualifiers,
+        includeClassOrigin, propertyList, CIM_ASSOCIATORS, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::associators()\n");
 }
 
 void ZDA_RemoteGroupSynchronizedProvider::associatorNames(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     const String method = "associatorNames";
     logRequest("associatorNames", objectName, resultClass, role);
@@ -792,15 +750,15 @@ void ZDA_RemoteGroupSynchronizedProvider::associatorNames(const OperationContext
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, resultRole, resultClass,
-        CIM_ASSOCIATOR_NAMES, handlerOf(handler));
+    _deliverRelatedInstances(
+        objectName, context, role, resultRole, resultClass, CIM_ASSOCIATOR_NAMES, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::associatorNames()\n");
 }
 
 void ZDA_RemoteGroupSynchronizedProvider::references(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    ObjectResponseHandler& handler)
 {
     const String method = "references";
     logRequest("references", objectName, resultClass, role);
@@ -810,8 +768,8 @@ void ZDA_RemoteGroupSynchronizedProvider::references(const OperationContext& con
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, String(), resultClass,
-        includeQualifiers, includeClassOrigin, propertyList, CIM_REFERENCES, handlerOf(handler));
+    _deliverRelatedInstances(objectName, context, role, String(), resultClass, includeQualifiers,
+        includeClassOrigin, propertyList, CIM_REFERENCES, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::references()\n");
 }
 
@@ -827,22 +785,20 @@ void ZDA_RemoteGroupSynchronizedProvider::referenceNames(const OperationContext&
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    _deliverRelatedInstances(objectName, context, role, String(), resultClass,
-        CIM_REFERENCE_NAMES, handlerOf(handler));
+    _deliverRelatedInstances(
+        objectName, context, role, String(), resultClass, CIM_REFERENCE_NAMES, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::referenceNames()\n");
 }
 
 void ZDA_RemoteGroupSynchronizedProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteGroupSynchronizedProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireKeyCount(instanceReference, 2, SOURCE_FILE, ClassName, " Expect two keys.");
     _deliverRelatedInstances(instanceReference, context, String::EMPTY, String::EMPTY, CIMName(),
-        includeQualifiers, includeClassOrigin, propertyList, CIM_GET_INSTANCE,
-        handlerOf(handler));
+        includeQualifiers, includeClassOrigin, propertyList, CIM_GET_INSTANCE, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::getInstance()\n");
 }
 
@@ -853,8 +809,7 @@ void ZDA_RemoteGroupSynchronizedProvider::enumerateInstances(const OperationCont
     log_message(4, "--> ZDA_RemoteGroupSynchronizedProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     _deliverRelatedInstances(CIMObjectPath(), context, String::EMPTY, String::EMPTY, CIMName(),
-        includeQualifiers, includeClassOrigin, propertyList, CIM_ENUMERATE_INSTANCES,
-        handlerOf(handler));
+        includeQualifiers, includeClassOrigin, propertyList, CIM_ENUMERATE_INSTANCES, handlerOf(handler));
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::enumerateInstances()\n");
 }
 
@@ -868,21 +823,20 @@ void ZDA_RemoteGroupSynchronizedProvider::enumerateInstanceNames(
     log_message(4, "<-- ZDA_RemoteGroupSynchronizedProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_RemoteGroupSynchronizedProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_RemoteGroupSynchronizedProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_RemoteGroupSynchronizedProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_RemoteGroupSynchronizedProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_RemoteGroupSynchronizedProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_RemoteGroupSynchronizedProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }

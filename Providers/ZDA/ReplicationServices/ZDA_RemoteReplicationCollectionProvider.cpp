@@ -23,8 +23,8 @@ const String ClassName = "ZDA_RemoteReplicationCollection";
 const char SOURCE_FILE[] = "ZDA_RemoteReplicationCollectionProvider";
 const char INSTANCE_ID_PREFIX[] = "KX_ORLA:";
 
-const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_RemoteReplicationCollection",
-    "ZDA_RemoteReplicationCollection"};
+const std::vector<const char*> ACCEPTED_CLASSES = {
+    "CIM_RemoteReplicationCollection", "ZDA_RemoteReplicationCollection"};
 
 // ConnectivityStatus values.
 const Uint16 CONNECTIVITY_UP = 2;
@@ -55,30 +55,27 @@ const WalkedClass WALKED = {SOURCE_FILE, ClassName, ACCEPTED_CLASSES, 1, " Expec
 
 ZDA_RemoteReplicationCollectionProvider::ZDA_RemoteReplicationCollectionProvider() = default;
 
-ZDA_RemoteReplicationCollectionProvider::ZDA_RemoteReplicationCollectionProvider(
-    const CIMObjectPath&)
+ZDA_RemoteReplicationCollectionProvider::ZDA_RemoteReplicationCollectionProvider(const CIMObjectPath&)
 {
     throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
 }
 
 ZDA_RemoteReplicationCollectionProvider::~ZDA_RemoteReplicationCollectionProvider() = default;
 
-CIMObjectPath ZDA_RemoteReplicationCollectionProvider::buildObjectPath(String systemAddress,
-    String targetName)
+CIMObjectPath ZDA_RemoteReplicationCollectionProvider::buildObjectPath(
+    String systemAddress, String targetName)
 {
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", INSTANCE_ID_PREFIX + targetName,
-        CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding("InstanceID", INSTANCE_ID_PREFIX + targetName, CIMKeyBinding::STRING));
     return CIMObjectPath(systemAddress, NAMESPACE, ClassName, keys);
 }
 
-CIMInstance ZDA_RemoteReplicationCollectionProvider::buildInstance(rm_target_t* pTarget,
-    CIMClass& collectionClass, const String& hostName)
+CIMInstance ZDA_RemoteReplicationCollectionProvider::buildInstance(
+    rm_target_t* pTarget, CIMClass& collectionClass, const String& hostName)
 {
     const String name = pTarget->rm_hdr.rm_name;
     char caption[62];
-    snprintf(caption, sizeof caption - 1, "RemoteReplicationCollection %s",
-        pTarget->rm_hdr.rm_name);
+    snprintf(caption, sizeof caption - 1, "RemoteReplicationCollection %s", pTarget->rm_hdr.rm_name);
     const Uint16 connectivity = connectivityStatus(*pTarget);
 
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(collectionClass);
@@ -93,9 +90,8 @@ CIMInstance ZDA_RemoteReplicationCollectionProvider::buildInstance(rm_target_t* 
     return instance;
 }
 
-void ZDA_RemoteReplicationCollectionProvider::deliverInstances(CIMOMHandle& cimom,
-    const OperationContext&, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+void ZDA_RemoteReplicationCollectionProvider::deliverInstances(CIMOMHandle& cimom, const OperationContext&,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList, const String& systemAddress, cim_method_e method,
     cim_handler_u handler)
 {
@@ -120,16 +116,16 @@ void ZDA_RemoteReplicationCollectionProvider::deliverInstances(CIMOMHandle& cimo
     RCopySnapshot snapshot;
     if (readable && readForWalk(snapshot, API_RCOPY_QUERY_TYPE_TARGETS, SOURCE_FILE))
     {
-        CIMClass collectionClass = moduleClass(cimom, ClassName, includeQualifiers,
-            includeClassOrigin, propertyList);
+        CIMClass collectionClass = moduleClass(
+            cimom, ClassName, includeQualifiers, includeClassOrigin, propertyList);
         const CString wanted = targetName.getCString();
         for (int i = 0; i < snapshot.rcopy.target_count; i++)
         {
             rm_target_t& target = snapshot.rcopy.targets[i];
             if (isGetInstance && std::strcmp(target.rm_hdr.rm_name, wanted) != 0)
                 continue;
-            ZDA_Common::handleDeliver(handler, method,
-                buildInstance(&target, collectionClass, systemAddress));
+            ZDA_Common::handleDeliver(
+                handler, method, buildInstance(&target, collectionClass, systemAddress));
             found = true;
             if (isGetInstance)
                 break;
@@ -151,52 +147,47 @@ void ZDA_RemoteReplicationCollectionProvider::terminate()
 }
 
 void ZDA_RemoteReplicationCollectionProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_RemoteReplicationCollectionProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_RemoteReplicationCollectionProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
-        __LINE__);
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteReplicationCollectionProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_RemoteReplicationCollectionProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_RemoteReplicationCollectionProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_RemoteReplicationCollectionProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_RemoteReplicationCollectionProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_RemoteReplicationCollectionProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }
 
-void ZDA_RemoteReplicationCollectionProvider::invokeMethod(const OperationContext&,
-    const CIMObjectPath&, const CIMName&, const Array<CIMParamValue>&,
-    MethodResultResponseHandler&)
+void ZDA_RemoteReplicationCollectionProvider::invokeMethod(const OperationContext&, const CIMObjectPath&,
+    const CIMName&, const Array<CIMParamValue>&, MethodResultResponseHandler&)
 {
     throw notSupported(ClassName, "invokeMethod");
 }

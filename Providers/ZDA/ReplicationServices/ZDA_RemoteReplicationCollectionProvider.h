@@ -28,8 +28,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_RemoteReplicationCollectionProvider : public CIMInstanceProvider,
-                                                public CIMMethodProvider
+class ZDA_RemoteReplicationCollectionProvider : public CIMInstanceProvider, public CIMMethodProvider
 {
 public:
     ZDA_RemoteReplicationCollectionProvider();
@@ -47,8 +46,7 @@ public:
     // path of buildObjectPath(hostName, name). ConnectivityStatus: 2 for a
     // ready target without the not-usable option 0x800000, 4 for a new one
     // without it, else 3; Active exactly when it is 2.
-    static CIMInstance buildInstance(rm_target_t* pTarget, CIMClass& collectionClass,
-        const String& hostName);
+    static CIMInstance buildInstance(rm_target_t* pTarget, CIMClass& collectionClass, const String& hostName);
     // The walk behind getInstance (`method` CIM_GET_INSTANCE: the target
     // named by the reference's InstanceID, CIMObjectNotFoundException when
     // there is none), enumerateInstances and enumerateInstanceNames (every
@@ -57,8 +55,8 @@ public:
     // complete at the end, also after an array failure.
     static void deliverInstances(CIMOMHandle& cimom, const OperationContext& context,
         const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        const String& systemAddress, cim_method_e method, cim_handler_u handler);
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList, const String& systemAddress,
+        cim_method_e method, cim_handler_u handler);
 
     // Keeps the handle and reads the system's host name.
     virtual void initialize(CIMOMHandle& cimom);
@@ -67,31 +65,27 @@ public:
     // Class CIM_RemoteReplicationCollection or ZDA_RemoteReplicationCollection
     // (else CIMNotSupportedException); getInstance needs exactly one key
     // (CIMInvalidParameterException).
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: the targets are configured on
     // the array, and the class has no methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     CIMOMHandle _cimom;

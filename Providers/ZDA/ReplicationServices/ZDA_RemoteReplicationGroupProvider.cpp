@@ -26,8 +26,7 @@ const char INSTANCE_ID_PREFIX[] = "KX_ORLA:";
 // The group number the array gives a group it does not number.
 const Uint16 UNKNOWN_GROUP_ID = 65535;
 
-const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_ReplicationGroup",
-    "ZDA_RemoteReplicationGroup"};
+const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_ReplicationGroup", "ZDA_RemoteReplicationGroup"};
 
 }  // namespace
 
@@ -45,16 +44,16 @@ String ZDA_RemoteReplicationGroupProvider::buildInstanceID(const String& grpName
     return INSTANCE_ID_PREFIX + grpName;
 }
 
-CIMObjectPath ZDA_RemoteReplicationGroupProvider::buildObjectPath(const String& systemAddress,
-    const String& grpName)
+CIMObjectPath ZDA_RemoteReplicationGroupProvider::buildObjectPath(
+    const String& systemAddress, const String& grpName)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("InstanceID", buildInstanceID(grpName), CIMKeyBinding::STRING));
     return CIMObjectPath(systemAddress, NAMESPACE, ClassName, keys);
 }
 
-CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(const String& groupName, Uint16 ID,
-    CIMClass& replicaGroupClass, const String& hostName)
+CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(
+    const String& groupName, Uint16 ID, CIMClass& replicaGroupClass, const String& hostName)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(replicaGroupClass);
     const CString name = groupName.getCString();
@@ -62,8 +61,8 @@ CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(const String& grou
     if (ID == UNKNOWN_GROUP_ID)
         snprintf(caption, sizeof caption - 1, "RemoteReplicationGroup %s", (const char*)name);
     else
-        snprintf(caption, sizeof caption - 1, "RemoteReplicationGroup %s, ID %u",
-            (const char*)name, unsigned(ID));
+        snprintf(
+            caption, sizeof caption - 1, "RemoteReplicationGroup %s, ID %u", (const char*)name, unsigned(ID));
     ZDA_Common::setPropertyValue(instance, "ElementName", groupName);
     ZDA_Common::setPropertyValue(instance, "Caption", String(caption));
     ZDA_Common::setPropertyValue(instance, "Description", String(caption));
@@ -76,18 +75,18 @@ CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(const String& grou
     return instance;
 }
 
-CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(rm_group_t* pGroup,
-    CIMClass& replicaGroupClass, String& systemAddress)
+CIMInstance ZDA_RemoteReplicationGroupProvider::buildInstance(
+    rm_group_t* pGroup, CIMClass& replicaGroupClass, String& systemAddress)
 {
-    CIMInstance instance = buildInstance(String(pGroup->rm_hdr.rm_name), pGroup->rm_hdr.rm_ID,
-        replicaGroupClass, systemAddress);
+    CIMInstance instance = buildInstance(
+        String(pGroup->rm_hdr.rm_name), pGroup->rm_hdr.rm_ID, replicaGroupClass, systemAddress);
     if (pGroup->rm_domain_name[0] != '\0')
         ZDA_Common::setPropertyValue(instance, "Domain", String(pGroup->rm_domain_name));
     return instance;
 }
 
-CIMInstance ZDA_RemoteReplicationGroupProvider::buildEmptyInstance(const String& groupName,
-    CIMClass& replicaGroupClass, const String& hostName)
+CIMInstance ZDA_RemoteReplicationGroupProvider::buildEmptyInstance(
+    const String& groupName, CIMClass& replicaGroupClass, const String& hostName)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(replicaGroupClass);
     ZDA_Common::setPropertyValue(instance, "InstanceID", buildInstanceID(groupName));
@@ -107,8 +106,8 @@ void ZDA_RemoteReplicationGroupProvider::terminate()
 }
 
 Array<CIMInstance> ZDA_RemoteReplicationGroupProvider::_buildInstances(const OperationContext&,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     Array<CIMInstance> instances;
     String groupName;
@@ -131,8 +130,7 @@ Array<CIMInstance> ZDA_RemoteReplicationGroupProvider::_buildInstances(const Ope
         log_message(2, "--> ZDA_RemoteReplicationGroupProvider::_buildInstances()  api_getRCopy failed.\n");
         return instances;
     }
-    CIMClass groupClass = moduleClass(_cimom, ClassName, includeQualifiers, includeClassOrigin,
-        propertyList);
+    CIMClass groupClass = moduleClass(_cimom, ClassName, includeQualifiers, includeClassOrigin, propertyList);
     const CString wanted = groupName.getCString();
     for (rm_group_wrapper* g = snapshot.rcopy.groups; g; g = g->next)
     {
@@ -146,16 +144,15 @@ Array<CIMInstance> ZDA_RemoteReplicationGroupProvider::_buildInstances(const Ope
 }
 
 void ZDA_RemoteReplicationGroupProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteReplicationGroupProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireInstanceClass(instanceReference, ACCEPTED_CLASSES, ClassName);
     requireKeyCount(instanceReference, 1, SOURCE_FILE, ClassName, " Expect only one key.");
-    Array<CIMInstance> instances = _buildInstances(context, instanceReference,
-        includeQualifiers, includeClassOrigin, propertyList);
+    Array<CIMInstance> instances = _buildInstances(
+        context, instanceReference, includeQualifiers, includeClassOrigin, propertyList);
     if (instances.size() == 0)
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     handler.processing();
@@ -165,17 +162,16 @@ void ZDA_RemoteReplicationGroupProvider::getInstance(const OperationContext& con
 }
 
 void ZDA_RemoteReplicationGroupProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteReplicationGroupProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    log_message(4, "\t className = %s\n",
-        (const char*)classReference.getClassName().getString().getCString());
-    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), includeQualifiers,
-        includeClassOrigin, propertyList);
+    log_message(
+        4, "\t className = %s\n", (const char*)classReference.getClassName().getString().getCString());
+    Array<CIMInstance> instances = _buildInstances(
+        context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     for (Uint32 i = 0; i < instances.size(); i++)
         handler.deliver(instances[i]);
@@ -183,16 +179,15 @@ void ZDA_RemoteReplicationGroupProvider::enumerateInstances(const OperationConte
     log_message(4, "<-- ZDA_RemoteReplicationGroupProvider::enumerateInstances()\n");
 }
 
-void ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireInstanceClass(classReference, ACCEPTED_CLASSES, ClassName);
-    log_message(4, "\t className = %s\n",
-        (const char*)classReference.getClassName().getString().getCString());
-    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), false, false,
-        CIMPropertyList());
+    log_message(
+        4, "\t className = %s\n", (const char*)classReference.getClassName().getString().getCString());
+    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), false, false, CIMPropertyList());
     handler.processing();
     for (Uint32 i = 0; i < instances.size(); i++)
         handler.deliver(instances[i].getPath());
@@ -200,28 +195,26 @@ void ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames(const OperationC
     log_message(4, "<-- ZDA_RemoteReplicationGroupProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_RemoteReplicationGroupProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_RemoteReplicationGroupProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_RemoteReplicationGroupProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_RemoteReplicationGroupProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_RemoteReplicationGroupProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_RemoteReplicationGroupProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }
 
-void ZDA_RemoteReplicationGroupProvider::invokeMethod(const OperationContext&,
-    const CIMObjectPath&, const CIMName&, const Array<CIMParamValue>&,
-    MethodResultResponseHandler&)
+void ZDA_RemoteReplicationGroupProvider::invokeMethod(const OperationContext&, const CIMObjectPath&,
+    const CIMName&, const Array<CIMParamValue>&, MethodResultResponseHandler&)
 {
     throw notSupported(ClassName, "invokeMethod");
 }

@@ -48,16 +48,15 @@ public:
     // Description read "RemoteReplicationGroup <name>, ID <n>", or without
     // the ID for the number 65535 (unknown), cut to 60 characters. No
     // Domain.
-    static CIMInstance buildInstance(const String& groupName, Uint16 ID,
-        CIMClass& replicaGroupClass, const String& hostName);
+    static CIMInstance buildInstance(
+        const String& groupName, Uint16 ID, CIMClass& replicaGroupClass, const String& hostName);
     // The same for the array's group record `pGroup` (not null), with its
     // Domain when the group has one.
-    static CIMInstance buildInstance(rm_group_t* pGroup, CIMClass& replicaGroupClass,
-        String& systemAddress);
+    static CIMInstance buildInstance(rm_group_t* pGroup, CIMClass& replicaGroupClass, String& systemAddress);
     // A group the array does not report (one on a far system): the skeleton
     // with InstanceID and the path only.
-    static CIMInstance buildEmptyInstance(const String& groupName, CIMClass& replicaGroupClass,
-        const String& hostName);
+    static CIMInstance buildEmptyInstance(
+        const String& groupName, CIMClass& replicaGroupClass, const String& hostName);
 
     // Keeps the handle and reads the system's host name.
     virtual void initialize(CIMOMHandle& cimom);
@@ -67,34 +66,30 @@ public:
     // The group of the reference (class CIM_ReplicationGroup or
     // ZDA_RemoteReplicationGroup, one key). No such group, an InstanceID
     // naming none, or a failed or busy array: CIMObjectNotFoundException.
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // Every remote copy group, in the array's order; nothing (and no error)
     // when the array fails or is busy.
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: groups are made, changed and
     // removed by the replication service's methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
     // Refused with CIMNotSupportedException: the class has no methods.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     // The groups the reference names: all for a reference without a class,

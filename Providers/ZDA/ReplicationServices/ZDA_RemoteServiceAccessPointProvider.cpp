@@ -23,8 +23,8 @@ const String ClassName = "ZDA_RemoteServiceAccessPoint";
 const char SOURCE_FILE[] = "ZDA_RemoteServiceAccessPointProvider";
 const char SYSTEM_CLASS[] = "ZDA_StorageSystem";
 
-const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_RemoteServiceAccessPoint",
-    "ZDA_RemoteServiceAccessPoint"};
+const std::vector<const char*> ACCEPTED_CLASSES = {
+    "CIM_RemoteServiceAccessPoint", "ZDA_RemoteServiceAccessPoint"};
 
 // InfoFormat "Other", ProtocolIFType "Other" (told by OtherTypeDescription).
 const Uint16 INFO_FORMAT_OTHER = 2;
@@ -85,8 +85,7 @@ ZDA_RemoteServiceAccessPointProvider::ZDA_RemoteServiceAccessPointProvider(const
 
 ZDA_RemoteServiceAccessPointProvider::~ZDA_RemoteServiceAccessPointProvider() = default;
 
-CIMObjectPath ZDA_RemoteServiceAccessPointProvider::buildObjectPath(String systemName,
-    String targetName)
+CIMObjectPath ZDA_RemoteServiceAccessPointProvider::buildObjectPath(String systemName, String targetName)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("SystemCreationClassName", SYSTEM_CLASS, CIMKeyBinding::STRING));
@@ -103,25 +102,13 @@ Array<Uint16> ZDA_RemoteServiceAccessPointProvider::_getOperationalStatus(rm_tar
         status.append(OP_STOPPED);
     switch (pTarget->rm_status)
     {
-        case RM_TARGET_NEW:
-            status.append(OP_STARTING);
-            break;
-        case RM_TARGET_READY:
-            status.append(OP_OK);
-            break;
-        case RM_TARGET_RELEASE_UNSUPPORTED:
-            status.append(OP_ERROR);
-            break;
-        case RM_TARGET_FAILING:
-        case RM_TARGET_FAILED:
-            status.append(OP_LOST_COMMUNICATION);
-            break;
-        case RM_TARGET_DISABLED:
-            status.append(OP_STOPPED);
-            break;
-        default:
-            status.append(OP_UNKNOWN);
-            break;
+    case RM_TARGET_NEW: status.append(OP_STARTING); break;
+    case RM_TARGET_READY: status.append(OP_OK); break;
+    case RM_TARGET_RELEASE_UNSUPPORTED: status.append(OP_ERROR); break;
+    case RM_TARGET_FAILING:
+    case RM_TARGET_FAILED: status.append(OP_LOST_COMMUNICATION); break;
+    case RM_TARGET_DISABLED: status.append(OP_STOPPED); break;
+    default: status.append(OP_UNKNOWN); break;
     }
     return status;
 }
@@ -130,29 +117,23 @@ Uint16 ZDA_RemoteServiceAccessPointProvider::_getHealthState(rm_target_t* pTarge
 {
     switch (pTarget->rm_status)
     {
-        case RM_TARGET_NEW:
-        case RM_TARGET_READY:
-            return HEALTH_OK;
-        case RM_TARGET_RELEASE_UNSUPPORTED:
-            return HEALTH_CRITICAL_FAILURE;
-        case RM_TARGET_FAILING:
-            return HEALTH_MINOR_FAILURE;
-        case RM_TARGET_FAILED:
-            return HEALTH_MAJOR_FAILURE;
-        default:
-            return HEALTH_UNKNOWN;
+    case RM_TARGET_NEW:
+    case RM_TARGET_READY: return HEALTH_OK;
+    case RM_TARGET_RELEASE_UNSUPPORTED: return HEALTH_CRITICAL_FAILURE;
+    case RM_TARGET_FAILING: return HEALTH_MINOR_FAILURE;
+    case RM_TARGET_FAILED: return HEALTH_MAJOR_FAILURE;
+    default: return HEALTH_UNKNOWN;
     }
 }
 
-CIMInstance ZDA_RemoteServiceAccessPointProvider::buildInstance(rm_target_t* pTarget,
-    CIMClass& remoteSAPClass, const String& systemName)
+CIMInstance ZDA_RemoteServiceAccessPointProvider::buildInstance(
+    rm_target_t* pTarget, CIMClass& remoteSAPClass, const String& systemName)
 {
     const String name = pTarget->rm_hdr.rm_name;
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(remoteSAPClass);
     ZDA_Common::setPropertyValue(instance, "SystemCreationClassName", SYSTEM_CLASS);
     ZDA_Common::setPropertyValue(instance, "SystemName", systemName);
-    ZDA_Common::setPropertyValue(instance, "CreationClassName",
-        remoteSAPClass.getClassName().getString());
+    ZDA_Common::setPropertyValue(instance, "CreationClassName", remoteSAPClass.getClassName().getString());
     ZDA_Common::setPropertyValue(instance, "Name", name);
     ZDA_Common::setPropertyValue(instance, "AccessInfo", name);
     ZDA_Common::setPropertyValue(instance, "InfoFormat", INFO_FORMAT_OTHER);
@@ -165,16 +146,14 @@ CIMInstance ZDA_RemoteServiceAccessPointProvider::buildInstance(rm_target_t* pTa
     return instance;
 }
 
-void ZDA_RemoteServiceAccessPointProvider::deliverInstances(CIMOMHandle& cimom,
-    const OperationContext&, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+void ZDA_RemoteServiceAccessPointProvider::deliverInstances(CIMOMHandle& cimom, const OperationContext&,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList, const String& systemAddress, cim_method_e method,
     cim_handler_u handler)
 {
     log_message(4, "--> ZDA_RemoteServiceAccessPointProvider::deliverInstances()\n");
     ZDA_Common::handleProcessing(handler, method);
-    CIMClass sapClass = moduleClass(cimom, ClassName, includeQualifiers, includeClassOrigin,
-        propertyList);
+    CIMClass sapClass = moduleClass(cimom, ClassName, includeQualifiers, includeClassOrigin, propertyList);
     bool found = false;
     bool isGetInstance = false;
     bool readable = true;
@@ -200,8 +179,7 @@ void ZDA_RemoteServiceAccessPointProvider::deliverInstances(CIMOMHandle& cimom,
             rm_target_t& target = snapshot.rcopy.targets[i];
             if (isGetInstance && std::strcmp(target.rm_hdr.rm_name, wanted) != 0)
                 continue;
-            ZDA_Common::handleDeliver(handler, method,
-                buildInstance(&target, sapClass, systemAddress));
+            ZDA_Common::handleDeliver(handler, method, buildInstance(&target, sapClass, systemAddress));
             found = true;
             if (isGetInstance)
                 break;
@@ -211,8 +189,8 @@ void ZDA_RemoteServiceAccessPointProvider::deliverInstances(CIMOMHandle& cimom,
     log_message(4, "<-- ZDA_RemoteServiceAccessPointProvider::deliverInstances()\n");
 }
 
-bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(String& targetNameOut,
-    const CIMObjectPath& targetSAPRef, Uint16 mode, String& errStr)
+bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+    String& targetNameOut, const CIMObjectPath& targetSAPRef, Uint16 mode, String& errStr)
 {
     const String sapName = ZDA_Common::getStringProperty(targetSAPRef, "Name");
     if (sapName.size() == 0)
@@ -255,8 +233,7 @@ bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(String& targetN
     for (int i = 0; i < snapshot.rcopy.target_count; i++)
     {
         const rm_target_t& target = snapshot.rcopy.targets[i];
-        if (&target == chosen || !usable(target) ||
-            target.rm_remote_sysID != chosen->rm_remote_sysID)
+        if (&target == chosen || !usable(target) || target.rm_remote_sysID != chosen->rm_remote_sysID)
             continue;
         targetNameOut = target.rm_hdr.rm_name;
         if (suitsModeByFlag(target, mode))
@@ -270,8 +247,8 @@ bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(String& targetN
     return false;
 }
 
-bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(String& targetNameOut,
-    const CIMObjectPath& targetSAPRef, String& errStr)
+bool ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+    String& targetNameOut, const CIMObjectPath& targetSAPRef, String& errStr)
 {
     return getRcopyTargetFromSAP(targetNameOut, targetSAPRef, 0, errStr);
 }
@@ -288,52 +265,47 @@ void ZDA_RemoteServiceAccessPointProvider::terminate()
 }
 
 void ZDA_RemoteServiceAccessPointProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_RemoteServiceAccessPointProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_RemoteServiceAccessPointProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
-        __LINE__);
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_RemoteServiceAccessPointProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_RemoteServiceAccessPointProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_RemoteServiceAccessPointProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_RemoteServiceAccessPointProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_RemoteServiceAccessPointProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_RemoteServiceAccessPointProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }
 
-void ZDA_RemoteServiceAccessPointProvider::invokeMethod(const OperationContext&,
-    const CIMObjectPath&, const CIMName&, const Array<CIMParamValue>&,
-    MethodResultResponseHandler&)
+void ZDA_RemoteServiceAccessPointProvider::invokeMethod(const OperationContext&, const CIMObjectPath&,
+    const CIMName&, const Array<CIMParamValue>&, MethodResultResponseHandler&)
 {
     throw notSupported(ClassName, "invokeMethod");
 }

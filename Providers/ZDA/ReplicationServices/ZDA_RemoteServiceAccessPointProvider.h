@@ -32,8 +32,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_RemoteServiceAccessPointProvider : public CIMInstanceProvider,
-                                             public CIMMethodProvider
+class ZDA_RemoteServiceAccessPointProvider : public CIMInstanceProvider, public CIMMethodProvider
 {
 public:
     ZDA_RemoteServiceAccessPointProvider();
@@ -51,8 +50,8 @@ public:
     // SystemName `systemName` and the path of buildObjectPath(systemName,
     // name). OperationalStatus and HealthState follow the target's status;
     // a target with the not-usable option 0x800000 shows 10 (stopped) first.
-    static CIMInstance buildInstance(rm_target_t* pTarget, CIMClass& remoteSAPClass,
-        const String& systemName);
+    static CIMInstance buildInstance(
+        rm_target_t* pTarget, CIMClass& remoteSAPClass, const String& systemName);
     // The walk behind getInstance (`method` CIM_GET_INSTANCE: the target
     // named by the reference's key Name, whatever its other keys say;
     // CIMObjectNotFoundException when there is none), enumerateInstances and
@@ -61,8 +60,8 @@ public:
     // the end, also after an array failure.
     static void deliverInstances(CIMOMHandle& cimom, const OperationContext& context,
         const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        const String& systemAddress, cim_method_e method, cim_handler_u handler);
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList, const String& systemAddress,
+        cim_method_e method, cim_handler_u handler);
 
     // The remote copy target that a client's access point `targetSAPRef`
     // stands for, for a copy in the synchronization `mode` (2 synchronous,
@@ -73,11 +72,11 @@ public:
     // in which case `targetNameOut` holds the last target looked at. True
     // with `targetNameOut` set when a target was chosen; false with the
     // reason in `errStr` otherwise. Reads the array under the semaphore.
-    static bool getRcopyTargetFromSAP(String& targetNameOut, const CIMObjectPath& targetSAPRef,
-        Uint16 mode, String& errStr);
+    static bool getRcopyTargetFromSAP(
+        String& targetNameOut, const CIMObjectPath& targetSAPRef, Uint16 mode, String& errStr);
     // The same for any mode.
-    static bool getRcopyTargetFromSAP(String& targetNameOut, const CIMObjectPath& targetSAPRef,
-        String& errStr);
+    static bool getRcopyTargetFromSAP(
+        String& targetNameOut, const CIMObjectPath& targetSAPRef, String& errStr);
 
     // Keeps the handle and reads the system's host name.
     virtual void initialize(CIMOMHandle& cimom);
@@ -86,31 +85,27 @@ public:
     // Class CIM_RemoteServiceAccessPoint or ZDA_RemoteServiceAccessPoint
     // (else CIMNotSupportedException); getInstance needs exactly four keys
     // (CIMInvalidParameterException).
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: the targets are configured on
     // the array, and the class has no methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     // OperationalStatus of a target: 10 first when it is not usable, then

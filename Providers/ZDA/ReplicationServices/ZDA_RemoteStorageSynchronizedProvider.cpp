@@ -56,7 +56,7 @@ const api_u64_t NO_WWN = api_u64_t(-10);
 bool brokenOff(Uint8 vvStatus)
 {
     return vvStatus == RM_GROUP_VV_UNSYNC || vvStatus == RM_GROUP_VV_REMOTE_UNSYNC ||
-           vvStatus == RM_GROUP_VV_LD_CHECKING || vvStatus == RM_GROUP_VV_REMOTE_LD_CHECKING;
+        vvStatus == RM_GROUP_VV_LD_CHECKING || vvStatus == RM_GROUP_VV_REMOTE_LD_CHECKING;
 }
 
 bool targetFailed(rm_group_target* target, api_rcopy_t& rcopy)
@@ -65,8 +65,8 @@ bool targetFailed(rm_group_target* target, api_rcopy_t& rcopy)
     return configured && configured->rm_status == RM_TARGET_FAILED;
 }
 
-void setState(Uint16& copyState, Uint16& syncState, Uint16& progressStatus, Uint16 copy,
-    Uint16 sync, Uint16 progress)
+void setState(
+    Uint16& copyState, Uint16& syncState, Uint16& progressStatus, Uint16 copy, Uint16 sync, Uint16 progress)
 {
     copyState = copy;
     syncState = sync;
@@ -81,8 +81,8 @@ String wwnText(api_u64_t wwnRe, api_u64_t wwn)
     return String(buffer);
 }
 
-void logRequest(const char* operation, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role)
+void logRequest(
+    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
 {
     log_message(4, "--> ZDA_RemoteStorageSynchronizedProvider::%s()\n", operation);
     log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
@@ -94,8 +94,7 @@ void logRequest(const char* operation, const CIMObjectPath& objectName,
 
 ZDA_RemoteStorageSynchronizedProvider::ZDA_RemoteStorageSynchronizedProvider()
     : _assoClassName(ClassName), _volClassName("ZDA_StorageVolume")
-{
-}
+{}
 
 ZDA_RemoteStorageSynchronizedProvider::~ZDA_RemoteStorageSynchronizedProvider() = default;
 
@@ -113,8 +112,8 @@ void ZDA_RemoteStorageSynchronizedProvider::terminate()
 
 // ---- lookups and the state mapping ----------------------------------------------------
 
-rm_group_vv_map* ZDA_RemoteStorageSynchronizedProvider::findVVMap(rm_group_wrapper* grp,
-    rm_group_target* gtarget, rm_group_vv_wrapper* gvvs)
+rm_group_vv_map* ZDA_RemoteStorageSynchronizedProvider::findVVMap(
+    rm_group_wrapper* grp, rm_group_target* gtarget, rm_group_vv_wrapper* gvvs)
 {
     if (!grp || !gtarget || !gvvs || !gvvs->maps)
         return nullptr;
@@ -126,8 +125,7 @@ rm_group_vv_map* ZDA_RemoteStorageSynchronizedProvider::findVVMap(rm_group_wrapp
     return nullptr;
 }
 
-rm_target* ZDA_RemoteStorageSynchronizedProvider::findTarget(rm_group_target* gtarget,
-    api_rcopy_t& rcopy)
+rm_target* ZDA_RemoteStorageSynchronizedProvider::findTarget(rm_group_target* gtarget, api_rcopy_t& rcopy)
 {
     if (!gtarget || !rcopy.targets)
         return nullptr;
@@ -139,84 +137,77 @@ rm_target* ZDA_RemoteStorageSynchronizedProvider::findTarget(rm_group_target* gt
     return nullptr;
 }
 
-String ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(api_rcopy_t* pRcopy,
-    rm_group_target* gtarget)
+String ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(
+    api_rcopy_t* pRcopy, rm_group_target* gtarget)
 {
     const rm_target* target = pRcopy ? findTarget(gtarget, *pRcopy) : nullptr;
     return target ? String(target->rm_computed_remote_node_wwn) : String();
 }
 
-void ZDA_RemoteStorageSynchronizedProvider::getVVCopyState(Uint8& vv_status,
-    api_rcopy_t& rcopy, rm_group_target* target, rm_group* group, Uint16& copyState,
-    Uint16& progressStatus, Uint16& syncState)
+void ZDA_RemoteStorageSynchronizedProvider::getVVCopyState(Uint8& vv_status, api_rcopy_t& rcopy,
+    rm_group_target* target, rm_group* group, Uint16& copyState, Uint16& progressStatus, Uint16& syncState)
 {
     const Uint8 state = target->rm_state;
     const int dr = group->rm_dr_state;
     const bool againstNature = group->rm_natural == 0;
     switch (vv_status)
     {
-        case RM_GROUP_VV_NEW:
-        case RM_GROUP_VV_REMOTE:
-        case RM_GROUP_VV_NEW_NO_SYNC:
-        case RM_GROUP_VV_NEW_SYNC:
-            if (state == 0 || state == 4 || state == 5)
-                setState(copyState, syncState, progressStatus, 7, 4, 18);
-            else
-                setState(copyState, syncState, progressStatus, 3, 4, 18);
-            return;
-        case RM_GROUP_VV_SYNCING:
-        case RM_GROUP_VV_REMOTE_SYNCING:
-            if (againstNature && (dr == RM_DR_RECOVER_IN_PROGRESS || dr == RM_DR_RECOVER_DONE))
-                setState(copyState, syncState, progressStatus, 3, 10, 8);
-            else
-                setState(copyState, syncState, progressStatus, 3, 5, 6);
-            return;
-        case RM_GROUP_VV_SYNCED:
-        case RM_GROUP_VV_REMOTE_SYNCED:
-            if (target->rm_options & RM_GTARGET_OPT_PRIMARY_BY_MODE)
-                setState(copyState, syncState, progressStatus, 11, 4, 3);
-            else if (state == 1 || state == 2)
-                setState(copyState, syncState, progressStatus, 4, 6,
-                    againstNature && dr == RM_DR_RESTORE_IN_PROGRESS ? 12 : 2);
-            else if (dr != RM_DR_NONE && dr != RM_DR_REVERSE && dr != RM_DR_REVERSE_FAIL &&
-                     dr != RM_DR_REVERSE_IN_PROGRESS && againstNature)
-                setState(copyState, syncState, progressStatus, 10, 12,
-                    dr == RM_DR_FAILOVER_IN_PROGRESS ? 11 : 2);
-            else if (targetFailed(target, rcopy))
-                setState(copyState, syncState, progressStatus, 5, 12, 2);
-            else
-                setState(copyState, syncState, progressStatus, 7, 14, 18);
-            return;
-        case RM_GROUP_VV_UNSYNC:
-        case RM_GROUP_VV_REMOTE_UNSYNC:
-        case RM_GROUP_VV_LD_CHECKING:
-        case RM_GROUP_VV_REMOTE_LD_CHECKING:
+    case RM_GROUP_VV_NEW:
+    case RM_GROUP_VV_REMOTE:
+    case RM_GROUP_VV_NEW_NO_SYNC:
+    case RM_GROUP_VV_NEW_SYNC:
+        if (state == 0 || state == 4 || state == 5)
+            setState(copyState, syncState, progressStatus, 7, 4, 18);
+        else
+            setState(copyState, syncState, progressStatus, 3, 4, 18);
+        return;
+    case RM_GROUP_VV_SYNCING:
+    case RM_GROUP_VV_REMOTE_SYNCING:
+        if (againstNature && (dr == RM_DR_RECOVER_IN_PROGRESS || dr == RM_DR_RECOVER_DONE))
+            setState(copyState, syncState, progressStatus, 3, 10, 8);
+        else
+            setState(copyState, syncState, progressStatus, 3, 5, 6);
+        return;
+    case RM_GROUP_VV_SYNCED:
+    case RM_GROUP_VV_REMOTE_SYNCED:
+        if (target->rm_options & RM_GTARGET_OPT_PRIMARY_BY_MODE)
+            setState(copyState, syncState, progressStatus, 11, 4, 3);
+        else if (state == 1 || state == 2)
+            setState(copyState, syncState, progressStatus, 4, 6,
+                againstNature && dr == RM_DR_RESTORE_IN_PROGRESS ? 12 : 2);
+        else if (dr != RM_DR_NONE && dr != RM_DR_REVERSE && dr != RM_DR_REVERSE_FAIL &&
+            dr != RM_DR_REVERSE_IN_PROGRESS && againstNature)
+            setState(copyState, syncState, progressStatus, 10, 12, dr == RM_DR_FAILOVER_IN_PROGRESS ? 11 : 2);
+        else if (targetFailed(target, rcopy))
             setState(copyState, syncState, progressStatus, 5, 12, 2);
-            return;
-        case RM_GROUP_VV_STALE:
-        case RM_GROUP_VV_REMOTE_STALE:
-            setState(copyState, syncState, progressStatus, 13, 12, 2);
-            return;
-        case RM_GROUP_VV_STOPPED:
-            if (targetFailed(target, rcopy))
-                setState(copyState, syncState, progressStatus, 5, 12, 2);
-            else
-                setState(copyState, syncState, progressStatus, 7, 14, 18);
-            return;
-        default:
-            // Repairing and failsafe volumes, and values the array may add.
-            setState(copyState, syncState, progressStatus, 15, 0, 15);
-            return;
+        else
+            setState(copyState, syncState, progressStatus, 7, 14, 18);
+        return;
+    case RM_GROUP_VV_UNSYNC:
+    case RM_GROUP_VV_REMOTE_UNSYNC:
+    case RM_GROUP_VV_LD_CHECKING:
+    case RM_GROUP_VV_REMOTE_LD_CHECKING: setState(copyState, syncState, progressStatus, 5, 12, 2); return;
+    case RM_GROUP_VV_STALE:
+    case RM_GROUP_VV_REMOTE_STALE: setState(copyState, syncState, progressStatus, 13, 12, 2); return;
+    case RM_GROUP_VV_STOPPED:
+        if (targetFailed(target, rcopy))
+            setState(copyState, syncState, progressStatus, 5, 12, 2);
+        else
+            setState(copyState, syncState, progressStatus, 7, 14, 18);
+        return;
+    default:
+        // Repairing and failsafe volumes, and values the array may add.
+        setState(copyState, syncState, progressStatus, 15, 0, 15);
+        return;
     }
 }
 
-Boolean ZDA_RemoteStorageSynchronizedProvider::syncMaintained(const api_rcopy_t& rcopy,
-    const rm_group_target* target)
+Boolean ZDA_RemoteStorageSynchronizedProvider::syncMaintained(
+    const api_rcopy_t& rcopy, const rm_group_target* target)
 {
     const Uint8 mode = rcopy.sys.rm_sys_mode;
     return !((rcopy.sys.rm_status & RM_SYS_INVALID) || mode == RM_SYS_MODE_NONE ||
-             mode == (RM_SYS_MODE_ON | RM_SYS_MODE_STOP) || target->rm_state == 0 ||
-             target->rm_state == 4);
+        mode == (RM_SYS_MODE_ON | RM_SYS_MODE_STOP) || target->rm_state == 0 || target->rm_state == 4);
 }
 
 Uint32 ZDA_RemoteStorageSynchronizedProvider::syncPolicy(const rm_group_target* target)
@@ -226,10 +217,9 @@ Uint32 ZDA_RemoteStorageSynchronizedProvider::syncPolicy(const rm_group_target* 
 
 // ---- building the pairs ----------------------------------------------------------------
 
-CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(
-    CIMObjectPath& srcPath, CIMObjectPath& tgtPath, api_rcopy_t& rcopy,
-    rm_group_wrapper* groupInfo, rm_group_target* target, rm_group_vv_map* map,
-    CIMClass& syncClass)
+CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(CIMObjectPath& srcPath,
+    CIMObjectPath& tgtPath, api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target,
+    rm_group_vv_map* map, CIMClass& syncClass)
 {
     rm_group& group = groupInfo->group;
     Uint16 copyState = 0;
@@ -237,11 +227,11 @@ CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(
     Uint16 syncState = 0;
     getVVCopyState(map->rm_status, rcopy, target, &group, copyState, progressStatus, syncState);
     const Uint16 unDiscovered = ZDA_RemoteGroupSynchronizedProvider::isPrimary(groupInfo, target)
-                                    ? UNDISCOVERED_SYNCED_ELEMENT
-                                    : UNDISCOVERED_SYSTEM_ELEMENT;
+        ? UNDISCOVERED_SYNCED_ELEMENT
+        : UNDISCOVERED_SYSTEM_ELEMENT;
 
-    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT,
-        SYNCED_ELEMENT, srcPath, tgtPath, _hostAddr, _hostAddr, _hostAddr, NAMESPACE, syncClass);
+    CIMInstance instance = ZDA_Common::buildAssocInstance(_assoClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT,
+        srcPath, tgtPath, _hostAddr, _hostAddr, _hostAddr, NAMESPACE, syncClass);
     ZDA_Common::setPropertyValue(instance, "UndiscoveredElement", unDiscovered);
 
     const bool lastSyncUsable = map->rm_last_synctime != 0 && !brokenOff(map->rm_status);
@@ -254,8 +244,8 @@ CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(
         ZDA_Common::setPropertyValue(instance, "CopyMethodology", COPY_METHODOLOGY_SYNC);
         // A synchronous copy only has a last sync time while it is stopped.
         if (target->rm_state == 4 && lastSyncUsable)
-            ZDA_Common::setPropertyValue(instance, "WhenSynced",
-                ZDA_Common::getCIMDateTime(time_t(map->rm_last_synctime)));
+            ZDA_Common::setPropertyValue(
+                instance, "WhenSynced", ZDA_Common::getCIMDateTime(time_t(map->rm_last_synctime)));
     }
     else if (target->rm_mode == RM_TARGET_MODE_PERIODIC)
     {
@@ -282,8 +272,7 @@ CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(
     ZDA_Common::setPropertyValue(instance, "SyncMaintained", syncMaintained(rcopy, target));
     ZDA_Common::setPropertyValue(instance, "SyncType", SYNC_TYPE_MIRROR);
     ZDA_Common::setPropertyValue(instance, "RequestedCopyState",
-        copyState != COPY_STATE_SYNCHRONIZED ? COPY_STATE_SYNCHRONIZED
-                                             : COPY_STATE_NOT_APPLICABLE);
+        copyState != COPY_STATE_SYNCHRONIZED ? COPY_STATE_SYNCHRONIZED : COPY_STATE_NOT_APPLICABLE);
     ZDA_Common::setPropertyValue(instance, "CopyState", copyState);
     ZDA_Common::setPropertyValue(instance, "ProgressStatus", progressStatus);
     ZDA_Common::setPropertyValue(instance, "SyncState", syncState);
@@ -292,17 +281,15 @@ CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildAssociationInstance(
     if (syncState == SYNC_STATE_RESYNC_IN_PROGRESS && group.rm_primary != 0)
     {
         const Uint64 length = map->rm_sync_length;
-        const Uint16 percent =
-            length == 0 ? Uint16(0) : Uint16(Uint64(map->rm_sync_offset) * 100 / length);
+        const Uint16 percent = length == 0 ? Uint16(0) : Uint16(Uint64(map->rm_sync_offset) * 100 / length);
         ZDA_Common::setPropertyValue(instance, "PercentSynced", percent);
     }
-    ZDA_Common::setPropertyValue(instance, "RoleReversed",
-        Boolean(group.rm_natural != group.rm_primary));
+    ZDA_Common::setPropertyValue(instance, "RoleReversed", Boolean(group.rm_natural != group.rm_primary));
     return instance;
 }
 
-CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildRemoteVVInstance(CIMObjectPath& volPath,
-    rm_group_vv_map* map, String localVV, String& sysName, CIMClass& volClass)
+CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildRemoteVVInstance(
+    CIMObjectPath& volPath, rm_group_vv_map* map, String localVV, String& sysName, CIMClass& volClass)
 {
     const String deviceID = ZDA_Common::getStringProperty(volPath, "DeviceID");
     const String remoteName(map->rm_remote_name);
@@ -334,9 +321,9 @@ CIMInstance ZDA_RemoteStorageSynchronizedProvider::_buildRemoteVVInstance(CIMObj
 
 // ---- the walks ---------------------------------------------------------------------------
 
-Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getInstances(
-    const OperationContext&, const CIMObjectPath& instRef, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getInstances(const OperationContext&,
+    const CIMObjectPath& instRef, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     Array<CIMInstance> instances;
     const bool isNoREPolicy = noReplicationEntityPolicy();
@@ -361,8 +348,8 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getInstances(
         return instances;
     }
     api_rcopy_t& rcopy = snapshot.rcopy;
-    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        _assoClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, _assoClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
 
     for (rm_group_wrapper* group = rcopy.groups; group; group = group->next)
     {
@@ -389,27 +376,26 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getInstances(
                 }
                 const String localWWN = wwnText(gvv->gvv.rm_local_wwn_re, gvv->gvv.rm_local_wwn);
                 const String remoteWWN = wwnText(map->rm_remote_wwn_re, map->rm_remote_wwn);
-                CIMObjectPath nearPath =
-                    ZDA_StorageVolumeProvider::createObjectPath(localWWN, _systemName, _hostAddr);
+                CIMObjectPath nearPath = ZDA_StorageVolumeProvider::createObjectPath(
+                    localWWN, _systemName, _hostAddr);
                 CIMObjectPath farPath;
                 if (remSysWWNStr.size() > 0 && map->rm_wwn_status != 0)
-                    farPath = isNoREPolicy
-                                  ? ZDA_StorageVolumeProvider::createObjectPath(remoteWWN,
-                                        remSysWWNStr, String(gtarget->rm_target))
-                                  : ZDA_ReplicationEntityProvider::buildObjectPath(_hostAddr,
-                                        remSysWWNStr, VOLUME_TYPE, remoteWWN);
+                    farPath = isNoREPolicy ? ZDA_StorageVolumeProvider::createObjectPath(
+                                                 remoteWWN, remSysWWNStr, String(gtarget->rm_target))
+                                           : ZDA_ReplicationEntityProvider::buildObjectPath(
+                                                 _hostAddr, remSysWWNStr, VOLUME_TYPE, remoteWWN);
                 else
                     // Without its WWN the far volume is named by the target
                     // and its name there.
-                    farPath = ZDA_ReplicationEntityProvider::buildObjectPath(_hostAddr,
-                        String(gtarget->rm_target), VOLUME_TYPE, String(map->rm_remote_name));
+                    farPath = ZDA_ReplicationEntityProvider::buildObjectPath(
+                        _hostAddr, String(gtarget->rm_target), VOLUME_TYPE, String(map->rm_remote_name));
                 CIMObjectPath& src = primary ? nearPath : farPath;
                 CIMObjectPath& tgt = primary ? farPath : nearPath;
-                if (getInstance && !(ZDA_Common::matchObjectPath(inSrcPath, src) &&
-                                       ZDA_Common::matchObjectPath(inTgtPath, tgt)))
+                if (getInstance &&
+                    !(ZDA_Common::matchObjectPath(inSrcPath, src) &&
+                        ZDA_Common::matchObjectPath(inTgtPath, tgt)))
                     continue;
-                instances.append(
-                    _buildAssociationInstance(src, tgt, rcopy, group, gtarget, map, syncClass));
+                instances.append(_buildAssociationInstance(src, tgt, rcopy, group, gtarget, map, syncClass));
                 if (getInstance)
                     break;
             }
@@ -418,11 +404,10 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getInstances(
     return instances;
 }
 
-Array<CIMObjectPath> ZDA_RemoteStorageSynchronizedProvider::_getInstanceNames(
-    const OperationContext& context)
+Array<CIMObjectPath> ZDA_RemoteStorageSynchronizedProvider::_getInstanceNames(const OperationContext& context)
 {
-    const Array<CIMInstance> instances =
-        _getInstances(context, CIMObjectPath(), false, false, CIMPropertyList());
+    const Array<CIMInstance> instances = _getInstances(
+        context, CIMObjectPath(), false, false, CIMPropertyList());
     Array<CIMObjectPath> paths;
     for (Uint32 i = 0; i < instances.size(); i++)
         paths.append(instances[i].getPath());
@@ -437,19 +422,16 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getRelatedInstances(
     Array<CIMInstance> related;
     if (role.size() > 0 && resultRole.size() > 0 && String::equalNoCase(role, resultRole))
     {
-        log_message(2, "Role and resultRole cannot be the same: %s\n",
-            (const char*)role.getCString());
+        log_message(2, "Role and resultRole cannot be the same: %s\n", (const char*)role.getCString());
         return related;
     }
     bool searchForTarget = true;
     bool searchForSource = true;
     if (role.size() > 0 || resultRole.size() > 0)
     {
-        if (String::equalNoCase(role, SYSTEM_ELEMENT) ||
-            String::equalNoCase(resultRole, SYNCED_ELEMENT))
+        if (String::equalNoCase(role, SYSTEM_ELEMENT) || String::equalNoCase(resultRole, SYNCED_ELEMENT))
             searchForSource = false;
-        else if (String::equalNoCase(resultRole, SYSTEM_ELEMENT) ||
-                 String::equalNoCase(role, SYNCED_ELEMENT))
+        else if (String::equalNoCase(resultRole, SYSTEM_ELEMENT) || String::equalNoCase(role, SYNCED_ELEMENT))
             searchForTarget = false;
     }
 
@@ -480,17 +462,17 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getRelatedInstances(
         return related;
     }
     api_rcopy_t& rcopy = snapshot.rcopy;
-    CIMClass targetClass = ZDA_Common::getStoredCIMClass(_cimom, context, NAMESPACE,
-        _volClassName, false, includeQualifiers, includeClassOrigin, propertyList);
-    CIMClass entityClass = ZDA_Common::getStoredCIMClass(_cimom, context, NAMESPACE,
-        CIMName(ENTITY_CLASS), false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass targetClass = ZDA_Common::getStoredCIMClass(_cimom, context, NAMESPACE, _volClassName, false,
+        includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass entityClass = ZDA_Common::getStoredCIMClass(_cimom, context, NAMESPACE, CIMName(ENTITY_CLASS),
+        false, includeQualifiers, includeClassOrigin, propertyList);
 
     for (rm_group_wrapper* group = rcopy.groups; group; group = group->next)
     {
         for (rm_group_vv_wrapper* gvv = group->gvvs; gvv; gvv = gvv->next)
         {
             const bool objFound = !fromEntity && gvv->gvv.rm_local_wwn == vvWWN &&
-                                  gvv->gvv.rm_local_wwn_re == vvWWN_re;
+                gvv->gvv.rm_local_wwn_re == vvWWN_re;
             for (int t = 0; t < group->gtarget_count; t++)
             {
                 rm_group_target* gtarget = &group->gtargets[t];
@@ -509,33 +491,32 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getRelatedInstances(
                     {
                         CIMObjectPath volPath = ZDA_StorageVolumeProvider::createObjectPath(
                             wwnStr, remSysWWNStr, String(gtarget->rm_target));
-                        related.append(_buildRemoteVVInstance(volPath, map,
-                            String(gvv->gvv.rm_local_name), _systemName, targetClass));
+                        related.append(_buildRemoteVVInstance(
+                            volPath, map, String(gvv->gvv.rm_local_name), _systemName, targetClass));
                     }
                     else if (knownWWN)
                     {
-                        related.append(ZDA_ReplicationEntityProvider::buildInstance(_systemName,
-                            remSysWWNStr, VOLUME_TYPE, wwnStr, targetClass, entityClass));
+                        related.append(ZDA_ReplicationEntityProvider::buildInstance(
+                            _systemName, remSysWWNStr, VOLUME_TYPE, wwnStr, targetClass, entityClass));
                     }
                     else
                     {
                         // Named as the pair names it: by the target and the
                         // far volume's name.
                         related.append(ZDA_ReplicationEntityProvider::buildInstance(_hostAddr,
-                            String(gtarget->rm_target), VOLUME_TYPE,
-                            String(map->rm_remote_name), targetClass, entityClass));
+                            String(gtarget->rm_target), VOLUME_TYPE, String(map->rm_remote_name), targetClass,
+                            entityClass));
                     }
                 }
                 else if (fromEntity)
                 {
-                    const bool matches = knownWWN ? (map->rm_remote_wwn == vvWWN &&
-                                                        map->rm_remote_wwn_re == vvWWN_re)
-                                                  : String::equal(ID, map->rm_remote_name);
+                    const bool matches = knownWWN
+                        ? (map->rm_remote_wwn == vvWWN && map->rm_remote_wwn_re == vvWWN_re)
+                        : String::equal(ID, map->rm_remote_name);
                     if (!matches)
                         continue;
                     CIMInstance local = ZDA_StorageVolumeProvider::buildVVInstance(
-                        String(gvv->gvv.rm_local_name), _systemName, _hostAddr, targetClass,
-                        false);
+                        String(gvv->gvv.rm_local_name), _systemName, _hostAddr, targetClass, false);
                     if (!local.isUninitialized())
                         related.append(local);
                 }
@@ -546,8 +527,7 @@ Array<CIMInstance> ZDA_RemoteStorageSynchronizedProvider::_getRelatedInstances(
 }
 
 Boolean ZDA_RemoteStorageSynchronizedProvider::_invalidParms(const CIMObjectPath& objectName,
-    const String& role, const String& resultRole, const CIMName& resultClass,
-    const String& method)
+    const String& role, const String& resultRole, const CIMName& resultClass, const String& method)
 {
     for (const String* r : {&role, &resultRole})
     {
@@ -556,18 +536,16 @@ Boolean ZDA_RemoteStorageSynchronizedProvider::_invalidParms(const CIMObjectPath
             return true;
     }
     if (String::equalNoCase(method, "references") || String::equalNoCase(method, "referenceNames"))
-        return !resultClass.isNull() && !isOneOf(resultClass, {"CIM_StorageSynchronized",
-                                                                  "ZDA_RemoteStorageSynchronized"});
-    if (!String::equalNoCase(method, "associators") &&
-        !String::equalNoCase(method, "associatorNames"))
+        return !resultClass.isNull() &&
+            !isOneOf(resultClass, {"CIM_StorageSynchronized", "ZDA_RemoteStorageSynchronized"});
+    if (!String::equalNoCase(method, "associators") && !String::equalNoCase(method, "associatorNames"))
         return false;
     if (resultClass.isNull())
         return false;
-    if (!isOneOf(resultClass, {"ZDA_ReplicationEntity", "CIM_ReplicationEntity",
-                                  "ZDA_StorageVolume", "CIM_StorageVolume", "CIM_StorageExtent",
-                                  "CIM_LogicalDevice", "CIM_EnabledLogicalElement",
-                                  "CIM_LogicalElement", "CIM_ManagedSystemElement",
-                                  "CIM_ManagedElement"}))
+    if (!isOneOf(resultClass,
+            {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", "ZDA_StorageVolume", "CIM_StorageVolume",
+                "CIM_StorageExtent", "CIM_LogicalDevice", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+                "CIM_ManagedSystemElement", "CIM_ManagedElement"}))
         return true;
     // Under the policy a volume may sit at either end: no way back to refuse.
     if (noReplicationEntityPolicy())
@@ -585,10 +563,9 @@ Boolean ZDA_RemoteStorageSynchronizedProvider::_invalidParms(const CIMObjectPath
 // ---- the operations ----------------------------------------------------------------------
 
 void ZDA_RemoteStorageSynchronizedProvider::associators(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
     logRequest("associators", objectName, resultClass, role);
@@ -598,8 +575,8 @@ void ZDA_RemoteStorageSynchronizedProvider::associators(const OperationContext& 
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    const Array<CIMInstance> related = _getRelatedInstances(context, objectName, role, resultRole,
-        includeQualifiers, includeClassOrigin, propertyList);
+    const Array<CIMInstance> related = _getRelatedInstances(
+        context, objectName, role, resultRole, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     for (Uint32 i = 0; i < related.size(); i++)
         handler.deliver(related[i]);
@@ -608,8 +585,8 @@ void ZDA_RemoteStorageSynchronizedProvider::associators(const OperationContext& 
 }
 
 void ZDA_RemoteStorageSynchronizedProvider::associatorNames(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     const String method = "associatorNames";
     logRequest("associatorNames", objectName, resultClass, role);
@@ -619,8 +596,8 @@ void ZDA_RemoteStorageSynchronizedProvider::associatorNames(const OperationConte
         logRefusedRequest(SOURCE_FILE, method, resultClass);
         return;
     }
-    const Array<CIMInstance> related = _getRelatedInstances(context, objectName, role, resultRole,
-        false, false, CIMPropertyList());
+    const Array<CIMInstance> related = _getRelatedInstances(
+        context, objectName, role, resultRole, false, false, CIMPropertyList());
     handler.processing();
     for (Uint32 i = 0; i < related.size(); i++)
         handler.deliver(related[i].getPath());
@@ -630,8 +607,8 @@ void ZDA_RemoteStorageSynchronizedProvider::associatorNames(const OperationConte
 
 void ZDA_RemoteStorageSynchronizedProvider::references(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    ObjectResponseHandler& handler)
 {
     const String method = "references";
     logRequest("references", objectName, resultClass, role);
@@ -642,8 +619,7 @@ void ZDA_RemoteStorageSynchronizedProvider::references(const OperationContext& c
         return;
     }
     const Array<CIMInstance> pairs = ZDA_Common::filterReferenceNames(
-        _getInstances(context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-            propertyList),
+        _getInstances(context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList),
         objectName, resultClass, role);
     handler.processing();
     for (Uint32 i = 0; i < pairs.size(); i++)
@@ -665,8 +641,8 @@ void ZDA_RemoteStorageSynchronizedProvider::referenceNames(const OperationContex
         return;
     }
     const Array<CIMInstance> pairs = ZDA_Common::filterReferenceNames(
-        _getInstances(context, CIMObjectPath(), false, false, CIMPropertyList()), objectName,
-        resultClass, role);
+        _getInstances(context, CIMObjectPath(), false, false, CIMPropertyList()), objectName, resultClass,
+        role);
     handler.processing();
     for (Uint32 i = 0; i < pairs.size(); i++)
         handler.deliver(pairs[i].getPath());
@@ -675,9 +651,8 @@ void ZDA_RemoteStorageSynchronizedProvider::referenceNames(const OperationContex
 }
 
 void ZDA_RemoteStorageSynchronizedProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteStorageSynchronizedProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -686,11 +661,11 @@ void ZDA_RemoteStorageSynchronizedProvider::getInstance(const OperationContext& 
         requireKeyCount(instanceReference, 2, SOURCE_FILE, ClassName, " Expect two keys.");
     Array<CIMInstance> found;
     if (!entityReference)
-        found = _getInstances(context, instanceReference, includeQualifiers, includeClassOrigin,
-            propertyList);
+        found = _getInstances(
+            context, instanceReference, includeQualifiers, includeClassOrigin, propertyList);
     if (found.size() == 0)
-        throw CIMObjectNotFoundException(nameText(instanceReference.getClassName()) +
-                                         " CIM Object not found.");
+        throw CIMObjectNotFoundException(
+            nameText(instanceReference.getClassName()) + " CIM Object not found.");
     handler.processing();
     handler.deliver(found[0]);
     handler.complete();
@@ -698,16 +673,15 @@ void ZDA_RemoteStorageSynchronizedProvider::getInstance(const OperationContext& 
 }
 
 void ZDA_RemoteStorageSynchronizedProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_RemoteStorageSynchronizedProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (classReference.getClassName().equal(ENTITY_CLASS))
         return;
-    const Array<CIMInstance> pairs = _getInstances(context, CIMObjectPath(), includeQualifiers,
-        includeClassOrigin, propertyList);
+    const Array<CIMInstance> pairs = _getInstances(
+        context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     for (Uint32 i = 0; i < pairs.size(); i++)
         handler.deliver(pairs[i]);
@@ -728,21 +702,20 @@ void ZDA_RemoteStorageSynchronizedProvider::enumerateInstanceNames(
     log_message(4, "<-- ZDA_RemoteStorageSynchronizedProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_RemoteStorageSynchronizedProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_RemoteStorageSynchronizedProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_RemoteStorageSynchronizedProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_RemoteStorageSynchronizedProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_RemoteStorageSynchronizedProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_RemoteStorageSynchronizedProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }

@@ -34,8 +34,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_RemoteStorageSynchronizedProvider : public CIMAssociationProvider,
-                                              public CIMInstanceProvider
+class ZDA_RemoteStorageSynchronizedProvider : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     ZDA_RemoteStorageSynchronizedProvider();
@@ -50,49 +49,42 @@ public:
     // or, under the policy, a volume of another system) the local volume.
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler);
-    virtual void associatorNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& associationClass,
-        const CIMName& resultClass, const String& role, const String& resultRole,
-        ObjectPathResponseHandler& handler);
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler);
     // The pairs that refer to the object (through `role`, unless empty).
     virtual void references(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
         const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler);
-    virtual void referenceNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-        ObjectPathResponseHandler& handler);
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);
 
     // The pair of the reference (exactly two keys, else
     // CIMInvalidParameterException "... Expect two keys."); a reference of
     // class ZDA_ReplicationEntity names no pair and is not found.
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // Every pair: groups, their volumes, and each volume's group targets
     // that it has a map for, in the array's order.
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: copies change through the
     // replication service's methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // CopyState, ProgressStatus and SyncState of a group volume whose map to
     // `target` has the status `vv_status` (RM_GROUP_VV_*), in `group`. New
@@ -104,8 +96,8 @@ public:
     // configured target's failure; unsynchronized ones Broken, stale ones
     // Skewed, stopped ones Broken on a failed target and Split otherwise;
     // all else (repairing, failsafe) Not Applicable. Never fails.
-    static void getVVCopyState(Uint8& vv_status, api_rcopy_t& rcopy, rm_group_target* target,
-        rm_group* group, Uint16& copyState, Uint16& progressStatus, Uint16& syncState);
+    static void getVVCopyState(Uint8& vv_status, api_rcopy_t& rcopy, rm_group_target* target, rm_group* group,
+        Uint16& copyState, Uint16& progressStatus, Uint16& syncState);
 
     // The map of the group volume `gvvs` for the group target `gtarget`:
     // the first of the volume's maps whose target name is the group
@@ -113,8 +105,8 @@ public:
     // (grp->group.rm_targets, not the volume's map_count: a volume holds a
     // slot for every target of its group). Null when the volume has no map
     // for that target; a map slot the array left empty names no target.
-    static rm_group_vv_map* findVVMap(rm_group_wrapper* grp, rm_group_target* gtarget,
-        rm_group_vv_wrapper* gvvs);
+    static rm_group_vv_map* findVVMap(
+        rm_group_wrapper* grp, rm_group_target* gtarget, rm_group_vv_wrapper* gvvs);
 
     // The configured target that the group target `gtarget` names; null for
     // a null `gtarget` or a name no target of `rcopy` has.
@@ -136,27 +128,25 @@ public:
 private:
     // The pair of `srcPath` and `tgtPath` for the map `map` of a volume of
     // `groupInfo` to `target`, on the skeleton of `syncClass`.
-    CIMInstance _buildAssociationInstance(CIMObjectPath& srcPath, CIMObjectPath& tgtPath,
-        api_rcopy_t& rcopy, rm_group_wrapper* groupInfo, rm_group_target* target,
-        rm_group_vv_map* map, CIMClass& syncClass);
+    CIMInstance _buildAssociationInstance(CIMObjectPath& srcPath, CIMObjectPath& tgtPath, api_rcopy_t& rcopy,
+        rm_group_wrapper* groupInfo, rm_group_target* target, rm_group_vv_map* map, CIMClass& syncClass);
     // Every pair (a null class in `instRef`), or the pair the reference's
     // two keys name. Empty after an array failure.
-    Array<CIMInstance> _getInstances(const OperationContext& context,
-        const CIMObjectPath& instRef, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList);
-    Array<CIMObjectPath> _getInstanceNames(const OperationContext& context);
-    // The elements at the other end of the pairs that hold `objectName`.
-    Array<CIMInstance> _getRelatedInstances(const OperationContext& context,
-        const CIMObjectPath& objectName, const String& role, const String& resultRole,
+    Array<CIMInstance> _getInstances(const OperationContext& context, const CIMObjectPath& instRef,
         const Boolean includeQualifiers, const Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
+    Array<CIMObjectPath> _getInstanceNames(const OperationContext& context);
+    // The elements at the other end of the pairs that hold `objectName`.
+    Array<CIMInstance> _getRelatedInstances(const OperationContext& context, const CIMObjectPath& objectName,
+        const String& role, const String& resultRole, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     // A far volume as a ZDA_StorageVolume of the path `volPath`, told from
     // the map alone (the far array is not read).
-    CIMInstance _buildRemoteVVInstance(CIMObjectPath& volPath, rm_group_vv_map* map,
-        String localVV, String& sysName, CIMClass& volClass);
+    CIMInstance _buildRemoteVVInstance(
+        CIMObjectPath& volPath, rm_group_vv_map* map, String localVV, String& sysName, CIMClass& volClass);
     // True for a request that cannot match (see the header comment).
-    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role,
-        const String& resultRole, const CIMName& resultClass, const String& method);
+    Boolean _invalidParms(const CIMObjectPath& objectName, const String& role, const String& resultRole,
+        const CIMName& resultClass, const String& method);
 
     CIMOMHandle _cimom;
     CIMName _assoClassName;

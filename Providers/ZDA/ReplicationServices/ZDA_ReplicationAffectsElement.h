@@ -23,8 +23,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_ReplicationAffectsElement : public CIMAssociationProvider,
-                                     public CIMInstanceProvider
+class ZDA_ReplicationAffectsElement : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name of the association paths.
@@ -34,8 +33,8 @@ public:
 
     // Every pair: the service with each replication group the server enumerates; false when
     // the server cannot say.
-    bool _getInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -14,11 +14,10 @@ namespace
 
 const String ClassName = "ZDA_ReplicationAffectsEntity";
 
-const NavigationRow ROW = {"ZDA_ReplicationAffectsEntityProvider",
-    "ZDA_ReplicationAffectsEntity", NavigationKind::Deliver,
-    navigationShape("ZDA_ReplicationAffectsEntity", "CIM_ServiceAffectsElement",
-        "AffectingElement", EndClass::ReplicationService,
-        "AffectedElement", EndClass::ReplicationEntity)};
+const NavigationRow ROW = {"ZDA_ReplicationAffectsEntityProvider", "ZDA_ReplicationAffectsEntity",
+    NavigationKind::Deliver,
+    navigationShape("ZDA_ReplicationAffectsEntity", "CIM_ServiceAffectsElement", "AffectingElement",
+        EndClass::ReplicationService, "AffectedElement", EndClass::ReplicationEntity)};
 
 // The request checks test the roles of the synchronization associations,
 // SystemElement for the service's end and SyncedElement for the entities',
@@ -41,32 +40,30 @@ void ZDA_ReplicationAffectsEntityProvider::initialize(CIMOMHandle& cimom)
         ZDA_Common::getSystemName(cimom), _systemAddress);
 }
 
-bool ZDA_ReplicationAffectsEntityProvider::_getRelatedInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_ReplicationAffectsEntityProvider::_getRelatedInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsFromRemoteCopy(_cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_ALL,
-        _servicePath,
+    return pairsFromRemoteCopy(
+        _cimom, query, ROW.provider, API_RCOPY_QUERY_TYPE_ALL, _servicePath,
         [&](api_rcopy_t& rcopy, bool withInstances, std::vector<WalkEnd>& ends) {
             CIMClass entityClass;
             CIMClass groupClass;
             CIMClass volumeClass;
             if (withInstances)
             {
-                entityClass = moduleClass(_cimom, "ZDA_ReplicationEntity",
-                    query.includeQualifiers, query.includeClassOrigin, query.propertyList);
-                groupClass = moduleClass(_cimom, "ZDA_RemoteReplicationGroup", false, false,
-                    CIMPropertyList());
-                volumeClass = moduleClass(_cimom, "ZDA_StorageVolume", false, false,
-                    CIMPropertyList());
+                entityClass = moduleClass(_cimom, "ZDA_ReplicationEntity", query.includeQualifiers,
+                    query.includeClassOrigin, query.propertyList);
+                groupClass = moduleClass(
+                    _cimom, "ZDA_RemoteReplicationGroup", false, false, CIMPropertyList());
+                volumeClass = moduleClass(_cimom, "ZDA_StorageVolume", false, false, CIMPropertyList());
             }
-            ZDA_ReplicationEntityProvider::forEachEntity(rcopy, true, true,
-                [&](const char* type, const String& name, const String& host) {
+            ZDA_ReplicationEntityProvider::forEachEntity(
+                rcopy, true, true, [&](const char* type, const String& name, const String& host) {
                     WalkEnd end;
                     if (withInstances)
                     {
-                        end.instance = ZDA_ReplicationEntityProvider::buildInstance(
-                            _systemAddress, host, type, name,
-                            String::equal(type, "RG") ? groupClass : volumeClass, entityClass);
+                        end.instance = ZDA_ReplicationEntityProvider::buildInstance(_systemAddress, host,
+                            type, name, String::equal(type, "RG") ? groupClass : volumeClass, entityClass);
                         end.path = end.instance.getPath();
                     }
                     else
@@ -81,7 +78,6 @@ bool ZDA_ReplicationAffectsEntityProvider::_getRelatedInstances(const PairQuery&
         pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_ReplicationAffectsEntityProvider, _getRelatedInstances,
-    REQUEST_SHAPE)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_ReplicationAffectsEntityProvider, _getRelatedInstances, REQUEST_SHAPE)
 
 PEGASUS_NAMESPACE_END

@@ -25,8 +25,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_ReplicationAffectsEntityProvider : public CIMAssociationProvider,
-                                            public CIMInstanceProvider
+class ZDA_ReplicationAffectsEntityProvider : public CIMAssociationProvider, public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name and the service's path.
@@ -36,8 +35,8 @@ public:
 
     // Every pair: the service with each entity of the remote copy configuration, far groups
     // first, then far volumes; false when the array cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

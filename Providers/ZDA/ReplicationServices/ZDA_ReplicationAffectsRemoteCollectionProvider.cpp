@@ -14,9 +14,8 @@ const String ClassName = "ZDA_ReplicationAffectsRemoteCollection";
 
 const NavigationRow ROW = {"ZDA_ReplicationAffectsRemoteCollectionProvider",
     "ZDA_ReplicationAffectsRemoteCollection", NavigationKind::Affects,
-    navigationShape("ZDA_ReplicationAffectsRemoteCollection", "CIM_ServiceAffectsElement",
-        "AffectingElement", EndClass::ReplicationService,
-        "AffectedElement", EndClass::RemoteReplicationCollection)};
+    navigationShape("ZDA_ReplicationAffectsRemoteCollection", "CIM_ServiceAffectsElement", "AffectingElement",
+        EndClass::ReplicationService, "AffectedElement", EndClass::RemoteReplicationCollection)};
 
 }  // namespace
 
@@ -26,14 +25,13 @@ void ZDA_ReplicationAffectsRemoteCollectionProvider::initialize(CIMOMHandle& cim
     _systemAddress = ZDA_Common::getSystemHostName(cimom);
 }
 
-bool ZDA_ReplicationAffectsRemoteCollectionProvider::_getInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_ReplicationAffectsRemoteCollectionProvider::_getInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService",
-        CIMObjectPath(), "ZDA_RemoteReplicationCollection", pairs);
+    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService", CIMObjectPath(),
+        "ZDA_RemoteReplicationCollection", pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_ReplicationAffectsRemoteCollectionProvider, _getInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_ReplicationAffectsRemoteCollectionProvider, _getInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

@@ -25,7 +25,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_ReplicationAffectsRemoteCollectionProvider : public CIMAssociationProvider,
-                                                      public CIMInstanceProvider
+                                                       public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the host name of the association paths.
@@ -35,8 +35,8 @@ public:
 
     // Every pair: the service with each remote replication collection the server enumerates;
     // false when the server cannot say.
-    bool _getInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

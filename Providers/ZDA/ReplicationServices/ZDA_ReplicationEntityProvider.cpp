@@ -30,8 +30,7 @@ const char VOLUME_TYPE[] = "VV";
 // Type "Other": the entity stands for an element of another system.
 const Uint16 ENTITY_TYPE_OTHER = 11;
 
-const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_ReplicationEntity",
-    "ZDA_ReplicationEntity"};
+const std::vector<const char*> ACCEPTED_CLASSES = {"CIM_ReplicationEntity", "ZDA_ReplicationEntity"};
 
 // The properties an embedded element keeps: its keys.
 CIMPropertyList groupKeys()
@@ -61,8 +60,9 @@ struct Wanted
 
     bool skips(const char* entityType, const String& entityName, const String& entityHost) const
     {
-        return one && (!String::equal(type, entityType) || !String::equal(name, entityName) ||
-                          !String::equal(host, entityHost));
+        return one &&
+            (!String::equal(type, entityType) || !String::equal(name, entityName) ||
+                !String::equal(host, entityHost));
     }
     bool wants(const char* entityType) const { return !one || String::equal(type, entityType); }
 };
@@ -87,36 +87,36 @@ ZDA_ReplicationEntityProvider::ZDA_ReplicationEntityProvider(const CIMObjectPath
 
 ZDA_ReplicationEntityProvider::~ZDA_ReplicationEntityProvider() = default;
 
-String ZDA_ReplicationEntityProvider::buildInstanceID(String systemAddress, String entityType,
-    String entityName)
+String ZDA_ReplicationEntityProvider::buildInstanceID(
+    String systemAddress, String entityType, String entityName)
 {
     return INSTANCE_ID_PREFIX + entityType + ":" + entityName + ":" + systemAddress;
 }
 
-CIMObjectPath ZDA_ReplicationEntityProvider::buildObjectPath(String systemName,
-    String entitySystemName, String entityType, String entityName)
+CIMObjectPath ZDA_ReplicationEntityProvider::buildObjectPath(
+    String systemName, String entitySystemName, String entityType, String entityName)
 {
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID",
-        buildInstanceID(entitySystemName, entityType, entityName), CIMKeyBinding::STRING));
+    keys.append(CIMKeyBinding(
+        "InstanceID", buildInstanceID(entitySystemName, entityType, entityName), CIMKeyBinding::STRING));
     return CIMObjectPath(systemName, NAMESPACE, ClassName, keys);
 }
 
 CIMInstance ZDA_ReplicationEntityProvider::buildInstance(String const& localHostName,
-    String const& entityHostName, String const& entityType, String const& entityName,
-    CIMClass& entityClass, CIMClass& replicaEntityClass)
+    String const& entityHostName, String const& entityType, String const& entityName, CIMClass& entityClass,
+    CIMClass& replicaEntityClass)
 {
     CIMInstance element;
     if (String::equal(entityType, GROUP_TYPE))
     {
-        element = ZDA_RemoteReplicationGroupProvider::buildEmptyInstance(entityName, entityClass,
-            entityHostName);
+        element = ZDA_RemoteReplicationGroupProvider::buildEmptyInstance(
+            entityName, entityClass, entityHostName);
         element.filter(false, false, groupKeys());
     }
     else
     {
-        element = ZDA_StorageVolumeProvider::buildEmptyInstance(entityName, entityHostName,
-            entityHostName, entityClass);
+        element = ZDA_StorageVolumeProvider::buildEmptyInstance(
+            entityName, entityHostName, entityHostName, entityClass);
         element.filter(false, false, volumeKeys());
     }
     // The element's identity within its own system: no host, no namespace.
@@ -125,8 +125,8 @@ CIMInstance ZDA_ReplicationEntityProvider::buildInstance(String const& localHost
     elementPath.setNameSpace(CIMNamespaceName());
 
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(replicaEntityClass);
-    ZDA_Common::setPropertyValue(instance, "InstanceID",
-        buildInstanceID(entityHostName, entityType, entityName));
+    ZDA_Common::setPropertyValue(
+        instance, "InstanceID", buildInstanceID(entityHostName, entityType, entityName));
     ZDA_Common::setPropertyValue(instance, "Type", ENTITY_TYPE_OTHER);
     if (instance.findProperty("Element") != PEG_NOT_FOUND)
         ZDA_Common::setPropertyValue(instance, "Element", element);
@@ -138,8 +138,8 @@ CIMInstance ZDA_ReplicationEntityProvider::buildInstance(String const& localHost
     return instance;
 }
 
-void ZDA_ReplicationEntityProvider::extractFromInstanceID(const String& instanceID,
-    String& entityType, String& entityName, String& hostName)
+void ZDA_ReplicationEntityProvider::extractFromInstanceID(
+    const String& instanceID, String& entityType, String& entityName, String& hostName)
 {
     entityType.clear();
     entityName.clear();
@@ -160,21 +160,17 @@ void ZDA_ReplicationEntityProvider::extractFromInstanceID(const String& instance
     hostName = rest.subString(second + 1);
 }
 
-void ZDA_ReplicationEntityProvider::deliverInstances(CIMOMHandle& cimom,
-    const OperationContext&, const CIMObjectPath& instanceReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+void ZDA_ReplicationEntityProvider::deliverInstances(CIMOMHandle& cimom, const OperationContext&,
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList, const String& systemAddress, cim_method_e method,
     cim_handler_u handler)
 {
     log_message(4, "--> ZDA_ReplicationEntityProvider::deliverInstances()\n");
     ZDA_Common::handleProcessing(handler, method);
-    CIMClass entityClass = moduleClass(cimom, ClassName, includeQualifiers, includeClassOrigin,
-        propertyList);
+    CIMClass entityClass = moduleClass(cimom, ClassName, includeQualifiers, includeClassOrigin, propertyList);
     // The embedded elements keep their keys whatever the caller asked for.
-    CIMClass volumeClass = moduleClass(cimom, "ZDA_StorageVolume", false, false,
-        CIMPropertyList());
-    CIMClass groupClass = moduleClass(cimom, "ZDA_RemoteReplicationGroup", false, false,
-        CIMPropertyList());
+    CIMClass volumeClass = moduleClass(cimom, "ZDA_StorageVolume", false, false, CIMPropertyList());
+    CIMClass groupClass = moduleClass(cimom, "ZDA_RemoteReplicationGroup", false, false, CIMPropertyList());
 
     Wanted wanted;
     bool readable = true;
@@ -197,22 +193,22 @@ void ZDA_ReplicationEntityProvider::deliverInstances(CIMOMHandle& cimom,
     auto deliver = [&](const char* type, const String& name, const String& host) {
         if (wanted.skips(type, name, host))
             return false;
-        ZDA_Common::handleDeliver(handler, method, buildInstance(systemAddress, host, type, name,
-            String::equal(type, GROUP_TYPE) ? groupClass : volumeClass, entityClass));
+        ZDA_Common::handleDeliver(handler, method,
+            buildInstance(systemAddress, host, type, name,
+                String::equal(type, GROUP_TYPE) ? groupClass : volumeClass, entityClass));
         found = true;
         return wanted.one;
     };
 
     RCopySnapshot snapshot;
     if (readable && readForWalk(snapshot, API_RCOPY_QUERY_TYPE_ALL, SOURCE_FILE))
-        forEachEntity(snapshot.rcopy, wanted.wants(GROUP_TYPE), wanted.wants(VOLUME_TYPE),
-            deliver);
+        forEachEntity(snapshot.rcopy, wanted.wants(GROUP_TYPE), wanted.wants(VOLUME_TYPE), deliver);
     endWalk(SOURCE_FILE, ClassName, handler, method, found);
     log_message(4, "<-- ZDA_ReplicationEntityProvider::deliverInstances()\n");
 }
 
-void ZDA_ReplicationEntityProvider::forEachEntity(api_rcopy_t& rcopy, bool groups,
-    bool volumes, const EntityVisitor& visit)
+void ZDA_ReplicationEntityProvider::forEachEntity(
+    api_rcopy_t& rcopy, bool groups, bool volumes, const EntityVisitor& visit)
 {
     for (rm_group_wrapper* g = rcopy.groups; g && groups; g = g->next)
     {
@@ -231,25 +227,22 @@ void ZDA_ReplicationEntityProvider::forEachEntity(api_rcopy_t& rcopy, bool group
             for (int t = 0; t < g->gtarget_count; t++)
             {
                 rm_group_target* gtarget = &g->gtargets[t];
-                const String peerWWN =
-                    ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&rcopy, gtarget);
-                const rm_group_vv_map* map =
-                    ZDA_RemoteStorageSynchronizedProvider::findVVMap(g, gtarget, v);
+                const String peerWWN = ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(
+                    &rcopy, gtarget);
+                const rm_group_vv_map* map = ZDA_RemoteStorageSynchronizedProvider::findVVMap(g, gtarget, v);
                 if (!map)
                     continue;
                 bool stop;
                 if (peerWWN.size() > 0 && map->rm_wwn_status != RM_VV_WWN_INVALID)
                 {
                     char wwn[API_WWN_TEXT_LEN];
-                    api_wwnIntToString(map->rm_remote_wwn_re, map->rm_remote_wwn, wwn,
-                        sizeof wwn);
+                    api_wwnIntToString(map->rm_remote_wwn_re, map->rm_remote_wwn, wwn, sizeof wwn);
                     wwn[API_WWN_TEXT_LEN - 1] = '\0';
                     stop = visit(VOLUME_TYPE, String(wwn), peerWWN);
                 }
                 else
                 {
-                    stop = visit(VOLUME_TYPE, String(map->rm_remote_name),
-                        String(gtarget->rm_target));
+                    stop = visit(VOLUME_TYPE, String(map->rm_remote_name), String(gtarget->rm_target));
                 }
                 if (stop)
                     return;
@@ -270,28 +263,25 @@ void ZDA_ReplicationEntityProvider::terminate()
 }
 
 void ZDA_ReplicationEntityProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkGetInstance(WALKED, _cimom, context, instanceReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_ReplicationEntityProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
-    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers,
-        includeClassOrigin, propertyList, _systemAddress, handler, __LINE__);
+    walkEnumerateInstances(WALKED, _cimom, context, classReference, includeQualifiers, includeClassOrigin,
+        propertyList, _systemAddress, handler, __LINE__);
 }
 
-void ZDA_ReplicationEntityProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_ReplicationEntityProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
-    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler,
-        __LINE__);
+    walkEnumerateInstanceNames(WALKED, _cimom, context, classReference, _systemAddress, handler, __LINE__);
 }
 
 void ZDA_ReplicationEntityProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
@@ -300,14 +290,14 @@ void ZDA_ReplicationEntityProvider::modifyInstance(const OperationContext&, cons
     throw notSupported(ClassName, "modifyInstance");
 }
 
-void ZDA_ReplicationEntityProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ReplicationEntityProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_ReplicationEntityProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_ReplicationEntityProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }

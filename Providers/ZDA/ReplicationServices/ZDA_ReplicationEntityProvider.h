@@ -48,8 +48,8 @@ public:
     static String buildInstanceID(String systemAddress, String entityType, String entityName);
     // The entity's path: host `systemName`, root/zda, InstanceID
     // buildInstanceID(entitySystemName, entityType, entityName).
-    static CIMObjectPath buildObjectPath(String systemName, String entitySystemName,
-        String entityType, String entityName);
+    static CIMObjectPath buildObjectPath(
+        String systemName, String entitySystemName, String entityType, String entityName);
     // The entity on the skeleton of `replicaEntityClass` (properties the
     // class lacks are left out), with the path of
     // buildObjectPath(localHostName, entityHostName, entityType, entityName).
@@ -65,20 +65,18 @@ public:
     // first colon is the type, up to the second the name, all the rest
     // (colons included) the host. With one colon the host is empty; with
     // none, or without the prefix, all three are empty.
-    static void extractFromInstanceID(const String& instanceID, String& entityType,
-        String& entityName, String& hostName);
+    static void extractFromInstanceID(
+        const String& instanceID, String& entityType, String& entityName, String& hostName);
     // Receives one entity of a walk: its type ("RG" or "VV"), name and host.
     // True ends the walk.
-    typedef std::function<bool(const char* entityType, const String& entityName,
-        const String& entityHost)>
+    typedef std::function<bool(const char* entityType, const String& entityName, const String& entityHost)>
         EntityVisitor;
     // The entities of a remote copy snapshot, in the walk's order: with
     // `groups` every far group, one per group and target; then with
     // `volumes` every far volume, one per group volume and target that has
     // a map, named by its WWN when the peer's WWN is known, else by its
     // name on the target.
-    static void forEachEntity(api_rcopy_t& rcopy, bool groups, bool volumes,
-        const EntityVisitor& visit);
+    static void forEachEntity(api_rcopy_t& rcopy, bool groups, bool volumes, const EntityVisitor& visit);
     // The walk behind getInstance (`method` CIM_GET_INSTANCE: the entity the
     // reference's InstanceID names, CIMObjectNotFoundException when there is
     // none), enumerateInstances and enumerateInstanceNames (for a reference
@@ -88,8 +86,8 @@ public:
     // the end, also after an array failure.
     static void deliverInstances(CIMOMHandle& cimom, const OperationContext& context,
         const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        const String& systemAddress, cim_method_e method, cim_handler_u handler);
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList, const String& systemAddress,
+        cim_method_e method, cim_handler_u handler);
 
     // Keeps the handle and reads the system's host name.
     virtual void initialize(CIMOMHandle& cimom);
@@ -98,31 +96,27 @@ public:
     // Class CIM_ReplicationEntity or ZDA_ReplicationEntity (else
     // CIMNotSupportedException); getInstance needs exactly one key
     // (CIMInvalidParameterException).
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException: far elements are not changed
     // from here, and the class has no methods.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     CIMOMHandle _cimom;

@@ -106,8 +106,8 @@ CIMObjectPath ZDA_ReplicationGroupProvider::buildObjectPath(String systemAddress
     return CIMObjectPath(systemAddress, NAMESPACE, ClassName, keys);
 }
 
-CIMInstance ZDA_ReplicationGroupProvider::buildInstance(api_set_t* pSet,
-    CIMClass& replicaGroupClass, String& systemAddress)
+CIMInstance ZDA_ReplicationGroupProvider::buildInstance(
+    api_set_t* pSet, CIMClass& replicaGroupClass, String& systemAddress)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(replicaGroupClass);
     ZDA_Common::setPropertyValue(instance, "ElementName", String(pSet->name));
@@ -128,8 +128,7 @@ CIMInstance ZDA_ReplicationGroupProvider::buildInstance(api_set_t* pSet,
                 (const char*)e.getMessage().getCString());
         }
     }
-    ZDA_Common::setPropertyValue(instance, "InstanceID",
-        String(INSTANCE_ID_PREFIX) + String(pSet->name));
+    ZDA_Common::setPropertyValue(instance, "InstanceID", String(INSTANCE_ID_PREFIX) + String(pSet->name));
     ZDA_Common::setPropertyValue(instance, "Persistent", Boolean(true));
     ZDA_Common::setPropertyValue(instance, "ConsistentPointInTime", Boolean(true));
     ZDA_Common::setPropertyValue(instance, "DeleteOnEmptyElement", Boolean(false));
@@ -152,8 +151,8 @@ void ZDA_ReplicationGroupProvider::terminate()
 }
 
 Array<CIMInstance> ZDA_ReplicationGroupProvider::_buildInstances(const OperationContext&,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     Array<CIMInstance> instances;
     VVSetList sets;
@@ -179,24 +178,23 @@ Array<CIMInstance> ZDA_ReplicationGroupProvider::_buildInstances(const Operation
         log_message(2, "--> ZDA_ReplicationGroupProvider::_buildInstances()  api_getSets failed.\n");
         return instances;
     }
-    CIMClass groupClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass groupClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     for (Uint32 i = 0; i < sets.size(); i++)
         instances.append(buildInstance(&sets[i], groupClass, _systemAddress));
     return instances;
 }
 
 void ZDA_ReplicationGroupProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationGroupProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireGroupClass(instanceReference);
     requireKeyCount(instanceReference, 1, SOURCE_FILE, ClassName, " Expect only one key.");
-    Array<CIMInstance> instances = _buildInstances(context, instanceReference,
-        includeQualifiers, includeClassOrigin, propertyList);
+    Array<CIMInstance> instances = _buildInstances(
+        context, instanceReference, includeQualifiers, includeClassOrigin, propertyList);
     if (instances.size() == 0)
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     handler.processing();
@@ -206,17 +204,16 @@ void ZDA_ReplicationGroupProvider::getInstance(const OperationContext& context,
 }
 
 void ZDA_ReplicationGroupProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationGroupProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireGroupClass(classReference);
-    log_message(4, "\t className = %s\n",
-        (const char*)classReference.getClassName().getString().getCString());
-    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), includeQualifiers,
-        includeClassOrigin, propertyList);
+    log_message(
+        4, "\t className = %s\n", (const char*)classReference.getClassName().getString().getCString());
+    Array<CIMInstance> instances = _buildInstances(
+        context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     for (Uint32 i = 0; i < instances.size(); i++)
         handler.deliver(instances[i]);
@@ -224,16 +221,15 @@ void ZDA_ReplicationGroupProvider::enumerateInstances(const OperationContext& co
     log_message(4, "<-- ZDA_ReplicationGroupProvider::enumerateInstances()\n");
 }
 
-void ZDA_ReplicationGroupProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_ReplicationGroupProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationGroupProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     requireGroupClass(classReference);
-    log_message(4, "\t className = %s\n",
-        (const char*)classReference.getClassName().getString().getCString());
-    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), false, false,
-        CIMPropertyList());
+    log_message(
+        4, "\t className = %s\n", (const char*)classReference.getClassName().getString().getCString());
+    Array<CIMInstance> instances = _buildInstances(context, CIMObjectPath(), false, false, CIMPropertyList());
     handler.processing();
     for (Uint32 i = 0; i < instances.size(); i++)
         handler.deliver(instances[i].getPath());
@@ -254,11 +250,11 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
 
     const int authorized = authorizeGeneric(userName, ipAddress, className, methodName);
     if (authorized == 1 || authorized == 2)
-        throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege",
-            SOURCE_FILE, __LINE__);
+        throw TraceableCIMException(
+            CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege", SOURCE_FILE, __LINE__);
     if (authorized != 0)
-        throw TraceableCIMException(CIM_ERR_NOT_SUPPORTED, "Does not support in generic!",
-            SOURCE_FILE, __LINE__);
+        throw TraceableCIMException(
+            CIM_ERR_NOT_SUPPORTED, "Does not support in generic!", SOURCE_FILE, __LINE__);
 
     _api_evtparam_t event;
     std::memset(&event, 0, sizeof event);
@@ -298,8 +294,7 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
         if (status.code != 0)
         {
             const String text = statusText(status);
-            log_message(2, "\tError: %d, message: %s\n", status.code,
-                (const char*)text.getCString());
+            log_message(2, "\tError: %d, message: %s\n", status.code, (const char*)text.getCString());
             throw CIMOperationFailedException(ClassName + ", " + text);
         }
     }
@@ -307,20 +302,20 @@ void ZDA_ReplicationGroupProvider::modifyInstance(const OperationContext& contex
     log_message(4, "<-- ZDA_ReplicationGroupProvider::modifyInstance()\n");
 }
 
-void ZDA_ReplicationGroupProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ReplicationGroupProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw notSupported(ClassName, "createInstance");
 }
 
-void ZDA_ReplicationGroupProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_ReplicationGroupProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw notSupported(ClassName, "deleteInstance");
 }
 
-void ZDA_ReplicationGroupProvider::invokeMethod(const OperationContext&, const CIMObjectPath&,
-    const CIMName&, const Array<CIMParamValue>&, MethodResultResponseHandler&)
+void ZDA_ReplicationGroupProvider::invokeMethod(const OperationContext&, const CIMObjectPath&, const CIMName&,
+    const Array<CIMParamValue>&, MethodResultResponseHandler&)
 {
     throw notSupported(ClassName, "invokeMethod");
 }

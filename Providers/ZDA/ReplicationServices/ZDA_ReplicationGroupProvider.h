@@ -44,8 +44,7 @@ public:
     // `replicaGroupClass` (properties the class lacks are left out), with the
     // path of buildObjectPath(systemAddress, name). Description is set only
     // for a non-empty comment.
-    static CIMInstance buildInstance(api_set_t* pSet, CIMClass& replicaGroupClass,
-        String& systemAddress);
+    static CIMInstance buildInstance(api_set_t* pSet, CIMClass& replicaGroupClass, String& systemAddress);
 
     // Keeps the handle and reads the system's name and host name.
     virtual void initialize(CIMOMHandle& cimom);
@@ -55,18 +54,16 @@ public:
     // The group of the reference (class CIM_ReplicationGroup or
     // ZDA_ReplicationGroup, one key). No such vvset, an InstanceID naming
     // none, or a failed or busy array: CIMObjectNotFoundException.
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // Every vvset, in the array's order; nothing (and no error) when the
     // array fails or is busy.
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Renames the vvset (ElementName) and/or sets its comment (Description)
     // in one array call; other properties are passed over, and with neither
@@ -76,21 +73,19 @@ public:
     // ElementName, CIMObjectNotFoundException for no such vvset,
     // CIMOperationFailedException with the array's text when the change
     // fails. processing() comes before the vvset is looked up.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
     // Refused with CIMNotSupportedException: groups are made and removed by
     // the replication service's methods.
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
     // Refused with CIMNotSupportedException: the class has no methods.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
     // The groups the reference names: all vvsets for a reference without a

@@ -15,8 +15,8 @@ const String ClassName = "ZDA_ReplicationServiceAffectsRemoteReplicationGroup";
 const NavigationRow ROW = {"ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider",
     "ZDA_ReplicationServiceAffectsRemoteReplicationGroup", NavigationKind::Affects,
     navigationShape("ZDA_ReplicationServiceAffectsRemoteReplicationGroup", "CIM_ServiceAffectsElement",
-        "AffectingElement", EndClass::ReplicationService,
-        "AffectedElement", EndClass::RemoteReplicationGroup, true)};
+        "AffectingElement", EndClass::ReplicationService, "AffectedElement", EndClass::RemoteReplicationGroup,
+        true)};
 
 }  // namespace
 
@@ -26,14 +26,14 @@ void ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider::initialize(CIM
     _systemAddress = ZDA_Common::getSystemHostName(cimom);
 }
 
-bool ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider::_getInstances(const PairQuery& query,
-    std::vector<EndPair>& pairs)
+bool ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider::_getInstances(
+    const PairQuery& query, std::vector<EndPair>& pairs)
 {
-    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService",
-        CIMObjectPath(), "ZDA_RemoteReplicationGroup", pairs);
+    return pairsThroughCimom(_cimom, query, ROW.provider, "ZDA_ReplicationService", CIMObjectPath(),
+        "ZDA_RemoteReplicationGroup", pairs);
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider, _getInstances,
-    ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(
+    ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider, _getInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

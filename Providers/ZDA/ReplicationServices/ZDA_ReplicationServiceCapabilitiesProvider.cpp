@@ -67,62 +67,27 @@ struct ReplicationTypeRow
 };
 
 const ReplicationTypeRow kReplicationTypes[] = {
-    {4, 6, 2, REMOTE,
-        {2, 6, 7, 8, 16, 17},
-        {2, 4, 5, 11, 14, 18, 34, 40, 59, 60},
+    {4, 6, 2, REMOTE, {2, 6, 7, 8, 16, 17}, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60},
         {2, 11, 3, 4, 5, 7, 10, 13}, {true, true, true, true, true, true, true, true},
-        {2, 11, 3, 4, 5, 7, 10, 13, 14},
-        {},
-        true, {4, 8, 10, 11, 14, 20, 21},
-        {2},
-        {2, 3},
+        {2, 11, 3, 4, 5, 7, 10, 13, 14}, {}, true, {4, 8, 10, 11, 14, 20, 21}, {2}, {2, 3},
         {3, 5, 1, 3, 2, 2, 5, 3}},
-    {5, 6, 3, REMOTE,
-        {2, 6, 7, 8, 16, 17},
-        {2, 4, 5, 11, 14, 18, 34, 40, 59, 60},
+    {5, 6, 3, REMOTE, {2, 6, 7, 8, 16, 17}, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60},
         {2, 11, 3, 4, 5, 7, 10, 13}, {true, true, true, true, true, true, true, true},
-        {2, 11, 3, 4, 5, 7, 10, 13, 14},
-        {},
-        true, {4, 8, 10, 11, 14, 20, 21},
-        {2},
-        {2, 3},
+        {2, 11, 3, 4, 5, 7, 10, 13, 14}, {}, true, {4, 8, 10, 11, 14, 20, 21}, {2}, {2, 3},
         {3, 8, 1, 3, 2, 2, 5, 3}},
-    {6, 7, 2, LOCAL,
-        {2, 10, 16},
-        {3, 4, 11, 14},
-        {3, 4, 5}, {true, true, false},
-        {},
-        {8, 9, 15, 19},
-        true, {19},
-        {2},
-        {},
-        {3, 4, 1, 3, 2, 2, 7, 3}},
-    {10, 8, 2, LOCAL,
-        {2, 8, 18},
-        {3, 4, 8, 11, 12, 14, 16},
-        {2, 3, 4}, {false, false, false},
-        {},
-        {2},
-        false, {},
-        {2},
-        {2, 3},
-        {3, 9, 1, 3, 2, 2, 5, 3}},
-    {11, 8, 3, LOCAL,
-        {2, 3, 8, 16},
-        {3, 4, 8, 11, 12, 14},
-        {2, 3, 4, 5, 8}, {false, false, false, false, false},
-        {},
-        {14, 8, 9, 2},
-        false, {},
-        {2},
-        {2, 3},
+    {6, 7, 2, LOCAL, {2, 10, 16}, {3, 4, 11, 14}, {3, 4, 5}, {true, true, false}, {}, {8, 9, 15, 19}, true,
+        {19}, {2}, {}, {3, 4, 1, 3, 2, 2, 7, 3}},
+    {10, 8, 2, LOCAL, {2, 8, 18}, {3, 4, 8, 11, 12, 14, 16}, {2, 3, 4}, {false, false, false}, {}, {2}, false,
+        {}, {2}, {2, 3}, {3, 9, 1, 3, 2, 2, 5, 3}},
+    {11, 8, 3, LOCAL, {2, 3, 8, 16}, {3, 4, 8, 11, 12, 14}, {2, 3, 4, 5, 8},
+        {false, false, false, false, false}, {}, {14, 8, 9, 2}, false, {}, {2}, {2, 3},
         {3, 9, 1, 3, 2, 2, 5, 3}},
 };
 
 // Properties of CIM_ReplicationSettingData by number, from 2.
-const char* const kSettingDataNames[] = {"ConsistentPointInTime", "DesiredCopyMethodology",
-    "Multihop", "OnGroupOrListError", "UnequalGroupsAction", "TargetElementSupplier",
-    "ThinProvisioningPolicy", "Pairing"};
+const char* const kSettingDataNames[] = {"ConsistentPointInTime", "DesiredCopyMethodology", "Multihop",
+    "OnGroupOrListError", "UnequalGroupsAction", "TargetElementSupplier", "ThinProvisioningPolicy",
+    "Pairing"};
 const Uint16 FIRST_SETTING = 2;
 const Uint16 LAST_SETTING = 9;
 
@@ -147,11 +112,11 @@ const WaitForCopyStatesRow kWaitForCopyStates[] = {
 // Where a maximum comes from.
 enum class Source
 {
-    Constant,        // the number given
-    BaseVolumes,     // maxBaseVol
-    RWSnapshots,     // maxRWSnapshots
-    SnapshotVolumes, // the smaller of maxVol - maxBaseVol and maxBaseVol
-    RemoteCopyVar    // getRemoteCopyMaxVar(the number given)
+    Constant,         // the number given
+    BaseVolumes,      // maxBaseVol
+    RWSnapshots,      // maxRWSnapshots
+    SnapshotVolumes,  // the smaller of maxVol - maxBaseVol and maxBaseVol
+    RemoteCopyVar     // getRemoteCopyMaxVar(the number given)
 };
 
 struct MaximumCell
@@ -163,8 +128,14 @@ struct MaximumCell
 const MaximumCell BASE = {Source::BaseVolumes, 0};
 const MaximumCell RW = {Source::RWSnapshots, 0};
 const MaximumCell SNAPSHOTS = {Source::SnapshotVolumes, 0};
-MaximumCell constant(Uint32 n) { return {Source::Constant, n}; }
-MaximumCell remoteVar(Uint32 var) { return {Source::RemoteCopyVar, var}; }
+MaximumCell constant(Uint32 n)
+{
+    return {Source::Constant, n};
+}
+MaximumCell remoteVar(Uint32 var)
+{
+    return {Source::RemoteCopyVar, var};
+}
 
 // GetSupportedMaximum by Component (2 to 9), one cell per replication type
 // in the order of kReplicationTypes: 4, 5, 6, 10, 11. The asynchronous
@@ -259,16 +230,12 @@ struct Reply
     Uint32 status = RC_OK;
     Array<CIMParamValue> outputs;
 
-    void add(const char* name, const CIMValue& value)
-    {
-        outputs.append(CIMParamValue(name, value, true));
-    }
+    void add(const char* name, const CIMValue& value) { outputs.append(CIMParamValue(name, value, true)); }
 };
 
 // The closing of every handler: processing, the outputs (only with 0),
 // the return value as a Uint32, complete.
-void deliverReply(MethodResultResponseHandler& handler, const Reply& reply,
-    const char* handlerName)
+void deliverReply(MethodResultResponseHandler& handler, const Reply& reply, const char* handlerName)
 {
     handler.processing();
     if (reply.status == RC_OK)
@@ -317,11 +284,10 @@ const char REPLICATION_TYPE_IS_MANDATORY[] = "ReplicationType is mandatory\n";
 // The handlers that answer one list of the replication type's row under
 // one output name.
 void answerTypeList(const char* handlerName, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler, const char* output,
-    Values ReplicationTypeRow::*list)
+    MethodResultResponseHandler& handler, const char* output, Values ReplicationTypeRow::*list)
 {
-    answerMethod(handlerName, inParameters, {"ReplicationType"}, 1,
-        REPLICATION_TYPE_IS_MANDATORY, handler, [&](const Inputs& in, Reply& reply) {
+    answerMethod(handlerName, inParameters, {"ReplicationType"}, 1, REPLICATION_TYPE_IS_MANDATORY, handler,
+        [&](const Inputs& in, Reply& reply) {
             const ReplicationTypeRow* row = replicationTypeRow(in[0]);
             if (!row)
                 reply.status = RC_NOT_SUPPORTED;
@@ -351,8 +317,7 @@ void answerNotSupported(MethodResultResponseHandler& handler)
 
 ZDA_ReplicationServiceCapabilitiesProvider::ZDA_ReplicationServiceCapabilitiesProvider() = default;
 
-ZDA_ReplicationServiceCapabilitiesProvider::ZDA_ReplicationServiceCapabilitiesProvider(
-    const CIMObjectPath&)
+ZDA_ReplicationServiceCapabilitiesProvider::ZDA_ReplicationServiceCapabilitiesProvider(const CIMObjectPath&)
 {
     throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
 }
@@ -400,19 +365,17 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_buildInstanceName()
     _instanceName = CIMObjectPath(_hostName, CIMNamespaceName(CAPS_NAMESPACE), CIMName(ClassName), keys);
 }
 
-CIMInstance ZDA_ReplicationServiceCapabilitiesProvider::_buildInstance(Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMInstance ZDA_ReplicationServiceCapabilitiesProvider::_buildInstance(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
-    CIMClass capsClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(),
-        CAPS_NAMESPACE, ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass capsClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), CAPS_NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(capsClass);
     ZDA_Common::setPropertyValue(instance, "InstanceID", INSTANCE_ID);
-    ZDA_Common::setPropertyValue(instance, "ElementName",
-        "Capabililites of ReplicationServiceCapabilities");
+    ZDA_Common::setPropertyValue(instance, "ElementName", "Capabililites of ReplicationServiceCapabilities");
     ZDA_Common::setPropertyValue(instance, "SupportedSynchronousActions",
         toArray({2, 3, 5, 6, 8, 9, 10, 11, 12, 13, 14, 15, 19, 20, 21}));
-    ZDA_Common::setPropertyValue(instance, "SupportedAsynchronousActions",
-        toArray({2, 5, 6, 19, 20}));
+    ZDA_Common::setPropertyValue(instance, "SupportedAsynchronousActions", toArray({2, 5, 6, 19, 20}));
     Values types;
     for (const ReplicationTypeRow& row : kReplicationTypes)
         types.push_back(row.replicationType);
@@ -423,15 +386,15 @@ CIMInstance ZDA_ReplicationServiceCapabilitiesProvider::_buildInstance(Boolean i
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceCapabilitiesProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (instanceReference.getKeyBindings().size() != 1)
     {
-        log_message(2, "ZDA_ReplicationServiceCapabilitiesProvider::getInstance(): Invalid number of keys.\n");
+        log_message(
+            2, "ZDA_ReplicationServiceCapabilitiesProvider::getInstance(): Invalid number of keys.\n");
         throw CIMInvalidParameterException(ClassName + " Expect only one key.");
     }
     if (!ZDA_Common::matchObjectPath(instanceReference, _instanceName))
@@ -458,9 +421,8 @@ bool isCapabilitiesClass(const CIMObjectPath& classReference)
 
 }  // namespace
 
-void ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstances(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
+void ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstances(const OperationContext& context,
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
     const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstances()\n");
@@ -475,8 +437,7 @@ void ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstances(
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstanceNames(
-    const OperationContext& context, const CIMObjectPath& classReference,
-    ObjectPathResponseHandler& handler)
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -488,32 +449,31 @@ void ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstanceNames(
     log_message(4, "<-- ZDA_ReplicationServiceCapabilitiesProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_ReplicationServiceCapabilitiesProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ReplicationServiceCapabilitiesProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_ReplicationServiceCapabilitiesProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::invokeMethod(const OperationContext& context,
-    const CIMObjectPath& objectReference, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+    const CIMObjectPath& objectReference, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
 {
     typedef ZDA_ReplicationServiceCapabilitiesProvider Self;
-    typedef void (*MethodHandler)(Self&, const OperationContext&, const CIMName&,
-        const Array<CIMParamValue>&, MethodResultResponseHandler&);
+    typedef void (*MethodHandler)(Self&, const OperationContext&, const CIMName&, const Array<CIMParamValue>&,
+        MethodResultResponseHandler&);
     // Tried from the top; the first row naming the method answers it. A
     // row without a handler answers 1. "GetSupportedGroupCopyStates" stands
     // in two rows: the first one answers it.
@@ -601,13 +561,10 @@ void ZDA_ReplicationServiceCapabilitiesProvider::invokeMethod(const OperationCon
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_convertSyncTypeToReplicationType(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
-    answerMethod("_convertSyncTypeToReplicationType", inParameters,
-        {"SyncType", "Mode", "LocalOrRemote"}, 3,
-        "syncType, Mode and LocalOrRemote are mandatory\n", handler,
-        [](const Inputs& in, Reply& reply) {
+    answerMethod("_convertSyncTypeToReplicationType", inParameters, {"SyncType", "Mode", "LocalOrRemote"}, 3,
+        "syncType, Mode and LocalOrRemote are mandatory\n", handler, [](const Inputs& in, Reply& reply) {
             if (in[2] != LOCAL && in[2] != REMOTE)
             {
                 log_message(2, "Only Local and remote are supported\n");
@@ -627,8 +584,7 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_convertSyncTypeToReplicationTy
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_convertReplicationTypeToSyncType(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerMethod("_convertReplicationTypeToSyncType", inParameters, {"ReplicationType"}, 1,
         REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
@@ -644,23 +600,21 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_convertReplicationTypeToSyncTy
         });
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedFeatures(const OperationContext&,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedFeatures(
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
-    answerTypeList("_getSupportedFeatures", inParameters, handler, "Features",
-        &ReplicationTypeRow::features);
+    answerTypeList("_getSupportedFeatures", inParameters, handler, "Features", &ReplicationTypeRow::features);
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedGroupFeatures(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerTypeList("_getSupportedGroupFeatures", inParameters, handler, "GroupFeatures",
         &ReplicationTypeRow::groupFeatures);
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedCopyStates(const OperationContext&,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedCopyStates(
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerMethod("_getSupportedCopyStates", inParameters, {"ReplicationType"}, 1,
         REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
@@ -679,19 +633,17 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedCopyStates(const O
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedGroupCopyStates(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerTypeList("_getSupportedGroupCopyStates", inParameters, handler, "SupportedCopyStates",
         &ReplicationTypeRow::groupCopyStates);
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedWaitForCopyStates(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
-    answerMethod("_getSupportedWaitForCopyStates", inParameters, {"ReplicationType", "MethodName"},
-        1, REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
+    answerMethod("_getSupportedWaitForCopyStates", inParameters, {"ReplicationType", "MethodName"}, 1,
+        REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
             if (!replicationTypeRow(in[0]))
             {
                 reply.status = RC_NOT_SUPPORTED;
@@ -714,9 +666,8 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedWaitForCopyStates(
         });
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedConsistency(
-    const OperationContext&, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedConsistency(const OperationContext&,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     const bool wantsDefault = methodName.equal("GetDefaultConsistency");
     answerMethod("_getSupportedConsistency", inParameters, {"ReplicationType"}, 1,
@@ -731,14 +682,13 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedConsistency(
         });
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedOperations(
-    const OperationContext&, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedOperations(const OperationContext&,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     const char* output = methodName.equal("GetSupportedListOperations") ? "SupportedListOperations"
                                                                         : "SupportedOperations";
-    answerMethod("_getSupportedOperations", inParameters, {"ReplicationType", "SynchronizationType"},
-        1, REPLICATION_TYPE_IS_MANDATORY, handler, [&](const Inputs& in, Reply& reply) {
+    answerMethod("_getSupportedOperations", inParameters, {"ReplicationType", "SynchronizationType"}, 1,
+        REPLICATION_TYPE_IS_MANDATORY, handler, [&](const Inputs& in, Reply& reply) {
             if (in.has(1) && in[1] != STORAGE_SYNCHRONIZED)
             {
                 log_message(2, "Only StorageSynchronized class is supported\n");
@@ -754,8 +704,7 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedOperations(
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedGroupOperations(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerMethod("_getSupportedGroupOperations", inParameters, {"ReplicationType"}, 1,
         REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
@@ -787,8 +736,7 @@ Uint32 ZDA_ReplicationServiceCapabilitiesProvider::_getReplicationSettingDataSup
     return RC_OK;
 }
 
-String ZDA_ReplicationServiceCapabilitiesProvider::_getReplicationSettingDataPropertyName(
-    Uint16 propertyName)
+String ZDA_ReplicationServiceCapabilitiesProvider::_getReplicationSettingDataPropertyName(Uint16 propertyName)
 {
     if (propertyName < FIRST_SETTING || propertyName > LAST_SETTING)
         propertyName = LAST_SETTING;
@@ -796,13 +744,10 @@ String ZDA_ReplicationServiceCapabilitiesProvider::_getReplicationSettingDataPro
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedReplicationSettingData(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
-    answerMethod("_getSupportedReplicationSettingData", inParameters,
-        {"ReplicationType", "PropertyName"}, 2,
-        "ReplicationType or PropertyName is mandatory\n", handler,
-        [](const Inputs& in, Reply& reply) {
+    answerMethod("_getSupportedReplicationSettingData", inParameters, {"ReplicationType", "PropertyName"}, 2,
+        "ReplicationType or PropertyName is mandatory\n", handler, [](const Inputs& in, Reply& reply) {
             Array<Uint64> values;
             reply.status = _getReplicationSettingDataSupportedValues(in[0], in[1], values);
             reply.add("SupportedValues", CIMValue(values));
@@ -810,8 +755,7 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedReplicationSetting
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getDefaultReplicationSettingData(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerMethod("_getDefaultReplicationSettingData", inParameters, {"ReplicationType"}, 1,
         REPLICATION_TYPE_IS_MANDATORY, handler, [](const Inputs& in, Reply& reply) {
@@ -834,24 +778,22 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getDefaultReplicationSettingDa
 }
 
 void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedThinProvisioningFeatures(
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerTypeList("_getSupportedThinProvisioningFeatures", inParameters, handler,
         "SupportedThinProvisioningFeatures", &ReplicationTypeRow::thinProvisioningFeatures);
 }
 
-void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedMaximum(const OperationContext&,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedMaximum(
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     answerMethod("_getSupportedMaximum", inParameters, {"ReplicationType", "Component"}, 2,
-        "ReplicationType and Component is mandatory\n", handler,
-        [](const Inputs& in, Reply& reply) {
+        "ReplicationType and Component is mandatory\n", handler, [](const Inputs& in, Reply& reply) {
             const Uint16 replicationType = in[0];
             const Uint16 component = in[1];
             size_t column = 0;
             while (column < sizeof kReplicationTypes / sizeof kReplicationTypes[0] &&
-                   kReplicationTypes[column].replicationType != replicationType)
+                kReplicationTypes[column].replicationType != replicationType)
                 column++;
             if (column == sizeof kReplicationTypes / sizeof kReplicationTypes[0])
             {
@@ -863,8 +805,7 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedMaximum(const Oper
             // array's outputs are taken as they stand.
             uint32_t maxVol = 0, maxBaseVol = 0, maxSnapshotPerBase = 0, maxRWSnapshots = 0;
             callUnderSemaphore([&] {
-                return api_getMaxVolumeNumbers(&maxVol, &maxBaseVol, &maxSnapshotPerBase,
-                    &maxRWSnapshots);
+                return api_getMaxVolumeNumbers(&maxVol, &maxBaseVol, &maxSnapshotPerBase, &maxRWSnapshots);
             });
             const MaximumCell* cell = nullptr;
             for (const MaximumRow& row : kMaximums)
@@ -879,21 +820,13 @@ void ZDA_ReplicationServiceCapabilitiesProvider::_getSupportedMaximum(const Oper
             Uint64 maxValue = 0;
             switch (cell->source)
             {
-                case Source::Constant:
-                    maxValue = cell->number;
-                    break;
-                case Source::BaseVolumes:
-                    maxValue = maxBaseVol;
-                    break;
-                case Source::RWSnapshots:
-                    maxValue = maxRWSnapshots;
-                    break;
-                case Source::SnapshotVolumes:
-                    maxValue = std::min(Uint32(maxVol - maxBaseVol), Uint32(maxBaseVol));
-                    break;
-                case Source::RemoteCopyVar:
-                    maxValue = getRemoteCopyMaxVar(int(cell->number));
-                    break;
+            case Source::Constant: maxValue = cell->number; break;
+            case Source::BaseVolumes: maxValue = maxBaseVol; break;
+            case Source::RWSnapshots: maxValue = maxRWSnapshots; break;
+            case Source::SnapshotVolumes:
+                maxValue = std::min(Uint32(maxVol - maxBaseVol), Uint32(maxBaseVol));
+                break;
+            case Source::RemoteCopyVar: maxValue = getRemoteCopyMaxVar(int(cell->number)); break;
             }
             reply.add("MaxValue", CIMValue(maxValue));
         });

@@ -31,8 +31,7 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-class ZDA_ReplicationServiceCapabilitiesProvider : public CIMInstanceProvider,
-                                                   public CIMMethodProvider
+class ZDA_ReplicationServiceCapabilitiesProvider : public CIMInstanceProvider, public CIMMethodProvider
 {
 public:
     ZDA_ReplicationServiceCapabilitiesProvider();
@@ -55,41 +54,37 @@ public:
     // instance's path (hosts aside). Throws CIMInvalidParameterException
     // for another number of keys, CIMObjectNotFoundException for another
     // path, and access denied for a user the array refuses.
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // The instance (or its path) for ZDA_ReplicationServiceCapabilities and
     // CIM_ReplicationServiceCapabilities; nothing at all for another class.
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
-    // Refused with CIMNotSupportedException, before anything else.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    // Refused with CIMNotSupportedException, before anything else.
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // Authorizes the call, checks the path against the instance's and
     // answers the method. Throws access denied (user refused or lacking
     // the right), CIM_ERR_NOT_SUPPORTED (an authorization answer the
     // module does not know) or CIMObjectNotFoundException (another path).
     // A method name the provider does not know is answered with 1.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
 private:
-    CIMInstance _buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+    CIMInstance _buildInstance(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     void _buildInstanceName();
 
     // The method handlers; each delivers its outputs and return value.
@@ -97,12 +92,12 @@ private:
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     void _convertReplicationTypeToSyncType(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
-    void _getSupportedFeatures(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
-    void _getSupportedGroupFeatures(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
-    void _getSupportedCopyStates(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    void _getSupportedFeatures(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
+    void _getSupportedGroupFeatures(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
+    void _getSupportedCopyStates(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
     void _getSupportedGroupCopyStates(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     void _getSupportedWaitForCopyStates(const OperationContext& context,
@@ -125,14 +120,14 @@ private:
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     void _getSupportedThinProvisioningFeatures(const OperationContext& context,
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
-    void _getSupportedMaximum(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    void _getSupportedMaximum(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
     // The value of the setting-data property `propertyName` (2 to 9) for
     // the replication type, in `supportedValues`. 0, or 1 when the type or
     // the property has no value.
-    static Uint32 _getReplicationSettingDataSupportedValues(Uint16 replicationType,
-        Uint16 propertyName, Array<Uint64>& supportedValues);
+    static Uint32 _getReplicationSettingDataSupportedValues(
+        Uint16 replicationType, Uint16 propertyName, Array<Uint64>& supportedValues);
     // The name of that property; "Pairing" for 9 and for any number
     // outside 2 to 8.
     static String _getReplicationSettingDataPropertyName(Uint16 propertyName);

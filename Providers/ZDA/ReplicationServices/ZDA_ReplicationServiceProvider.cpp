@@ -49,8 +49,8 @@ const int NO_SYNCHRONIZATION_FOUND = 50;
 
 Boolean isServiceClass(const CIMName& className)
 {
-    return className.equal("CIM_ReplicationService") ||
-        className.equal("SNIA_ReplicationService") || className.equal(CIMName(ClassName));
+    return className.equal("CIM_ReplicationService") || className.equal("SNIA_ReplicationService") ||
+        className.equal(CIMName(ClassName));
 }
 
 // The user and address of the request; both empty without an identity,
@@ -65,8 +65,7 @@ void callerOf(const OperationContext& context, String& userName, String& ipAddre
 }
 
 // A method called without parameters is refused with 5 before its loop.
-void refuseEmptyParameters(const Array<CIMParamValue>& inParameters, Uint32& outstatus,
-    String& errStr)
+void refuseEmptyParameters(const Array<CIMParamValue>& inParameters, Uint32& outstatus, String& errStr)
 {
     if (inParameters.size() != 0)
         return;
@@ -82,18 +81,14 @@ String ZDA_ReplicationServiceProvider::_name;
 
 // ---- construction ------------------------------------------------------------------
 
-ZDA_ReplicationServiceProvider::ZDA_ReplicationServiceProvider()
-{
-}
+ZDA_ReplicationServiceProvider::ZDA_ReplicationServiceProvider() {}
 
 ZDA_ReplicationServiceProvider::ZDA_ReplicationServiceProvider(const CIMObjectPath&)
 {
     throw CIMNotSupportedException(ClassName + " does not support constructor with object path.");
 }
 
-ZDA_ReplicationServiceProvider::~ZDA_ReplicationServiceProvider()
-{
-}
+ZDA_ReplicationServiceProvider::~ZDA_ReplicationServiceProvider() {}
 
 void ZDA_ReplicationServiceProvider::initialize(CIMOMHandle& cimom)
 {
@@ -112,8 +107,8 @@ void ZDA_ReplicationServiceProvider::terminate()
 
 // ---- the instance --------------------------------------------------------------------
 
-CIMObjectPath ZDA_ReplicationServiceProvider::buildObjectPath(const String& systemName,
-    const String& systemAddress)
+CIMObjectPath ZDA_ReplicationServiceProvider::buildObjectPath(
+    const String& systemName, const String& systemAddress)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("SystemCreationClassName", SYSTEM_CLASS, CIMKeyBinding::STRING));
@@ -136,8 +131,8 @@ void ZDA_ReplicationServiceProvider::_buildInstanceName()
     log_message(4, "<-- ZDA_ReplicationServiceProvider::_buildInstanceName()\n");
 }
 
-CIMInstance ZDA_ReplicationServiceProvider::_buildInstance(Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMInstance ZDA_ReplicationServiceProvider::_buildInstance(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_buildInstance()\n");
     // Contact and owner are best effort: a failure leaves them empty.
@@ -165,8 +160,8 @@ CIMInstance ZDA_ReplicationServiceProvider::_buildInstance(Boolean includeQualif
     return instance;
 }
 
-void ZDA_ReplicationServiceProvider::_openInstanceOperation(const OperationContext& context,
-    const CIMObjectPath& reference, Uint32 line)
+void ZDA_ReplicationServiceProvider::_openInstanceOperation(
+    const OperationContext& context, const CIMObjectPath& reference, Uint32 line)
 {
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, line);
     if (!isServiceClass(reference.getClassName()))
@@ -175,17 +170,16 @@ void ZDA_ReplicationServiceProvider::_openInstanceOperation(const OperationConte
 }
 
 void ZDA_ReplicationServiceProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::getInstance()\n");
     _openInstanceOperation(context, instanceReference, __LINE__);
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
     if (keyCount != 4)
     {
-        log_message(2, "ZDA_ReplicationServiceProvider::getInstance(): Invalid number of keys (%d)\n",
-            int(keyCount));
+        log_message(
+            2, "ZDA_ReplicationServiceProvider::getInstance(): Invalid number of keys (%d)\n", int(keyCount));
         throw CIMInvalidParameterException(ClassName + " Expect four keys.");
     }
     if (!ZDA_Common::matchObjectPath(instanceReference, _instanceName))
@@ -198,14 +192,13 @@ void ZDA_ReplicationServiceProvider::getInstance(const OperationContext& context
 }
 
 void ZDA_ReplicationServiceProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::enumerateInstances() \n");
     _openInstanceOperation(context, classReference, __LINE__);
-    log_message(4, "\t className = %s\n",
-        (const char*)classReference.getClassName().getString().getCString());
+    log_message(
+        4, "\t className = %s\n", (const char*)classReference.getClassName().getString().getCString());
     CIMInstance instance = _buildInstance(includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     handler.deliver(instance);
@@ -213,8 +206,8 @@ void ZDA_ReplicationServiceProvider::enumerateInstances(const OperationContext& 
     log_message(4, "<-- ZDA_ReplicationServiceProvider::enumerateInstances() \n");
 }
 
-void ZDA_ReplicationServiceProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::enumerateInstanceNames()\n");
     _openInstanceOperation(context, classReference, __LINE__);
@@ -224,21 +217,20 @@ void ZDA_ReplicationServiceProvider::enumerateInstanceNames(const OperationConte
     log_message(4, "<-- ZDA_ReplicationServiceProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_ReplicationServiceProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_ReplicationServiceProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_ReplicationServiceProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ReplicationServiceProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_ReplicationServiceProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_ReplicationServiceProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
@@ -246,8 +238,8 @@ void ZDA_ReplicationServiceProvider::deleteInstance(const OperationContext&,
 // ---- methods: dispatch and authorization ---------------------------------------------------
 
 void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& context,
-    const CIMObjectPath& objectReference, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+    const CIMObjectPath& objectReference, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
 {
     String authUserName;
     String authIp;
@@ -258,16 +250,16 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
         (const char*)authMethodName.getCString());
 
     if (api_zdaOpenForCimserver((const char*)authUserName.getCString()) != 0)
-        throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user",
-            SOURCE_FILE, __LINE__);
+        throw TraceableCIMException(
+            CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user", SOURCE_FILE, __LINE__);
 
     // The audit record of this call; it lives on this stack so concurrent
     // calls never share one.
     api_evtparam_t apiEvent;
     memset(&apiEvent, 0, sizeof apiEvent);
     api_evtparam_t* apiEventp = &apiEvent;
-    ZDA_Common::setEventParam(apiEventp, authClassName.getCString(),
-        authMethodName.getCString(), "", authUserName.getCString(), authIp.getCString());
+    ZDA_Common::setEventParam(apiEventp, authClassName.getCString(), authMethodName.getCString(), "",
+        authUserName.getCString(), authIp.getCString());
 
     if (!ZDA_Common::matchObjectPath(objectReference, _instanceName))
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
@@ -275,15 +267,13 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
     for (const MethodRow* rowp = _methodTable; rowp->name; rowp++)
     {
         const MethodRow& row = *rowp;
-        if (!methodName.equal(row.name) &&
-            !(row.alternativeName && methodName.equal(row.alternativeName)))
+        if (!methodName.equal(row.name) && !(row.alternativeName && methodName.equal(row.alternativeName)))
             continue;
         if (row.authorization == GENERIC_AUTHORIZATION)
             _authorizeGeneric(authClassName, authMethodName, authUserName, authIp);
         else
             _authorizeByFuncType(row.authorization, authUserName, authIp, inParameters);
-        const MethodCall call{apiEventp, context, methodName, authMethodName, inParameters,
-            handler};
+        const MethodCall call{apiEventp, context, methodName, authMethodName, inParameters, handler};
         row.dispatch(*this, call);
         log_message(4, "<-- ZDA_ReplicationServiceProvider::invokeMethod()\n");
         return;
@@ -300,37 +290,35 @@ void ZDA_ReplicationServiceProvider::invokeMethod(const OperationContext& contex
     log_message(4, "<-- ZDA_ReplicationServiceProvider::invokeMethod()\n");
 }
 
-void ZDA_ReplicationServiceProvider::_authorizeByFuncType(int funcType, const String& userName,
-    const String& ipAddress, const Array<CIMParamValue>& inParameters)
+void ZDA_ReplicationServiceProvider::_authorizeByFuncType(
+    int funcType, const String& userName, const String& ipAddress, const Array<CIMParamValue>& inParameters)
 {
-    requireAuthorized(authorizeMethod(funcType, userName, ipAddress, inParameters), SOURCE_FILE,
-        __LINE__);
+    requireAuthorized(authorizeMethod(funcType, userName, ipAddress, inParameters), SOURCE_FILE, __LINE__);
 }
 
-void ZDA_ReplicationServiceProvider::_authorizeGeneric(const String& className,
-    const String& methodName, const String& userName, const String& ipAddress)
+void ZDA_ReplicationServiceProvider::_authorizeGeneric(
+    const String& className, const String& methodName, const String& userName, const String& ipAddress)
 {
     // The key follows the class the client named.
     const int result = authorizeGeneric(userName, ipAddress, className, methodName);
     switch (result)
     {
-        case API_AUTH_ALLOWED:
-            return;
-        case API_AUTH_DENIED:
-        case API_AUTH_UNKNOWN_USER:
-            throw TraceableCIMException(CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege",
-                SOURCE_FILE, __LINE__);
-        default:
-            throw TraceableCIMException(CIM_ERR_NOT_SUPPORTED, "Does not support in generic!",
-                SOURCE_FILE, __LINE__);
+    case API_AUTH_ALLOWED: return;
+    case API_AUTH_DENIED:
+    case API_AUTH_UNKNOWN_USER:
+        throw TraceableCIMException(
+            CIM_ERR_ACCESS_DENIED, "Insufficient generic privilege", SOURCE_FILE, __LINE__);
+    default:
+        throw TraceableCIMException(
+            CIM_ERR_NOT_SUPPORTED, "Does not support in generic!", SOURCE_FILE, __LINE__);
     }
 }
 
 // ---- routines the method handlers share ----------------------------------------------------
 
-void ZDA_ReplicationServiceProvider::_completeMethod(MethodResultResponseHandler& handler,
-    Uint32 outstatus, const String& errStr, const Array<CIMParamValue>& paramValues,
-    const char* handlerName, ProcessingOrder order)
+void ZDA_ReplicationServiceProvider::_completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus,
+    const String& errStr, const Array<CIMParamValue>& paramValues, const char* handlerName,
+    ProcessingOrder order)
 {
     log_message(4, "Overall status of the operation = %d\n", int(outstatus));
     if (order == PROCESSING_FIRST)
@@ -351,17 +339,12 @@ Uint16 ZDA_ReplicationServiceProvider::_convertToCopySvcsOp(Uint16 operation)
 {
     switch (operation)
     {
-        case 2:
-            return ZDA_StorageConfigurationServiceProvider::OP_STOP_COPY;
-        case 8:
-        case 9:
-            return ZDA_StorageConfigurationServiceProvider::OP_DETACH;
-        case 14:
-            return ZDA_StorageConfigurationServiceProvider::OP_RESYNC;
-        case 15:
-            return ZDA_StorageConfigurationServiceProvider::OP_RESTORE;
-        default:
-            return 0;
+    case 2: return ZDA_StorageConfigurationServiceProvider::OP_STOP_COPY;
+    case 8:
+    case 9: return ZDA_StorageConfigurationServiceProvider::OP_DETACH;
+    case 14: return ZDA_StorageConfigurationServiceProvider::OP_RESYNC;
+    case 15: return ZDA_StorageConfigurationServiceProvider::OP_RESTORE;
+    default: return 0;
     }
 }
 
@@ -371,35 +354,28 @@ int ZDA_ReplicationServiceProvider::validateCopyStateOp(Uint16 waitForCopyState,
         return 1;
     switch (op)
     {
-        case 0:
-            return 1;
-        case 4:
-        case 11:
-        case 20:
-            return (waitForCopyState == 4 || waitForCopyState == 3) ? 1 : 0;
-        case 14:
-            return waitForCopyState == 4 ? 1 : 0;
-        case 21:
-            return waitForCopyState == 7 ? 1 : 0;
-        case 10:
-            return waitForCopyState == 10 ? 1 : 0;
-        case 8:
-            // A state of 0 has been answered above, so this is always 0.
-            return waitForCopyState == 0 ? 1 : 0;
-        default:
-            return -1;
+    case 0: return 1;
+    case 4:
+    case 11:
+    case 20: return (waitForCopyState == 4 || waitForCopyState == 3) ? 1 : 0;
+    case 14: return waitForCopyState == 4 ? 1 : 0;
+    case 21: return waitForCopyState == 7 ? 1 : 0;
+    case 10: return waitForCopyState == 10 ? 1 : 0;
+    case 8:
+        // A state of 0 has been answered above, so this is always 0.
+        return waitForCopyState == 0 ? 1 : 0;
+    default: return -1;
     }
 }
 
-void ZDA_ReplicationServiceProvider::setConcreteJobParam(Array<CIMParamValue>& paramValues,
-    api_rcopy_start_group& rcgroup)
+void ZDA_ReplicationServiceProvider::setConcreteJobParam(
+    Array<CIMParamValue>& paramValues, api_rcopy_start_group& rcgroup)
 {
-    if (rcgroup.sync_task_num == 0 || rcgroup.sync_task_id == nullptr ||
-        rcgroup.sync_task_id[0].tid == 0)
+    if (rcgroup.sync_task_num == 0 || rcgroup.sync_task_id == nullptr || rcgroup.sync_task_id[0].tid == 0)
         return;
     // Only the group's first task is reported as its job.
-    const CIMObjectPath job = ZDA_ConcreteJobProvider::buildObjectPath(_systemAddress,
-        ZDA_ConcreteJobProvider::makeUniqueID(rcgroup.sync_task_id[0].tid));
+    const CIMObjectPath job = ZDA_ConcreteJobProvider::buildObjectPath(
+        _systemAddress, ZDA_ConcreteJobProvider::makeUniqueID(rcgroup.sync_task_id[0].tid));
     paramValues.append(CIMParamValue("Job", CIMValue(job), true));
 }
 
@@ -415,8 +391,8 @@ void logSkippedSynchronization(const CIMObjectPath& syncRef, const String& why)
 }  // namespace
 
 api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_t* apiEventp,
-    const OperationContext& context, const Array<CIMObjectPath>& syncRefs,
-    const CIMObjectPath& targetGroup, Boolean targetGroupSet)
+    const OperationContext& context, const Array<CIMObjectPath>& syncRefs, const CIMObjectPath& targetGroup,
+    Boolean targetGroupSet)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_returnToResourcePool()\n");
     api_Status_t status;
@@ -433,8 +409,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
         try
         {
             const CIMObjectPath& syncRef = syncRefs[i];
-            const CIMValue value = _cimom.getProperty(context, CIMNamespaceName(NAMESPACE),
-                syncRef, "SyncType");
+            const CIMValue value = _cimom.getProperty(
+                context, CIMNamespaceName(NAMESPACE), syncRef, "SyncType");
             Uint16 syncType = 0;
             if (!value.isNull())
             {
@@ -465,8 +441,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
 
     if (found == 0)
     {
-        errinfo_set_str(&status, NO_SYNCHRONIZATION_FOUND,
-            "None of the Synchronized instances exist");
+        errinfo_set_str(&status, NO_SYNCHRONIZATION_FOUND, "None of the Synchronized instances exist");
         log_message(2, "None of the Synchronized instances exist\n");
         return status;
     }
@@ -494,8 +469,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
         Array<CIMObjectPath> jobs;
         String host = _systemAddress;
         const api_Status_t detached = ZDA_StorageConfigurationServiceProvider::modifySynchronization(
-            apiEventp, _cimom, context, jobs, ZDA_StorageConfigurationServiceProvider::OP_DETACH,
-            svRefs[i], host);
+            apiEventp, _cimom, context, jobs, ZDA_StorageConfigurationServiceProvider::OP_DETACH, svRefs[i],
+            host);
         // The first failure is the one reported; the rest are still tried.
         if (detached.code != 0 && status.code == 0)
             status = detached;
@@ -504,8 +479,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_
     return status;
 }
 
-api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(api_evtparam_t* apiEventp,
-    const OperationContext& context, const CIMObjectPath& syncRef)
+api_Status_t ZDA_ReplicationServiceProvider::_returnToResourcePool(
+    api_evtparam_t* apiEventp, const OperationContext& context, const CIMObjectPath& syncRef)
 {
     Array<CIMObjectPath> syncRefs;
     syncRefs.append(syncRef);
@@ -528,13 +503,11 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         }},
     {"CreateListReplica", nullptr, AUTH_CREATE_ELEMENT_REPLICA,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
-            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
-                c.authMethodName);
+            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler, c.authMethodName);
         }},
     {"ModifyReplicaSynchronization", nullptr, AUTH_MODIFY_REPLICA_SYNCHRONIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
-            self._modifyReplicaSynchronization(c.apiEventp, c.context, c.inParameters,
-                c.handler);
+            self._modifyReplicaSynchronization(c.apiEventp, c.context, c.inParameters, c.handler);
         }},
     {"ModifyListSynchronization", nullptr, AUTH_MODIFY_LIST_SYNCHRONIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -554,13 +527,11 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         }},
     {"CreateGroupReplica", "ZDA_CreateGroupReplica", AUTH_CREATE_GROUP_REPLICA,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
-            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters,
-                c.handler);
+            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters, c.handler);
         }},
     {"CreateGroupReplicaFromElements", nullptr, AUTH_CREATE_GROUP_REPLICA,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
-            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters,
-                c.handler);
+            self._createGroupReplica(c.apiEventp, c.context, c.methodName, c.inParameters, c.handler);
         }},
     {"AddMembers", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -572,8 +543,7 @@ const ZDA_ReplicationServiceProvider::MethodRow ZDA_ReplicationServiceProvider::
         }},
     {"ZDA_CreateConsistentReplicaList", nullptr, AUTH_CREATE_CONSISTENT_REPLICA_LIST,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
-            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler,
-                c.authMethodName);
+            self._createListReplica(c.apiEventp, c.context, c.inParameters, c.handler, c.authMethodName);
         }},
     {"GetReplicationRelationships", nullptr, GENERIC_AUTHORIZATION,
         [](ZDA_ReplicationServiceProvider& self, const MethodCall& c) {
@@ -626,13 +596,11 @@ struct OptionSet
 // not system volumes, working. False, after logging why, when the source
 // gives no list at all: it has no snapshot space, none of `targetPools`
 // (when given) is its snapshot pool, or its size cannot be read.
-bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context,
-    const CIMObjectPath& source, CIMInstance& sourceInstance,
-    const Array<CIMObjectPath>* targetPools, Array<CIMObjectPath>& candidates)
+bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context, const CIMObjectPath& source,
+    CIMInstance& sourceInstance, const Array<CIMObjectPath>* targetPools, Array<CIMObjectPath>& candidates)
 {
-    const Array<CIMObjectPath> replicaPoolRefs = cimom.associatorNames(context, NAMESPACE,
-        source, "ZDA_ReplicaPoolForStorage", "ZDA_DeltaReplicaStoragePool", "Dependent",
-        "Antecedent");
+    const Array<CIMObjectPath> replicaPoolRefs = cimom.associatorNames(context, NAMESPACE, source,
+        "ZDA_ReplicaPoolForStorage", "ZDA_DeltaReplicaStoragePool", "Dependent", "Antecedent");
     if (replicaPoolRefs.size() == 0)
     {
         log_message(3, "SourceElement volume has no snapspace\n");
@@ -645,8 +613,7 @@ bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context,
             poolMatches = ZDA_Common::matchObjectPath((*targetPools)[i], replicaPoolRefs[0]);
         if (!poolMatches)
         {
-            log_message(3,
-                "None of the TargetPools is the delta replica pool of the input volume\n");
+            log_message(3, "None of the TargetPools is the delta replica pool of the input volume\n");
             return false;
         }
     }
@@ -657,8 +624,8 @@ bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context,
         return false;
     }
 
-    Array<CIMInstance> volInsts = cimom.enumerateInstances(context, NAMESPACE,
-        VOLUME_CLASS, false, false, false, false, CIMPropertyList());
+    Array<CIMInstance> volInsts = cimom.enumerateInstances(
+        context, NAMESPACE, VOLUME_CLASS, false, false, false, false, CIMPropertyList());
     for (Uint32 i = 0; i < volInsts.size(); i++)
     {
         CIMInstance& volume = volInsts[i];
@@ -682,9 +649,8 @@ bool candidateTargets(CIMOMHandle& cimom, const OperationContext& context,
 
 }  // namespace
 
-void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, const OperationContext&,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _createGroup\n");
     Uint32 outstatus = 0;
@@ -714,8 +680,8 @@ void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
             value.get(members);
             for (Uint32 m = 0; m < members.size(); m++)
             {
-                if (!ZDA_Common::verifyRefMethodParam(members[m], NAMESPACE, _systemAddress,
-                        CIMName(VOLUME_CLASS)))
+                if (!ZDA_Common::verifyRefMethodParam(
+                        members[m], NAMESPACE, _systemAddress, CIMName(VOLUME_CLASS)))
                 {
                     outstatus = 5;
                     errStr = "Members parameter contains invalid object path";
@@ -751,8 +717,8 @@ void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
     if (outstatus == 0)
     {
         CIMObjectPath groupPath;
-        outstatus = _createGroup(apiEventp, groupName, members, Array<String>(), Array<String>(),
-            groupPath, errStr);
+        outstatus = _createGroup(
+            apiEventp, groupName, members, Array<String>(), Array<String>(), groupPath, errStr);
         if (outstatus == 0)
             paramValues.append(CIMParamValue("ReplicationGroup", CIMValue(groupPath), true));
     }
@@ -760,8 +726,8 @@ void ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp,
 }
 
 int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, String groupName,
-    Array<CIMObjectPath>& members, Array<String> const& okv_keys,
-    Array<String> const& okv_values, CIMObjectPath& groupReplicaPath, String& errStr)
+    Array<CIMObjectPath>& members, Array<String> const& okv_keys, Array<String> const& okv_values,
+    CIMObjectPath& groupReplicaPath, String& errStr)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroup(worker)\n");
     if (groupName.size() == 0)
@@ -807,8 +773,7 @@ int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, Stri
     if (status.code == 0)
     {
         status = ZDA_CompanionFrame::statusCall([&] {
-            return api_createVVSet(apiEventp, name, vvNames, int(memberCount), 0, "",
-                &options.opts);
+            return api_createVVSet(apiEventp, name, vvNames, int(memberCount), 0, "", &options.opts);
         });
     }
     if (status.code == 0)
@@ -818,8 +783,7 @@ int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, Stri
     else
     {
         errStr = ZDA_AssociationFrame::statusText(status);
-        log_message(2, "Create vvset error (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "Create vvset error (%d): %s\n", status.code, (const char*)errStr.getCString());
         outstatus = 4;
     }
     std::free(vvNames);
@@ -827,9 +791,8 @@ int ZDA_ReplicationServiceProvider::_createGroup(api_evtparam_t* apiEventp, Stri
     return outstatus;
 }
 
-void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
-    const OperationContext& context, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _deleteGroup\n");
     Uint32 outstatus = 0;
@@ -857,8 +820,7 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
             Array<CIMName> groupClasses;
             groupClasses.append(GROUP_CLASS);
             groupClasses.append(RCOPY_GROUP_CLASS);
-            if (!ZDA_Common::verifyRefMethodParam(groupRef, NAMESPACE, _systemAddress,
-                    groupClasses))
+            if (!ZDA_Common::verifyRefMethodParam(groupRef, NAMESPACE, _systemAddress, groupClasses))
             {
                 outstatus = 5;
                 errStr = paramName + " parameter contains invalid object path";
@@ -866,8 +828,7 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
             }
             try
             {
-                _cimom.getInstance(context, NAMESPACE, groupRef, false, false, false,
-                    CIMPropertyList());
+                _cimom.getInstance(context, NAMESPACE, groupRef, false, false, false, CIMPropertyList());
             }
             catch (const Exception&)
             {
@@ -924,8 +885,8 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
                 if (removed.code != 0)
                 {
                     errStr = ZDA_AssociationFrame::statusText(removed);
-                    log_message(2, "Delete vvset error (%d): %s\n", removed.code,
-                        (const char*)errStr.getCString());
+                    log_message(
+                        2, "Delete vvset error (%d): %s\n", removed.code, (const char*)errStr.getCString());
                     outstatus = 4;
                 }
             }
@@ -943,8 +904,8 @@ void ZDA_ReplicationServiceProvider::_deleteGroup(api_evtparam_t* apiEventp,
     _completeMethod(handler, outstatus, errStr, paramValues, "_deleteGroup");
 }
 
-int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
-    String groupName, Boolean removeElements, String& errStr)
+int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(
+    api_evtparam_t* apiEventp, String groupName, Boolean removeElements, String& errStr)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteRCopyGroup()\n");
     const CString name = groupName.getCString();
@@ -955,8 +916,7 @@ int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
         if (read.code != 0)
         {
             const String text = ZDA_AssociationFrame::statusText(read);
-            log_message(2, "api_getRCopy error (%d): %s\n", read.code,
-                (const char*)text.getCString());
+            log_message(2, "api_getRCopy error (%d): %s\n", read.code, (const char*)text.getCString());
             errStr = "Cannot read rcopy group: " + text;
             return 4;
         }
@@ -981,16 +941,15 @@ int ZDA_ReplicationServiceProvider::_deleteRCopyGroup(api_evtparam_t* apiEventp,
     if (status.code != 0)
     {
         errStr = ZDA_AssociationFrame::statusText(status);
-        log_message(2, "delete RCopy Group (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "delete RCopy Group (%d): %s\n", status.code, (const char*)errStr.getCString());
         return 4;
     }
     log_message(4, "<-- ZDA_ReplicationServiceProvider::_deleteRCopyGroup()\n");
     return 0;
 }
 
-int ZDA_ReplicationServiceProvider::_deleteGroupAndMembers(api_evtparam_t* apiEventp,
-    String setName, String& errStr)
+int ZDA_ReplicationServiceProvider::_deleteGroupAndMembers(
+    api_evtparam_t* apiEventp, String setName, String& errStr)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_deleteGroupAndMembers()\n");
     const CString name = setName.getCString();
@@ -1011,45 +970,40 @@ int ZDA_ReplicationServiceProvider::_deleteGroupAndMembers(api_evtparam_t* apiEv
     if (removed.code != 0)
     {
         errStr = ZDA_AssociationFrame::statusText(removed);
-        log_message(2, "removevvset error (%d): %s\n", removed.code,
-            (const char*)errStr.getCString());
+        log_message(2, "removevvset error (%d): %s\n", removed.code, (const char*)errStr.getCString());
         return 4;
     }
 
     // The set's snapshot still names the members after the set is gone.
     for (int retry = 0;; retry++)
     {
-        const int rc = ZDA_CompanionFrame::callUnderSemaphore([&] {
-            return api_removeVVs(apiEventp, set->members, set->memberCount, 0, 0);
-        });
+        const int rc = ZDA_CompanionFrame::callUnderSemaphore(
+            [&] { return api_removeVVs(apiEventp, set->members, set->memberCount, 0, 0); });
         switch (rc)
         {
-            case 0:
-                log_message(4, "<-- ZDA_ReplicationServiceProvider::_deleteGroupAndMembers()\n");
-                return 0;
-            case API_E_BUSY:
-                if (retry < BUSY_RETRIES)
-                {
-                    sleep(2);
-                    continue;
-                }
-                log_message(2, "Volumes are busy, cannot be removed\n");
-                return 4;
-            case API_E_PARTIAL_REMOVE:
-                log_message(2, "Failed to remove all volumes from vvset %s\n", (const char*)name);
-                errStr = "Failed to remove all volumes in vvset " + setName;
-                return 0x8000;
-            default:
-                log_message(2, "Failed to remove volumes from vvset %s\n", (const char*)name);
-                errStr = "Failed to remove volumes in vvset " + setName;
-                return 4;
+        case 0: log_message(4, "<-- ZDA_ReplicationServiceProvider::_deleteGroupAndMembers()\n"); return 0;
+        case API_E_BUSY:
+            if (retry < BUSY_RETRIES)
+            {
+                sleep(2);
+                continue;
+            }
+            log_message(2, "Volumes are busy, cannot be removed\n");
+            return 4;
+        case API_E_PARTIAL_REMOVE:
+            log_message(2, "Failed to remove all volumes from vvset %s\n", (const char*)name);
+            errStr = "Failed to remove all volumes in vvset " + setName;
+            return 0x8000;
+        default:
+            log_message(2, "Failed to remove volumes from vvset %s\n", (const char*)name);
+            errStr = "Failed to remove volumes in vvset " + setName;
+            return 4;
         }
     }
 }
 
-void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
-    const OperationContext& context, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(const OperationContext& context,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships\n");
     Uint32 outstatus = 0;
@@ -1073,8 +1027,7 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
         if (String::equalNoCase(paramName, "SourceElement"))
         {
             value.get(volRef);
-            if (!ZDA_Common::verifyRefMethodParam(volRef, NAMESPACE, _systemAddress,
-                    CIMName(VOLUME_CLASS)))
+            if (!ZDA_Common::verifyRefMethodParam(volRef, NAMESPACE, _systemAddress, CIMName(VOLUME_CLASS)))
             {
                 outstatus = 5;
                 errStr = "Invalid SourceElement object path " + volRef.toString();
@@ -1124,8 +1077,8 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
         CIMInstance inVolInst;
         try
         {
-            inVolInst = _cimom.getInstance(context, NAMESPACE, volRef, false, false, false,
-                CIMPropertyList());
+            inVolInst = _cimom.getInstance(
+                context, NAMESPACE, volRef, false, false, false, CIMPropertyList());
         }
         catch (const Exception&)
         {
@@ -1135,8 +1088,8 @@ void ZDA_ReplicationServiceProvider::_getAvailableTargetElements(
         }
         Array<CIMObjectPath> candidates;
         if (outstatus == 0 &&
-            candidateTargets(_cimom, context, volRef, inVolInst,
-                targetPoolRefSet ? &tgtPools : nullptr, candidates))
+            candidateTargets(
+                _cimom, context, volRef, inVolInst, targetPoolRefSet ? &tgtPools : nullptr, candidates))
             paramValues.append(CIMParamValue("Candidates", CIMValue(candidates), true));
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_getReplicationRelationships");
@@ -1178,8 +1131,7 @@ Uint32 copyFailure(int code, bool invalidCodes = false)
 {
     if (code == ARRAY_IN_USE)
         return 6;
-    if (invalidCodes &&
-        (code == ARRAY_BAD_VALUE_1 || code == ARRAY_BAD_VALUE_2 || code == ARRAY_BAD_VALUE_3))
+    if (invalidCodes && (code == ARRAY_BAD_VALUE_1 || code == ARRAY_BAD_VALUE_2 || code == ARRAY_BAD_VALUE_3))
         return 5;
     return 4;
 }
@@ -1271,8 +1223,8 @@ bool passes(CIMInstance& instance, const Filter& filter)
 
 }  // namespace
 
-String ZDA_ReplicationServiceProvider::_readCopyParameter(const OperationContext& context,
-    const String& name, const CIMValue& value, CopyRequest& request)
+String ZDA_ReplicationServiceProvider::_readCopyParameter(
+    const OperationContext& context, const String& name, const CIMValue& value, CopyRequest& request)
 {
     if (String::equalNoCase(name, "SyncType"))
     {
@@ -1301,14 +1253,14 @@ String ZDA_ReplicationServiceProvider::_readCopyParameter(const OperationContext
     else if (String::equalNoCase(name, "TargetSettingGoal"))
     {
         value.get(request.tgtSettingGoalRef);
-        if (!ZDA_Common::verifyRefMethodParam(request.tgtSettingGoalRef, NAMESPACE,
-                _systemAddress, CIMName(SETTING_CLASS)))
+        if (!ZDA_Common::verifyRefMethodParam(
+                request.tgtSettingGoalRef, NAMESPACE, _systemAddress, CIMName(SETTING_CLASS)))
             return "TargetSettingGoal contains invalid object path";
         // Whatever the server answers, a goal it cannot give is not found.
         try
         {
-            request.goalSettingInst = _cimom.getInstance(context, NAMESPACE,
-                request.tgtSettingGoalRef, false, false, false, CIMPropertyList());
+            request.goalSettingInst = _cimom.getInstance(
+                context, NAMESPACE, request.tgtSettingGoalRef, false, false, false, CIMPropertyList());
         }
         catch (...)
         {
@@ -1378,8 +1330,7 @@ void ZDA_ReplicationServiceProvider::_createElementReplica(api_evtparam_t* apiEv
             const bool source = String::equalNoCase(paramName, "SourceElement");
             CIMObjectPath& ref = source ? parentVolRef : childVolRef;
             value.get(ref);
-            if (!ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress,
-                    CIMName(VOLUME_CLASS)))
+            if (!ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress, CIMName(VOLUME_CLASS)))
             {
                 outstatus = 5;
                 errStr = source ? "SourceElement contains invalid object path"
@@ -1407,18 +1358,17 @@ void ZDA_ReplicationServiceProvider::_createElementReplica(api_evtparam_t* apiEv
         {
             Array<CIMObjectPath> jobs;
             Array<CIMObjectPath> synchronizations;
-            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
-                apiEventp, _cimom, context, cloneCopyType(copy.waitForCopyState), parentVolRef,
-                childVolRef, copy.tgtPoolRef, copy.goalSettingInst, jobs, synchronizations,
-                _systemName, _systemAddress, childVolName);
+            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(apiEventp,
+                _cimom, context, cloneCopyType(copy.waitForCopyState), parentVolRef, childVolRef,
+                copy.tgtPoolRef, copy.goalSettingInst, jobs, synchronizations, _systemName, _systemAddress,
+                childVolName);
             if (jobs.size() > 0)
             {
                 paramValues.append(CIMParamValue("Job", CIMValue(jobs[0]), true));
                 outstatus = 4096;
             }
             if (synchronizations.size() > 0)
-                paramValues.append(
-                    CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+                paramValues.append(CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
             if (status.code == 0 && synchronizations.size() > 0)
             {
                 const CIMObjectPath target(
@@ -1442,9 +1392,9 @@ void ZDA_ReplicationServiceProvider::_createElementReplica(api_evtparam_t* apiEv
         }
         else
         {
-            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
-                apiEventp, _cimom, context, paramValues, parentVolRef, childVolName,
-                copy.tgtPoolRef, copy.goalSettingInst, _systemName, _systemAddress);
+            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createVirtualCopy(apiEventp,
+                _cimom, context, paramValues, parentVolRef, childVolName, copy.tgtPoolRef,
+                copy.goalSettingInst, _systemName, _systemAddress);
             if (status.code != 0)
             {
                 outstatus = copyFailure(status.code);
@@ -1465,12 +1415,10 @@ void ZDA_ReplicationServiceProvider::_createElementReplica(api_evtparam_t* apiEv
                 }
                 if (!childVolRef.getClassName().isNull())
                 {
-                    const CIMObjectPath sync = ZDA_Common::buildAssocPath(SYNC_CLASS,
-                        "SystemElement", "SyncedElement", parentVolRef, childVolRef, _systemName,
-                        NAMESPACE);
+                    const CIMObjectPath sync = ZDA_Common::buildAssocPath(SYNC_CLASS, "SystemElement",
+                        "SyncedElement", parentVolRef, childVolRef, _systemName, NAMESPACE);
                     paramValues.append(CIMParamValue("Synchronization", CIMValue(sync), true));
-                    paramValues.append(
-                        CIMParamValue("TargetElement", CIMValue(childVolRef), true));
+                    paramValues.append(CIMParamValue("TargetElement", CIMValue(childVolRef), true));
                 }
             }
         }
@@ -1503,8 +1451,7 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
         log_message(4, "Param %s\n", (const char*)paramName.getCString());
         if (value.isNull())
             continue;
-        if (String::equalNoCase(paramName, "ElementNames") ||
-            String::equalNoCase(paramName, "TargetNames"))
+        if (String::equalNoCase(paramName, "ElementNames") || String::equalNoCase(paramName, "TargetNames"))
         {
             value.get(elementNames);
         }
@@ -1516,17 +1463,15 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
             value.get(refs);
             for (Uint32 e = 0; e < refs.size() && outstatus == 0; e++)
             {
-                if (!ZDA_Common::verifyRefMethodParam(refs[e], NAMESPACE, _systemAddress,
-                        CIMName(VOLUME_CLASS)))
+                if (!ZDA_Common::verifyRefMethodParam(
+                        refs[e], NAMESPACE, _systemAddress, CIMName(VOLUME_CLASS)))
                 {
                     outstatus = 5;
-                    errStr = (sources
-                            ? "SourceElements contains an invalid object path at index position "
-                            : "TargetElements contains invalid object path at index position ") +
+                    errStr = (sources ? "SourceElements contains an invalid object path at index position "
+                                      : "TargetElements contains invalid object path at index position ") +
                         String(std::to_string(e).c_str());
                 }
-                else if (sources && e > 0 &&
-                    !refs[e].getClassName().equal(refs[e - 1].getClassName()))
+                else if (sources && e > 0 && !refs[e].getClassName().equal(refs[e - 1].getClassName()))
                 {
                     // Answered by the return value alone.
                     log_message(2, "SourceElements cannot contain a mix of element types.\n");
@@ -1583,13 +1528,12 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
                     childVolRefStr.append(targetElements[i].toString() + " ");
                 }
             }
-            const String op = "clone " + parentVolRefStr + " " + childVolRefStr + " " +
-                childVolNameStr;
+            const String op = "clone " + parentVolRefStr + " " + childVolRefStr + " " + childVolNameStr;
             ZDA_Common::setEventOp(apiEventp, op.getCString());
-            status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(apiEventp,
-                _cimom, context, cloneCopyType(copy.waitForCopyState), parentVolRefs,
-                childVolRefs, copy.tgtPoolRef, copy.goalSettingInst, jobs, synchronizations,
-                _systemName, _systemAddress, childVolNames, true);
+            status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(apiEventp, _cimom, context,
+                cloneCopyType(copy.waitForCopyState), parentVolRefs, childVolRefs, copy.tgtPoolRef,
+                copy.goalSettingInst, jobs, synchronizations, _systemName, _systemAddress, childVolNames,
+                true);
             if (jobs.size() > 0)
             {
                 // The standard method has room for one job only.
@@ -1601,15 +1545,13 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
             }
             if (synchronizations.size() > 0)
             {
-                paramValues.append(
-                    CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+                paramValues.append(CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
                 for (Uint32 i = 0; i < synchronizations.size(); i++)
-                    outTargetElements.append(CIMObjectPath(
-                        ZDA_Common::getStringProperty(synchronizations[i], "SyncedElement")));
+                    outTargetElements.append(
+                        CIMObjectPath(ZDA_Common::getStringProperty(synchronizations[i], "SyncedElement")));
             }
             if (outTargetElements.size() > 0)
-                paramValues.append(
-                    CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
+                paramValues.append(CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
         }
     }
     else if (outstatus == 0 && copy.syncType == SYNC_TYPE_SNAPSHOT)
@@ -1628,8 +1570,8 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
             String parentVolName;
             try
             {
-                CIMInstance source = _cimom.getInstance(context, NAMESPACE, sourceElements[i],
-                    false, false, false, CIMPropertyList());
+                CIMInstance source = _cimom.getInstance(
+                    context, NAMESPACE, sourceElements[i], false, false, false, CIMPropertyList());
                 parentVolName = ZDA_Common::getStringProperty(source, "ElementName");
             }
             catch (...)
@@ -1652,14 +1594,12 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
         {
             const String op = "snapshot " + parentVolRefStr + " " + targetStr;
             ZDA_Common::setEventOp(apiEventp, op.getCString());
-            status = _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames,
-                copy.goalSettingInst, outTargetElements, synchronizations);
+            status = _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames, copy.goalSettingInst,
+                outTargetElements, synchronizations);
             if (outTargetElements.size() > 0)
-                paramValues.append(
-                    CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
+                paramValues.append(CIMParamValue("TargetElements", CIMValue(outTargetElements), true));
             if (synchronizations.size() > 0)
-                paramValues.append(
-                    CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+                paramValues.append(CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
         }
     }
     else if (outstatus == 0)
@@ -1672,14 +1612,13 @@ void ZDA_ReplicationServiceProvider::_createListReplica(api_evtparam_t* apiEvent
         errStr = ZDA_AssociationFrame::statusText(status);
     }
     // A list's caller has been told the request is in hand before any refusal.
-    _completeMethod(handler, outstatus, errStr, paramValues, "_createListReplica",
-        PROCESSING_FIRST);
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createListReplica", PROCESSING_FIRST);
 }
 
 api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtparam_t* apiEventp,
-    const OperationContext& context, CIMObjectPath& parentSetRef, String& relationshipName,
-    CIMObjectPath&, CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
-    Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupReplicaPath)
+    const OperationContext& context, CIMObjectPath& parentSetRef, String& relationshipName, CIMObjectPath&,
+    CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes, Array<CIMObjectPath>& synchronizations,
+    CIMObjectPath& groupReplicaPath)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
     if (parentSetRef.getClassName().isNull())
@@ -1723,8 +1662,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
             parentVolNames.append(String(set.members[m].name));
             childVolNames.append(String(child));
         }
-        return _createGroupVirtualCopy(apiEventp, parentVolNames, childVolNames, goalSettingInst,
-            targetVolumes, synchronizations);
+        return _createGroupVirtualCopy(
+            apiEventp, parentVolNames, childVolNames, goalSettingInst, targetVolumes, synchronizations);
     };
 
     api_Status_t status;
@@ -1749,8 +1688,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
             if (!group)
             {
                 char text[API_ERRTEXT_LEN];
-                std::snprintf(text, sizeof text, "The rcopy group %s is not found\n",
-                    (const char*)groupName);
+                std::snprintf(text, sizeof text, "The rcopy group %s is not found\n", (const char*)groupName);
                 log_message(2, "%s", text);
                 return groupCopyRefusal(text);
             }
@@ -1763,9 +1701,9 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
             // The primary side's snapshot is the copy services' work; the
             // goal is deliberately not passed on.
             Array<CIMParamValue> paramValues;
-            return ZDA_StorageConfigurationServiceProvider::createVirtualCopy(apiEventp, _cimom,
-                context, paramValues, parentSetRef, relationshipName, CIMObjectPath(),
-                CIMInstance(), _systemName, _systemAddress);
+            return ZDA_StorageConfigurationServiceProvider::createVirtualCopy(apiEventp, _cimom, context,
+                paramValues, parentSetRef, relationshipName, CIMObjectPath(), CIMInstance(), _systemName,
+                _systemAddress);
         }
 
         // The secondary side: snapshot the members of the set behind the
@@ -1790,8 +1728,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         char text[API_ERRTEXT_LEN];
         if (!parentSet)
         {
-            std::snprintf(text, sizeof text,
-                "The vvset associated with rcopy group %s is not found\n", (const char*)groupName);
+            std::snprintf(text, sizeof text, "The vvset associated with rcopy group %s is not found\n",
+                (const char*)groupName);
             log_message(2, "%s", text);
             return groupCopyRefusal(text);
         }
@@ -1806,8 +1744,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         if (status.code != 0)
             return status;
         String errStr;
-        if (_createGroup(apiEventp, childSetName, targetVolumes, keys, values, groupReplicaPath,
-                errStr) != 0)
+        if (_createGroup(apiEventp, childSetName, targetVolumes, keys, values, groupReplicaPath, errStr) != 0)
         {
             // The snapshots stay, without a set.
             std::snprintf(text, sizeof text, "Problem creating vvset %s : %s\n",
@@ -1817,9 +1754,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         }
         // One group-level synchronization stands for the per-volume ones.
         synchronizations.clear();
-        synchronizations.append(ZDA_Common::buildAssocPath("ZDA_RemoteGroupSynchronized",
-            "SystemElement", "SyncedElement", parentSetRef, groupReplicaPath, _systemAddress,
-            NAMESPACE));
+        synchronizations.append(ZDA_Common::buildAssocPath("ZDA_RemoteGroupSynchronized", "SystemElement",
+            "SyncedElement", parentSetRef, groupReplicaPath, _systemAddress, NAMESPACE));
     }
     else if (parentSetRef.getClassName().equal(GROUP_CLASS))
     {
@@ -1831,7 +1767,6 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
     log_message(4, "<-- ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(set)\n");
     return status;
 }
-
 
 api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtparam_t* apiEventp,
     Array<String>& parentVolNames, Array<String>& childVolNames, CIMInstance& goalSettingInst,
@@ -1905,8 +1840,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         {
             char text[API_ERRTEXT_LEN];
             std::snprintf(text, sizeof text,
-                "Target volume name %s too long, has to be no more than %u characters\n",
-                (const char*)child, unsigned(TARGET_NAME_MAX));
+                "Target volume name %s too long, has to be no more than %u characters\n", (const char*)child,
+                unsigned(TARGET_NAME_MAX));
             log_message(2, "%s", text);
             return groupCopyRefusal(text);
         }
@@ -1915,8 +1850,7 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
         std::strncpy(svs[i].childVolName, child, API_NAME_LEN - 1);
         svs[i].readOnly = 0;
     }
-    if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp,
-            parentVolNames) != 0)
+    if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp, parentVolNames) != 0)
     {
         log_message(2, "Problem assigning SNAP space to source volumes.\n");
         return groupCopyRefusal("The was a problem assigning Snap space to source volumes.");
@@ -1930,8 +1864,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
     std::strncpy(groupsv.comment, comment.getCString(), sizeof groupsv.comment - 1);
     groupsv.count = Uint32(svs.size());
     groupsv.svs = svs.data();
-    const api_Status_t status =
-        ZDA_CompanionFrame::statusCall([&] { return api_createGroupSV(apiEventp, &groupsv); });
+    const api_Status_t status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_createGroupSV(apiEventp, &groupsv); });
     if (status.code == 0)
     {
         for (const api_groupsv_entry_t& sv : svs)
@@ -1942,8 +1876,8 @@ api_Status_t ZDA_ReplicationServiceProvider::_createGroupVirtualCopy(api_evtpara
                 sv.parentVolWWN, _systemName, _systemAddress);
             const CIMObjectPath childVolPath = ZDA_StorageVolumeProvider::createObjectPath(
                 sv.childVolWWN, _systemName, _systemAddress);
-            synchronizations.append(ZDA_Common::buildAssocPath(SYNC_CLASS, "SystemElement",
-                "SyncedElement", parentVolPath, childVolPath, _systemAddress, NAMESPACE));
+            synchronizations.append(ZDA_Common::buildAssocPath(SYNC_CLASS, "SystemElement", "SyncedElement",
+                parentVolPath, childVolPath, _systemAddress, NAMESPACE));
             targetVolumes.append(childVolPath);
         }
     }
@@ -1979,8 +1913,8 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
         if (String::equalNoCase(paramName, "Operation"))
         {
             value.get(operation);
-            if (operation != 2 && operation != 8 && operation != 9 && operation != 14 &&
-                operation != 15 && operation != 19)
+            if (operation != 2 && operation != 8 && operation != 9 && operation != 14 && operation != 15 &&
+                operation != 19)
             {
                 log_message(2, "Operation %d not supported\n", int(operation));
                 outstatus = 5;
@@ -1993,15 +1927,14 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
             Uint16 prevReplicaType = 0xFFFF;
             for (Uint32 e = 0; e < syncRefs.size() && outstatus == 0; e++)
             {
-                if (!ZDA_Common::verifyRefMethodParam(syncRefs[e], NAMESPACE, _systemAddress,
-                        CIMName(SYNC_CLASS)))
+                if (!ZDA_Common::verifyRefMethodParam(
+                        syncRefs[e], NAMESPACE, _systemAddress, CIMName(SYNC_CLASS)))
                 {
                     outstatus = 5;
                     errStr = "Synchronization parameter contains invalid object path";
                     break;
                 }
-                const CIMValue replica = _cimom.getProperty(context, NAMESPACE, syncRefs[e],
-                    "ReplicaType");
+                const CIMValue replica = _cimom.getProperty(context, NAMESPACE, syncRefs[e], "ReplicaType");
                 if (replica.isNull())
                 {
                     refuse(outstatus, errStr, "Cannot get at ReplicaType of the StorageSynchronized");
@@ -2021,8 +1954,8 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
         else if (String::equalNoCase(paramName, "TargetGroup"))
         {
             value.get(targetGroup);
-            if (!ZDA_Common::verifyRefMethodParam(targetGroup, NAMESPACE, _systemAddress,
-                    CIMName(GROUP_CLASS)))
+            if (!ZDA_Common::verifyRefMethodParam(
+                    targetGroup, NAMESPACE, _systemAddress, CIMName(GROUP_CLASS)))
             {
                 outstatus = 5;
                 errStr = "TargetGroup parameter contains invalid object path";
@@ -2037,17 +1970,17 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
     if (outstatus == 0 && syncRefs.size() == 0 && targetGroupSet)
     {
         // The synchronizations whose targets are the group's members.
-        const Array<CIMObjectPath> volRefs = _cimom.associatorNames(context, NAMESPACE,
-            targetGroup, MEMBER_ASSOC_CLASS, VOLUME_CLASS, "Collection", "Member");
+        const Array<CIMObjectPath> volRefs = _cimom.associatorNames(
+            context, NAMESPACE, targetGroup, MEMBER_ASSOC_CLASS, VOLUME_CLASS, "Collection", "Member");
         for (Uint32 v = 0; v < volRefs.size(); v++)
-            syncRefs.appendArray(_cimom.referenceNames(context, NAMESPACE, volRefs[v],
-                SYNC_CLASS, "SyncedElement"));
+            syncRefs.appendArray(
+                _cimom.referenceNames(context, NAMESPACE, volRefs[v], SYNC_CLASS, "SyncedElement"));
         returnSingleJob = false;
     }
     if (outstatus == 0 && syncRefs.size() == 0)
-        refuse(outstatus, errStr, targetGroupSet
-                ? "TargetGroup does not require synchronization"
-                : "Synchronization or TargetGroup parameter is required");
+        refuse(outstatus, errStr,
+            targetGroupSet ? "TargetGroup does not require synchronization"
+                           : "Synchronization or TargetGroup parameter is required");
 
     Array<String> errStrs;
     if (outstatus == 0 && (operation == 2 || operation == 14))
@@ -2055,8 +1988,7 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
         // One call for the whole list: it fails or succeeds as one.
         Array<CIMObjectPath> jobs;
         const api_Status_t status = ZDA_StorageConfigurationServiceProvider::modifySynchronization(
-            apiEventp, _cimom, context, jobs, _convertToCopySvcsOp(operation), syncRefs,
-            _systemAddress);
+            apiEventp, _cimom, context, jobs, _convertToCopySvcsOp(operation), syncRefs, _systemAddress);
         if (jobs.size() > 0)
         {
             outstatus = 4096;
@@ -2069,14 +2001,13 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
         {
             outstatus = copyFailure(status.code, true);
             errStr = ZDA_AssociationFrame::statusText(status);
-            log_message(2, "Createvv copy error (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Createvv copy error (%d): %s\n", status.code, (const char*)errStr.getCString());
         }
     }
     else if (outstatus == 0 && operation == 19)
     {
-        const api_Status_t status =
-            _returnToResourcePool(apiEventp, context, syncRefs, targetGroup, targetGroupSet);
+        const api_Status_t status = _returnToResourcePool(
+            apiEventp, context, syncRefs, targetGroup, targetGroupSet);
         if (status.code != 0)
         {
             if (status.code == ARRAY_SOME_NOT_DELETED)
@@ -2090,8 +2021,7 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
                 outstatus = 4;
             }
             errStr = ZDA_AssociationFrame::statusText(status);
-            log_message(2, "Createvv copy error (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Createvv copy error (%d): %s\n", status.code, (const char*)errStr.getCString());
         }
     }
     else if (outstatus == 0)
@@ -2103,16 +2033,14 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
         {
             Uint32 tmpstatus = 0;
             Array<CIMObjectPath> outjobs;
-            const api_Status_t status =
-                ZDA_StorageConfigurationServiceProvider::modifySynchronization(apiEventp, _cimom,
-                    context, outjobs, _convertToCopySvcsOp(operation), syncRefs[i],
-                    _systemAddress);
+            const api_Status_t status = ZDA_StorageConfigurationServiceProvider::modifySynchronization(
+                apiEventp, _cimom, context, outjobs, _convertToCopySvcsOp(operation), syncRefs[i],
+                _systemAddress);
             if (status.code != 0)
             {
                 tmpstatus = copyFailure(status.code, true);
                 const String text = ZDA_AssociationFrame::statusText(status);
-                log_message(2, "Createvv copy error (%d): %s\n", status.code,
-                    (const char*)text.getCString());
+                log_message(2, "Createvv copy error (%d): %s\n", status.code, (const char*)text.getCString());
                 errStrs.append(syncRefs[i].toString() + ": " + text);
             }
             else
@@ -2154,19 +2082,16 @@ void ZDA_ReplicationServiceProvider::_modifyListSynchronization(api_evtparam_t* 
 
 // ---- relationships -------------------------------------------------------------------------
 
-void ZDA_ReplicationServiceProvider::_getReplicationRelationships(
-    const OperationContext& context, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_getReplicationRelationships(const OperationContext& context,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _getReplicationRelationships\n");
     Uint32 outstatus = 0;
     String errStr;
     Array<CIMParamValue> paramValues;
-    const bool isInstancesMethod =
-        methodName.equal(CIMName("GetReplicationRelationshipInstances"));
+    const bool isInstancesMethod = methodName.equal(CIMName("GetReplicationRelationshipInstances"));
 
-    Filter type{"Type"}, syncType{"SyncType"}, mode{"Mode"}, locality{"Locality"},
-        copyState{"CopyState"};
+    Filter type{"Type"}, syncType{"SyncType"}, mode{"Mode"}, locality{"Locality"}, copyState{"CopyState"};
     Filter* filters[] = {&type, &syncType, &mode, &locality, &copyState};
     for (Uint32 i = 0; i < inParameters.size(); i++)
     {
@@ -2184,8 +2109,7 @@ void ZDA_ReplicationServiceProvider::_getReplicationRelationships(
     }
 
     // A Type or Locality no relationship has finds nothing; that is no error.
-    bool findsNothing =
-        (type.set && type.value != RELATIONSHIP_OTHER && type.value != RELATIONSHIP_GROUP) ||
+    bool findsNothing = (type.set && type.value != RELATIONSHIP_OTHER && type.value != RELATIONSHIP_GROUP) ||
         (locality.set && locality.value != LOCALITY_LOCAL && locality.value != LOCALITY_REMOTE);
     if (!findsNothing && copyState.set &&
         (copyState.value < FIRST_COPY_STATE || copyState.value > LAST_COPY_STATE))
@@ -2200,8 +2124,8 @@ void ZDA_ReplicationServiceProvider::_getReplicationRelationships(
     if (outstatus == 0 && !findsNothing)
     {
         // Local and remote relationships of every provider, through the server.
-        Array<CIMInstance> syncInsts = _cimom.enumerateInstances(context, NAMESPACE,
-            CIMName("CIM_Synchronized"), false, false, false, false, CIMPropertyList());
+        Array<CIMInstance> syncInsts = _cimom.enumerateInstances(
+            context, NAMESPACE, CIMName("CIM_Synchronized"), false, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < syncInsts.size(); i++)
         {
             CIMInstance& instance = syncInsts[i];
@@ -2210,12 +2134,10 @@ void ZDA_ReplicationServiceProvider::_getReplicationRelationships(
             if (type.set && (type.value == RELATIONSHIP_GROUP) != isGroup)
                 continue;
             if (locality.set &&
-                !(locality.value == LOCALITY_REMOTE
-                        ? isGroup || className.equal(REMOTE_VOLUME_SYNC)
-                        : className.equal(LOCAL_VOLUME_SYNC)))
+                !(locality.value == LOCALITY_REMOTE ? isGroup || className.equal(REMOTE_VOLUME_SYNC)
+                                                    : className.equal(LOCAL_VOLUME_SYNC)))
                 continue;
-            if (!passes(instance, syncType) || !passes(instance, mode) ||
-                !passes(instance, copyState))
+            if (!passes(instance, syncType) || !passes(instance, mode) || !passes(instance, copyState))
                 continue;
             if (isInstancesMethod)
                 syncObjs.append(CIMObject(instance));
@@ -2249,8 +2171,8 @@ bool readyAndUsable(const rm_target& target)
 
 }  // namespace
 
-void ZDA_ReplicationServiceProvider::_getPeerSystems(const OperationContext&,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_getPeerSystems(
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _getPeerSystems\n");
     Uint32 outstatus = 0;
@@ -2291,8 +2213,8 @@ void ZDA_ReplicationServiceProvider::_getPeerSystems(const OperationContext&,
     _completeMethod(handler, outstatus, errStr, paramValues, "_getPeerSystems");
 }
 
-void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationContext&,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(
+    const OperationContext&, const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _getServiceAccessPoints\n");
     Uint32 outstatus = 0;
@@ -2311,8 +2233,7 @@ void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationCont
         // A peer system lives on another host: the reference is checked
         // against its own host, for namespace and class.
         String peerHost = systemRef.getHost();
-        systemGiven = ZDA_Common::verifyRefMethodParam(systemRef, NAMESPACE, peerHost,
-            CIMName(SYSTEM_CLASS));
+        systemGiven = ZDA_Common::verifyRefMethodParam(systemRef, NAMESPACE, peerHost, CIMName(SYSTEM_CLASS));
         if (!systemGiven)
             break;
     }
@@ -2353,7 +2274,6 @@ void ZDA_ReplicationServiceProvider::_getServiceAccessPoints(const OperationCont
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_getServiceAccessPoints");
 }
-
 
 // ---- group replicas and remote mirrors -------------------------------------------------
 
@@ -2417,13 +2337,12 @@ String arrayText(const api_Status_t& status)
 
 // The instance a reference parameter names, fetched through the server;
 // false when the server cannot give it, whatever the reason.
-bool fetch(CIMOMHandle& cimom, const OperationContext& context, const CIMObjectPath& path,
-    CIMInstance& instance)
+bool fetch(
+    CIMOMHandle& cimom, const OperationContext& context, const CIMObjectPath& path, CIMInstance& instance)
 {
     try
     {
-        instance = cimom.getInstance(context, NAMESPACE, path, false, false, false,
-            CIMPropertyList());
+        instance = cimom.getInstance(context, NAMESPACE, path, false, false, false, CIMPropertyList());
         return true;
     }
     catch (...)
@@ -2435,8 +2354,8 @@ bool fetch(CIMOMHandle& cimom, const OperationContext& context, const CIMObjectP
 }  // namespace
 
 void ZDA_ReplicationServiceProvider::_createGroupReplica(api_evtparam_t* apiEventp,
-    const OperationContext& context, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
+    const OperationContext& context, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+    MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _createGroupReplica\n");
     GroupReplicaRequest request;
@@ -2470,19 +2389,16 @@ void ZDA_ReplicationServiceProvider::_createGroupReplica(api_evtparam_t* apiEven
         else
             refuse(outstatus, errStr, "SyncType/Mode combination not supported");
     }
-    _completeMethod(handler, outstatus, errStr, paramValues, "_createGroupReplica",
-        PROCESSING_FIRST);
+    _completeMethod(handler, outstatus, errStr, paramValues, "_createGroupReplica", PROCESSING_FIRST);
 }
 
 const char* ZDA_ReplicationServiceProvider::_readGroupReplicaParameter(
-    const OperationContext& context, const String& name, const CIMValue& value,
-    GroupReplicaRequest& request)
+    const OperationContext& context, const String& name, const CIMValue& value, GroupReplicaRequest& request)
 {
     auto is = [&](const char* parameter) { return String::equalNoCase(name, parameter); };
     auto verified = [&](CIMObjectPath& ref, const char* className) {
         value.get(ref);
-        return ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress,
-            CIMName(className));
+        return ZDA_Common::verifyRefMethodParam(ref, NAMESPACE, _systemAddress, CIMName(className));
     };
     if (is("RelationshipName"))
     {
@@ -2498,13 +2414,13 @@ const char* ZDA_ReplicationServiceProvider::_readGroupReplicaParameter(
         Array<CIMName> groupClasses;
         groupClasses.append(CIMName(GROUP_CLASS));
         groupClasses.append(CIMName(RCOPY_GROUP_CLASS));
-        if (!ZDA_Common::verifyRefMethodParam(request.sourceGroupRef, NAMESPACE, _systemAddress,
-                groupClasses))
+        if (!ZDA_Common::verifyRefMethodParam(
+                request.sourceGroupRef, NAMESPACE, _systemAddress, groupClasses))
             return "SourceGroup contains invalid object path";
         try
         {
-            const CIMInstance group = _cimom.getInstance(context, NAMESPACE,
-                request.sourceGroupRef, false, false, false, CIMPropertyList());
+            const CIMInstance group = _cimom.getInstance(
+                context, NAMESPACE, request.sourceGroupRef, false, false, false, CIMPropertyList());
             const Uint32 pos = group.findProperty("ElementName");
             if (pos != PEG_NOT_FOUND && !group.getProperty(pos).getValue().isNull())
                 group.getProperty(pos).getValue().get(request.sourceGroupName);
@@ -2519,8 +2435,8 @@ const char* ZDA_ReplicationServiceProvider::_readGroupReplicaParameter(
         value.get(request.sourceElements);
         for (Uint32 e = 0; e < request.sourceElements.size(); e++)
         {
-            if (!ZDA_Common::verifyRefMethodParam(request.sourceElements[e], NAMESPACE,
-                    _systemAddress, CIMName(VOLUME_CLASS)))
+            if (!ZDA_Common::verifyRefMethodParam(
+                    request.sourceElements[e], NAMESPACE, _systemAddress, CIMName(VOLUME_CLASS)))
                 return "SourceElements parameter contains invalid object path";
         }
     }
@@ -2566,8 +2482,7 @@ const char* ZDA_ReplicationServiceProvider::_readGroupReplicaParameter(
         if (value.getType() == CIMTYPE_INSTANCE && !value.isArray())
         {
             value.get(request.dataInst);
-            ZDA_Common::getProperty(request.dataInst, "TargetElementSupplier",
-                request.targetElementSupplier);
+            ZDA_Common::getProperty(request.dataInst, "TargetElementSupplier", request.targetElementSupplier);
         }
     }
     else if (is("TargetSettingGoal"))
@@ -2614,8 +2529,8 @@ const char* ZDA_ReplicationServiceProvider::_resolveLocalGroupSource(
         {
             // A name the server does not know stands for a set yet to be made.
             request.sourceGroupName = request.sourceGroupNameIn;
-            request.sourceGroupRef =
-                ZDA_ReplicationGroupProvider::buildObjectPath(_systemAddress, request.sourceGroupName);
+            request.sourceGroupRef = ZDA_ReplicationGroupProvider::buildObjectPath(
+                _systemAddress, request.sourceGroupName);
             CIMInstance group;
             if (!fetch(_cimom, context, request.sourceGroupRef, group))
                 request.sourceGroupRef = CIMObjectPath();
@@ -2639,21 +2554,21 @@ const char* ZDA_ReplicationServiceProvider::_resolveLocalGroupSource(
     return nullptr;
 }
 
-void ZDA_ReplicationServiceProvider::_removeSourceSet(api_evtparam_t* apiEventp,
-    const GroupReplicaRequest& request)
+void ZDA_ReplicationServiceProvider::_removeSourceSet(
+    api_evtparam_t* apiEventp, const GroupReplicaRequest& request)
 {
     if (request.sourceElements.size() == 0)
         return;
     const api_Status_t status = ZDA_CompanionFrame::statusCall(
         [&] { return api_removeVVSet(apiEventp, request.sourceGroupName.getCString()); });
     if (status.code != 0)
-        log_message(2, "Delete vvset error (%d): %s\n", status.code,
-            (const char*)arrayText(status).getCString());
+        log_message(
+            2, "Delete vvset error (%d): %s\n", status.code, (const char*)arrayText(status).getCString());
 }
 
 void ZDA_ReplicationServiceProvider::_createLocalGroupReplica(api_evtparam_t* apiEventp,
-    const OperationContext& context, GroupReplicaRequest& request,
-    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+    const OperationContext& context, GroupReplicaRequest& request, Array<CIMParamValue>& paramValues,
+    Uint32& outstatus, String& errStr)
 {
     if (const char* refusal = _resolveLocalGroupSource(context, request))
     {
@@ -2664,13 +2579,10 @@ void ZDA_ReplicationServiceProvider::_createLocalGroupReplica(api_evtparam_t* ap
     if (clone)
     {
         if (request.mode == 0)
-            request.mode = request.waitForCopyState == WAIT_INACTIVE ? MODE_ASYNCHRONOUS
-                                                                     : MODE_SYNCHRONOUS;
+            request.mode = request.waitForCopyState == WAIT_INACTIVE ? MODE_ASYNCHRONOUS : MODE_SYNCHRONOUS;
         if (request.waitForCopyState == 0)
-            request.waitForCopyState =
-                request.mode == MODE_ASYNCHRONOUS ? WAIT_INACTIVE : WAIT_SYNCHRONIZED;
-        if (request.waitForCopyState != WAIT_SYNCHRONIZED &&
-            request.waitForCopyState != WAIT_INACTIVE)
+            request.waitForCopyState = request.mode == MODE_ASYNCHRONOUS ? WAIT_INACTIVE : WAIT_SYNCHRONIZED;
+        if (request.waitForCopyState != WAIT_SYNCHRONIZED && request.waitForCopyState != WAIT_INACTIVE)
         {
             refuse(outstatus, errStr,
                 "Only waitForCopyState Sync and Inactive are are supported for physical copy");
@@ -2686,12 +2598,11 @@ void ZDA_ReplicationServiceProvider::_createLocalGroupReplica(api_evtparam_t* ap
     // A source given as volumes becomes a set first.
     if (request.sourceElements.size() > 0)
     {
-        outstatus = _createGroup(apiEventp, request.sourceGroupName, request.sourceElements,
-            Array<String>(), Array<String>(), request.sourceGroupRef, errStr);
+        outstatus = _createGroup(apiEventp, request.sourceGroupName, request.sourceElements, Array<String>(),
+            Array<String>(), request.sourceGroupRef, errStr);
         if (outstatus != 0)
             return;
-        paramValues.append(
-            CIMParamValue("SourceGroupName", CIMValue(request.sourceGroupName), true));
+        paramValues.append(CIMParamValue("SourceGroupName", CIMValue(request.sourceGroupName), true));
         paramValues.append(CIMParamValue("SourceGroup", CIMValue(request.sourceGroupRef), true));
     }
     if (clone)
@@ -2700,9 +2611,8 @@ void ZDA_ReplicationServiceProvider::_createLocalGroupReplica(api_evtparam_t* ap
         _snapshotGroup(apiEventp, context, request, paramValues, outstatus, errStr);
 }
 
-void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp,
-    const OperationContext& context, GroupReplicaRequest& request,
-    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp, const OperationContext& context,
+    GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
 {
     String targetGroupName;
     if (request.targetGroupRef.getClassName().isNull())
@@ -2711,22 +2621,20 @@ void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp,
                 ? COPY_STEM + request.sourceGroupName
                 : String(GENERATED_STEM));
         Array<CIMObjectPath> noMembers;
-        outstatus = _createGroup(apiEventp, targetGroupName, noMembers, Array<String>(),
-            Array<String>(), request.targetGroupRef, errStr);
+        outstatus = _createGroup(apiEventp, targetGroupName, noMembers, Array<String>(), Array<String>(),
+            request.targetGroupRef, errStr);
         if (outstatus != 0)
             return;
         paramValues.append(CIMParamValue("TargetGroup", CIMValue(request.targetGroupRef), true));
     }
-    const String op =
-        "clone " + request.sourceGroupRef.toString() + " " + request.targetGroupRef.toString();
+    const String op = "clone " + request.sourceGroupRef.toString() + " " + request.targetGroupRef.toString();
     ZDA_Common::setEventOp(apiEventp, op.getCString());
 
     Array<CIMObjectPath> jobs;
     Array<CIMObjectPath> synchronizations;
-    const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
-        apiEventp, _cimom, context, cloneCopyType(request.waitForCopyState),
-        request.sourceGroupRef, request.targetGroupRef, request.targetPoolRef,
-        request.goalSettingInst, jobs, synchronizations, _systemName, _systemAddress,
+    const api_Status_t status = ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(apiEventp, _cimom,
+        context, cloneCopyType(request.waitForCopyState), request.sourceGroupRef, request.targetGroupRef,
+        request.targetPoolRef, request.goalSettingInst, jobs, synchronizations, _systemName, _systemAddress,
         request.relationshipName);
     if (status.code == 0)
     {
@@ -2743,8 +2651,7 @@ void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp,
             String delErrStr;
             if (_deleteGroupAndMembers(apiEventp, targetGroupName, delErrStr) != 0)
                 log_message(2, "Problem removing TargetGroup vvset %s: %s\n",
-                    (const char*)targetGroupName.getCString(),
-                    (const char*)delErrStr.getCString());
+                    (const char*)targetGroupName.getCString(), (const char*)delErrStr.getCString());
         }
         _removeSourceSet(apiEventp, request);
     }
@@ -2763,27 +2670,25 @@ void ZDA_ReplicationServiceProvider::_cloneGroup(api_evtparam_t* apiEventp,
             outstatus = 4096;
         }
         if (synchronizations.size() > 0)
-            paramValues.append(
-                CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+            paramValues.append(CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
     }
 }
 
 void ZDA_ReplicationServiceProvider::_snapshotGroup(api_evtparam_t* apiEventp,
-    const OperationContext& context, GroupReplicaRequest& request,
-    Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
+    const OperationContext& context, GroupReplicaRequest& request, Array<CIMParamValue>& paramValues,
+    Uint32& outstatus, String& errStr)
 {
     const String op = "copy " + request.sourceGroupRef.toString();
     ZDA_Common::setEventOp(apiEventp, op.getCString());
     Array<CIMObjectPath> targetElements;
     Array<CIMObjectPath> synchronizations;
-    const api_Status_t status = _createGroupVirtualCopy(apiEventp, context,
-        request.sourceGroupRef, request.relationshipName, request.tgtSettingGoalRef,
-        request.goalSettingInst, targetElements, synchronizations, request.targetGroupRef);
+    const api_Status_t status = _createGroupVirtualCopy(apiEventp, context, request.sourceGroupRef,
+        request.relationshipName, request.tgtSettingGoalRef, request.goalSettingInst, targetElements,
+        synchronizations, request.targetGroupRef);
     if (request.isZDAMethod)
     {
         if (synchronizations.size() > 0)
-            paramValues.append(
-                CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
+            paramValues.append(CIMParamValue("Synchronizations", CIMValue(synchronizations), true));
         if (targetElements.size() > 0)
             paramValues.append(CIMParamValue("TargetElements", CIMValue(targetElements), true));
     }
@@ -2803,17 +2708,16 @@ void ZDA_ReplicationServiceProvider::_snapshotGroup(api_evtparam_t* apiEventp,
     }
 }
 
-
-String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& request,
-    Array<String>& vvNames, api_evtparam_t* apiEventp)
+String ZDA_ReplicationServiceProvider::_checkMirrorRequest(
+    GroupReplicaRequest& request, Array<String>& vvNames, api_evtparam_t* apiEventp)
 {
     request.sourceGroupName = request.sourceGroupNameIn;
     if (request.targetPoolRef.getClassName().isNull())
         return "The TargetPool reference must be specified for SyncType mirror.";
     // The pool may lie on the far system: it is checked against its own host.
     String targetSystemAddress = request.targetPoolRef.getHost();
-    if (!ZDA_Common::verifyRefMethodParam(request.targetPoolRef, NAMESPACE, targetSystemAddress,
-            CIMName(POOL_CLASS)))
+    if (!ZDA_Common::verifyRefMethodParam(
+            request.targetPoolRef, NAMESPACE, targetSystemAddress, CIMName(POOL_CLASS)))
         return "TargetPool contains invalid object path";
     const Uint16 wait = request.waitForCopyState;
     if (wait != 0 && wait != WAIT_UNSYNCHRONIZED && wait != WAIT_SYNCHRONIZED)
@@ -2821,8 +2725,7 @@ String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& 
         log_message(2, "Only waitForCopyState UnSysnc is supported for SyncType mirror\n");
         return "Only waitForCopyState Unsync is supported for SyncType mirror";
     }
-    if (!request.sourceGroupRef.getClassName().isNull() ||
-        !request.targetGroupRef.getClassName().isNull())
+    if (!request.sourceGroupRef.getClassName().isNull() || !request.targetGroupRef.getClassName().isNull())
     {
         log_message(2, "The SourceGroup reference must not be specified for SyncType mirror\n");
         return "The SourceGroup reference parameters must not be specified for SyncType mirror.";
@@ -2843,8 +2746,7 @@ String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& 
         if (ZDA_Common::fillInVVNames(request.sourceElements, vvNames) != 0 ||
             vvNames.size() != request.sourceElements.size())
             return "Cannot find one or more of the volumes in SourceElements";
-        if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp, vvNames) !=
-            0)
+        if (ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(apiEventp, vvNames) != 0)
             return "Problem assigning snap space to SourceElements";
     }
     // A mirror group is always started unsynchronized; without a mode it
@@ -2892,8 +2794,8 @@ String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& 
             const CIMValue value = request.goalSettingInst.getProperty(pos).getValue();
             if (value.isNull() || value.getType() != CIMTYPE_STRING || value.isArray())
                 continue;
-            value.get(String::equal(name, "UserDSPName") ? request.targetUserDSPName
-                                                          : request.targetSnapDSPName);
+            value.get(
+                String::equal(name, "UserDSPName") ? request.targetUserDSPName : request.targetSnapDSPName);
         }
     }
     if (request.targetUserDSPName.size() == 0 || request.targetSnapDSPName.size() == 0)
@@ -2906,8 +2808,7 @@ String ZDA_ReplicationServiceProvider::_checkMirrorRequest(GroupReplicaRequest& 
 }
 
 void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEventp,
-    GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
-    String& errStr)
+    GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr)
 {
     Array<String> vvNames;
     const String refusal = _checkMirrorRequest(request, vvNames, apiEventp);
@@ -2942,8 +2843,8 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
 
     String targetName;
     String sapErrStr;
-    if (!ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(targetName,
-            request.targetSAPRef, request.mode, sapErrStr))
+    if (!ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+            targetName, request.targetSAPRef, request.mode, sapErrStr))
     {
         const String text = "Cannot determine rcopy target from TargetAccessPoint :" + sapErrStr;
         log_message(2, "%s\n", (const char*)text.getCString());
@@ -2960,19 +2861,17 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
     copyField(group.domain, domain);
     group.numtargets = 1;
     copyField(group.targets[0].rm_target, targetName);
-    group.targets[0].rm_mode =
-        request.mode == MODE_SYNCHRONOUS ? RCOPY_MODE_SYNC : RCOPY_MODE_PERIODIC;
+    group.targets[0].rm_mode = request.mode == MODE_SYNCHRONOUS ? RCOPY_MODE_SYNC : RCOPY_MODE_PERIODIC;
     copyField(group.targets[0].usercpg, request.targetUserDSPName);
     copyField(group.targets[0].snapcpg, request.targetSnapDSPName);
     copyField(group.usercpg, sourceUserDSPName);
     copyField(group.snapcpg, sourceSnapDSPName);
-    api_Status_t status =
-        ZDA_CompanionFrame::statusCall([&] { return api_createRCopyGroup(apiEventp, &group); });
+    api_Status_t status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_createRCopyGroup(apiEventp, &group); });
     if (status.code != 0)
     {
         errStr = arrayText(status);
-        log_message(2, "Create RCopy Group (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "Create RCopy Group (%d): %s\n", status.code, (const char*)errStr.getCString());
         outstatus = 4;
         return;
     }
@@ -2985,15 +2884,13 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
         copyField(rcopygroup.name, request.sourceGroupName);
         copyField(rcopygroup.target, targetName);
         status = ZDA_CompanionFrame::statusCall([&] {
-            return api_setRCopyGroup(apiEventp, &rcopygroup, API_RCOPY_SET_PERIOD,
-                PERIODIC_SYNC_SECONDS);
+            return api_setRCopyGroup(apiEventp, &rcopygroup, API_RCOPY_SET_PERIOD, PERIODIC_SYNC_SECONDS);
         });
         if (status.code != 0)
         {
             outstatus = 4;
             errStr = arrayText(status);
-            log_message(2, "Set RCopy Group (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Set RCopy Group (%d): %s\n", status.code, (const char*)errStr.getCString());
             api_freeRCopyGroup(&rcopygroup);
             return;
         }
@@ -3009,21 +2906,19 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
     startGroup.flags = START_FLAGS;
     if (request.waitForCopyState == WAIT_SYNCHRONIZED)
         startGroup.flags &= uint8_t(~START_WAIT_FLAG);
-    status = ZDA_CompanionFrame::statusCall(
-        [&] { return api_startRCopyGroup(apiEventp, &startGroup); });
+    status = ZDA_CompanionFrame::statusCall([&] { return api_startRCopyGroup(apiEventp, &startGroup); });
     if (status.code != 0)
     {
         errStr = arrayText(status);
-        log_message(2, "Start RCopy Group (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "Start RCopy Group (%d): %s\n", status.code, (const char*)errStr.getCString());
         outstatus = 4;
         api_freeRCopyGroup(&startGroup);
         return;
     }
 
     paramValues.append(CIMParamValue("SourceGroupName", CIMValue(request.sourceGroupName), true));
-    const CIMObjectPath sourceGroupRef =
-        ZDA_RemoteReplicationGroupProvider::buildObjectPath(_systemAddress, request.sourceGroupName);
+    const CIMObjectPath sourceGroupRef = ZDA_RemoteReplicationGroupProvider::buildObjectPath(
+        _systemAddress, request.sourceGroupName);
     paramValues.append(CIMParamValue("SourceGroup", CIMValue(sourceGroupRef), true));
     // The tasks the start began are known but deliberately not reported: a
     // mirror's creation answers 0, and its progress shows in the pair's state.
@@ -3031,31 +2926,29 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
     for (Uint32 t = 0; startGroup.sync_task_id && t < startGroup.sync_task_num; t++)
     {
         if (startGroup.sync_task_id[t].tid != 0)
-            jobs.append(ZDA_ConcreteJobProvider::buildObjectPath(_systemAddress,
-                ZDA_ConcreteJobProvider::makeUniqueID(startGroup.sync_task_id[t].tid)));
+            jobs.append(ZDA_ConcreteJobProvider::buildObjectPath(
+                _systemAddress, ZDA_ConcreteJobProvider::makeUniqueID(startGroup.sync_task_id[t].tid)));
     }
     log_message(4, "Remote copy group %s started %u task(s)\n",
         (const char*)request.sourceGroupName.getCString(), jobs.size());
 
     const Boolean isNoREPolicy = (ZDA_Common::getPolicy() & 0x2) != 0;
-    const Array<CIMObjectPath> synchronizations = ZDA_RemoteGroupSynchronizedProvider::
-        createObjectPaths(request.sourceGroupName, _systemAddress, isNoREPolicy);
+    const Array<CIMObjectPath> synchronizations = ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(
+        request.sourceGroupName, _systemAddress, isNoREPolicy);
     CIMObjectPath targetGroupRef;
     String targetGroupName;
     if (synchronizations.size() > 0)
     {
-        paramValues.append(
-            CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
-        targetGroupRef =
-            CIMObjectPath(ZDA_Common::getStringProperty(synchronizations[0], "SyncedElement"));
+        paramValues.append(CIMParamValue("Synchronization", CIMValue(synchronizations[0]), true));
+        targetGroupRef = CIMObjectPath(ZDA_Common::getStringProperty(synchronizations[0], "SyncedElement"));
         const String instanceID = ZDA_Common::getStringProperty(targetGroupRef, "InstanceID");
         if (targetGroupRef.getClassName().equal("ZDA_ReplicationEntity") ||
             targetGroupRef.getClassName().equal("CIM_ReplicationEntity"))
         {
             String entityType;
             String entityHost;
-            ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceID, entityType,
-                targetGroupName, entityHost);
+            ZDA_ReplicationEntityProvider::extractFromInstanceID(
+                instanceID, entityType, targetGroupName, entityHost);
         }
         else
         {
@@ -3068,8 +2961,8 @@ void ZDA_ReplicationServiceProvider::_createMirrorGroup(api_evtparam_t* apiEvent
     api_freeRCopyGroup(&startGroup);
 }
 
-int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp,
-    api_rcopy_group_t& group, Array<String>& vvNames, String& relationshipName, String& errStr)
+int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp, api_rcopy_group_t& group,
+    Array<String>& vvNames, String& relationshipName, String& errStr)
 {
     api_rcopy_vv_t rcvv;
     memset(&rcvv, 0, sizeof rcvv);
@@ -3099,13 +2992,12 @@ int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp,
             }
             map.rm_remote_vid = REMOTE_VID_ANY;
         }
-        const api_Status_t status =
-            ZDA_CompanionFrame::statusCall([&] { return api_admitRCopyVV(apiEventp, &rcvv); });
+        const api_Status_t status = ZDA_CompanionFrame::statusCall(
+            [&] { return api_admitRCopyVV(apiEventp, &rcvv); });
         if (status.code != 0)
         {
             errStr = arrayText(status);
-            log_message(2, "Admit RCopy VV (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Admit RCopy VV (%d): %s\n", status.code, (const char*)errStr.getCString());
             return 4;
         }
     }
@@ -3123,8 +3015,7 @@ int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp, St
         if (status.code != 0)
         {
             const String text = arrayText(status);
-            log_message(2, "api_getRCopy error (%d): %s\n", status.code,
-                (const char*)text.getCString());
+            log_message(2, "api_getRCopy error (%d): %s\n", status.code, (const char*)text.getCString());
             errStr = "Cannot read rcopy group: " + text;
             return 4;
         }
@@ -3136,8 +3027,7 @@ int ZDA_ReplicationServiceProvider::_admitRCopyVVs(api_evtparam_t* apiEventp, St
         }
         if (!found)
         {
-            log_message(2, "RemoteReplicationGroup %s does not exist\n",
-                (const char*)groupName.getCString());
+            log_message(2, "RemoteReplicationGroup %s does not exist\n", (const char*)groupName.getCString());
             errStr = "RemoteReplicationGroup " + groupName + " does not exist";
             return 7;
         }
@@ -3164,9 +3054,9 @@ struct SyncOperation
     Uint16 operation;
     const char* word;
 };
-const SyncOperation SYNC_OPERATIONS[] = {{2, "abort"}, {4, "activate"}, {8, "detach"},
-    {9, "dissolve"}, {10, "failover"}, {11, "failback"}, {14, "resync"}, {15, "restore"},
-    {19, "return"}, {20, "reverse"}, {21, "split"}};
+const SyncOperation SYNC_OPERATIONS[] = {{2, "abort"}, {4, "activate"}, {8, "detach"}, {9, "dissolve"},
+    {10, "failover"}, {11, "failback"}, {14, "resync"}, {15, "restore"}, {19, "return"}, {20, "reverse"},
+    {21, "split"}};
 
 const Uint16 OP_ACTIVATE = 4;
 const Uint16 OP_DETACH = 8;
@@ -3203,8 +3093,7 @@ String groupOfEnd(const CIMObjectPath& end, Boolean& isEntity)
     String entityType;
     String groupName;
     String systemName;
-    ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceId, entityType, groupName,
-        systemName);
+    ZDA_ReplicationEntityProvider::extractFromInstanceID(instanceId, entityType, groupName, systemName);
     return groupName;
 }
 
@@ -3222,10 +3111,7 @@ struct GroupRequest
         api_freeRCopyGroup(&rec);
         std::memset(&rec, 0, sizeof rec);
     }
-    void name(const String& groupName)
-    {
-        std::strncpy(rec.name, groupName.getCString(), API_NAME_LEN - 1);
-    }
+    void name(const String& groupName) { std::strncpy(rec.name, groupName.getCString(), API_NAME_LEN - 1); }
 };
 
 // The CIM status a failure of the copy services becomes.
@@ -3233,14 +3119,11 @@ Uint32 copyServicesResult(int code)
 {
     switch (code)
     {
-        case API_E_IN_USE:
-            return 6;
-        case 0x50:
-        case 0x4D:
-        case 0x4C:
-            return 5;
-        default:
-            return 4;
+    case API_E_IN_USE: return 6;
+    case 0x50:
+    case 0x4D:
+    case 0x4C: return 5;
+    default: return 4;
     }
 }
 
@@ -3255,8 +3138,7 @@ struct MembershipRequest
 };
 
 void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& systemAddress,
-    const Array<CIMName>& groupClasses, MembershipRequest& request, Uint32& outstatus,
-    String& errStr)
+    const Array<CIMName>& groupClasses, MembershipRequest& request, Uint32& outstatus, String& errStr)
 {
     if (inParameters.size() == 0)
     {
@@ -3274,8 +3156,7 @@ void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& 
         if (String::equalNoCase(paramName, "ReplicationGroup"))
         {
             value.get(request.groupRef);
-            if (!ZDA_Common::verifyRefMethodParam(request.groupRef, NAMESPACE, systemAddress,
-                    groupClasses))
+            if (!ZDA_Common::verifyRefMethodParam(request.groupRef, NAMESPACE, systemAddress, groupClasses))
             {
                 outstatus = 5;
                 errStr = paramName + " parameter contains invalid object path";
@@ -3288,8 +3169,8 @@ void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& 
             value.get(request.members);
             for (Uint32 m = 0; m < request.members.size(); m++)
             {
-                if (!ZDA_Common::verifyRefMethodParam(request.members[m], NAMESPACE,
-                        systemAddress, CIMName(VOLUME_CLASS)))
+                if (!ZDA_Common::verifyRefMethodParam(
+                        request.members[m], NAMESPACE, systemAddress, CIMName(VOLUME_CLASS)))
                 {
                     outstatus = 5;
                     errStr = "Members parameter contains invalid object path";
@@ -3312,8 +3193,8 @@ void readMembershipParameters(const Array<CIMParamValue>& inParameters, String& 
 
 // True when every member was named (`rc` 0 and `found` names for the
 // members); otherwise a refusal of 5.
-Boolean membersFound(int rc, Uint32 found, const Array<CIMObjectPath>& members,
-    Uint32& outstatus, String& errStr)
+Boolean membersFound(
+    int rc, Uint32 found, const Array<CIMObjectPath>& members, Uint32& outstatus, String& errStr)
 {
     if (rc == 0 && found >= members.size())
         return true;
@@ -3324,15 +3205,15 @@ Boolean membersFound(int rc, Uint32 found, const Array<CIMObjectPath>& members,
 }
 
 // The volume names of `members`, or a refusal of 5 when the array lacks any.
-Boolean resolveMembers(Array<CIMObjectPath>& members, api_name_t*& vvNames,
-    unsigned int& memberCount, Uint32& outstatus, String& errStr)
+Boolean resolveMembers(Array<CIMObjectPath>& members, api_name_t*& vvNames, unsigned int& memberCount,
+    Uint32& outstatus, String& errStr)
 {
     const int rc = ZDA_Common::fillInVVNames(members, &vvNames, &memberCount);
     return membersFound(rc, memberCount, members, outstatus, errStr);
 }
 
-Boolean resolveMembers(Array<CIMObjectPath>& members, Array<String>& vvNames,
-    Uint32& outstatus, String& errStr)
+Boolean resolveMembers(
+    Array<CIMObjectPath>& members, Array<String>& vvNames, Uint32& outstatus, String& errStr)
 {
     const int rc = ZDA_Common::fillInVVNames(members, vvNames);
     return membersFound(rc, vvNames.size(), members, outstatus, errStr);
@@ -3413,13 +3294,12 @@ void ZDA_ReplicationServiceProvider::_modifyReplicaSynchronization(api_evtparam_
     }
     if (outstatus == 0)
     {
-        if (ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress,
-                CIMName(GROUP_SYNC_CLASS)))
-            _modifyGroupSynchronization(apiEventp, context, syncRef, operation, force,
-                paramValues, outstatus, errStr);
+        if (ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress, CIMName(GROUP_SYNC_CLASS)))
+            _modifyGroupSynchronization(
+                apiEventp, context, syncRef, operation, force, paramValues, outstatus, errStr);
         else
-            _modifyElementSynchronization(apiEventp, context, syncRef, operation, paramValues,
-                outstatus, errStr);
+            _modifyElementSynchronization(
+                apiEventp, context, syncRef, operation, paramValues, outstatus, errStr);
     }
     _completeMethod(handler, outstatus, errStr, paramValues, "_modifyReplicaSynchronization");
 }
@@ -3441,9 +3321,8 @@ void ZDA_ReplicationServiceProvider::_modifyGroupSynchronization(api_evtparam_t*
         errStr = " Invalid source or target name.";
         return;
     }
-    log_message(4, "\t source group [%s], target group[%s], op=%u\n",
-        (const char*)sourcegroup.getCString(), (const char*)targetgroup.getCString(),
-        unsigned(operation));
+    log_message(4, "\t source group [%s], target group[%s], op=%u\n", (const char*)sourcegroup.getCString(),
+        (const char*)targetgroup.getCString(), unsigned(operation));
 
     GroupRequest rcopygroup;
     // One array call on the request record; a failure leaves 4 and the
@@ -3459,8 +3338,8 @@ void ZDA_ReplicationServiceProvider::_modifyGroupSynchronization(api_evtparam_t*
     // Failover and failback act on the group of SyncedElement, which the
     // array that holds the secondary calls its own.
     auto syncedIsGroup = [&]() {
-        if (ZDA_Common::verifyRefMethodParam(syncedElem, NAMESPACE, _systemAddress,
-                CIMName(RCOPY_GROUP_CLASS)))
+        if (ZDA_Common::verifyRefMethodParam(
+                syncedElem, NAMESPACE, _systemAddress, CIMName(RCOPY_GROUP_CLASS)))
             return true;
         outstatus = 5;
         errStr = " Invalid SyncedElement reference.";
@@ -3470,52 +3349,50 @@ void ZDA_ReplicationServiceProvider::_modifyGroupSynchronization(api_evtparam_t*
     Boolean called = true;
     switch (operation)
     {
-        case OP_ACTIVATE:
-            rcopygroup.name(sourcegroup);
-            called = groupCall([&] { return api_startRCopyGroup(apiEventp, &rcopygroup.rec); });
-            break;
-        case OP_SPLIT:
-            rcopygroup.name(sourcegroup);
-            called = groupCall([&] { return api_stopRCopyGroup(apiEventp, &rcopygroup.rec); });
-            break;
-        case OP_FAILOVER:
-        case OP_FAILBACK:
-            if (!syncedIsGroup())
-                return;
-            rcopygroup.reset();
-            rcopygroup.name(targetgroup);
-            called = groupCall([&] {
-                return api_setRCopyGroup(apiEventp, &rcopygroup.rec,
-                    operation == OP_FAILOVER ? API_RCOPY_SET_FAILOVER : API_RCOPY_SET_FAILBACK, 0);
-            });
-            break;
-        case OP_REVERSE:
-            rcopygroup.reset();
-            rcopygroup.name(isEntitySysElement ? targetgroup : sourcegroup);
-            called = groupCall([&] {
-                return api_setRCopyGroup(apiEventp, &rcopygroup.rec, API_RCOPY_SET_REVERSE, 0x10);
-            });
-            break;
-        case OP_RESYNC:
-            called = _resyncGroup(apiEventp, context, syncRef, sourcegroup, force, rcopygroup.rec,
-                outstatus, errStr);
-            break;
-        case OP_DETACH:
-        {
-            api_rcopy_delete rcdelgroup;
-            std::memset(&rcdelgroup, 0, sizeof rcdelgroup);
-            std::strncpy(rcdelgroup.name, sourcegroup.getCString(), API_NAME_LEN - 1);
-            called = groupCall([&] { return api_deleteRCopyGroup(apiEventp, &rcdelgroup); });
-            break;
-        }
-        case OP_RETURN:
-            _returnGroupSnapshot(apiEventp, context, syncRef, syncedElem, targetgroup, outstatus,
-                errStr);
+    case OP_ACTIVATE:
+        rcopygroup.name(sourcegroup);
+        called = groupCall([&] { return api_startRCopyGroup(apiEventp, &rcopygroup.rec); });
+        break;
+    case OP_SPLIT:
+        rcopygroup.name(sourcegroup);
+        called = groupCall([&] { return api_stopRCopyGroup(apiEventp, &rcopygroup.rec); });
+        break;
+    case OP_FAILOVER:
+    case OP_FAILBACK:
+        if (!syncedIsGroup())
             return;
-        default:
-            // Abort, dissolve and restore ask nothing of the array for a
-            // group; an absent Operation neither.
-            break;
+        rcopygroup.reset();
+        rcopygroup.name(targetgroup);
+        called = groupCall([&] {
+            return api_setRCopyGroup(apiEventp, &rcopygroup.rec,
+                operation == OP_FAILOVER ? API_RCOPY_SET_FAILOVER : API_RCOPY_SET_FAILBACK, 0);
+        });
+        break;
+    case OP_REVERSE:
+        rcopygroup.reset();
+        rcopygroup.name(isEntitySysElement ? targetgroup : sourcegroup);
+        called = groupCall(
+            [&] { return api_setRCopyGroup(apiEventp, &rcopygroup.rec, API_RCOPY_SET_REVERSE, 0x10); });
+        break;
+    case OP_RESYNC:
+        called = _resyncGroup(
+            apiEventp, context, syncRef, sourcegroup, force, rcopygroup.rec, outstatus, errStr);
+        break;
+    case OP_DETACH:
+    {
+        api_rcopy_delete rcdelgroup;
+        std::memset(&rcdelgroup, 0, sizeof rcdelgroup);
+        std::strncpy(rcdelgroup.name, sourcegroup.getCString(), API_NAME_LEN - 1);
+        called = groupCall([&] { return api_deleteRCopyGroup(apiEventp, &rcdelgroup); });
+        break;
+    }
+    case OP_RETURN:
+        _returnGroupSnapshot(apiEventp, context, syncRef, syncedElem, targetgroup, outstatus, errStr);
+        return;
+    default:
+        // Abort, dissolve and restore ask nothing of the array for a
+        // group; an absent Operation neither.
+        break;
     }
     if (!called)
         return;
@@ -3527,13 +3404,12 @@ void ZDA_ReplicationServiceProvider::_modifyGroupSynchronization(api_evtparam_t*
 }
 
 Boolean ZDA_ReplicationServiceProvider::_readGroupSyncProperty(const OperationContext& context,
-    const CIMObjectPath& syncRef, const char* name, Uint16& value, Uint32& outstatus,
-    String& errStr)
+    const CIMObjectPath& syncRef, const char* name, Uint16& value, Uint32& outstatus, String& errStr)
 {
     try
     {
-        CIMInstance sync = _cimom.getInstance(context, NAMESPACE, syncRef, false, false, false,
-            CIMPropertyList());
+        CIMInstance sync = _cimom.getInstance(
+            context, NAMESPACE, syncRef, false, false, false, CIMPropertyList());
         ZDA_Common::getProperty(sync, name, value);
         return true;
     }
@@ -3547,8 +3423,8 @@ Boolean ZDA_ReplicationServiceProvider::_readGroupSyncProperty(const OperationCo
 }
 
 Boolean ZDA_ReplicationServiceProvider::_resyncGroup(api_evtparam_t* apiEventp,
-    const OperationContext& context, const CIMObjectPath& syncRef, const String& sourcegroup,
-    Boolean force, api_rcopy_groupop_t& rcopygroup, Uint32& outstatus, String& errStr)
+    const OperationContext& context, const CIMObjectPath& syncRef, const String& sourcegroup, Boolean force,
+    api_rcopy_groupop_t& rcopygroup, Uint32& outstatus, String& errStr)
 {
     Uint16 copyState = 7;
     if (!_readGroupSyncProperty(context, syncRef, "CopyState", copyState, outstatus, errStr))
@@ -3595,9 +3471,8 @@ Boolean ZDA_ReplicationServiceProvider::_resyncGroup(api_evtparam_t* apiEventp,
 }
 
 void ZDA_ReplicationServiceProvider::_returnGroupSnapshot(api_evtparam_t* apiEventp,
-    const OperationContext& context, const CIMObjectPath& syncRef,
-    const CIMObjectPath& syncedElem, const String& targetgroup, Uint32& outstatus,
-    String& errStr)
+    const OperationContext& context, const CIMObjectPath& syncRef, const CIMObjectPath& syncedElem,
+    const String& targetgroup, Uint32& outstatus, String& errStr)
 {
     Uint16 syncType = 0;
     if (!_readGroupSyncProperty(context, syncRef, "SyncType", syncType, outstatus, errStr))
@@ -3628,14 +3503,12 @@ void ZDA_ReplicationServiceProvider::_modifyElementSynchronization(api_evtparam_
         if (status.code != 0)
         {
             errStr = ZDA_AssociationFrame::statusText(status);
-            log_message(2, "Createvv copy error (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Createvv copy error (%d): %s\n", status.code, (const char*)errStr.getCString());
             outstatus = 4;
         }
         return;
     }
-    if (!ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress,
-            CIMName(STORAGE_SYNC_CLASS)))
+    if (!ZDA_Common::verifyRefMethodParam(syncRef, NAMESPACE, _systemAddress, CIMName(STORAGE_SYNC_CLASS)))
     {
         outstatus = 5;
         errStr = "Synchronization parameter contains invalid object path";
@@ -3654,14 +3527,12 @@ void ZDA_ReplicationServiceProvider::_modifyElementSynchronization(api_evtparam_
     {
         outstatus = copyServicesResult(status.code);
         errStr = ZDA_AssociationFrame::statusText(status);
-        log_message(2, "Createvv copy error (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "Createvv copy error (%d): %s\n", status.code, (const char*)errStr.getCString());
     }
 }
 
-void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
-    const OperationContext& context, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp, const OperationContext& context,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _addMembers\n");
     Uint32 outstatus = 0;
@@ -3670,14 +3541,12 @@ void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
     Array<CIMName> groupClasses;
     groupClasses.append(GROUP_CLASS);
     groupClasses.append(RCOPY_GROUP_CLASS);
-    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus,
-        errStr);
+    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus, errStr);
     if (outstatus == 0)
     {
         try
         {
-            _cimom.getInstance(context, NAMESPACE, request.groupRef, false, false, false,
-                CIMPropertyList());
+            _cimom.getInstance(context, NAMESPACE, request.groupRef, false, false, false, CIMPropertyList());
         }
         catch (...)
         {
@@ -3700,20 +3569,18 @@ void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
             Array<String> names;
             String relationshipName;
             if (resolveMembers(request.members, names, outstatus, errStr))
-                outstatus = Uint32(
-                    _admitRCopyVVs(apiEventp, groupName, names, relationshipName, errStr));
+                outstatus = Uint32(_admitRCopyVVs(apiEventp, groupName, names, relationshipName, errStr));
         }
         else if (resolveMembers(request.members, vvNames, memberCount, outstatus, errStr))
         {
             const CString name = groupName.getCString();
-            const api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
-                return api_addToVVSet(apiEventp, name, vvNames, int(memberCount));
-            });
+            const api_Status_t status = ZDA_CompanionFrame::statusCall(
+                [&] { return api_addToVVSet(apiEventp, name, vvNames, int(memberCount)); });
             if (status.code != 0)
             {
                 errStr = ZDA_AssociationFrame::statusText(status);
-                log_message(2, "Add to vvset error (%d): %s\n", status.code,
-                    (const char*)errStr.getCString());
+                log_message(
+                    2, "Add to vvset error (%d): %s\n", status.code, (const char*)errStr.getCString());
                 outstatus = 4;
             }
         }
@@ -3722,9 +3589,8 @@ void ZDA_ReplicationServiceProvider::_addMembers(api_evtparam_t* apiEventp,
     _completeMethod(handler, outstatus, errStr, Array<CIMParamValue>(), "_addMembers");
 }
 
-void ZDA_ReplicationServiceProvider::_removeMembers(api_evtparam_t* apiEventp,
-    const OperationContext&, const Array<CIMParamValue>& inParameters,
-    MethodResultResponseHandler& handler)
+void ZDA_ReplicationServiceProvider::_removeMembers(api_evtparam_t* apiEventp, const OperationContext&,
+    const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider:: _removeMembers\n");
     Uint32 outstatus = 0;
@@ -3733,26 +3599,24 @@ void ZDA_ReplicationServiceProvider::_removeMembers(api_evtparam_t* apiEventp,
     Array<CIMName> groupClasses;
     groupClasses.append(GROUP_CLASS);
     groupClasses.append(RCOPY_GROUP_CLASS);
-    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus,
-        errStr);
+    readMembershipParameters(inParameters, _systemAddress, groupClasses, request, outstatus, errStr);
     if (outstatus == 0)
     {
         ZDA_Common::setEventOp(apiEventp, request.groupRef.toString().getCString());
         const String groupName = ZDA_Common::extractFromInstanceID(
             ZDA_Common::getStringProperty(request.groupRef, "InstanceID"));
         if (request.groupRef.getClassName().equal(RCOPY_GROUP_CLASS))
-            outstatus = _dismissRCopyVVs(apiEventp, groupName, request.members,
-                request.deleteOnEmptyElement, errStr);
+            outstatus = _dismissRCopyVVs(
+                apiEventp, groupName, request.members, request.deleteOnEmptyElement, errStr);
         else
-            outstatus = _removeFromVVSet(apiEventp, groupName, request.members,
-                request.deleteOnEmptyElement, errStr);
+            outstatus = _removeFromVVSet(
+                apiEventp, groupName, request.members, request.deleteOnEmptyElement, errStr);
     }
     _completeMethod(handler, outstatus, errStr, Array<CIMParamValue>(), "_removeMembers");
 }
 
-int ZDA_ReplicationServiceProvider::_removeFromVVSet(api_evtparam_t* apiEventp,
-    const String& groupName, Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement,
-    String& errStr)
+int ZDA_ReplicationServiceProvider::_removeFromVVSet(api_evtparam_t* apiEventp, const String& groupName,
+    Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr)
 {
     const CString name = groupName.getCString();
     ZDA_AssociationFrame::VVSetList list;
@@ -3787,31 +3651,27 @@ int ZDA_ReplicationServiceProvider::_removeFromVVSet(api_evtparam_t* apiEventp,
             return 8;
         }
     }
-    api_Status_t status = ZDA_CompanionFrame::statusCall([&] {
-        return api_removeFromVVSet(apiEventp, name, vvNames, int(memberCount));
-    });
+    api_Status_t status = ZDA_CompanionFrame::statusCall(
+        [&] { return api_removeFromVVSet(apiEventp, name, vvNames, int(memberCount)); });
     std::free(vvNames);
     if (status.code == 0 && deleteOnEmptyElement)
     {
         ZDA_AssociationFrame::VVSetList after;
         status = after.read(name);
         if (status.code == 0 && after.size() > 0 && after[0].memberCount == 0)
-            status = ZDA_CompanionFrame::statusCall(
-                [&] { return api_removeVVSet(apiEventp, name); });
+            status = ZDA_CompanionFrame::statusCall([&] { return api_removeVVSet(apiEventp, name); });
     }
     if (status.code != 0)
     {
         errStr = ZDA_AssociationFrame::statusText(status);
-        log_message(2, "Add to vvset error (%d): %s\n", status.code,
-            (const char*)errStr.getCString());
+        log_message(2, "Add to vvset error (%d): %s\n", status.code, (const char*)errStr.getCString());
         return 4;
     }
     return 0;
 }
 
-int ZDA_ReplicationServiceProvider::_dismissRCopyVVs(api_evtparam_t* apiEventp,
-    String groupName, Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement,
-    String& errStr)
+int ZDA_ReplicationServiceProvider::_dismissRCopyVVs(api_evtparam_t* apiEventp, String groupName,
+    Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr)
 {
     log_message(4, "--> ZDA_ReplicationServiceProvider::_dismissRCopyVVs()\n");
     const CString name = groupName.getCString();
@@ -3823,8 +3683,7 @@ int ZDA_ReplicationServiceProvider::_dismissRCopyVVs(api_evtparam_t* apiEventp,
         if (read.code != 0)
         {
             const String text = ZDA_AssociationFrame::statusText(read);
-            log_message(2, "api_getRCopy error (%d): %s\n", read.code,
-                (const char*)text.getCString());
+            log_message(2, "api_getRCopy error (%d): %s\n", read.code, (const char*)text.getCString());
             errStr = "Cannot read rcopy group: " + text;
             return 4;
         }
@@ -3873,8 +3732,7 @@ int ZDA_ReplicationServiceProvider::_dismissRCopyVVs(api_evtparam_t* apiEventp,
         if (status.code != 0)
         {
             errStr = ZDA_AssociationFrame::statusText(status);
-            log_message(2, "Dismiss RCopy VV (%d): %s\n", status.code,
-                (const char*)errStr.getCString());
+            log_message(2, "Dismiss RCopy VV (%d): %s\n", status.code, (const char*)errStr.getCString());
             return 4;
         }
     }

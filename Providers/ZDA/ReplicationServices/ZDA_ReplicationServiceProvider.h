@@ -60,36 +60,32 @@ public:
     // CIMNotSupportedException). getInstance then needs exactly four keys
     // (CIMInvalidParameterException) matching the service's path
     // (CIMObjectNotFoundException).
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
     // Delivers the service's path without reading the array.
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
-    // Refused with CIMNotSupportedException before anything else happens.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    // Refused with CIMNotSupportedException before anything else happens.
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // Opens the array for the user (CIM_ERR_ACCESS_DENIED), matches the
     // path against the service's (CIMObjectNotFoundException), then
     // authorizes and runs the method's row. Authorization refused (1, 2):
     // TraceableCIMException CIM_ERR_ACCESS_DENIED; any other non-zero
     // answer: CIM_ERR_NOT_SUPPORTED. A handler's exception passes unchanged.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
     // Appends the output parameter "Job" (the path of the job of the first
     // task) when a remote copy group start began a task; nothing when it
@@ -120,12 +116,11 @@ protected:
     // when none could be read, with the vvset removal's status when that
     // fails (nothing further is done), else gives the volume removal's
     // result or the first failed detach.
-    api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
-        const OperationContext& context, const Array<CIMObjectPath>& syncRefs,
-        const CIMObjectPath& targetGroup, Boolean targetGroupSet);
+    api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMObjectPath>& syncRefs, const CIMObjectPath& targetGroup, Boolean targetGroupSet);
     // The same for one synchronization, without a target group.
-    api_Status_t _returnToResourcePool(api_evtparam_t* apiEventp,
-        const OperationContext& context, const CIMObjectPath& syncRef);
+    api_Status_t _returnToResourcePool(
+        api_evtparam_t* apiEventp, const OperationContext& context, const CIMObjectPath& syncRef);
 
     // Authorize a method call or throw: the answer of authorizeMethod for
     // the ZDA_AuthFuncType `funcType`, or for the generic form the array's
@@ -136,8 +131,8 @@ protected:
     // ("Does not support!", generic: "Does not support in generic!").
     void _authorizeByFuncType(int funcType, const String& userName, const String& ipAddress,
         const Array<CIMParamValue>& inParameters);
-    void _authorizeGeneric(const String& className, const String& methodName,
-        const String& userName, const String& ipAddress);
+    void _authorizeGeneric(
+        const String& className, const String& methodName, const String& userName, const String& ipAddress);
 
     // When the closing of a method calls processing(): after the check for
     // a failure (the usual order), or before it, so that a failed call has
@@ -153,9 +148,9 @@ protected:
     // not empty; else processing, each output parameter, the Uint32 return
     // value and complete, and the exit line "<-- <class>:: <handlerName>".
     // With PROCESSING_FIRST processing() comes before the check.
-    void _completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus,
-        const String& errStr, const Array<CIMParamValue>& paramValues,
-        const char* handlerName, ProcessingOrder order = PROCESSING_AFTER_CHECK);
+    void _completeMethod(MethodResultResponseHandler& handler, Uint32 outstatus, const String& errStr,
+        const Array<CIMParamValue>& paramValues, const char* handlerName,
+        ProcessingOrder order = PROCESSING_AFTER_CHECK);
 
     // Snapshots of the members of the replication group `parentSetRef`
     // taken at one instant, the copies named "<relationshipName>_<n>" from
@@ -166,20 +161,18 @@ protected:
     // given in `groupReplicaPath` with one group synchronization. Refusals
     // come back as status 78 with their text; any other class is a success
     // that makes nothing.
-    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp,
-        const OperationContext& context, CIMObjectPath& parentSetRef, String& relationshipName,
-        CIMObjectPath& targetPoolRef, CIMInstance& goalSettingInst,
-        Array<CIMObjectPath>& targetVolumes, Array<CIMObjectPath>& synchronizations,
-        CIMObjectPath& groupReplicaPath);
+    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp, const OperationContext& context,
+        CIMObjectPath& parentSetRef, String& relationshipName, CIMObjectPath& targetPoolRef,
+        CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
+        Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupReplicaPath);
     // One snapshot of each parentVolNames[i] named childVolNames[i], all in
     // one array call, after giving sources without snapshot space some. The
     // goal (when initialized) gives BaseID, the comment (Description) and
     // expiration and retention as points in time, which must lie between
     // one hour and five years ahead. Appends a synchronization and a target
     // path per copy. Refusals come back as status 78 with their text.
-    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp,
-        Array<String>& parentVolNames, Array<String>& childVolNames,
-        CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
+    api_Status_t _createGroupVirtualCopy(api_evtparam_t* apiEventp, Array<String>& parentVolNames,
+        Array<String>& childVolNames, CIMInstance& goalSettingInst, Array<CIMObjectPath>& targetVolumes,
         Array<CIMObjectPath>& synchronizations);
 
     // Makes the vvset `groupName` of the volumes `members` (none is
@@ -187,16 +180,16 @@ protected:
     // gives its group path in `groupReplicaPath`. Returns 0; 5 with errStr
     // for an empty name or a member the array lacks; 4 with the array's
     // text when the set cannot be made. Nothing is undone on a failure.
-    int _createGroup(api_evtparam_t* apiEventp, String groupName,
-        Array<CIMObjectPath>& members, Array<String> const& okv_keys,
-        Array<String> const& okv_values, CIMObjectPath& groupReplicaPath, String& errStr);
+    int _createGroup(api_evtparam_t* apiEventp, String groupName, Array<CIMObjectPath>& members,
+        Array<String> const& okv_keys, Array<String> const& okv_values, CIMObjectPath& groupReplicaPath,
+        String& errStr);
     // Deletes the remote copy group `groupName`, asking the array to remove
     // the far array's copies of its volumes too; the local volumes stay.
     // Unless `removeElements`, a group that still has volumes is refused
     // with 6. Returns 0, 6, or 4 with errStr when the configuration cannot
     // be read or the array refuses the deletion.
-    int _deleteRCopyGroup(api_evtparam_t* apiEventp, String groupName,
-        Boolean removeElements, String& errStr);
+    int _deleteRCopyGroup(
+        api_evtparam_t* apiEventp, String groupName, Boolean removeElements, String& errStr);
     // Removes the vvset `setName`, then its member volumes, retrying up to
     // ten times two seconds apart while the array reports them busy.
     // Returns 0; 4 (with errStr unless the volumes stayed busy) when the set
@@ -239,11 +232,10 @@ private:
     static const MethodRow _methodTable[];
 
     // The opening shared by the instance operations.
-    void _openInstanceOperation(const OperationContext& context,
-        const CIMObjectPath& reference, Uint32 line);
+    void _openInstanceOperation(const OperationContext& context, const CIMObjectPath& reference, Uint32 line);
     void _buildInstanceName();
-    CIMInstance _buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+    CIMInstance _buildInstance(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     static CIMObjectPath _instanceName;
     static String _name;
@@ -263,8 +255,8 @@ private:
     // shared ones (SyncType, Mode, TargetPool, TargetSettingGoal,
     // WaitForCopyState). Gives the refusal's text, or "" when the value is
     // taken or the name is not a shared one.
-    String _readCopyParameter(const OperationContext& context, const String& name,
-        const CIMValue& value, CopyRequest& request);
+    String _readCopyParameter(
+        const OperationContext& context, const String& name, const CIMValue& value, CopyRequest& request);
     // Free copy names: "<source>.rw", then "<source>.rw0", "<source>.rw1"...
     // the first the array does not know (a failed look-up counts as free).
     static String _freeCopyName(const String& sourceName);
@@ -278,8 +270,7 @@ private:
     // snapshots of SourceElements; the snapshots at one instant. The
     // consistent form reports every job (Jobs), the standard one the first.
     void _createListReplica(api_evtparam_t* apiEventp, const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler,
-        String methodName);
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler, String methodName);
     // ModifyListSynchronization and ZDA_ModifyGroupReplicaSynchronization:
     // abort, detach, dissolve, resync, restore or return the targets of a
     // list of synchronizations, or of those of TargetGroup's members.
@@ -309,23 +300,22 @@ private:
     // gives Synchronizations, their paths or the instances. A Type or
     // Locality outside 2..3 finds nothing; a CopyState outside 2..15 is
     // refused with 5 "Invalid copyState".
-    void _getReplicationRelationships(const OperationContext& context,
-        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
-        MethodResultResponseHandler& handler);
+    void _getReplicationRelationships(const OperationContext& context, const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     // GetPeerSystems: Options (default 0); gives Systems, the storage
     // systems the array has remote copy targets on, one path per node WWN,
     // in the order of the targets. Options 0 lists every target with a node
     // WWN; 2 only the ready ones without the not-usable option; any other
     // value nothing. An array failure gives an empty list and 0.
-    void _getPeerSystems(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    void _getPeerSystems(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
     // GetServiceAccessPoints: System (required, a ZDA_StorageSystem of this
     // namespace, on any host: peers live elsewhere); gives ServiceAccessPoints,
     // the access points of the ready, usable targets whose remote system is
     // `System` (by node WWN, else the computed one). 4 when the array
     // cannot be read.
-    void _getServiceAccessPoints(const OperationContext& context,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    void _getServiceAccessPoints(const OperationContext& context, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 
     // ---- synchronization changes and group membership -----------------------------
     // ModifyReplicaSynchronization: Operation (abort 2, activate 4, detach
@@ -335,13 +325,12 @@ private:
     // calls (a Job and 4096 when the array began a task, 4 with its text
     // on a failure); any other synchronization goes to the copy services
     // (a Job and 4096 for a job; failures 6 in use, 5 invalid, else 4).
-    void _modifyReplicaSynchronization(api_evtparam_t* apiEventp,
-        const OperationContext& context, const Array<CIMParamValue>& inParameters,
-        MethodResultResponseHandler& handler);
+    void _modifyReplicaSynchronization(api_evtparam_t* apiEventp, const OperationContext& context,
+        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     // The operation on the remote copy groups at the two ends of `syncRef`.
     void _modifyGroupSynchronization(api_evtparam_t* apiEventp, const OperationContext& context,
-        CIMObjectPath& syncRef, Uint16 operation, Boolean force,
-        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+        CIMObjectPath& syncRef, Uint16 operation, Boolean force, Array<CIMParamValue>& paramValues,
+        Uint32& outstatus, String& errStr);
     // Reads the Uint16 property `name` of the group synchronization
     // `syncRef` (left as it is when the instance lacks it); false, with 5
     // and its text, when the server cannot give the instance.
@@ -357,12 +346,12 @@ private:
     // Return of a snapshot set of a remote copy group: removes the set and
     // its volumes; 5 for a synchronization of another kind.
     void _returnGroupSnapshot(api_evtparam_t* apiEventp, const OperationContext& context,
-        const CIMObjectPath& syncRef, const CIMObjectPath& syncedElem,
-        const String& targetgroup, Uint32& outstatus, String& errStr);
+        const CIMObjectPath& syncRef, const CIMObjectPath& syncedElem, const String& targetgroup,
+        Uint32& outstatus, String& errStr);
     // The operation on a single synchronization, through the copy services.
-    void _modifyElementSynchronization(api_evtparam_t* apiEventp,
-        const OperationContext& context, CIMObjectPath& syncRef, Uint16 operation,
-        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+    void _modifyElementSynchronization(api_evtparam_t* apiEventp, const OperationContext& context,
+        CIMObjectPath& syncRef, Uint16 operation, Array<CIMParamValue>& paramValues, Uint32& outstatus,
+        String& errStr);
     // AddMembers: the volumes Members join the vvset ReplicationGroup;
     // 7 when the server does not find the group, 5 for a volume the array
     // lacks, 4 with the array's text when it refuses.
@@ -376,14 +365,14 @@ private:
         const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
     // Takes `members` out of the vvset `groupName`; removes the set when it
     // is left empty and `deleteOnEmptyElement`. Returns 0, 4, 5, 7 or 8.
-    int _removeFromVVSet(api_evtparam_t* apiEventp, const String& groupName,
-        Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr);
+    int _removeFromVVSet(api_evtparam_t* apiEventp, const String& groupName, Array<CIMObjectPath>& members,
+        Boolean deleteOnEmptyElement, String& errStr);
     // Takes `members` (found by WWN) out of the remote copy group
     // `groupName`, the far array's copies with them; the local volumes stay.
     // When all its volumes went and `deleteOnEmptyElement`, the group goes
     // too. Returns 0, 4 (the volumes dismissed before stay out), 6, 7 or 8.
-    int _dismissRCopyVVs(api_evtparam_t* apiEventp, String groupName,
-        Array<CIMObjectPath>& members, Boolean deleteOnEmptyElement, String& errStr);
+    int _dismissRCopyVVs(api_evtparam_t* apiEventp, String groupName, Array<CIMObjectPath>& members,
+        Boolean deleteOnEmptyElement, String& errStr);
 
     // ---- group replicas and remote mirrors -------------------------------------------
     // CreateGroupReplica, ZDA_CreateGroupReplica and
@@ -427,24 +416,20 @@ private:
         const CIMValue& value, GroupReplicaRequest& request);
     // The rules a clone or snapshot of a group checks before it starts:
     // which group is the source, and its name. The refusal's text, or null.
-    const char* _resolveLocalGroupSource(const OperationContext& context,
-        GroupReplicaRequest& request);
+    const char* _resolveLocalGroupSource(const OperationContext& context, GroupReplicaRequest& request);
     void _createLocalGroupReplica(api_evtparam_t* apiEventp, const OperationContext& context,
-        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
-        String& errStr);
-    void _cloneGroup(api_evtparam_t* apiEventp, const OperationContext& context,
-        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
-        String& errStr);
+        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
+    void _cloneGroup(api_evtparam_t* apiEventp, const OperationContext& context, GroupReplicaRequest& request,
+        Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
     void _snapshotGroup(api_evtparam_t* apiEventp, const OperationContext& context,
-        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus,
-        String& errStr);
+        GroupReplicaRequest& request, Array<CIMParamValue>& paramValues, Uint32& outstatus, String& errStr);
     // Removes the source vvset made of SourceElements; a failure is logged.
     void _removeSourceSet(api_evtparam_t* apiEventp, const GroupReplicaRequest& request);
     // The mirror's refusals in their order, settling the group's name, the
     // far CPGs and the local names of SourceElements (`vvNames`) on the
     // way; the refusal's text, or empty.
-    String _checkMirrorRequest(GroupReplicaRequest& request, Array<String>& vvNames,
-        api_evtparam_t* apiEventp);
+    String _checkMirrorRequest(
+        GroupReplicaRequest& request, Array<String>& vvNames, api_evtparam_t* apiEventp);
     // Creates, fills and starts the remote copy group; gives the group, its
     // mirror pair and the far group.
     void _createMirrorGroup(api_evtparam_t* apiEventp, GroupReplicaRequest& request,
@@ -457,8 +442,8 @@ protected:
     // with as much of "_remote" as fits in 31 characters. Returns 0, or 4
     // with the array's text at the first refusal (volumes admitted before
     // it stay).
-    int _admitRCopyVVs(api_evtparam_t* apiEventp, api_rcopy_group_t& group,
-        Array<String>& vvNames, String& relationshipName, String& errStr);
+    int _admitRCopyVVs(api_evtparam_t* apiEventp, api_rcopy_group_t& group, Array<String>& vvNames,
+        String& relationshipName, String& errStr);
     // The same for the existing group `groupName`, whose targets are read
     // from the array: also 4 when the array cannot be read and 7 when the
     // group does not exist.

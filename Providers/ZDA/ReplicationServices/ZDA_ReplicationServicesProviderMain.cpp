@@ -53,34 +53,27 @@ extern "C" PEGASUS_EXPORT CIMProvider* PegasusCreateProvider(const String& provi
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteStorageSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationGroupProvider());
-    if (String::equalNoCase(providerName,
-            "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider"))
+    if (String::equalNoCase(providerName, "ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(
             new ZDA_ReplicationServiceAffectsRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationGroupProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_SAPAvailableForRemoteReplicaVolumeProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_SAPAvailableForRemoteReplicaVolumeProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_SAPAvailableForRemoteReplicaVolumeProvider());
     if (String::equalNoCase(providerName, "ZDA_SAPAvailableForRemoteReplicationGroupProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_SAPAvailableForRemoteReplicationGroupProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_SAPAvailableForRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_OrderedMemberOfRemoteReplicationGroupProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_OrderedMemberOfRemoteReplicationGroupProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_OrderedMemberOfRemoteReplicationGroupProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteGroupSynchronizedProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteGroupSynchronizedProvider());
     if (String::equalNoCase(providerName, "ZDA_RemoteReplicationCollectionProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_RemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_MemberOfRemoteReplicationCollectionProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_MemberOfRemoteReplicationCollectionProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_MemberOfRemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_HostedRemoteReplicationCollectionProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_HostedRemoteReplicationCollectionProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_HostedRemoteReplicationCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsRemoteCollectionProvider"))
-        return static_cast<CIMInstanceProvider*>(
-            new ZDA_ReplicationAffectsRemoteCollectionProvider());
+        return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationAffectsRemoteCollectionProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationEntityProvider"))
         return static_cast<CIMInstanceProvider*>(new ZDA_ReplicationEntityProvider());
     if (String::equalNoCase(providerName, "ZDA_ReplicationAffectsEntityProvider"))

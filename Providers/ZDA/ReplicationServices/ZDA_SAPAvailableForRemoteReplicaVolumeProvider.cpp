@@ -47,21 +47,19 @@ bool ZDA_SAPAvailableForRemoteReplicaVolumeProvider::_getRelatedInstances(
         std::vector<std::pair<CIMObjectPath, CIMObjectPath>> memberships;
         if (query.object.getClassName().equal("ZDA_StorageVolume"))
         {
-            Array<CIMObjectPath> groups = _cimom.associatorNames(query.context, NAMESPACE,
-                query.object, MEMBERSHIP, REMOTE_GROUP, "Member", "Collection");
+            Array<CIMObjectPath> groups = _cimom.associatorNames(
+                query.context, NAMESPACE, query.object, MEMBERSHIP, REMOTE_GROUP, "Member", "Collection");
             for (Uint32 i = 0; i < groups.size(); i++)
                 memberships.push_back({query.object, groups[i]});
         }
         else
         {
-            Array<CIMObjectPath> links =
-                _cimom.enumerateInstanceNames(query.context, NAMESPACE, MEMBERSHIP);
+            Array<CIMObjectPath> links = _cimom.enumerateInstanceNames(query.context, NAMESPACE, MEMBERSHIP);
             for (Uint32 i = 0; i < links.size(); i++)
             {
                 CIMObjectPath group;
                 CIMObjectPath volume;
-                if (endReference(links[i], "Collection", group) &&
-                    endReference(links[i], "Member", volume) &&
+                if (endReference(links[i], "Collection", group) && endReference(links[i], "Member", volume) &&
                     group.getClassName().equal(REMOTE_GROUP))
                     memberships.push_back({volume, group});
             }
@@ -78,18 +76,16 @@ bool ZDA_SAPAvailableForRemoteReplicaVolumeProvider::_getRelatedInstances(
             std::vector<std::pair<CIMObjectPath, CIMInstance>>& points = available[group];
             if (query.instancesOf == 2)
             {
-                Array<CIMObject> objects = _cimom.associators(query.context, NAMESPACE,
-                    membership.second, GROUP_ACCESS, CIMName(), "ManagedElement",
-                    "AvailableSAP", query.includeQualifiers, query.includeClassOrigin,
-                    query.propertyList);
+                Array<CIMObject> objects = _cimom.associators(query.context, NAMESPACE, membership.second,
+                    GROUP_ACCESS, CIMName(), "ManagedElement", "AvailableSAP", query.includeQualifiers,
+                    query.includeClassOrigin, query.propertyList);
                 for (Uint32 i = 0; i < objects.size(); i++)
                     points.push_back({objects[i].getPath(), CIMInstance(objects[i])});
             }
             else
             {
                 Array<CIMObjectPath> paths = _cimom.associatorNames(query.context, NAMESPACE,
-                    membership.second, GROUP_ACCESS, CIMName(), "ManagedElement",
-                    "AvailableSAP");
+                    membership.second, GROUP_ACCESS, CIMName(), "ManagedElement", "AvailableSAP");
                 for (Uint32 i = 0; i < paths.size(); i++)
                     points.push_back({paths[i], CIMInstance()});
             }
@@ -120,14 +116,14 @@ bool ZDA_SAPAvailableForRemoteReplicaVolumeProvider::_getRelatedInstances(
     }
     catch (const Exception& e)
     {
-        log_message(2, "%s::_getRelatedInstances(): %s\n", ROW.provider,
-            (const char*)e.getMessage().getCString());
+        log_message(
+            2, "%s::_getRelatedInstances(): %s\n", ROW.provider, (const char*)e.getMessage().getCString());
         return false;
     }
     return true;
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_SAPAvailableForRemoteReplicaVolumeProvider,
-    _getRelatedInstances, ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(
+    ZDA_SAPAvailableForRemoteReplicaVolumeProvider, _getRelatedInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

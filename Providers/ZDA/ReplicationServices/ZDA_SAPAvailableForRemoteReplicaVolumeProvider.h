@@ -28,7 +28,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_SAPAvailableForRemoteReplicaVolumeProvider : public CIMAssociationProvider,
-    public CIMInstanceProvider
+                                                       public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the system's names.
@@ -38,8 +38,8 @@ public:
 
     // The pairs of the object's volume when it is one, else every pair;
     // false when the server cannot answer.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

@@ -43,8 +43,7 @@ const api_port_t* portAt(const ArrayList<api_port_t>& ports, const char* positio
 // Reads one port list under the semaphore; false (logged) on a failure.
 bool readPorts(int (*list)(int*, api_port_t**), const char* what, ArrayList<api_port_t>& ports)
 {
-    const int rc = ZDA_CompanionFrame::callUnderSemaphore(
-        [&] { return list(ports.count(), ports.out()); });
+    const int rc = ZDA_CompanionFrame::callUnderSemaphore([&] { return list(ports.count(), ports.out()); });
     if (rc == 0)
         return true;
     log_message(2, "%s::_getRelatedInstances(): %s error (%d)\n", ROW.provider, what, rc);
@@ -91,14 +90,14 @@ bool ZDA_SAPAvailableForRemoteReplicationGroupProvider::_getRelatedInstances(
             _systemAddress, String(g->group.rm_hdr.rm_name));
         CIMInstance groupInstance;
         if (query.instancesOf == 1)
-            groupInstance = ZDA_RemoteReplicationGroupProvider::buildInstance(&g->group,
-                groupClass, _systemAddress);
+            groupInstance = ZDA_RemoteReplicationGroupProvider::buildInstance(
+                &g->group, groupClass, _systemAddress);
         std::set<String> listed;
         const auto add = [&](const CIMObjectPath& path, const std::function<CIMInstance()>& build) {
             if (!listed.insert(path.toString()).second)
                 return;
-            pairs.push_back(EndPair{group, path, groupInstance,
-                query.instancesOf == 2 ? build() : CIMInstance()});
+            pairs.push_back(
+                EndPair{group, path, groupInstance, query.instancesOf == 2 ? build() : CIMInstance()});
         };
         for (int t = 0; t < g->gtarget_count; t++)
         {
@@ -108,11 +107,10 @@ bool ZDA_SAPAvailableForRemoteReplicationGroupProvider::_getRelatedInstances(
                 rm_target_t& target = snapshot.rcopy.targets[i];
                 if (std::strncmp(target.rm_hdr.rm_name, targetName, API_NAME_LEN) != 0)
                     continue;
-                add(ZDA_RemoteServiceAccessPointProvider::buildObjectPath(_systemAddress,
-                        String(targetName)),
+                add(ZDA_RemoteServiceAccessPointProvider::buildObjectPath(_systemAddress, String(targetName)),
                     [&] {
-                        return ZDA_RemoteServiceAccessPointProvider::buildInstance(&target,
-                            accessPointClass, _systemAddress);
+                        return ZDA_RemoteServiceAccessPointProvider::buildInstance(
+                            &target, accessPointClass, _systemAddress);
                     });
             }
             for (int l = 0; l < snapshot.rcopy.link_count; l++)
@@ -124,23 +122,23 @@ bool ZDA_SAPAvailableForRemoteReplicationGroupProvider::_getRelatedInstances(
                 const api_port_t* port = portAt(fc ? fcPorts : ipPorts, link.rm_local_port);
                 if (!port)
                 {
-                    log_message(3, "%s: no %s port at %s for link %s\n", ROW.provider,
-                        fc ? "FC" : "IP", link.rm_local_port, link.rm_hdr.rm_name);
+                    log_message(3, "%s: no %s port at %s for link %s\n", ROW.provider, fc ? "FC" : "IP",
+                        link.rm_local_port, link.rm_hdr.rm_name);
                     continue;
                 }
                 if (fc)
-                    add(ZDA_SCSIEndpointProvider::buildObjectPath(_systemName, _systemAddress,
-                            ZDA_SCSIEndpointProvider::nameOf(*port)),
+                    add(ZDA_SCSIEndpointProvider::buildObjectPath(
+                            _systemName, _systemAddress, ZDA_SCSIEndpointProvider::nameOf(*port)),
                         [&] {
-                            return ZDA_SCSIEndpointProvider::buildInstance(*port, _systemName,
-                                _systemAddress, fcClass);
+                            return ZDA_SCSIEndpointProvider::buildInstance(
+                                *port, _systemName, _systemAddress, fcClass);
                         });
                 else
-                    add(ZDA_IPProtocolEndpointProvider::buildObjectPath(_systemName,
-                            _systemAddress, ZDA_IPProtocolEndpointProvider::nameOf(*port)),
+                    add(ZDA_IPProtocolEndpointProvider::buildObjectPath(
+                            _systemName, _systemAddress, ZDA_IPProtocolEndpointProvider::nameOf(*port)),
                         [&] {
-                            return ZDA_IPProtocolEndpointProvider::buildInstance(*port,
-                                _systemName, _systemAddress, ipClass);
+                            return ZDA_IPProtocolEndpointProvider::buildInstance(
+                                *port, _systemName, _systemAddress, ipClass);
                         });
             }
         }
@@ -148,7 +146,7 @@ bool ZDA_SAPAvailableForRemoteReplicationGroupProvider::_getRelatedInstances(
     return true;
 }
 
-ZDA_NAVIGATION_PROVIDER_DEFINE(ZDA_SAPAvailableForRemoteReplicationGroupProvider,
-    _getRelatedInstances, ROW.shape)
+ZDA_NAVIGATION_PROVIDER_DEFINE(
+    ZDA_SAPAvailableForRemoteReplicationGroupProvider, _getRelatedInstances, ROW.shape)
 
 PEGASUS_NAMESPACE_END

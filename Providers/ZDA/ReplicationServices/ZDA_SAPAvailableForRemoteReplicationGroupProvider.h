@@ -28,7 +28,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 class ZDA_SAPAvailableForRemoteReplicationGroupProvider : public CIMAssociationProvider,
-    public CIMInstanceProvider
+                                                          public CIMInstanceProvider
 {
 public:
     // Keeps the handle and reads the system's names.
@@ -38,8 +38,8 @@ public:
 
     // Every pair, groups in the array's order; false when the remote copy
     // configuration or a port list cannot be read.
-    bool _getRelatedInstances(const ZDA_AssociationFrame::PairQuery& query,
-        std::vector<ZDA_AssociationFrame::EndPair>& pairs);
+    bool _getRelatedInstances(
+        const ZDA_AssociationFrame::PairQuery& query, std::vector<ZDA_AssociationFrame::EndPair>& pairs);
 
     CIMOMHandle _cimom;
     String _systemAddress;

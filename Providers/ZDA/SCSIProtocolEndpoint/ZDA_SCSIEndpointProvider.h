@@ -24,14 +24,14 @@ public:
     static String nameOf(const api_port_t& port);
     // The path of the endpoint named `name` on the system `systemName`:
     // host `hostName`, namespace root/zda, the four keys.
-    static CIMObjectPath buildObjectPath(const String& systemName, const String& hostName,
-        const String& name);
+    static CIMObjectPath buildObjectPath(
+        const String& systemName, const String& hostName, const String& name);
     // The full instance of the FC port `port` on the skeleton of
     // `endpointClass`: the keys, ElementName and Caption "FC port n:s:p",
     // the link's state, ConnectionType 2 (Fibre Channel), ProtocolIFType 56
     // (Fibre Channel) and the port's logical id as TargetRelativePortNumber.
-    static CIMInstance buildInstance(const api_port_t& port, const String& systemName,
-        const String& hostName, CIMClass& endpointClass);
+    static CIMInstance buildInstance(
+        const api_port_t& port, const String& systemName, const String& hostName, CIMClass& endpointClass);
 };
 
 PEGASUS_NAMESPACE_END

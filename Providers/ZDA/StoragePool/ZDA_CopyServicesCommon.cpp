@@ -1,6 +1,5 @@
 #include "ZDA_CopyServicesCommon.h"
 
-
 PEGASUS_NAMESPACE_BEGIN
 
 namespace ZDA_CopyServices

@@ -15,9 +15,9 @@ PEGASUS_NAMESPACE_BEGIN
 namespace ZDA_CopyServices
 {
 
-extern const char NAMESPACE[];        // "root/zda"
-extern const char VOLUME_CLASS[];     // "ZDA_StorageVolume"
-extern const char SYNC_CLASS[];       // "ZDA_StorageSynchronized"
+extern const char NAMESPACE[];     // "root/zda"
+extern const char VOLUME_CLASS[];  // "ZDA_StorageVolume"
+extern const char SYNC_CLASS[];    // "ZDA_StorageSynchronized"
 
 using ZDA_CompanionFrame::systemIdentity;
 

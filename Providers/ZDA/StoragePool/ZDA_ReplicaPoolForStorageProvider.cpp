@@ -28,12 +28,11 @@ const char ANTECEDENT[] = "Antecedent";
 const char DEPENDENT[] = "Dependent";
 const char DELTA_CLASS[] = "ZDA_DeltaReplicaStoragePool";
 
-const char* const VOLUME_CLASSES[] = {"ZDA_StorageVolume", "CIM_StorageVolume",
-    "CIM_StorageExtent", "CIM_LogicalDevice", "CIM_AllocatedLogicalElement",
-    "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
-    "CIM_ManagedElement"};
-const char* const POOL_CLASSES[] = {"ZDA_DeltaReplicaStoragePool", "CIM_StoragePool",
-    "CIM_ResourcePool", "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"};
+const char* const VOLUME_CLASSES[] = {"ZDA_StorageVolume", "CIM_StorageVolume", "CIM_StorageExtent",
+    "CIM_LogicalDevice", "CIM_AllocatedLogicalElement", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+    "CIM_ManagedSystemElement", "CIM_ManagedElement"};
+const char* const POOL_CLASSES[] = {"ZDA_DeltaReplicaStoragePool", "CIM_StoragePool", "CIM_ResourcePool",
+    "CIM_LogicalElement", "CIM_ManagedSystemElement", "CIM_ManagedElement"};
 const char* const ASSOCIATION_CLASSES[] = {"ZDA_ReplicaPoolForStorage", "CIM_Dependency"};
 
 template <size_t N>
@@ -80,8 +79,8 @@ struct ArrayState
     }
     CIMInstance instance(const api_VVObj_t& v, CIMClass& assocClass) const
     {
-        return ZDA_Common::buildAssocInstance(ClassName, ANTECEDENT, DEPENDENT, poolPath(v),
-            volumePath(v), host, NAMESPACE, assocClass);
+        return ZDA_Common::buildAssocInstance(
+            ClassName, ANTECEDENT, DEPENDENT, poolPath(v), volumePath(v), host, NAMESPACE, assocClass);
     }
     CIMInstance pool(const std::string& cpgName, CIMClass& poolClass) const
     {
@@ -99,8 +98,8 @@ struct ArrayState
 // The volumes with snapshot space that are an end of a request from
 // `objectName` through `role` toward `resultRole`; fromPool tells which end
 // the object is. False when the request cannot match.
-bool navigate(const CIMObjectPath& objectName, const String& role, const String& resultRole,
-    bool withCpgs, ArrayState& array, std::vector<int>& found, bool& fromPool)
+bool navigate(const CIMObjectPath& objectName, const String& role, const String& resultRole, bool withCpgs,
+    ArrayState& array, std::vector<int>& found, bool& fromPool)
 {
     fromPool = objectName.getClassName().equal(DELTA_CLASS);
     if (!fromPool && !objectName.getClassName().equal(VOLUME_CLASS))
@@ -116,8 +115,8 @@ bool navigate(const CIMObjectPath& objectName, const String& role, const String&
     for (int i = 0; i < array.volumes.size(); i++)
     {
         const api_VVObj_t& v = array.volumes[i];
-        if (v.cpgName[0] && ZDA_Common::matchObjectPath(object,
-                fromPool ? array.poolPath(v) : array.volumePath(v)))
+        if (v.cpgName[0] &&
+            ZDA_Common::matchObjectPath(object, fromPool ? array.poolPath(v) : array.volumePath(v)))
             found.push_back(i);
     }
     return true;
@@ -128,11 +127,10 @@ bool navigate(const CIMObjectPath& objectName, const String& role, const String&
 ZDA_ReplicaPoolForStorageProvider::ZDA_ReplicaPoolForStorageProvider() = default;
 ZDA_ReplicaPoolForStorageProvider::~ZDA_ReplicaPoolForStorageProvider() = default;
 
-CIMObjectPath ZDA_ReplicaPoolForStorageProvider::buildObjectPath(const CIMObjectPath& pool,
-    const CIMObjectPath& volume, const String& host)
+CIMObjectPath ZDA_ReplicaPoolForStorageProvider::buildObjectPath(
+    const CIMObjectPath& pool, const CIMObjectPath& volume, const String& host)
 {
-    return ZDA_Common::buildAssocPath(ClassName, ANTECEDENT, DEPENDENT, pool, volume, host,
-        NAMESPACE);
+    return ZDA_Common::buildAssocPath(ClassName, ANTECEDENT, DEPENDENT, pool, volume, host, NAMESPACE);
 }
 
 void ZDA_ReplicaPoolForStorageProvider::initialize(CIMOMHandle& cimom)
@@ -146,15 +144,14 @@ void ZDA_ReplicaPoolForStorageProvider::terminate()
 }
 
 void ZDA_ReplicaPoolForStorageProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(instanceReference, ClassName);
-    CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     CIMInstance found;
     ArrayState array;
     if (array.read(false))
@@ -173,15 +170,14 @@ void ZDA_ReplicaPoolForStorageProvider::getInstance(const OperationContext& cont
 }
 
 void ZDA_ReplicaPoolForStorageProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName);
-    CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     ArrayState array;
     if (array.read(false))
@@ -192,8 +188,8 @@ void ZDA_ReplicaPoolForStorageProvider::enumerateInstances(const OperationContex
     log_message(4, "<-- ZDA_ReplicaPoolForStorageProvider::enumerateInstances()\n");
 }
 
-void ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -208,30 +204,28 @@ void ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames(const OperationCo
     log_message(4, "<-- ZDA_ReplicaPoolForStorageProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_ReplicaPoolForStorageProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_ReplicaPoolForStorageProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_ReplicaPoolForStorageProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_ReplicaPoolForStorageProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_ReplicaPoolForStorageProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_ReplicaPoolForStorageProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
 void ZDA_ReplicaPoolForStorageProvider::associators(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::associators()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -248,8 +242,8 @@ void ZDA_ReplicaPoolForStorageProvider::associators(const OperationContext& cont
         for (int i : found)
         {
             if (fromPool)
-                handler.deliver(ZDA_StorageVolumeProvider::buildInstance(&array.volumes[i],
-                    array.systemName, array.host, farClass, array.cpgs.begin(), array.cpgs.size()));
+                handler.deliver(ZDA_StorageVolumeProvider::buildInstance(&array.volumes[i], array.systemName,
+                    array.host, farClass, array.cpgs.begin(), array.cpgs.size()));
             else
             {
                 CIMInstance pool = array.pool(array.volumes[i].cpgName, farClass);
@@ -263,8 +257,8 @@ void ZDA_ReplicaPoolForStorageProvider::associators(const OperationContext& cont
 }
 
 void ZDA_ReplicaPoolForStorageProvider::associatorNames(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::associatorNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -276,8 +270,7 @@ void ZDA_ReplicaPoolForStorageProvider::associatorNames(const OperationContext& 
         (fromPool ? isOneOf(resultClass, VOLUME_CLASSES) : isOneOf(resultClass, POOL_CLASSES)))
     {
         for (int i : found)
-            handler.deliver(fromPool ? array.volumePath(array.volumes[i])
-                                     : array.poolPath(array.volumes[i]));
+            handler.deliver(fromPool ? array.volumePath(array.volumes[i]) : array.poolPath(array.volumes[i]));
     }
     handler.complete();
     log_message(4, "<-- ZDA_ReplicaPoolForStorageProvider::associatorNames()\n");
@@ -285,8 +278,8 @@ void ZDA_ReplicaPoolForStorageProvider::associatorNames(const OperationContext& 
 
 void ZDA_ReplicaPoolForStorageProvider::references(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    ObjectResponseHandler& handler)
 {
     log_message(4, "--> ZDA_ReplicaPoolForStorageProvider::references()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -297,8 +290,8 @@ void ZDA_ReplicaPoolForStorageProvider::references(const OperationContext& conte
     if (isOneOf(resultClass, ASSOCIATION_CLASSES) &&
         navigate(objectName, role, String(), false, array, found, fromPool))
     {
-        CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-            ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass assocClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+            false, includeQualifiers, includeClassOrigin, propertyList);
         for (int i : found)
             handler.deliver(array.instance(array.volumes[i], assocClass));
     }

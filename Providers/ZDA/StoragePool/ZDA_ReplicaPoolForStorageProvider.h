@@ -28,52 +28,45 @@ public:
     virtual ~ZDA_ReplicaPoolForStorageProvider();
 
     // The association path between a delta replica pool and a volume, on `host`.
-    static CIMObjectPath buildObjectPath(const CIMObjectPath& pool, const CIMObjectPath& volume,
-        const String& host);
+    static CIMObjectPath buildObjectPath(
+        const CIMObjectPath& pool, const CIMObjectPath& volume, const String& host);
 
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
-    // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    // Refused with CIMNotSupportedException.
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // From a volume its delta replica pool (role Dependent), from a delta
     // replica pool its volumes (role Antecedent). Roles or result classes
     // that cannot match give an empty answer.
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler);
-    virtual void associatorNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& associationClass,
-        const CIMName& resultClass, const String& role, const String& resultRole,
-        ObjectPathResponseHandler& handler);
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler);
     virtual void references(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
         const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler);
-    virtual void referenceNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-        ObjectPathResponseHandler& handler);
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);
 
 private:
     CIMOMHandle _cimom;

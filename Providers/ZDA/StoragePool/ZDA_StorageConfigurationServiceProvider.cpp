@@ -124,8 +124,7 @@ api_Status_t readPlacement(const CIMObjectPath& pool, const CIMInstance& goal, P
         const std::string instanceID = text(id);
         if (pool.getClassName().equal(POOL_CLASS) && instanceID.rfind(POOL_PREFIX, 0) == 0)
             out.userCpg = instanceID.substr(strlen(POOL_PREFIX));
-        else if (pool.getClassName().equal(DELTA_POOL_CLASS) &&
-            instanceID.rfind(DELTA_POOL_PREFIX, 0) == 0)
+        else if (pool.getClassName().equal(DELTA_POOL_CLASS) && instanceID.rfind(DELTA_POOL_PREFIX, 0) == 0)
             out.snapCpg = instanceID.substr(strlen(DELTA_POOL_PREFIX));
         else
             return failure(API_E_INVALID, "The target pool %s is not a pool of this array",
@@ -168,8 +167,7 @@ api_Status_t readVolumeOf(const CIMObjectPath& ref, const char* what, api_VVObj_
 }
 
 // The members of the volume set a ZDA_ReplicationGroup path names.
-api_Status_t readSetMembers(const CIMObjectPath& ref, std::string& setName,
-    std::vector<std::string>& members)
+api_Status_t readSetMembers(const CIMObjectPath& ref, std::string& setName, std::vector<std::string>& members)
 {
     setName = text(ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(ref, "InstanceID")));
     api_sets_t sets;
@@ -198,8 +196,8 @@ struct Reporting
     }
     CIMObjectPath job(Uint32 tid) const
     {
-        return ZDA_ConcreteJobProvider::buildObjectPath(systemAddress,
-            ZDA_ConcreteJobProvider::makeUniqueID(tid));
+        return ZDA_ConcreteJobProvider::buildObjectPath(
+            systemAddress, ZDA_ConcreteJobProvider::makeUniqueID(tid));
     }
 };
 
@@ -211,8 +209,8 @@ struct PlannedCopy
     bool create;
 };
 
-api_Status_t planCopy(const CIMObjectPath& parentRef, const CIMObjectPath& childRef,
-    const String& childName, PlannedCopy& plan)
+api_Status_t planCopy(
+    const CIMObjectPath& parentRef, const CIMObjectPath& childRef, const String& childName, PlannedCopy& plan)
 {
     api_Status_t status = readVolumeOf(parentRef, "SourceElement", plan.parent);
     if (status.code != 0)
@@ -240,14 +238,12 @@ api_Status_t startCopy(api_evtparam_t* event, const PlannedCopy& plan, uint32_t 
     copyName(request.userCpg, placement.userCpg);
     copyName(request.snapCpg, placement.snapCpg);
     request.flags = flags | (plan.create ? API_PCOPY_CREATE_TARGET : 0);
-    const api_Status_t status =
-        statusUnderSemaphore([&] { return api_createPhysicalCopy(event, &request); });
+    const api_Status_t status = statusUnderSemaphore([&] { return api_createPhysicalCopy(event, &request); });
     if (status.code != 0)
         return status;
     jobs.append(report.job(request.tid));
     synchronizations.append(ZDA_StorageSynchronizedProvider::buildObjectPath(
-        report.volume(plan.parent.wwnText), report.volume(request.childVolWWN),
-        report.systemAddress));
+        report.volume(plan.parent.wwnText), report.volume(request.childVolWWN), report.systemAddress));
     return status;
 }
 
@@ -258,8 +254,10 @@ api_Status_t copyFlags(Uint16 copyType, uint32_t& flags)
     else if (copyType == ZDA_StorageConfigurationServiceProvider::COPY_SYNCHRONIZED)
         flags = 0;
     else
-        return failure(API_E_INVALID, "Copy type %u is not supported: 4 (inactive) or 5 "
-            "(synchronized)", copyType);
+        return failure(API_E_INVALID,
+            "Copy type %u is not supported: 4 (inactive) or 5 "
+            "(synchronized)",
+            copyType);
     return success();
 }
 
@@ -268,8 +266,8 @@ api_Status_t readRemoteGroupVolumes(const std::string& groupName, std::vector<st
 {
     api_rcopy_t rcopy;
     memset(&rcopy, 0, sizeof rcopy);
-    api_Status_t status =
-        statusUnderSemaphore([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_GROUPS, &rcopy); });
+    api_Status_t status = statusUnderSemaphore(
+        [&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_GROUPS, &rcopy); });
     bool found = false;
     if (status.code == 0)
     {
@@ -290,13 +288,12 @@ api_Status_t readRemoteGroupVolumes(const std::string& groupName, std::vector<st
 
 // The volumes a group copy starts from: a vvset's members, or the local
 // volumes of a remote copy group.
-api_Status_t readSourceMembers(const CIMObjectPath& ref, std::string& groupName,
-    std::vector<std::string>& members)
+api_Status_t readSourceMembers(
+    const CIMObjectPath& ref, std::string& groupName, std::vector<std::string>& members)
 {
     if (!ref.getClassName().equal(RCOPY_GROUP_CLASS))
         return readSetMembers(ref, groupName, members);
-    groupName = text(ZDA_Common::extractFromInstanceID(
-        ZDA_Common::getStringProperty(ref, "InstanceID")));
+    groupName = text(ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(ref, "InstanceID")));
     return readRemoteGroupVolumes(groupName, members);
 }
 
@@ -304,8 +301,7 @@ api_Status_t readSourceMembers(const CIMObjectPath& ref, std::string& groupName,
 // new volumes that join the empty target set.
 api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath& sourceRef,
     const CIMObjectPath& targetRef, const Placement& placement, const Reporting& report,
-    Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations,
-    const std::string& relationshipName)
+    Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations, const std::string& relationshipName)
 {
     if (!targetRef.getClassName().equal(SET_CLASS))
         return failure(API_E_INVALID, "The target of a group copy must be a %s", SET_CLASS);
@@ -345,9 +341,8 @@ api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath&
     }
     if (!made.empty())
     {
-        const api_Status_t added = statusUnderSemaphore([&] {
-            return api_addToVVSet(event, targetSet.c_str(), made.data(), int(made.size()));
-        });
+        const api_Status_t added = statusUnderSemaphore(
+            [&] { return api_addToVVSet(event, targetSet.c_str(), made.data(), int(made.size())); });
         if (status.code == 0)
             status = added;
     }
@@ -359,12 +354,11 @@ api_Status_t copySet(api_evtparam_t* event, uint32_t flags, const CIMObjectPath&
 ZDA_StorageConfigurationServiceProvider::ZDA_StorageConfigurationServiceProvider() = default;
 ZDA_StorageConfigurationServiceProvider::~ZDA_StorageConfigurationServiceProvider() = default;
 
-api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
-    api_evtparam_t* apiEventp, CIMOMHandle&, const OperationContext&, Uint16 copyType,
-    const CIMObjectPath& parentVolRef, const CIMObjectPath& childVolRef,
-    const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
-    Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations,
-    const String& systemName, const String& systemAddress, String childVolName)
+api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(api_evtparam_t* apiEventp,
+    CIMOMHandle&, const OperationContext&, Uint16 copyType, const CIMObjectPath& parentVolRef,
+    const CIMObjectPath& childVolRef, const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
+    Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations, const String& systemName,
+    const String& systemAddress, String childVolName)
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::createPhysicalCopy()\n");
     uint32_t flags = 0;
@@ -373,8 +367,9 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
     if (status.code == 0)
         status = readPlacement(tgtPoolRef, goalSettingInst, placement);
     const Reporting report{systemName, systemAddress};
-    if (status.code == 0 && (parentVolRef.getClassName().equal(SET_CLASS) ||
-                                parentVolRef.getClassName().equal(RCOPY_GROUP_CLASS)))
+    if (status.code == 0 &&
+        (parentVolRef.getClassName().equal(SET_CLASS) ||
+            parentVolRef.getClassName().equal(RCOPY_GROUP_CLASS)))
     {
         status = copySet(apiEventp, flags, parentVolRef, childVolRef, placement, report, jobs,
             synchronizations, text(childVolName));
@@ -386,18 +381,15 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
         if (status.code == 0)
             status = startCopy(apiEventp, plan, flags, placement, report, jobs, synchronizations);
     }
-    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::createPhysicalCopy() %d\n",
-        status.code);
+    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::createPhysicalCopy() %d\n", status.code);
     return status;
 }
 
-api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
-    api_evtparam_t* apiEventp, CIMOMHandle&, const OperationContext&, Uint16 copyType,
-    const Array<CIMObjectPath>& parentVolRefs, const Array<CIMObjectPath>& childVolRefs,
-    const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
-    Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations,
-    const String& systemName, const String& systemAddress, Array<String> childVolNames,
-    bool checkAll)
+api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(api_evtparam_t* apiEventp,
+    CIMOMHandle&, const OperationContext&, Uint16 copyType, const Array<CIMObjectPath>& parentVolRefs,
+    const Array<CIMObjectPath>& childVolRefs, const CIMObjectPath& tgtPoolRef,
+    const CIMInstance& goalSettingInst, Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations,
+    const String& systemName, const String& systemAddress, Array<String> childVolNames, bool checkAll)
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::createPhysicalCopy() list\n");
     uint32_t flags = 0;
@@ -406,8 +398,8 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
     if (status.code == 0)
         status = readPlacement(tgtPoolRef, goalSettingInst, placement);
     if (status.code == 0 && childVolRefs.size() != 0 && childVolRefs.size() != parentVolRefs.size())
-        status = failure(API_E_INVALID, "%u targets were given for %u sources",
-            childVolRefs.size(), parentVolRefs.size());
+        status = failure(
+            API_E_INVALID, "%u targets were given for %u sources", childVolRefs.size(), parentVolRefs.size());
     const Reporting report{systemName, systemAddress};
     const CIMObjectPath none;
     auto plan = [&](Uint32 i, PlannedCopy& p) {
@@ -422,18 +414,16 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(
         if (!checkAll)
             status = plan(i, planned[i]);
         if (status.code == 0)
-            status = startCopy(apiEventp, planned[i], flags, placement, report, jobs,
-                synchronizations);
+            status = startCopy(apiEventp, planned[i], flags, placement, report, jobs, synchronizations);
     }
-    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::createPhysicalCopy() list %d\n",
-        status.code);
+    log_message(
+        4, "<-- ZDA_StorageConfigurationServiceProvider::createPhysicalCopy() list %d\n", status.code);
     return status;
 }
 
-api_Status_t ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
-    api_evtparam_t* apiEventp, CIMOMHandle&, const OperationContext&,
-    Array<CIMParamValue>& paramValues, const CIMObjectPath& parentVolRef,
-    const String& childVolName, const CIMObjectPath& tgtPoolRef,
+api_Status_t ZDA_StorageConfigurationServiceProvider::createVirtualCopy(api_evtparam_t* apiEventp,
+    CIMOMHandle&, const OperationContext&, Array<CIMParamValue>& paramValues,
+    const CIMObjectPath& parentVolRef, const String& childVolName, const CIMObjectPath& tgtPoolRef,
     const CIMInstance& goalSettingInst, const String& systemName, const String& systemAddress)
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::createVirtualCopy()\n");
@@ -446,8 +436,8 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
     std::vector<std::string> children;
     if (status.code == 0 && parentVolRef.getClassName().equal(RCOPY_GROUP_CLASS))
     {
-        const std::string group = text(ZDA_Common::extractFromInstanceID(
-            ZDA_Common::getStringProperty(parentVolRef, "InstanceID")));
+        const std::string group = text(
+            ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(parentVolRef, "InstanceID")));
         status = readRemoteGroupVolumes(group, parents);
         if (status.code == 0 && parents.empty())
             status = failure(API_E_INVALID, "The remote copy group %s has no volumes", group.c_str());
@@ -467,9 +457,8 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
     // Sources without snapshot space get it where the caller asked for the copy.
     for (size_t i = 0; status.code == 0 && !snapCpg.empty() && i < parents.size(); i++)
     {
-        status = statusUnderSemaphore([&] {
-            return api_setSnapCPG(apiEventp, parents[i].c_str(), snapCpg.c_str());
-        });
+        status = statusUnderSemaphore(
+            [&] { return api_setSnapCPG(apiEventp, parents[i].c_str(), snapCpg.c_str()); });
     }
     if (status.code == 0)
     {
@@ -491,24 +480,24 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::createVirtualCopy(
         status = statusUnderSemaphore([&] { return api_createGroupSV(apiEventp, &request); });
         const Reporting report{systemName, systemAddress};
         for (size_t i = 0; status.code == 0 && i < entries.size(); i++)
-            paramValues.append(CIMParamValue("TargetElement",
-                CIMValue(report.volume(entries[i].childVolWWN)), true));
+            paramValues.append(
+                CIMParamValue("TargetElement", CIMValue(report.volume(entries[i].childVolWWN)), true));
     }
-    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::createVirtualCopy() %d\n",
-        status.code);
+    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::createVirtualCopy() %d\n", status.code);
     return status;
 }
 
-api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(
-    api_evtparam_t* event, CIMOMHandle&, const OperationContext&, Array<CIMObjectPath>& jobs,
-    Uint16 operation, const CIMObjectPath& sync, const String& host)
+api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(api_evtparam_t* event,
+    CIMOMHandle&, const OperationContext&, Array<CIMObjectPath>& jobs, Uint16 operation,
+    const CIMObjectPath& sync, const String& host)
 {
-    log_message(4, "--> ZDA_StorageConfigurationServiceProvider::modifySynchronization(%u)\n",
-        operation);
+    log_message(4, "--> ZDA_StorageConfigurationServiceProvider::modifySynchronization(%u)\n", operation);
     if (operation != OP_DETACH && operation != OP_RESYNC && operation != OP_RESTORE &&
         operation != OP_START_COPY && operation != OP_STOP_COPY)
-        return failure(API_E_INVALID, "Operation %u is not supported on local copies: 2 (detach), "
-            "4 (resync), 5 (restore), 12 (start copy) or 13 (stop copy)", operation);
+        return failure(API_E_INVALID,
+            "Operation %u is not supported on local copies: 2 (detach), "
+            "4 (resync), 5 (restore), 12 (start copy) or 13 (stop copy)",
+            operation);
 
     // The relationship: the copy named by SyncedElement, whose parent is
     // the volume named by SystemElement.
@@ -517,18 +506,19 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(
     api_Status_t status;
     try
     {
-        status = readVolumeOf(CIMObjectPath(ZDA_Common::getStringProperty(sync, "SystemElement")),
-            "SystemElement", source);
+        status = readVolumeOf(
+            CIMObjectPath(ZDA_Common::getStringProperty(sync, "SystemElement")), "SystemElement", source);
         if (status.code == 0)
-            status = readVolumeOf(CIMObjectPath(ZDA_Common::getStringProperty(sync, "SyncedElement")),
-                "SyncedElement", copy);
+            status = readVolumeOf(
+                CIMObjectPath(ZDA_Common::getStringProperty(sync, "SyncedElement")), "SyncedElement", copy);
     }
     catch (const Exception&)
     {
-        status = failure(API_E_INVALID, "%s is not a synchronization of this array",
-            text(sync.toString()).c_str());
+        status = failure(
+            API_E_INVALID, "%s is not a synchronization of this array", text(sync.toString()).c_str());
     }
-    if (status.code == 0 && (copy.copyOfId != source.id ||
+    if (status.code == 0 &&
+        (copy.copyOfId != source.id ||
             (copy.type != API_VV_TYPE_PHYSICAL_COPY && copy.type != API_VV_TYPE_VIRTUAL_COPY)))
         status = failure(API_E_NOT_FOUND, "%s is not a copy of %s", copy.name, source.name);
     if (status.code != 0)
@@ -538,52 +528,46 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(
     uint32_t tid = 0;
     switch (operation)
     {
-        case OP_DETACH:
-            if (clone)
-            {
-                status = statusUnderSemaphore([&] { return api_promoteCopy(event, copy.name); });
-            }
-            else
-            {
-                api_name_t name;
-                copyName(name.name, copy.name);
-                const int rc = callUnderSemaphore(
-                    [&] { return api_removeVVs(event, &name, 1, 0, 0); });
-                if (rc != 0)
-                    status = failure(rc, "The snapshot %s could not be removed (%d)", copy.name, rc);
-            }
+    case OP_DETACH:
+        if (clone)
+        {
+            status = statusUnderSemaphore([&] { return api_promoteCopy(event, copy.name); });
+        }
+        else
+        {
+            api_name_t name;
+            copyName(name.name, copy.name);
+            const int rc = callUnderSemaphore([&] { return api_removeVVs(event, &name, 1, 0, 0); });
+            if (rc != 0)
+                status = failure(rc, "The snapshot %s could not be removed (%d)", copy.name, rc);
+        }
+        break;
+    case OP_START_COPY:
+        if (!clone)
+        {
+            status = failure(API_E_INVALID, "%s is a snapshot: only clones are copied again", copy.name);
             break;
-        case OP_START_COPY:
-            if (!clone)
-            {
-                status = failure(API_E_INVALID, "%s is a snapshot: only clones are copied again",
-                    copy.name);
-                break;
-            }
-            // Starting the copy of a clone writes it again, as a resync does.
-            [[fallthrough]];
-        case OP_RESYNC:
-            status = statusUnderSemaphore([&] { return api_resyncCopy(event, copy.name, &tid); });
-            break;
-        case OP_RESTORE:
-            status = statusUnderSemaphore([&] { return api_restoreCopy(event, copy.name, &tid); });
-            break;
-        case OP_STOP_COPY:
-            status = statusUnderSemaphore([&] { return api_stopCopy(event, copy.name); });
-            break;
+        }
+        // Starting the copy of a clone writes it again, as a resync does.
+        [[fallthrough]];
+    case OP_RESYNC:
+        status = statusUnderSemaphore([&] { return api_resyncCopy(event, copy.name, &tid); });
+        break;
+    case OP_RESTORE:
+        status = statusUnderSemaphore([&] { return api_restoreCopy(event, copy.name, &tid); });
+        break;
+    case OP_STOP_COPY: status = statusUnderSemaphore([&] { return api_stopCopy(event, copy.name); }); break;
     }
     if (status.code == 0 && tid != 0)
-        jobs.append(ZDA_ConcreteJobProvider::buildObjectPath(host,
-            ZDA_ConcreteJobProvider::makeUniqueID(tid)));
-    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::modifySynchronization() %d\n",
-        status.code);
+        jobs.append(
+            ZDA_ConcreteJobProvider::buildObjectPath(host, ZDA_ConcreteJobProvider::makeUniqueID(tid)));
+    log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::modifySynchronization() %d\n", status.code);
     return status;
 }
 
-api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(
-    api_evtparam_t* event, CIMOMHandle& cimom, const OperationContext& context,
-    Array<CIMObjectPath>& jobs, Uint16 operation, const Array<CIMObjectPath>& syncs,
-    const String& host)
+api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(api_evtparam_t* event,
+    CIMOMHandle& cimom, const OperationContext& context, Array<CIMObjectPath>& jobs, Uint16 operation,
+    const Array<CIMObjectPath>& syncs, const String& host)
 {
     api_Status_t status = success();
     for (Uint32 i = 0; i < syncs.size() && status.code == 0; i++)
@@ -591,8 +575,8 @@ api_Status_t ZDA_StorageConfigurationServiceProvider::modifySynchronization(
     return status;
 }
 
-int ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(api_evtparam_t* apiEventp,
-    Array<String>& parentVolNames)
+int ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(
+    api_evtparam_t* apiEventp, Array<String>& parentVolNames)
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume()\n");
     for (Uint32 i = 0; i < parentVolNames.size(); i++)
@@ -608,8 +592,10 @@ int ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(api_evtparam
         }
         if (rc != 0)
         {
-            log_message(2, "ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(): "
-                "%s: error %d\n", name.c_str(), rc);
+            log_message(2,
+                "ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(): "
+                "%s: error %d\n",
+                name.c_str(), rc);
             return rc;
         }
     }
@@ -617,8 +603,8 @@ int ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(api_evtparam
     return 0;
 }
 
-CIMObjectPath ZDA_StorageConfigurationServiceProvider::buildObjectPath(const String& systemName,
-    const String& host)
+CIMObjectPath ZDA_StorageConfigurationServiceProvider::buildObjectPath(
+    const String& systemName, const String& host)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("CreationClassName", ClassName, CIMKeyBinding::STRING));
@@ -628,8 +614,8 @@ CIMObjectPath ZDA_StorageConfigurationServiceProvider::buildObjectPath(const Str
     return CIMObjectPath(host, CIMNamespaceName(NAMESPACE), CIMName(ClassName), keys);
 }
 
-CIMInstance ZDA_StorageConfigurationServiceProvider::_buildInstance(const String& systemName,
-    const String& host, CIMClass& serviceClass)
+CIMInstance ZDA_StorageConfigurationServiceProvider::_buildInstance(
+    const String& systemName, const String& host, CIMClass& serviceClass)
 {
     CIMInstance service = ZDA_Common::buildInstanceSkeleton(serviceClass);
     ZDA_Common::setPropertyValue(service, "CreationClassName", ClassName);
@@ -637,8 +623,8 @@ CIMInstance ZDA_StorageConfigurationServiceProvider::_buildInstance(const String
     ZDA_Common::setPropertyValue(service, "SystemCreationClassName", SYSTEM_CLASS);
     ZDA_Common::setPropertyValue(service, "SystemName", systemName);
     ZDA_Common::setPropertyValue(service, "ElementName", "Storage Configuration Service");
-    ZDA_Common::setPropertyValue(service, "Description",
-        "Makes physical and virtual copies of the array's volumes and changes them");
+    ZDA_Common::setPropertyValue(
+        service, "Description", "Makes physical and virtual copies of the array's volumes and changes them");
     ZDA_Common::setPropertyValue(service, "Started", Boolean(true));
     ZDA_Common::setPropertyValue(service, "EnabledState", Uint16(2));
     Array<Uint16> status;
@@ -659,19 +645,17 @@ void ZDA_StorageConfigurationServiceProvider::terminate()
 }
 
 void ZDA_StorageConfigurationServiceProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    CIMClass serviceClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass serviceClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     String systemName;
     String host;
     if (!systemIdentity(SOURCE_FILE, systemName, host) ||
-        !ZDA_Common::matchObjectPath(inNamespace(instanceReference),
-            buildObjectPath(systemName, host)))
+        !ZDA_Common::matchObjectPath(inNamespace(instanceReference), buildObjectPath(systemName, host)))
         throw CIMObjectNotFoundException(ClassName + " CIM Object not found.");
     handler.processing();
     handler.deliver(_buildInstance(systemName, host, serviceClass));
@@ -685,8 +669,8 @@ void ZDA_StorageConfigurationServiceProvider::enumerateInstances(const Operation
 {
     log_message(4, "--> ZDA_StorageConfigurationServiceProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
-    CIMClass serviceClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass serviceClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     String systemName;
     String host;
@@ -710,21 +694,20 @@ void ZDA_StorageConfigurationServiceProvider::enumerateInstanceNames(
     log_message(4, "<-- ZDA_StorageConfigurationServiceProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_StorageConfigurationServiceProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_StorageConfigurationServiceProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_StorageConfigurationServiceProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_StorageConfigurationServiceProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_StorageConfigurationServiceProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_StorageConfigurationServiceProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }

@@ -52,9 +52,9 @@ public:
     static const Uint16 COPY_INACTIVE = 4;      // the copy is left inactive once written
     static const Uint16 COPY_SYNCHRONIZED = 5;  // the copy is kept synchronized
     // operation of modifySynchronization.
-    static const Uint16 OP_DETACH = 2;     // a clone becomes independent, a snapshot is removed
-    static const Uint16 OP_RESYNC = 4;     // the target is written from its source again
-    static const Uint16 OP_RESTORE = 5;    // the source is written back from the target
+    static const Uint16 OP_DETACH = 2;       // a clone becomes independent, a snapshot is removed
+    static const Uint16 OP_RESYNC = 4;       // the target is written from its source again
+    static const Uint16 OP_RESTORE = 5;      // the source is written back from the target
     static const Uint16 OP_START_COPY = 12;  // a clone is written again (as resync)
     static const Uint16 OP_STOP_COPY = 13;   // the running copy or restore stops
 
@@ -73,9 +73,8 @@ public:
     // Appends one job and one synchronization per copy started.
     static api_Status_t createPhysicalCopy(api_evtparam_t* apiEventp, CIMOMHandle& cimom,
         const OperationContext& context, Uint16 copyType, const CIMObjectPath& parentVolRef,
-        const CIMObjectPath& childVolRef, const CIMObjectPath& tgtPoolRef,
-        const CIMInstance& goalSettingInst, Array<CIMObjectPath>& jobs,
-        Array<CIMObjectPath>& synchronizations, const String& systemName,
+        const CIMObjectPath& childVolRef, const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
+        Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations, const String& systemName,
         const String& systemAddress, String childVolName);
 
     // The list form: parentVolRefs[i] into childVolRefs[i] (childVolRefs
@@ -84,12 +83,11 @@ public:
     // copy starts, so that a bad entry starts none. An empty list does
     // nothing and succeeds.
     static api_Status_t createPhysicalCopy(api_evtparam_t* apiEventp, CIMOMHandle& cimom,
-        const OperationContext& context, Uint16 copyType,
-        const Array<CIMObjectPath>& parentVolRefs, const Array<CIMObjectPath>& childVolRefs,
-        const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
-        Array<CIMObjectPath>& jobs, Array<CIMObjectPath>& synchronizations,
-        const String& systemName, const String& systemAddress, Array<String> childVolNames,
-        bool checkAll);
+        const OperationContext& context, Uint16 copyType, const Array<CIMObjectPath>& parentVolRefs,
+        const Array<CIMObjectPath>& childVolRefs, const CIMObjectPath& tgtPoolRef,
+        const CIMInstance& goalSettingInst, Array<CIMObjectPath>& jobs,
+        Array<CIMObjectPath>& synchronizations, const String& systemName, const String& systemAddress,
+        Array<String> childVolNames, bool checkAll);
 
     // A snapshot of the volume `parentVolRef` named `childVolName`
     // (generated when empty), or, for a ZDA_RemoteReplicationGroup path,
@@ -99,9 +97,8 @@ public:
     // Appends a "TargetElement" reference per snapshot to `paramValues`.
     // Never starts a job.
     static api_Status_t createVirtualCopy(api_evtparam_t* apiEventp, CIMOMHandle& cimom,
-        const OperationContext& context, Array<CIMParamValue>& paramValues,
-        const CIMObjectPath& parentVolRef, const String& childVolName,
-        const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
+        const OperationContext& context, Array<CIMParamValue>& paramValues, const CIMObjectPath& parentVolRef,
+        const String& childVolName, const CIMObjectPath& tgtPoolRef, const CIMInstance& goalSettingInst,
         const String& systemName, const String& systemAddress);
 
     // Applies `operation` (OP_*) to the ZDA_StorageSynchronized `sync`;
@@ -128,30 +125,25 @@ public:
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
-    // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    // Refused with CIMNotSupportedException.
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
 private:
-    CIMInstance _buildInstance(const String& systemName, const String& host,
-        CIMClass& serviceClass);
+    CIMInstance _buildInstance(const String& systemName, const String& host, CIMClass& serviceClass);
 
     CIMOMHandle _cimom;
 };

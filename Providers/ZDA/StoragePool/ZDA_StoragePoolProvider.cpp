@@ -35,8 +35,7 @@ bool isDelta(const CIMName& className)
     return className.equal(DELTA_CLASS);
 }
 
-CIMObjectPath poolPath(const char* prefix, const char* className, const String& cpgName,
-    const String& host)
+CIMObjectPath poolPath(const char* prefix, const char* className, const String& cpgName, const String& host)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("InstanceID", String(prefix) + cpgName, CIMKeyBinding::STRING));
@@ -45,16 +44,14 @@ CIMObjectPath poolPath(const char* prefix, const char* className, const String& 
 
 }  // namespace
 
-CIMInstance ZDA_StoragePoolProvider::buildInstance(const api_cpg_t& cpg, bool delta,
-    Uint64 snapshotMiB, const String& host, CIMClass& poolClass)
+CIMInstance ZDA_StoragePoolProvider::buildInstance(
+    const api_cpg_t& cpg, bool delta, Uint64 snapshotMiB, const String& host, CIMClass& poolClass)
 {
     CIMInstance pool = ZDA_Common::buildInstanceSkeleton(poolClass);
     const String name = cpg.name;
-    const CIMObjectPath path = delta
-        ? ZDA_StoragePoolProvider::buildDeltaObjectPath(name, host)
-        : ZDA_StoragePoolProvider::buildObjectPath(name, host);
-    ZDA_Common::setPropertyValue(pool, "InstanceID",
-        ZDA_Common::getStringProperty(path, "InstanceID"));
+    const CIMObjectPath path = delta ? ZDA_StoragePoolProvider::buildDeltaObjectPath(name, host)
+                                     : ZDA_StoragePoolProvider::buildObjectPath(name, host);
+    ZDA_Common::setPropertyValue(pool, "InstanceID", ZDA_Common::getStringProperty(path, "InstanceID"));
     ZDA_Common::setPropertyValue(pool, "PoolID", name);
     ZDA_Common::setPropertyValue(pool, "ElementName", delta ? name + " snapshot space" : name);
     ZDA_Common::setPropertyValue(pool, "Primordial", Boolean(false));
@@ -64,8 +61,7 @@ CIMInstance ZDA_StoragePoolProvider::buildInstance(const api_cpg_t& cpg, bool de
     ZDA_Common::setPropertyValue(pool, "SpaceLimit", total);
     ZDA_Common::setPropertyValue(pool, "RemainingManagedSpace", total > used ? total - used : Uint64(0));
     ZDA_Common::setPropertyValue(pool, "ElementsShareSpace", Boolean(true));
-    ZDA_Common::setPropertyValue(pool, "Usage",
-        delta ? USAGE_DELTA_REPLICA_CONTAINER : USAGE_UNRESTRICTED);
+    ZDA_Common::setPropertyValue(pool, "Usage", delta ? USAGE_DELTA_REPLICA_CONTAINER : USAGE_UNRESTRICTED);
     if (delta)
         ZDA_Common::setPropertyValue(pool, "ReservedSpace", snapshotMiB * MIB);
     Array<Uint16> status;
@@ -83,8 +79,7 @@ CIMObjectPath ZDA_StoragePoolProvider::buildObjectPath(const String& cpgName, co
     return poolPath(POOL_PREFIX, "ZDA_DynamicStoragePool", cpgName, host);
 }
 
-CIMObjectPath ZDA_StoragePoolProvider::buildDeltaObjectPath(const String& cpgName,
-    const String& host)
+CIMObjectPath ZDA_StoragePoolProvider::buildDeltaObjectPath(const String& cpgName, const String& host)
 {
     return poolPath(DELTA_PREFIX, DELTA_CLASS, cpgName, host);
 }
@@ -93,7 +88,8 @@ String ZDA_StoragePoolProvider::cpgOf(const CIMObjectPath& poolPath)
 {
     const std::string id = (const char*)ZDA_Common::getStringProperty(poolPath, "InstanceID").getCString();
     const char* prefix = isDelta(poolPath.getClassName()) ? DELTA_PREFIX
-        : poolPath.getClassName().equal(ClassName) ? POOL_PREFIX : nullptr;
+        : poolPath.getClassName().equal(ClassName)        ? POOL_PREFIX
+                                                          : nullptr;
     if (!prefix || id.rfind(prefix, 0) != 0)
         return String();
     return String(id.substr(strlen(prefix)).c_str());
@@ -110,8 +106,7 @@ void ZDA_StoragePoolProvider::terminate()
 }
 
 template <class Deliver>
-void ZDA_StoragePoolProvider::_forEachPool(const CIMName& className, CIMClass* poolClass,
-    Deliver&& deliver)
+void ZDA_StoragePoolProvider::_forEachPool(const CIMName& className, CIMClass* poolClass, Deliver&& deliver)
 {
     String systemName;
     String host;
@@ -156,16 +151,15 @@ void ZDA_StoragePoolProvider::_forEachPool(const CIMName& className, CIMClass* p
 }
 
 void ZDA_StoragePoolProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StoragePoolProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, DELTA_CLASS);
     const CIMName className = instanceReference.getClassName();
-    CIMClass poolClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        className, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass poolClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, className,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     const CIMObjectPath wanted = inNamespace(instanceReference);
     CIMInstance found;
     _forEachPool(className, &poolClass, [&](const CIMInstance& pool) {
@@ -181,25 +175,23 @@ void ZDA_StoragePoolProvider::getInstance(const OperationContext& context,
 }
 
 void ZDA_StoragePoolProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StoragePoolProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, DELTA_CLASS);
     CIMClass poolClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        classReference.getClassName(), false, includeQualifiers, includeClassOrigin,
-        propertyList);
+        classReference.getClassName(), false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
-    _forEachPool(classReference.getClassName(), &poolClass,
-        [&](const CIMInstance& pool) { handler.deliver(pool); });
+    _forEachPool(
+        classReference.getClassName(), &poolClass, [&](const CIMInstance& pool) { handler.deliver(pool); });
     handler.complete();
     log_message(4, "<-- ZDA_StoragePoolProvider::enumerateInstances()\n");
 }
 
-void ZDA_StoragePoolProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_StoragePoolProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StoragePoolProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -217,14 +209,13 @@ void ZDA_StoragePoolProvider::modifyInstance(const OperationContext&, const CIMO
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_StoragePoolProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_StoragePoolProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_StoragePoolProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_StoragePoolProvider::deleteInstance(const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }

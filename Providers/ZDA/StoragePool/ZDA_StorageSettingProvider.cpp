@@ -91,17 +91,20 @@ void applyInstance(const CIMInstance& source, const CIMPropertyList& list, api_s
         if (given(instance, list, "BaseID"))
             record.baseId = ZDA_Common::getProperty(instance, "BaseID", u32) == 0 ? u32 : 0;
         if (given(instance, list, "DataRedundancyGoal"))
-            record.dataRedundancyGoal =
-                ZDA_Common::getProperty(instance, "DataRedundancyGoal", u16) == 0 ? u16 : 0;
+            record.dataRedundancyGoal = ZDA_Common::getProperty(instance, "DataRedundancyGoal", u16) == 0
+                ? u16
+                : 0;
         if (given(instance, list, "PackageRedundancyGoal"))
             record.packageRedundancyGoal =
                 ZDA_Common::getProperty(instance, "PackageRedundancyGoal", u16) == 0 ? u16 : 0;
         if (given(instance, list, "DeltaReservationGoal"))
-            record.deltaReservationGoal =
-                ZDA_Common::getProperty(instance, "DeltaReservationGoal", u8) == 0 ? u8 : 0;
+            record.deltaReservationGoal = ZDA_Common::getProperty(instance, "DeltaReservationGoal", u8) == 0
+                ? u8
+                : 0;
         if (given(instance, list, "NoSinglePointOfFailure"))
-            record.noSinglePointOfFailure =
-                ZDA_Common::getProperty(instance, "NoSinglePointOfFailure", flag) == 0 && flag;
+            record.noSinglePointOfFailure = ZDA_Common::getProperty(
+                                                instance, "NoSinglePointOfFailure", flag) == 0 &&
+                flag;
         // Each time is kept as given: an interval, or a point in time.
         for (const TimeField& time : timeFields(record))
         {
@@ -118,8 +121,8 @@ void applyInstance(const CIMInstance& source, const CIMPropertyList& list, api_s
             }
             const time_t at = ZDA_Common::getDateTime(when);
             if (at <= 0 || at > time_t(0xFFFFFFFFu))
-                throw CIMInvalidParameterException(ClassName + " " + time.property +
-                    " lies outside the times the array keeps");
+                throw CIMInvalidParameterException(
+                    ClassName + " " + time.property + " lies outside the times the array keeps");
             *time.seconds = uint32_t(at);
             record.timesAt |= time.atFlag;
         }
@@ -137,14 +140,10 @@ void throwFailure(const api_Status_t& status)
     const String why = String(api_getErrorTextNoNL(buffer, sizeof buffer, &status));
     switch (status.code)
     {
-        case API_E_EXISTS:
-            throw CIMObjectAlreadyExistsException(ClassName + " " + why);
-        case API_E_INVALID:
-            throw CIMInvalidParameterException(ClassName + " " + why);
-        case API_E_NOT_FOUND:
-            throw CIMObjectNotFoundException(ClassName + " " + why);
-        default:
-            throw CIMOperationFailedException(ClassName + " " + why);
+    case API_E_EXISTS: throw CIMObjectAlreadyExistsException(ClassName + " " + why);
+    case API_E_INVALID: throw CIMInvalidParameterException(ClassName + " " + why);
+    case API_E_NOT_FOUND: throw CIMObjectNotFoundException(ClassName + " " + why);
+    default: throw CIMOperationFailedException(ClassName + " " + why);
     }
 }
 
@@ -210,8 +209,8 @@ CIMObjectPath ZDA_StorageSettingProvider::buildObjectPath(const String& name, co
     return CIMObjectPath(host, CIMNamespaceName(NAMESPACE), CIMName(ClassName), keys);
 }
 
-CIMInstance ZDA_StorageSettingProvider::buildInstance(const api_setting_t& setting,
-    const String& host, CIMClass& settingClass)
+CIMInstance ZDA_StorageSettingProvider::buildInstance(
+    const api_setting_t& setting, const String& host, CIMClass& settingClass)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(settingClass);
     const String name = setting.name;
@@ -231,20 +230,19 @@ CIMInstance ZDA_StorageSettingProvider::buildInstance(const api_setting_t& setti
     {
         if (*time.seconds == 0)
             continue;
-        ZDA_Common::setPropertyValue(instance, time.property, (shown.timesAt & time.atFlag)
-                ? ZDA_Common::getCIMDateTime(time_t(*time.seconds))
-                : interval(*time.seconds));
+        ZDA_Common::setPropertyValue(instance, time.property,
+            (shown.timesAt & time.atFlag) ? ZDA_Common::getCIMDateTime(time_t(*time.seconds))
+                                          : interval(*time.seconds));
     }
     if (setting.dataRedundancyGoal)
         ZDA_Common::setPropertyValue(instance, "DataRedundancyGoal", Uint16(setting.dataRedundancyGoal));
     if (setting.packageRedundancyGoal)
-        ZDA_Common::setPropertyValue(instance, "PackageRedundancyGoal",
-            Uint16(setting.packageRedundancyGoal));
+        ZDA_Common::setPropertyValue(
+            instance, "PackageRedundancyGoal", Uint16(setting.packageRedundancyGoal));
     if (setting.deltaReservationGoal)
-        ZDA_Common::setPropertyValue(instance, "DeltaReservationGoal",
-            Uint8(setting.deltaReservationGoal));
-    ZDA_Common::setPropertyValue(instance, "NoSinglePointOfFailure",
-        Boolean(setting.noSinglePointOfFailure != 0));
+        ZDA_Common::setPropertyValue(instance, "DeltaReservationGoal", Uint8(setting.deltaReservationGoal));
+    ZDA_Common::setPropertyValue(
+        instance, "NoSinglePointOfFailure", Boolean(setting.noSinglePointOfFailure != 0));
     instance.setPath(buildObjectPath(name, host));
     return instance;
 }
@@ -260,15 +258,14 @@ void ZDA_StorageSettingProvider::terminate()
 }
 
 void ZDA_StorageSettingProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSettingProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSetting");
-    CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     api_setting_t setting;
     String host;
     if (instanceReference.getKeyBindings().size() != 1 ||
@@ -281,15 +278,14 @@ void ZDA_StorageSettingProvider::getInstance(const OperationContext& context,
 }
 
 void ZDA_StorageSettingProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSettingProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSetting");
-    CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass settingClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     ArrayList<api_setting_t> settings;
     String host;
@@ -300,8 +296,8 @@ void ZDA_StorageSettingProvider::enumerateInstances(const OperationContext& cont
     log_message(4, "<-- ZDA_StorageSettingProvider::enumerateInstances()\n");
 }
 
-void ZDA_StorageSettingProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_StorageSettingProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSettingProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -339,7 +335,8 @@ void ZDA_StorageSettingProvider::createInstance(const OperationContext& context,
     _api_evtparam_t event;
     memset(&event, 0, sizeof event);
     const String user = context.contains(IdentityContainer::NAME)
-        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName() : String();
+        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()
+        : String();
     ZDA_Common::setEventParam(&event, "ZDA_StorageSetting", "createInstance", "create",
         (const char*)user.getCString(), nullptr, name.c_str());
     const api_Status_t status = change([&] { return api_createSetting(&event, &record); });
@@ -372,7 +369,8 @@ void ZDA_StorageSettingProvider::modifyInstance(const OperationContext& context,
     _api_evtparam_t event;
     memset(&event, 0, sizeof event);
     const String user = context.contains(IdentityContainer::NAME)
-        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName() : String();
+        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()
+        : String();
     ZDA_Common::setEventParam(&event, "ZDA_StorageSetting", "modifyInstance", "modify",
         (const char*)user.getCString(), nullptr, name.c_str());
     const api_Status_t status = change([&] { return api_modifySetting(&event, &record); });
@@ -383,8 +381,8 @@ void ZDA_StorageSettingProvider::modifyInstance(const OperationContext& context,
     log_message(4, "<-- ZDA_StorageSettingProvider::modifyInstance()\n");
 }
 
-void ZDA_StorageSettingProvider::deleteInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, ResponseHandler& handler)
+void ZDA_StorageSettingProvider::deleteInstance(
+    const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSettingProvider::deleteInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -395,7 +393,8 @@ void ZDA_StorageSettingProvider::deleteInstance(const OperationContext& context,
     _api_evtparam_t event;
     memset(&event, 0, sizeof event);
     const String user = context.contains(IdentityContainer::NAME)
-        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName() : String();
+        ? IdentityContainer(context.get(IdentityContainer::NAME)).getUserName()
+        : String();
     ZDA_Common::setEventParam(&event, "ZDA_StorageSetting", "deleteInstance", "delete",
         (const char*)user.getCString(), nullptr, name.c_str());
     const api_Status_t status = change([&] { return api_removeSetting(&event, name.c_str()); });

@@ -25,13 +25,11 @@ const char SYSTEM_ELEMENT[] = "SystemElement";
 const char SYNCED_ELEMENT[] = "SyncedElement";
 
 // The classes a volume end answers to as a result class.
-const char* const VOLUME_CLASSES[] = {"ZDA_StorageVolume", "CIM_StorageVolume",
-    "CIM_StorageExtent", "CIM_LogicalDevice", "CIM_AllocatedLogicalElement",
-    "CIM_EnabledLogicalElement", "CIM_LogicalElement", "CIM_ManagedSystemElement",
-    "CIM_ManagedElement"};
+const char* const VOLUME_CLASSES[] = {"ZDA_StorageVolume", "CIM_StorageVolume", "CIM_StorageExtent",
+    "CIM_LogicalDevice", "CIM_AllocatedLogicalElement", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+    "CIM_ManagedSystemElement", "CIM_ManagedElement"};
 // The classes this association answers to as a result class of references.
-const char* const SYNC_CLASSES[] = {"ZDA_StorageSynchronized", "CIM_StorageSynchronized",
-    "CIM_Synchronized"};
+const char* const SYNC_CLASSES[] = {"ZDA_StorageSynchronized", "CIM_StorageSynchronized", "CIM_Synchronized"};
 
 // Values of the synchronization properties.
 const Uint16 SYNC_TYPE_SNAPSHOT = 7;
@@ -56,8 +54,7 @@ bool isOneOf(const CIMName& name, const char* const (&names)[N])
 
 bool isLocalCopy(const api_VVObj_t& vv)
 {
-    return (vv.type == API_VV_TYPE_PHYSICAL_COPY || vv.type == API_VV_TYPE_VIRTUAL_COPY) &&
-        vv.copyOfId != 0;
+    return (vv.type == API_VV_TYPE_PHYSICAL_COPY || vv.type == API_VV_TYPE_VIRTUAL_COPY) && vv.copyOfId != 0;
 }
 
 // One relationship: indexes of the source and the copy in a volume list.
@@ -96,8 +93,7 @@ struct Navigation
 // given), read from the array. False (nothing to answer) when the request
 // cannot match or the array could not be read.
 bool navigate(const CIMObjectPath& objectName, const String& role, const String& resultRole,
-    ArrayList<api_VVObj_t>& volumes, String& systemName, String& host,
-    std::vector<Navigation>& found)
+    ArrayList<api_VVObj_t>& volumes, String& systemName, String& host, std::vector<Navigation>& found)
 {
     const bool roleSource = role.size() == 0 || String::equalNoCase(role, SYSTEM_ELEMENT);
     const bool roleCopy = role.size() == 0 || String::equalNoCase(role, SYNCED_ELEMENT);
@@ -118,10 +114,12 @@ bool navigate(const CIMObjectPath& objectName, const String& role, const String&
     const CIMObjectPath object = inNamespace(objectName);
     for (const Pair& p : pairsOf(volumes))
     {
-        if (roleSource && farCopy && ZDA_Common::matchObjectPath(object,
+        if (roleSource && farCopy &&
+            ZDA_Common::matchObjectPath(object,
                 ZDA_StorageVolumeProvider::createObjectPath(volumes[p.source].wwnText, systemName, host)))
             found.push_back(Navigation{p, true});
-        if (roleCopy && farSource && ZDA_Common::matchObjectPath(object,
+        if (roleCopy && farSource &&
+            ZDA_Common::matchObjectPath(object,
                 ZDA_StorageVolumeProvider::createObjectPath(volumes[p.copy].wwnText, systemName, host)))
             found.push_back(Navigation{p, false});
     }
@@ -133,26 +131,26 @@ bool navigate(const CIMObjectPath& objectName, const String& role, const String&
 ZDA_StorageSynchronizedProvider::ZDA_StorageSynchronizedProvider() = default;
 ZDA_StorageSynchronizedProvider::~ZDA_StorageSynchronizedProvider() = default;
 
-void ZDA_StorageSynchronizedProvider::getSyncState(api_VVObj_t*, api_VVObj_t* copy,
-    Uint16& syncState, Uint16& copyState, Uint16& progressStatus)
+void ZDA_StorageSynchronizedProvider::getSyncState(
+    api_VVObj_t*, api_VVObj_t* copy, Uint16& syncState, Uint16& copyState, Uint16& progressStatus)
 {
     if (copy->state & API_VV_STATE_RESTORING)
     {
-        copyState = 3;        // Unsynchronized
-        syncState = 10;       // RestoreInProgress
-        progressStatus = 8;   // Restoring
+        copyState = 3;       // Unsynchronized
+        syncState = 10;      // RestoreInProgress
+        progressStatus = 8;  // Restoring
     }
     else if (copy->type == API_VV_TYPE_VIRTUAL_COPY)
     {
-        copyState = 4;        // Synchronized: the snapshot holds its point in time
-        syncState = 6;        // Synchronized
-        progressStatus = 2;   // Completed
+        copyState = 4;       // Synchronized: the snapshot holds its point in time
+        syncState = 6;       // Synchronized
+        progressStatus = 2;  // Completed
     }
     else if (copy->state & API_VV_STATE_COPYING)
     {
-        copyState = 3;        // Unsynchronized
-        syncState = 15;       // CopyInProgress
-        progressStatus = 6;   // Synchronizing
+        copyState = 3;       // Unsynchronized
+        syncState = 15;      // CopyInProgress
+        progressStatus = 6;  // Synchronizing
     }
     else if (copy->copyProgress < 100)
     {
@@ -162,34 +160,34 @@ void ZDA_StorageSynchronizedProvider::getSyncState(api_VVObj_t*, api_VVObj_t* co
     }
     else if (copy->state & API_VV_STATE_COPY_INACTIVE)
     {
-        copyState = 8;        // Inactive
-        syncState = 11;       // Idle
-        progressStatus = 3;   // Dormant
+        copyState = 8;       // Inactive
+        syncState = 11;      // Idle
+        progressStatus = 3;  // Dormant
     }
     else
     {
-        copyState = 4;        // Synchronized
-        syncState = 6;        // Synchronized
-        progressStatus = 2;   // Completed
+        copyState = 4;       // Synchronized
+        syncState = 6;       // Synchronized
+        progressStatus = 2;  // Completed
     }
 }
 
-CIMObjectPath ZDA_StorageSynchronizedProvider::buildObjectPath(const CIMObjectPath& source,
-    const CIMObjectPath& copy, const String& host)
+CIMObjectPath ZDA_StorageSynchronizedProvider::buildObjectPath(
+    const CIMObjectPath& source, const CIMObjectPath& copy, const String& host)
 {
-    return ZDA_Common::buildAssocPath(ClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT, source, copy,
-        host, NAMESPACE);
+    return ZDA_Common::buildAssocPath(
+        ClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT, source, copy, host, NAMESPACE);
 }
 
-CIMInstance ZDA_StorageSynchronizedProvider::buildInstance(const api_VVObj_t& source,
-    const api_VVObj_t& copy, const String& systemName, const String& host, CIMClass& syncClass)
+CIMInstance ZDA_StorageSynchronizedProvider::buildInstance(const api_VVObj_t& source, const api_VVObj_t& copy,
+    const String& systemName, const String& host, CIMClass& syncClass)
 {
-    const CIMObjectPath sourcePath =
-        ZDA_StorageVolumeProvider::createObjectPath(source.wwnText, systemName, host);
-    const CIMObjectPath copyPath =
-        ZDA_StorageVolumeProvider::createObjectPath(copy.wwnText, systemName, host);
-    CIMInstance sync = ZDA_Common::buildAssocInstance(ClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT,
-        sourcePath, copyPath, host, NAMESPACE, syncClass);
+    const CIMObjectPath sourcePath = ZDA_StorageVolumeProvider::createObjectPath(
+        source.wwnText, systemName, host);
+    const CIMObjectPath copyPath = ZDA_StorageVolumeProvider::createObjectPath(
+        copy.wwnText, systemName, host);
+    CIMInstance sync = ZDA_Common::buildAssocInstance(
+        ClassName, SYSTEM_ELEMENT, SYNCED_ELEMENT, sourcePath, copyPath, host, NAMESPACE, syncClass);
 
     const bool clone = copy.type == API_VV_TYPE_PHYSICAL_COPY;
     const bool inactive = (copy.state & API_VV_STATE_COPY_INACTIVE) != 0;
@@ -201,20 +199,16 @@ CIMInstance ZDA_StorageSynchronizedProvider::buildInstance(const api_VVObj_t& so
     getSyncState(&sourceRecord, &copyRecord, syncState, copyState, progressStatus);
 
     ZDA_Common::setPropertyValue(sync, "SyncType", clone ? SYNC_TYPE_CLONE : SYNC_TYPE_SNAPSHOT);
-    ZDA_Common::setPropertyValue(sync, "Mode",
-        clone && !inactive ? MODE_SYNCHRONOUS : MODE_ASYNCHRONOUS);
-    ZDA_Common::setPropertyValue(sync, "CopyType",
-        clone && !inactive ? COPY_TYPE_SYNC : COPY_TYPE_UNSYNC_ASSOC);
-    ZDA_Common::setPropertyValue(sync, "ReplicaType",
-        clone ? REPLICA_FULL_COPY : REPLICA_BEFORE_DELTA);
+    ZDA_Common::setPropertyValue(sync, "Mode", clone && !inactive ? MODE_SYNCHRONOUS : MODE_ASYNCHRONOUS);
+    ZDA_Common::setPropertyValue(
+        sync, "CopyType", clone && !inactive ? COPY_TYPE_SYNC : COPY_TYPE_UNSYNC_ASSOC);
+    ZDA_Common::setPropertyValue(sync, "ReplicaType", clone ? REPLICA_FULL_COPY : REPLICA_BEFORE_DELTA);
     ZDA_Common::setPropertyValue(sync, "SyncMaintained", Boolean(clone && !inactive));
     ZDA_Common::setPropertyValue(sync, "CopyState", copyState);
     ZDA_Common::setPropertyValue(sync, "SyncState", syncState);
     ZDA_Common::setPropertyValue(sync, "ProgressStatus", progressStatus);
-    ZDA_Common::setPropertyValue(sync, "PercentSynced",
-        Uint16(clone ? copy.copyProgress : 100));
-    ZDA_Common::setPropertyValue(sync, "WhenEstablished",
-        ZDA_Common::getCIMDateTime(copy.creationTime));
+    ZDA_Common::setPropertyValue(sync, "PercentSynced", Uint16(clone ? copy.copyProgress : 100));
+    ZDA_Common::setPropertyValue(sync, "WhenEstablished", ZDA_Common::getCIMDateTime(copy.creationTime));
     const time_t synced = clone ? copy.curWhenSynced : copy.creationTime;
     if (synced != 0)
         ZDA_Common::setPropertyValue(sync, "WhenSynced", ZDA_Common::getCIMDateTime(synced));
@@ -232,15 +226,14 @@ void ZDA_StorageSynchronizedProvider::terminate()
 }
 
 void ZDA_StorageSynchronizedProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(instanceReference, ClassName, "CIM_StorageSynchronized");
-    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
 
     CIMInstance instance;
     String systemName;
@@ -274,15 +267,14 @@ void ZDA_StorageSynchronizedProvider::getInstance(const OperationContext& contex
 }
 
 void ZDA_StorageSynchronizedProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageSynchronized");
-    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+        false, includeQualifiers, includeClassOrigin, propertyList);
     handler.processing();
     String systemName;
     String host;
@@ -290,15 +282,14 @@ void ZDA_StorageSynchronizedProvider::enumerateInstances(const OperationContext&
     if (systemIdentity(SOURCE_FILE, systemName, host) && readAllVolumes(volumes) == 0)
     {
         for (const Pair& p : pairsOf(volumes))
-            handler.deliver(buildInstance(volumes[p.source], volumes[p.copy], systemName, host,
-                syncClass));
+            handler.deliver(buildInstance(volumes[p.source], volumes[p.copy], systemName, host, syncClass));
     }
     handler.complete();
     log_message(4, "<-- ZDA_StorageSynchronizedProvider::enumerateInstances()\n");
 }
 
-void ZDA_StorageSynchronizedProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_StorageSynchronizedProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -319,30 +310,28 @@ void ZDA_StorageSynchronizedProvider::enumerateInstanceNames(const OperationCont
     log_message(4, "<-- ZDA_StorageSynchronizedProvider::enumerateInstanceNames()\n");
 }
 
-void ZDA_StorageSynchronizedProvider::modifyInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, const Boolean, const CIMPropertyList&,
-    ResponseHandler&)
+void ZDA_StorageSynchronizedProvider::modifyInstance(const OperationContext&, const CIMObjectPath&,
+    const CIMInstance&, const Boolean, const CIMPropertyList&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_StorageSynchronizedProvider::createInstance(const OperationContext&,
-    const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_StorageSynchronizedProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_StorageSynchronizedProvider::deleteInstance(const OperationContext&,
-    const CIMObjectPath&, ResponseHandler&)
+void ZDA_StorageSynchronizedProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
 void ZDA_StorageSynchronizedProvider::associators(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    ObjectResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::associators()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -354,13 +343,13 @@ void ZDA_StorageSynchronizedProvider::associators(const OperationContext& contex
     if (isOneOf(resultClass, VOLUME_CLASSES) &&
         navigate(objectName, role, resultRole, volumes, systemName, host, found))
     {
-        CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(),
-            NAMESPACE, VOLUME_CLASS, false, includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
+            VOLUME_CLASS, false, includeQualifiers, includeClassOrigin, propertyList);
         for (const Navigation& n : found)
         {
             api_VVObj_t& far = volumes[n.fromSource ? n.pair.copy : n.pair.source];
-            handler.deliver(ZDA_StorageVolumeProvider::buildInstance(&far, systemName, host,
-                volumeClass, nullptr, 0));
+            handler.deliver(
+                ZDA_StorageVolumeProvider::buildInstance(&far, systemName, host, volumeClass, nullptr, 0));
         }
     }
     handler.complete();
@@ -368,8 +357,8 @@ void ZDA_StorageSynchronizedProvider::associators(const OperationContext& contex
 }
 
 void ZDA_StorageSynchronizedProvider::associatorNames(const OperationContext& context,
-    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass,
-    const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+    const CIMObjectPath& objectName, const CIMName&, const CIMName& resultClass, const String& role,
+    const String& resultRole, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::associatorNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -384,8 +373,7 @@ void ZDA_StorageSynchronizedProvider::associatorNames(const OperationContext& co
         for (const Navigation& n : found)
         {
             const api_VVObj_t& far = volumes[n.fromSource ? n.pair.copy : n.pair.source];
-            handler.deliver(
-                ZDA_StorageVolumeProvider::createObjectPath(far.wwnText, systemName, host));
+            handler.deliver(ZDA_StorageVolumeProvider::createObjectPath(far.wwnText, systemName, host));
         }
     }
     handler.complete();
@@ -394,8 +382,8 @@ void ZDA_StorageSynchronizedProvider::associatorNames(const OperationContext& co
 
 void ZDA_StorageSynchronizedProvider::references(const OperationContext& context,
     const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    const Boolean includeQualifiers, const Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    const Boolean includeQualifiers, const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    ObjectResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSynchronizedProvider::references()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -407,11 +395,11 @@ void ZDA_StorageSynchronizedProvider::references(const OperationContext& context
     if (isOneOf(resultClass, SYNC_CLASSES) &&
         navigate(objectName, role, String(), volumes, systemName, host, found))
     {
-        CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE,
-            ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+        CIMClass syncClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), NAMESPACE, ClassName,
+            false, includeQualifiers, includeClassOrigin, propertyList);
         for (const Navigation& n : found)
-            handler.deliver(buildInstance(volumes[n.pair.source], volumes[n.pair.copy],
-                systemName, host, syncClass));
+            handler.deliver(
+                buildInstance(volumes[n.pair.source], volumes[n.pair.copy], systemName, host, syncClass));
     }
     handler.complete();
     log_message(4, "<-- ZDA_StorageSynchronizedProvider::references()\n");
@@ -433,10 +421,8 @@ void ZDA_StorageSynchronizedProvider::referenceNames(const OperationContext& con
     {
         for (const Navigation& n : found)
             handler.deliver(buildObjectPath(
-                ZDA_StorageVolumeProvider::createObjectPath(volumes[n.pair.source].wwnText,
-                    systemName, host),
-                ZDA_StorageVolumeProvider::createObjectPath(volumes[n.pair.copy].wwnText,
-                    systemName, host),
+                ZDA_StorageVolumeProvider::createObjectPath(volumes[n.pair.source].wwnText, systemName, host),
+                ZDA_StorageVolumeProvider::createObjectPath(volumes[n.pair.copy].wwnText, systemName, host),
                 host));
     }
     handler.complete();

@@ -40,13 +40,13 @@ public:
     // record is read, so callers that hold no record of the source may
     // pass the copy twice. CopyState 4 (Synchronized) means the copy holds
     // its point in time: a finished snapshot or a clone kept synchronized.
-    static void getSyncState(api_VVObj_t* source, api_VVObj_t* copy, Uint16& syncState,
-        Uint16& copyState, Uint16& progressStatus);
+    static void getSyncState(
+        api_VVObj_t* source, api_VVObj_t* copy, Uint16& syncState, Uint16& copyState, Uint16& progressStatus);
 
     // The association path between the volume paths `source` and `copy`
     // (as ZDA_StorageVolumeProvider::createObjectPath gives them), on `host`.
-    static CIMObjectPath buildObjectPath(const CIMObjectPath& source, const CIMObjectPath& copy,
-        const String& host);
+    static CIMObjectPath buildObjectPath(
+        const CIMObjectPath& source, const CIMObjectPath& copy, const String& host);
 
     // The full association instance of the copy `copy` of `source` on the
     // skeleton of `syncClass`.
@@ -56,46 +56,39 @@ public:
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
-    // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
         ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    // Refused with CIMNotSupportedException.
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
     // From a volume: its copies (role SystemElement) and its parent (role
     // SyncedElement). A role, result role or result class that cannot match
     // gives an empty answer.
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler);
-    virtual void associatorNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& associationClass,
-        const CIMName& resultClass, const String& role, const String& resultRole,
-        ObjectPathResponseHandler& handler);
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler);
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler);
     virtual void references(const OperationContext& context, const CIMObjectPath& objectName,
         const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
         const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler);
-    virtual void referenceNames(const OperationContext& context,
-        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-        ObjectPathResponseHandler& handler);
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler);
 
 private:
     CIMOMHandle _cimom;

@@ -20,8 +20,7 @@ const Uint32 RETURN_FAILED = 1;
 
 // The output parameter that answers `methodName`, from the service's facts.
 // False for a method the class does not have.
-bool answer(const CIMName& methodName, const ZDA_InternalCacheService& service,
-    CIMParamValue& out)
+bool answer(const CIMName& methodName, const ZDA_InternalCacheService& service, CIMParamValue& out)
 {
     if (methodName.equal("GetSystemName"))
         out = CIMParamValue("SystemName", CIMValue(service.getSystemName()));
@@ -45,9 +44,7 @@ bool answer(const CIMName& methodName, const ZDA_InternalCacheService& service,
 ZDA_InternalCacheProvider::ZDA_InternalCacheProvider() = default;
 ZDA_InternalCacheProvider::~ZDA_InternalCacheProvider() = default;
 
-void ZDA_InternalCacheProvider::initialize(CIMOMHandle&)
-{
-}
+void ZDA_InternalCacheProvider::initialize(CIMOMHandle&) {}
 
 void ZDA_InternalCacheProvider::terminate()
 {
@@ -55,12 +52,11 @@ void ZDA_InternalCacheProvider::terminate()
 }
 
 void ZDA_InternalCacheProvider::invokeMethod(const OperationContext& context,
-    const CIMObjectPath& objectReference, const CIMName& methodName,
-    const Array<CIMParamValue>&, MethodResultResponseHandler& handler)
+    const CIMObjectPath& objectReference, const CIMName& methodName, const Array<CIMParamValue>&,
+    MethodResultResponseHandler& handler)
 {
     const CString method = methodName.getString().getCString();
-    log_message(4, "--> ZDA_InternalCacheProvider::invokeMethod(), methodName = %s \n",
-        (const char*)method);
+    log_message(4, "--> ZDA_InternalCacheProvider::invokeMethod(), methodName = %s \n", (const char*)method);
     const CIMName className = objectReference.getClassName();
     if (!className.equal(ClassName))
         throw CIMNotSupportedException(ClassName + " Invalid class name" + className.getString());
@@ -102,8 +98,10 @@ void ZDA_InternalCacheProvider::invokeMethod(const OperationContext& context,
     }
     else
     {
-        log_message(2, "ZDA_InternalCacheProvider::invokeMethod(): %s: the system facts could not be "
-            "read from the array\n", (const char*)method);
+        log_message(2,
+            "ZDA_InternalCacheProvider::invokeMethod(): %s: the system facts could not be "
+            "read from the array\n",
+            (const char*)method);
         handler.deliver(CIMValue(RETURN_FAILED));
     }
     handler.complete();

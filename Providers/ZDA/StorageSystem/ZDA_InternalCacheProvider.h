@@ -39,9 +39,9 @@ public:
     // the class (CIMNotSupportedException) and the instance
     // (CIMObjectNotFoundException), and answers the method; an unknown
     // method throws CIMMethodNotFoundException.
-    virtual void invokeMethod(const OperationContext& context,
-        const CIMObjectPath& objectReference, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters, MethodResultResponseHandler& handler);
+    virtual void invokeMethod(const OperationContext& context, const CIMObjectPath& objectReference,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+        MethodResultResponseHandler& handler);
 };
 
 PEGASUS_NAMESPACE_END

@@ -38,20 +38,18 @@ CIMObjectPath systemPath(String const& hostName, String const& nameSpace, String
 ZDA_StorageSystemProvider::ZDA_StorageSystemProvider() = default;
 ZDA_StorageSystemProvider::~ZDA_StorageSystemProvider() = default;
 
-CIMObjectPath ZDA_StorageSystemProvider::createObjectPath(String const& hostAddr,
-    String const& wwn, String const& nameSpace)
+CIMObjectPath ZDA_StorageSystemProvider::createObjectPath(
+    String const& hostAddr, String const& wwn, String const& nameSpace)
 {
     return systemPath(hostAddr, nameSpace, wwn);
 }
 
-CIMObjectPath ZDA_StorageSystemProvider::buildObjectPath(String const& hostName,
-    String const& systemName)
+CIMObjectPath ZDA_StorageSystemProvider::buildObjectPath(String const& hostName, String const& systemName)
 {
     return systemPath(hostName, SYSTEM_NAMESPACE, systemName);
 }
 
-CIMInstance ZDA_StorageSystemProvider::buildInstance(const api_system_info_t& info,
-    CIMClass& systemClass)
+CIMInstance ZDA_StorageSystemProvider::buildInstance(const api_system_info_t& info, CIMClass& systemClass)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(systemClass);
     const String name = info.name;
@@ -88,8 +86,7 @@ CIMInstance ZDA_StorageSystemProvider::buildInstance(const api_system_info_t& in
     Array<Uint16> status;
     status.append(allNodesUp ? STATUS_OK : STATUS_DEGRADED);
     ZDA_Common::setPropertyValue(instance, "OperationalStatus", status);
-    ZDA_Common::setPropertyValue(instance, "HealthState",
-        allNodesUp ? HEALTH_OK : HEALTH_DEGRADED);
+    ZDA_Common::setPropertyValue(instance, "HealthState", allNodesUp ? HEALTH_OK : HEALTH_DEGRADED);
 
     instance.setPath(buildObjectPath(String(info.hostName), name));
     return instance;
@@ -106,9 +103,8 @@ void ZDA_StorageSystemProvider::terminate()
 }
 
 void ZDA_StorageSystemProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSystemProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -116,42 +112,40 @@ void ZDA_StorageSystemProvider::getInstance(const OperationContext& context,
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
     if (keyCount != KEY_COUNT)
     {
-        log_message(2, "ZDA_StorageSystemProvider::getInstance(): Invalid number of keys (%u)\n",
-            keyCount);
+        log_message(2, "ZDA_StorageSystemProvider::getInstance(): Invalid number of keys (%u)\n", keyCount);
         throw CIMInvalidParameterException(ClassName + " Expect two keys.");
     }
     cim_handler_u h;
     h.instanceHandler = &handler;
-    _deliverInstances(context, instanceReference, includeQualifiers, includeClassOrigin,
-        propertyList, CIM_GET_INSTANCE, h);
+    _deliverInstances(
+        context, instanceReference, includeQualifiers, includeClassOrigin, propertyList, CIM_GET_INSTANCE, h);
     log_message(4, "<-- ZDA_StorageSystemProvider::getInstance()\n");
 }
 
 void ZDA_StorageSystemProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSystemProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ComputerSystem");
     cim_handler_u h;
     h.instanceHandler = &handler;
-    _deliverInstances(context, CIMObjectPath(), includeQualifiers, includeClassOrigin,
-        propertyList, CIM_ENUMERATE_INSTANCES, h);
+    _deliverInstances(context, CIMObjectPath(), includeQualifiers, includeClassOrigin, propertyList,
+        CIM_ENUMERATE_INSTANCES, h);
     log_message(4, "<-- ZDA_StorageSystemProvider::enumerateInstances()\n");
 }
 
-void ZDA_StorageSystemProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_StorageSystemProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageSystemProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_ComputerSystem");
     cim_handler_u h;
     h.objectPathHandler = &handler;
-    _deliverInstances(context, CIMObjectPath(), false, false, CIMPropertyList(),
-        CIM_ENUMERATE_INSTANCE_NAMES, h);
+    _deliverInstances(
+        context, CIMObjectPath(), false, false, CIMPropertyList(), CIM_ENUMERATE_INSTANCE_NAMES, h);
     log_message(4, "<-- ZDA_StorageSystemProvider::enumerateInstanceNames()\n");
 }
 
@@ -161,34 +155,33 @@ void ZDA_StorageSystemProvider::modifyInstance(const OperationContext&, const CI
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_StorageSystemProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_StorageSystemProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_StorageSystemProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_StorageSystemProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
-void ZDA_StorageSystemProvider::_deliverInstances(const OperationContext&,
-    const CIMObjectPath& reference, Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList, cim_method_e method, cim_handler_u handler)
+void ZDA_StorageSystemProvider::_deliverInstances(const OperationContext&, const CIMObjectPath& reference,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+    cim_method_e method, cim_handler_u handler)
 {
     // The class first: the server is not called while the array is held.
     CIMClass systemClass;
     if (method != CIM_ENUMERATE_INSTANCE_NAMES)
-        systemClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), SYSTEM_NAMESPACE,
-            ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+        systemClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), SYSTEM_NAMESPACE, ClassName,
+            false, includeQualifiers, includeClassOrigin, propertyList);
 
     api_system_info_t info;
     const int rc = ZDA_CompanionFrame::callUnderSemaphore([&] { return api_getSystemInfo(&info); });
     bool found = rc == 0;
     if (!found)
-        log_message(2, "ZDA_StorageSystemProvider::_deliverInstances(): api_getSystemInfo error (%d)\n",
-            rc);
+        log_message(2, "ZDA_StorageSystemProvider::_deliverInstances(): api_getSystemInfo error (%d)\n", rc);
 
     CIMObjectPath path;
     if (found)

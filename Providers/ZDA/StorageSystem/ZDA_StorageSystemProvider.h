@@ -35,8 +35,7 @@ public:
     // `hostAddr`, namespace `nameSpace`, keys CreationClassName
     // "ZDA_StorageSystem" and Name `wwn`. The keys depend on the WWN only, so
     // paths of one system reached under different host names match.
-    static CIMObjectPath createObjectPath(String const& hostAddr, String const& wwn,
-        String const& nameSpace);
+    static CIMObjectPath createObjectPath(String const& hostAddr, String const& wwn, String const& nameSpace);
 
     // The path of this array's storage system: host `hostName`, namespace
     // root/zda, Name `systemName`.
@@ -50,35 +49,31 @@ public:
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
 private:
     // The one walk behind getInstance, enumerateInstances and
     // enumerateInstanceNames (`method` says which; `reference` is the
     // instance asked for by getInstance).
     void _deliverInstances(const OperationContext& context, const CIMObjectPath& reference,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, cim_method_e method, cim_handler_u handler);
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList,
+        cim_method_e method, cim_handler_u handler);
 
     CIMOMHandle _cimom;
 };

@@ -57,13 +57,12 @@ void setStatus(CIMInstance& instance, const api_VVObj_t& vv)
     Array<Uint16> statuses;
     statuses.append(status);
     ZDA_Common::setPropertyValue(instance, "OperationalStatus", statuses);
-    ZDA_Common::setPropertyValue(instance, "HealthState",
-        status == STATUS_ERROR ? HEALTH_CRITICAL : HEALTH_OK);
+    ZDA_Common::setPropertyValue(
+        instance, "HealthState", status == STATUS_ERROR ? HEALTH_CRITICAL : HEALTH_OK);
 }
 
 // The redundancy of the CPG that holds the volume's user space.
-void setRedundancy(CIMInstance& instance, const api_VVObj_t& vv, const api_cpg_t* cpgs,
-    int cpgCount)
+void setRedundancy(CIMInstance& instance, const api_VVObj_t& vv, const api_cpg_t* cpgs, int cpgCount)
 {
     for (int i = 0; cpgs && i < cpgCount; i++)
     {
@@ -73,16 +72,19 @@ void setRedundancy(CIMInstance& instance, const api_VVObj_t& vv, const api_cpg_t
         Uint16 packageRedundancy = 0;
         switch (cpgs[i].raidType)
         {
-            case RAID_1: dataRedundancy = 2; packageRedundancy = 1; break;
-            case RAID_5: packageRedundancy = 1; break;
-            case RAID_6: packageRedundancy = 2; break;
-            case RAID_0:
-            default: break;
+        case RAID_1:
+            dataRedundancy = 2;
+            packageRedundancy = 1;
+            break;
+        case RAID_5: packageRedundancy = 1; break;
+        case RAID_6: packageRedundancy = 2; break;
+        case RAID_0:
+        default: break;
         }
         ZDA_Common::setPropertyValue(instance, "DataRedundancy", dataRedundancy);
         ZDA_Common::setPropertyValue(instance, "PackageRedundancy", packageRedundancy);
-        ZDA_Common::setPropertyValue(instance, "NoSinglePointOfFailure",
-            Boolean(packageRedundancy > 0 || dataRedundancy > 1));
+        ZDA_Common::setPropertyValue(
+            instance, "NoSinglePointOfFailure", Boolean(packageRedundancy > 0 || dataRedundancy > 1));
         ZDA_Common::setPropertyValue(instance, "IsBasedOnUnderlyingRedundancy", Boolean(true));
         return;
     }
@@ -105,8 +107,8 @@ void readCPGs(ArrayList<api_cpg_t>& cpgs)
 ZDA_StorageVolumeProvider::ZDA_StorageVolumeProvider() = default;
 ZDA_StorageVolumeProvider::~ZDA_StorageVolumeProvider() = default;
 
-CIMObjectPath ZDA_StorageVolumeProvider::createObjectPath(String wwn, String const& systemName,
-    String const& hostName)
+CIMObjectPath ZDA_StorageVolumeProvider::createObjectPath(
+    String wwn, String const& systemName, String const& hostName)
 {
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("CreationClassName", ClassName, CIMKeyBinding::STRING));
@@ -116,8 +118,8 @@ CIMObjectPath ZDA_StorageVolumeProvider::createObjectPath(String wwn, String con
     return CIMObjectPath(hostName, CIMNamespaceName(VOLUME_NAMESPACE), CIMName(ClassName), keys);
 }
 
-CIMInstance ZDA_StorageVolumeProvider::buildEmptyInstance(String const& deviceID,
-    String const& systemName, String const& hostName, CIMClass& volumeClass)
+CIMInstance ZDA_StorageVolumeProvider::buildEmptyInstance(
+    String const& deviceID, String const& systemName, String const& hostName, CIMClass& volumeClass)
 {
     CIMInstance instance = ZDA_Common::buildInstanceSkeleton(volumeClass);
     ZDA_Common::setPropertyValue(instance, "CreationClassName", ClassName);
@@ -159,12 +161,9 @@ CIMInstance ZDA_StorageVolumeProvider::buildInstance(api_VVObj_t* vv, String con
     ZDA_Common::setPropertyValue(instance, "Usage", USAGE_UNRESTRICTED);
     ZDA_Common::setPropertyValue(instance, "Access", vv->readOnly ? ACCESS_READABLE : ACCESS_READ_WRITE);
     ZDA_Common::setPropertyValue(instance, "Primordial", Boolean(false));
-    ZDA_Common::setPropertyValue(instance, "ThinlyProvisioned",
-        Boolean((vv->policy & VV_POLICY_THIN) != 0));
-    ZDA_Common::setPropertyValue(instance, "CanDelete",
-        Boolean((vv->policy & VV_POLICY_SYSTEM) == 0));
-    ZDA_Common::setPropertyValue(instance, "InstallDate",
-        ZDA_Common::getCIMDateTime(vv->creationTime));
+    ZDA_Common::setPropertyValue(instance, "ThinlyProvisioned", Boolean((vv->policy & VV_POLICY_THIN) != 0));
+    ZDA_Common::setPropertyValue(instance, "CanDelete", Boolean((vv->policy & VV_POLICY_SYSTEM) == 0));
+    ZDA_Common::setPropertyValue(instance, "InstallDate", ZDA_Common::getCIMDateTime(vv->creationTime));
     setStatus(instance, *vv);
     setRedundancy(instance, *vv, cpgs, cpgCount);
 
@@ -173,9 +172,8 @@ CIMInstance ZDA_StorageVolumeProvider::buildInstance(api_VVObj_t* vv, String con
     return instance;
 }
 
-CIMInstance ZDA_StorageVolumeProvider::buildVVInstance(String const& vvName,
-    String const& systemName, String const& hostName, CIMClass& volumeClass,
-    bool withRedundancy)
+CIMInstance ZDA_StorageVolumeProvider::buildVVInstance(String const& vvName, String const& systemName,
+    String const& hostName, CIMClass& volumeClass, bool withRedundancy)
 {
     ArrayList<api_cpg_t> cpgs;
     if (withRedundancy)
@@ -187,8 +185,8 @@ CIMInstance ZDA_StorageVolumeProvider::buildVVInstance(String const& vvName,
         [&] { return api_getVVs((const char*)name, nullptr, vvs.count(), vvs.out(), 1); });
     if (rc != 0 || vvs.size() == 0)
     {
-        log_message(2, "ZDA_StorageVolumeProvider::buildVVInstance(): api_getVVs error (%d) for %s\n",
-            rc, (const char*)name);
+        log_message(2, "ZDA_StorageVolumeProvider::buildVVInstance(): api_getVVs error (%d) for %s\n", rc,
+            (const char*)name);
         return CIMInstance();
     }
     return buildInstance(&vvs[0], systemName, hostName, volumeClass, cpgs.begin(), cpgs.size());
@@ -205,9 +203,8 @@ void ZDA_StorageVolumeProvider::terminate()
 }
 
 void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
-    const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& instanceReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::getInstance()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -215,20 +212,18 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
     const Uint32 keyCount = instanceReference.getKeyBindings().size();
     if (keyCount != KEY_COUNT)
     {
-        log_message(2, "ZDA_StorageVolumeProvider::getInstance(): Invalid number of keys (%u)\n",
-            keyCount);
+        log_message(2, "ZDA_StorageVolumeProvider::getInstance(): Invalid number of keys (%u)\n", keyCount);
         throw CIMInvalidParameterException(ClassName + " Expect four keys.");
     }
 
-    CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(),
-        VOLUME_NAMESPACE, ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), VOLUME_NAMESPACE,
+        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
 
     CIMInstance instance;
     String systemName;
     String hostName;
     const String deviceID = ZDA_Common::getStringProperty(instanceReference, "DeviceID");
-    if (deviceID.size() > 0 &&
-        ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, hostName))
+    if (deviceID.size() > 0 && ZDA_CompanionFrame::systemIdentity(SOURCE_FILE, systemName, hostName))
     {
         ArrayList<api_cpg_t> cpgs;
         readCPGs(cpgs);
@@ -237,8 +232,7 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
         const int rc = callUnderSemaphore(
             [&] { return api_getVVs(nullptr, (const char*)wwn, vvs.count(), vvs.out(), 1); });
         if (rc == 0 && vvs.size() > 0)
-            instance = buildInstance(&vvs[0], systemName, hostName, volumeClass, cpgs.begin(),
-                cpgs.size());
+            instance = buildInstance(&vvs[0], systemName, hostName, volumeClass, cpgs.begin(), cpgs.size());
         else if (rc != API_E_NOT_FOUND)
             log_message(2, "ZDA_StorageVolumeProvider::getInstance(): api_getVVs error (%d)\n", rc);
     }
@@ -259,23 +253,22 @@ void ZDA_StorageVolumeProvider::getInstance(const OperationContext& context,
 }
 
 void ZDA_StorageVolumeProvider::enumerateInstances(const OperationContext& context,
-    const CIMObjectPath& classReference, const Boolean includeQualifiers,
-    const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-    InstanceResponseHandler& handler)
+    const CIMObjectPath& classReference, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::enumerateInstances()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     ZDA_CompanionFrame::checkClassName(classReference, ClassName, "CIM_StorageVolume");
-    CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(),
-        VOLUME_NAMESPACE, ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
+    CIMClass volumeClass = ZDA_Common::getStoredCIMClass(_cimom, OperationContext(), VOLUME_NAMESPACE,
+        ClassName, false, includeQualifiers, includeClassOrigin, propertyList);
     cim_handler_u h;
     h.instanceHandler = &handler;
     _deliverAll(&volumeClass, CIM_ENUMERATE_INSTANCES, h);
     log_message(4, "<-- ZDA_StorageVolumeProvider::enumerateInstances()\n");
 }
 
-void ZDA_StorageVolumeProvider::enumerateInstanceNames(const OperationContext& context,
-    const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
+void ZDA_StorageVolumeProvider::enumerateInstanceNames(
+    const OperationContext& context, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
 {
     log_message(4, "--> ZDA_StorageVolumeProvider::enumerateInstanceNames()\n");
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
@@ -292,20 +285,19 @@ void ZDA_StorageVolumeProvider::modifyInstance(const OperationContext&, const CI
     throw CIMNotSupportedException(ClassName + " does not support modifyInstance.");
 }
 
-void ZDA_StorageVolumeProvider::createInstance(const OperationContext&, const CIMObjectPath&,
-    const CIMInstance&, ObjectPathResponseHandler&)
+void ZDA_StorageVolumeProvider::createInstance(
+    const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support createInstance.");
 }
 
-void ZDA_StorageVolumeProvider::deleteInstance(const OperationContext&, const CIMObjectPath&,
-    ResponseHandler&)
+void ZDA_StorageVolumeProvider::deleteInstance(
+    const OperationContext&, const CIMObjectPath&, ResponseHandler&)
 {
     throw CIMNotSupportedException(ClassName + " does not support deleteInstance.");
 }
 
-void ZDA_StorageVolumeProvider::_deliverAll(CIMClass* volumeClass, cim_method_e method,
-    cim_handler_u handler)
+void ZDA_StorageVolumeProvider::_deliverAll(CIMClass* volumeClass, cim_method_e method, cim_handler_u handler)
 {
     ZDA_Common::handleProcessing(handler, method);
     String systemName;
@@ -321,21 +313,22 @@ void ZDA_StorageVolumeProvider::_deliverAll(CIMClass* volumeClass, cim_method_e 
         ArrayList<api_VVObj_t> chunk;
         while (!cursor.done)
         {
-            const int rc = callUnderSemaphore([&] {
-                return api_getVVs_chunk(&cursor, 0, nullptr, chunk.count(), chunk.out(), 0);
-            });
+            const int rc = callUnderSemaphore(
+                [&] { return api_getVVs_chunk(&cursor, 0, nullptr, chunk.count(), chunk.out(), 0); });
             if (rc != 0)
             {
-                log_message(2, "ZDA_StorageVolumeProvider::_deliverAll(): api_getVVs_chunk error "
-                    "(%d)\n", rc);
+                log_message(2,
+                    "ZDA_StorageVolumeProvider::_deliverAll(): api_getVVs_chunk error "
+                    "(%d)\n",
+                    rc);
                 break;
             }
             for (api_VVObj_t& vv : chunk)
             {
                 if (volumeClass)
                 {
-                    ZDA_Common::handleDeliver(handler, method, buildInstance(&vv, systemName,
-                        hostName, *volumeClass, cpgs.begin(), cpgs.size()));
+                    ZDA_Common::handleDeliver(handler, method,
+                        buildInstance(&vv, systemName, hostName, *volumeClass, cpgs.begin(), cpgs.size()));
                 }
                 else
                 {

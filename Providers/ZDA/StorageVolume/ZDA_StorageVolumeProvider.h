@@ -41,8 +41,7 @@ public:
 
     // The path of the volume whose DeviceID is `wwn`, on the system
     // `systemName`: host `hostName`, namespace root/zda, the four keys.
-    static CIMObjectPath createObjectPath(String wwn, String const& systemName,
-        String const& hostName);
+    static CIMObjectPath createObjectPath(String wwn, String const& systemName, String const& hostName);
 
     // The full instance of the volume record `vv` (not null) on the skeleton
     // of `volumeClass` (properties the class lacks are left out), with the
@@ -50,48 +49,44 @@ public:
     // `cpgCount` are the array's CPG list, from which the redundancy of the
     // volume's user space is told (DataRedundancy, PackageRedundancy,
     // NoSinglePointOfFailure); with nullptr and 0 those stay unset.
-    static CIMInstance buildInstance(api_VVObj_t* vv, String const& systemName,
-        String const& hostName, CIMClass& volumeClass, const api_cpg_t* cpgs, int cpgCount);
+    static CIMInstance buildInstance(api_VVObj_t* vv, String const& systemName, String const& hostName,
+        CIMClass& volumeClass, const api_cpg_t* cpgs, int cpgCount);
 
     // The full instance of the local volume named `vvName`, looked up on the
     // array (under the semaphore; the caller must not hold it). With
     // `withRedundancy` the CPG list is read as well, for the redundancy
     // properties. An uninitialized instance when the volume does not exist
     // or the array failed or was busy (logged at level 2).
-    static CIMInstance buildVVInstance(String const& vvName, String const& systemName,
-        String const& hostName, CIMClass& volumeClass, bool withRedundancy);
+    static CIMInstance buildVVInstance(String const& vvName, String const& systemName, String const& hostName,
+        CIMClass& volumeClass, bool withRedundancy);
 
     // A minimal instance that names a volume without reading it: the four
     // keys (DeviceID `deviceID`, SystemName `systemName`) on the skeleton of
     // `volumeClass`, with the path createObjectPath(deviceID, systemName,
     // hostName). For volumes of other arrays, which only their keys stand for.
-    static CIMInstance buildEmptyInstance(String const& deviceID, String const& systemName,
-        String const& hostName, CIMClass& volumeClass);
+    static CIMInstance buildEmptyInstance(
+        String const& deviceID, String const& systemName, String const& hostName, CIMClass& volumeClass);
 
     virtual void initialize(CIMOMHandle& cimom);
     virtual void terminate();
 
-    virtual void getInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstances(const OperationContext& context,
-        const CIMObjectPath& classReference, const Boolean includeQualifiers,
-        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
-        InstanceResponseHandler& handler);
-    virtual void enumerateInstanceNames(const OperationContext& context,
-        const CIMObjectPath& classReference, ObjectPathResponseHandler& handler);
+    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
+        const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, InstanceResponseHandler& handler);
+    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
+        ObjectPathResponseHandler& handler);
 
     // Refused with CIMNotSupportedException.
-    virtual void modifyInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        const Boolean includeQualifiers, const CIMPropertyList& propertyList,
-        ResponseHandler& handler);
-    virtual void createInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, const CIMInstance& instanceObject,
-        ObjectPathResponseHandler& handler);
-    virtual void deleteInstance(const OperationContext& context,
-        const CIMObjectPath& instanceReference, ResponseHandler& handler);
+    virtual void modifyInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, const Boolean includeQualifiers,
+        const CIMPropertyList& propertyList, ResponseHandler& handler);
+    virtual void createInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
+        const CIMInstance& instanceObject, ObjectPathResponseHandler& handler);
+    virtual void deleteInstance(
+        const OperationContext& context, const CIMObjectPath& instanceReference, ResponseHandler& handler);
 
 private:
     // Every volume, read in chunks: each chunk is fetched under the

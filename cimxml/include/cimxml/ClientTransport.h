@@ -35,11 +35,10 @@ class SSLCertificateInfo
 {
 public:
     SSLCertificateInfo(const String& subjectName, const String& issuerName, Uint32 errorDepth,
-                       Uint32 errorCode, const String& errorString)
+        Uint32 errorCode, const String& errorString)
         : _subject(subjectName), _issuer(issuerName), _depth(errorDepth), _code(errorCode),
           _errorString(errorString)
-    {
-    }
+    {}
     // One-line distinguished names ("/CN=host/O=...").
     String getSubjectName() const { return _subject; }
     String getIssuerName() const { return _issuer; }

@@ -49,13 +49,13 @@ public:
 // Why a document was refused.
 enum class DecodeFailure
 {
-    NotWellFormed,        // not XML, or XML this reader never accepts (DTDs, entities)
-    NotValid,             // well-formed XML that is not a CIM-XML message of the kind expected
+    NotWellFormed,  // not XML, or XML this reader never accepts (DTDs, entities)
+    NotValid,       // well-formed XML that is not a CIM-XML message of the kind expected
     UnsupportedCimVersion,
     UnsupportedDtdVersion,
     UnsupportedProtocolVersion,
-    MultipleRequests,     // MULTIREQ: not served
-    LimitExceeded,        // depth, attribute size or embedding depth over the limits
+    MultipleRequests,  // MULTIREQ: not served
+    LimitExceeded,     // depth, attribute size or embedding depth over the limits
 };
 
 class DecodeError : public std::runtime_error
@@ -63,8 +63,7 @@ class DecodeError : public std::runtime_error
 public:
     DecodeError(DecodeFailure failure, const std::string& message)
         : std::runtime_error(message), failure(failure)
-    {
-    }
+    {}
     DecodeFailure failure;
 };
 
@@ -76,11 +75,10 @@ class RequestRefused : public std::runtime_error
 {
 public:
     RequestRefused(Uint32 code, const std::string& message, const std::string& messageId,
-                   const std::string& methodName, bool intrinsic)
-        : std::runtime_error(message), code(code), messageId(messageId),
-          methodName(methodName), intrinsic(intrinsic)
-    {
-    }
+        const std::string& methodName, bool intrinsic)
+        : std::runtime_error(message), code(code), messageId(messageId), methodName(methodName),
+          intrinsic(intrinsic)
+    {}
     Uint32 code;
     std::string messageId;
     std::string methodName;
@@ -100,20 +98,20 @@ struct DecodeLimits
 // Requests (server side). decodeRequest throws DecodeError for documents it
 // refuses and RequestRefused for valid messages that ask for something
 // impossible. The buffer is copied; it need not be NUL-terminated.
-OperationRequest decodeRequest(const char* data, std::size_t size,
-                               const DecodeLimits& limits = DecodeLimits());
+OperationRequest decodeRequest(
+    const char* data, std::size_t size, const DecodeLimits& limits = DecodeLimits());
 void encodeRequest(const OperationRequest& request, Sink& sink);
 
 // Responses (client side decodes, server side encodes). decodeResponse
 // throws DecodeError; a CIM error in the message is no failure, it is
 // returned in OperationResponse::errorCode.
-OperationResponse decodeResponse(const char* data, std::size_t size,
-                                 const DecodeLimits& limits = DecodeLimits());
+OperationResponse decodeResponse(
+    const char* data, std::size_t size, const DecodeLimits& limits = DecodeLimits());
 void encodeResponse(const OperationResponse& response, Sink& sink);
 // As decodeResponse, reading in the caller's buffer instead of a copy (less
 // memory for large results); the buffer's content is overwritten.
-OperationResponse decodeResponseInPlace(char* data, std::size_t size,
-                                        const DecodeLimits& limits = DecodeLimits());
+OperationResponse decodeResponseInPlace(
+    char* data, std::size_t size, const DecodeLimits& limits = DecodeLimits());
 
 // The object an embedded-object text holds (an INSTANCE or a CLASS
 // element, as a string-typed value carries it). Throws DecodeError for text
@@ -136,22 +134,22 @@ std::string encodeInstancePath(const CIMObjectPath& path);
 class ResponseWriter
 {
 public:
-    ResponseWriter(Sink& sink, const std::string& messageId, Intrinsic operation,
-                   std::size_t bufferSize = 64 * 1024);
+    ResponseWriter(
+        Sink& sink, const std::string& messageId, Intrinsic operation, std::size_t bufferSize = 64 * 1024);
     ~ResponseWriter();
     ResponseWriter(const ResponseWriter&) = delete;
     ResponseWriter& operator=(const ResponseWriter&) = delete;
 
     void begin();
-    void addClass(const CIMConstClass& cimClass);            // Class, Classes
-    void addClassName(const CIMName& className);             // ClassNames
-    void addInstance(const CIMConstInstance& instance);      // Instance, NamedInstances (needs its path)
+    void addClass(const CIMConstClass& cimClass);        // Class, Classes
+    void addClassName(const CIMName& className);         // ClassNames
+    void addInstance(const CIMConstInstance& instance);  // Instance, NamedInstances (needs its path)
     // As addInstance(instance), named by `path` instead of its own path.
     void addInstance(const CIMConstInstance& instance, const CIMObjectPath& path);
-    void addInstanceName(const CIMObjectPath& path);         // InstanceNames, InstanceName
-    void addObject(const CIMConstObject& object);            // ObjectsWithPath (needs a full path)
-    void addObjectPath(const CIMObjectPath& path);           // ObjectPaths
-    void addValue(const CIMValue& value);                    // PropertyValue
+    void addInstanceName(const CIMObjectPath& path);  // InstanceNames, InstanceName
+    void addObject(const CIMConstObject& object);     // ObjectsWithPath (needs a full path)
+    void addObjectPath(const CIMObjectPath& path);    // ObjectPaths
+    void addValue(const CIMValue& value);             // PropertyValue
     // An element encoded by encodeInstanceWithPath() (InstancesWithPath)
     // or encodeInstancePath() (InstancePaths).
     void addEncoded(const std::string& element);

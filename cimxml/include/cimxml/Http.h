@@ -13,26 +13,26 @@ namespace cimxml
 namespace http
 {
 
-extern const char CIM_OPERATION[];    // "CIMOperation", value "MethodCall" / "MethodResponse"
-extern const char CIM_METHOD[];       // "CIMMethod"
-extern const char CIM_OBJECT[];       // "CIMObject"
-extern const char CIM_BATCH[];        // "CIMBatch": a multiple request, not served
-extern const char CIM_ERROR[];        // "CIMError"
-extern const char CIM_PROTOCOL_VERSION[];  // "CIMProtocolVersion"
-extern const char CIM_STATUS_CODE[];  // "CIMStatusCode" (trailer of chunked responses)
+extern const char CIM_OPERATION[];                // "CIMOperation", value "MethodCall" / "MethodResponse"
+extern const char CIM_METHOD[];                   // "CIMMethod"
+extern const char CIM_OBJECT[];                   // "CIMObject"
+extern const char CIM_BATCH[];                    // "CIMBatch": a multiple request, not served
+extern const char CIM_ERROR[];                    // "CIMError"
+extern const char CIM_PROTOCOL_VERSION[];         // "CIMProtocolVersion"
+extern const char CIM_STATUS_CODE[];              // "CIMStatusCode" (trailer of chunked responses)
 extern const char CIM_STATUS_CODE_DESCRIPTION[];  // "CIMStatusCodeDescription"
-extern const char CONTENT_TYPE_XML[];  // what we send: application/xml; charset="utf-8"
+extern const char CONTENT_TYPE_XML[];             // what we send: application/xml; charset="utf-8"
 
 // An HTTP answer that refuses a request before any CIM processing.
 struct Refusal
 {
-    unsigned status;        // 400, 501, ...
-    std::string cimError;   // CIMError header value, e.g. "request-not-valid"
+    unsigned status;       // 400, 501, ...
+    std::string cimError;  // CIMError header value, e.g. "request-not-valid"
 };
 
 Refusal refusalFor(DecodeFailure failure);
-Refusal unsupportedOperation();   // no or wrong CIMOperation header: 400 unsupported-operation
-Refusal headerMismatch();         // CIMMethod/CIMObject disagree with the body: 400 header-mismatch
+Refusal unsupportedOperation();  // no or wrong CIMOperation header: 400 unsupported-operation
+Refusal headerMismatch();        // CIMMethod/CIMObject disagree with the body: 400 header-mismatch
 
 // The prefix of the CIM headers of an M-POST request: "73-" for
 // `Man: http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73`; empty when the
@@ -58,8 +58,8 @@ std::string cimObjectOf(const OperationRequest& request);
 // Whether the (escaped) CIMMethod and CIMObject header values a client sent
 // agree with the request decoded from its body. Namespaces and class names
 // compare without regard to case.
-bool headersMatch(const OperationRequest& request, const std::string& cimMethod,
-                  const std::string& cimObject);
+bool headersMatch(
+    const OperationRequest& request, const std::string& cimMethod, const std::string& cimObject);
 
 // The Content-Length value, or false when it is missing digits, has
 // anything else, or exceeds maxBytes (no overflow on any input).

@@ -155,10 +155,10 @@ struct OperationRequest
     // Typed access to intrinsic parameters. Each throws CIMException
     // (CIM_ERR_INVALID_PARAMETER) naming the parameter when it is missing or
     // holds another type; the optional ones accept a null value.
-    CIMName className(const char* name) const;        // null name when null
+    CIMName className(const char* name) const;  // null name when null
     CIMObjectPath objectPath(const char* name) const;
     Boolean flag(const char* name) const;
-    String text(const char* name) const;              // empty when null
+    String text(const char* name) const;  // empty when null
     CIMPropertyList propertyList(const char* name = "PropertyList") const;
     CIMInstance instance(const char* name) const;
     CIMClass cimClass(const char* name) const;

@@ -38,25 +38,26 @@ OperationResponse callOperation(Target& target, const OperationContext& ctx, con
     const CIMNamespaceName& ns = r.nameSpace;
     if (!r.intrinsic)
     {
-        out.returnValue = target.invokeMethod(ctx, ns, r.target, r.methodName, r.parameters, out.outParameters);
+        out.returnValue = target.invokeMethod(
+            ctx, ns, r.target, r.methodName, r.parameters, out.outParameters);
         return out;
     }
     switch (r.operation)
     {
     case Intrinsic::GetClass:
-        out.returnValue = CIMValue(CIMObject(target.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
-                                                             r.flag("IncludeQualifiers"),
-                                                             r.flag("IncludeClassOrigin"), r.propertyList())));
+        out.returnValue = CIMValue(
+            CIMObject(target.getClass(ctx, ns, r.className("ClassName"), r.flag("LocalOnly"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList())));
         break;
     case Intrinsic::EnumerateClasses:
-        out.returnValue = objectsValue(target.enumerateClasses(ctx, ns, r.className("ClassName"),
-                                                               r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                                                               r.flag("IncludeQualifiers"),
-                                                               r.flag("IncludeClassOrigin")));
+        out.returnValue = objectsValue(
+            target.enumerateClasses(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"),
+                r.flag("LocalOnly"), r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin")));
         break;
     case Intrinsic::EnumerateClassNames:
     {
-        Array<CIMName> names = target.enumerateClassNames(ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"));
+        Array<CIMName> names = target.enumerateClassNames(
+            ctx, ns, r.className("ClassName"), r.flag("DeepInheritance"));
         Array<String> texts;
         for (Uint32 i = 0; i < names.size(); i++)
             texts.append(names[i].getString());
@@ -67,15 +68,14 @@ OperationResponse callOperation(Target& target, const OperationContext& ctx, con
     case Intrinsic::ModifyClass: target.modifyClass(ctx, ns, r.cimClass("ModifiedClass")); break;
     case Intrinsic::DeleteClass: target.deleteClass(ctx, ns, r.className("ClassName")); break;
     case Intrinsic::GetInstance:
-        out.returnValue = CIMValue(target.getInstance(ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
-                                                      r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"),
-                                                      r.propertyList()));
+        out.returnValue = CIMValue(
+            target.getInstance(ctx, ns, r.objectPath("InstanceName"), r.flag("LocalOnly"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
         break;
     case Intrinsic::EnumerateInstances:
         out.returnValue = CIMValue(target.enumerateInstances(ctx, ns, r.className("ClassName"),
-                                                             r.flag("DeepInheritance"), r.flag("LocalOnly"),
-                                                             r.flag("IncludeQualifiers"),
-                                                             r.flag("IncludeClassOrigin"), r.propertyList()));
+            r.flag("DeepInheritance"), r.flag("LocalOnly"), r.flag("IncludeQualifiers"),
+            r.flag("IncludeClassOrigin"), r.propertyList()));
         break;
     case Intrinsic::EnumerateInstanceNames:
         out.returnValue = CIMValue(target.enumerateInstanceNames(ctx, ns, r.className("ClassName")));
@@ -84,45 +84,44 @@ OperationResponse callOperation(Target& target, const OperationContext& ctx, con
         out.returnValue = CIMValue(target.createInstance(ctx, ns, r.instance("NewInstance")));
         break;
     case Intrinsic::ModifyInstance:
-        target.modifyInstance(ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"),
-                              r.propertyList());
+        target.modifyInstance(
+            ctx, ns, r.instance("ModifiedInstance"), r.flag("IncludeQualifiers"), r.propertyList());
         break;
     case Intrinsic::DeleteInstance: target.deleteInstance(ctx, ns, r.objectPath("InstanceName")); break;
     case Intrinsic::ExecQuery:
         out.returnValue = CIMValue(target.execQuery(ctx, ns, r.text("QueryLanguage"), r.text("Query")));
         break;
     case Intrinsic::Associators:
-        out.returnValue = CIMValue(target.associators(ctx, ns, r.objectPath("ObjectName"), r.className("AssocClass"),
-                                                      r.className("ResultClass"), r.text("Role"),
-                                                      r.text("ResultRole"), r.flag("IncludeQualifiers"),
-                                                      r.flag("IncludeClassOrigin"), r.propertyList()));
+        out.returnValue = CIMValue(target.associators(ctx, ns, r.objectPath("ObjectName"),
+            r.className("AssocClass"), r.className("ResultClass"), r.text("Role"), r.text("ResultRole"),
+            r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
         break;
     case Intrinsic::AssociatorNames:
         out.returnValue = CIMValue(target.associatorNames(ctx, ns, r.objectPath("ObjectName"),
-                                                          r.className("AssocClass"), r.className("ResultClass"),
-                                                          r.text("Role"), r.text("ResultRole")));
+            r.className("AssocClass"), r.className("ResultClass"), r.text("Role"), r.text("ResultRole")));
         break;
     case Intrinsic::References:
-        out.returnValue = CIMValue(target.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"),
-                                                     r.text("Role"), r.flag("IncludeQualifiers"),
-                                                     r.flag("IncludeClassOrigin"), r.propertyList()));
+        out.returnValue = CIMValue(
+            target.references(ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role"),
+                r.flag("IncludeQualifiers"), r.flag("IncludeClassOrigin"), r.propertyList()));
         break;
     case Intrinsic::ReferenceNames:
-        out.returnValue = CIMValue(target.referenceNames(ctx, ns, r.objectPath("ObjectName"),
-                                                         r.className("ResultClass"), r.text("Role")));
+        out.returnValue = CIMValue(target.referenceNames(
+            ctx, ns, r.objectPath("ObjectName"), r.className("ResultClass"), r.text("Role")));
         break;
     case Intrinsic::GetProperty:
-        out.returnValue =
-            target.getProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
+        out.returnValue = target.getProperty(
+            ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")));
         break;
     case Intrinsic::SetProperty:
-        target.setProperty(ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")),
-                           r.value("NewValue"));
+        target.setProperty(
+            ctx, ns, r.objectPath("InstanceName"), CIMName(r.text("PropertyName")), r.value("NewValue"));
         break;
     default:
         // The pull operations need enumeration contexts, which only a
         // server keeps.
-        throw CIMException(CIM_ERR_NOT_SUPPORTED, String(intrinsicName(r.operation)) + " is not supported here.");
+        throw CIMException(
+            CIM_ERR_NOT_SUPPORTED, String(intrinsicName(r.operation)) + " is not supported here.");
     }
     return out;
 }

@@ -138,8 +138,8 @@ void CIMClient::setTimeout(Uint32 timeoutMilliseconds)
 namespace
 {
 
-void connectNetwork(CIMClientRep& rep, const String& host, Uint32 portNumber,
-    const SSLContext* sslContext, const String& userName, const String& password)
+void connectNetwork(CIMClientRep& rep, const String& host, Uint32 portNumber, const SSLContext* sslContext,
+    const String& userName, const String& password)
 {
     rep.refuseIfConnected();
     String where;
@@ -147,24 +147,23 @@ void connectNetwork(CIMClientRep& rep, const String& host, Uint32 portNumber,
     CIMClientNetworkTransportFactory factory = ClientTransportRegistry::networkFactory();
     if (!factory)
     {
-        throw CannotConnectException(where +
-            ": no network (HTTP/HTTPS) transport is registered in this process");
+        throw CannotConnectException(
+            where + ": no network (HTTP/HTTPS) transport is registered in this process");
     }
-    CIMClientNetworkTarget target{host, portNumber, userName, password, sslContext,
-                                  rep.timeoutMilliseconds};
+    CIMClientNetworkTarget target{host, portNumber, userName, password, sslContext, rep.timeoutMilliseconds};
     rep.open(where, [&] { return factory(target); });
 }
 
 }  // namespace
 
-void CIMClient::connect(const String& host, const Uint32 portNumber,
-    const String& userName, const String& password)
+void CIMClient::connect(
+    const String& host, const Uint32 portNumber, const String& userName, const String& password)
 {
     connectNetwork(*_rep, host, portNumber, nullptr, userName, password);
 }
 
-void CIMClient::connect(const String& host, const Uint32 portNumber,
-    const SSLContext& sslContext, const String& userName, const String& password)
+void CIMClient::connect(const String& host, const Uint32 portNumber, const SSLContext& sslContext,
+    const String& userName, const String& password)
 {
     connectNetwork(*_rep, host, portNumber, &sslContext, userName, password);
 }
@@ -178,16 +177,14 @@ void CIMClient::connectLocal()
     // belongs to, and reaching it needs no socket.
     if (CIMClientLoopbackTransportFactory loopback = ClientTransportRegistry::loopbackFactory())
     {
-        _rep->open("the in-process CIM server",
-            [&] { return loopback(timeout); });
+        _rep->open("the in-process CIM server", [&] { return loopback(timeout); });
         return;
     }
 
     const char* socketPath = std::getenv(CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE);
     if (!socketPath || !*socketPath)
     {
-        throw CannotConnectException(String(
-            "the local CIM server: no in-process server is installed and ") +
+        throw CannotConnectException(String("the local CIM server: no in-process server is installed and ") +
             CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE + " is not set");
     }
     const String path(socketPath);
@@ -203,24 +200,22 @@ void CIMClient::disconnect()
     _rep->transport.reset();
 }
 
-CIMClass CIMClient::getClass(const CIMNamespaceName& nameSpace, const CIMName& className,
-    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+CIMClass CIMClient::getClass(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
-    return _rep->connected().getClass(nameSpace, className, localOnly, includeQualifiers,
-        includeClassOrigin, propertyList);
+    return _rep->connected().getClass(
+        nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
 }
 
-Array<CIMClass> CIMClient::enumerateClasses(const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-    Boolean includeQualifiers, Boolean includeClassOrigin)
+Array<CIMClass> CIMClient::enumerateClasses(const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin)
 {
-    return _rep->connected().enumerateClasses(nameSpace, className, deepInheritance,
-        localOnly, includeQualifiers, includeClassOrigin);
+    return _rep->connected().enumerateClasses(
+        nameSpace, className, deepInheritance, localOnly, includeQualifiers, includeClassOrigin);
 }
 
-Array<CIMName> CIMClient::enumerateClassNames(const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean deepInheritance)
+Array<CIMName> CIMClient::enumerateClassNames(
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance)
 {
     return _rep->connected().enumerateClassNames(nameSpace, className, deepInheritance);
 }
@@ -240,79 +235,72 @@ void CIMClient::deleteClass(const CIMNamespaceName& nameSpace, const CIMName& cl
     _rep->connected().deleteClass(nameSpace, className);
 }
 
-CIMInstance CIMClient::getInstance(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMInstance CIMClient::getInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
-    return _rep->connected().getInstance(nameSpace, instanceName, localOnly,
+    return _rep->connected().getInstance(
+        nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin, propertyList);
+}
+
+Array<CIMInstance> CIMClient::enumerateInstances(const CIMNamespaceName& nameSpace, const CIMName& className,
+    Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return _rep->connected().enumerateInstances(nameSpace, className, deepInheritance, localOnly,
         includeQualifiers, includeClassOrigin, propertyList);
 }
 
-Array<CIMInstance> CIMClient::enumerateInstances(const CIMNamespaceName& nameSpace,
-    const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-    Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    return _rep->connected().enumerateInstances(nameSpace, className, deepInheritance,
-        localOnly, includeQualifiers, includeClassOrigin, propertyList);
-}
-
-Array<CIMObjectPath> CIMClient::enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-    const CIMName& className)
+Array<CIMObjectPath> CIMClient::enumerateInstanceNames(
+    const CIMNamespaceName& nameSpace, const CIMName& className)
 {
     return _rep->connected().enumerateInstanceNames(nameSpace, className);
 }
 
-CIMObjectPath CIMClient::createInstance(const CIMNamespaceName& nameSpace,
-    const CIMInstance& newInstance)
+CIMObjectPath CIMClient::createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
 {
     return _rep->connected().createInstance(nameSpace, newInstance);
 }
 
-void CIMClient::modifyInstance(const CIMNamespaceName& nameSpace,
-    const CIMInstance& modifiedInstance, Boolean includeQualifiers,
-    const CIMPropertyList& propertyList)
+void CIMClient::modifyInstance(const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+    Boolean includeQualifiers, const CIMPropertyList& propertyList)
 {
-    _rep->connected().modifyInstance(nameSpace, modifiedInstance, includeQualifiers,
-        propertyList);
+    _rep->connected().modifyInstance(nameSpace, modifiedInstance, includeQualifiers, propertyList);
 }
 
-void CIMClient::deleteInstance(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName)
+void CIMClient::deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
 {
     _rep->connected().deleteInstance(nameSpace, instanceName);
 }
 
-Array<CIMObject> CIMClient::execQuery(const CIMNamespaceName& nameSpace,
-    const String& queryLanguage, const String& query)
+Array<CIMObject> CIMClient::execQuery(
+    const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query)
 {
     return _rep->connected().execQuery(nameSpace, queryLanguage, query);
 }
 
-Array<CIMObject> CIMClient::associators(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
-    const String& role, const String& resultRole, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+Array<CIMObject> CIMClient::associators(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
-    return _rep->connected().associators(nameSpace, objectName, assocClass, resultClass,
-        role, resultRole, includeQualifiers, includeClassOrigin, propertyList);
+    return _rep->connected().associators(nameSpace, objectName, assocClass, resultClass, role, resultRole,
+        includeQualifiers, includeClassOrigin, propertyList);
 }
 
 Array<CIMObjectPath> CIMClient::associatorNames(const CIMNamespaceName& nameSpace,
     const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
     const String& role, const String& resultRole)
 {
-    return _rep->connected().associatorNames(nameSpace, objectName, assocClass,
-        resultClass, role, resultRole);
+    return _rep->connected().associatorNames(
+        nameSpace, objectName, assocClass, resultClass, role, resultRole);
 }
 
-Array<CIMObject> CIMClient::references(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
-    Boolean includeQualifiers, Boolean includeClassOrigin,
+Array<CIMObject> CIMClient::references(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
-    return _rep->connected().references(nameSpace, objectName, resultClass, role,
-        includeQualifiers, includeClassOrigin, propertyList);
+    return _rep->connected().references(
+        nameSpace, objectName, resultClass, role, includeQualifiers, includeClassOrigin, propertyList);
 }
 
 Array<CIMObjectPath> CIMClient::referenceNames(const CIMNamespaceName& nameSpace,
@@ -321,25 +309,22 @@ Array<CIMObjectPath> CIMClient::referenceNames(const CIMNamespaceName& nameSpace
     return _rep->connected().referenceNames(nameSpace, objectName, resultClass, role);
 }
 
-CIMValue CIMClient::getProperty(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName, const CIMName& propertyName)
+CIMValue CIMClient::getProperty(
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, const CIMName& propertyName)
 {
     return _rep->connected().getProperty(nameSpace, instanceName, propertyName);
 }
 
-void CIMClient::setProperty(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName, const CIMName& propertyName,
-    const CIMValue& newValue)
+void CIMClient::setProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+    const CIMName& propertyName, const CIMValue& newValue)
 {
     _rep->connected().setProperty(nameSpace, instanceName, propertyName, newValue);
 }
 
-CIMValue CIMClient::invokeMethod(const CIMNamespaceName& nameSpace,
-    const CIMObjectPath& instanceName, const CIMName& methodName,
-    const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
+CIMValue CIMClient::invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+    const CIMName& methodName, const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters)
 {
-    return _rep->connected().invokeMethod(nameSpace, instanceName, methodName,
-        inParameters, outParameters);
+    return _rep->connected().invokeMethod(nameSpace, instanceName, methodName, inParameters, outParameters);
 }
 
 // ---- pulled enumerations ----
@@ -379,8 +364,8 @@ Array<T> runPull(CIMClientTransport& transport, CIMEnumerationContext& context, 
 
 }  // namespace
 
-#define ZDA_PULL(T, operation, nameSpace, parameters)                                            \
-    runPull<T>(_rep->connected(), enumerationContext, enumerationContext._context,              \
+#define ZDA_PULL(T, operation, nameSpace, parameters)                                                        \
+    runPull<T>(_rep->connected(), enumerationContext, enumerationContext._context,                           \
         enumerationContext._nameSpace, endOfSequence, nameSpace, operation, parameters)
 
 Array<CIMInstance> CIMClient::openEnumerateInstances(CIMEnumerationContext& enumerationContext,
@@ -475,21 +460,21 @@ Array<CIMObjectPath> CIMClient::openAssociatorInstancePaths(CIMEnumerationContex
 }
 
 // The namespace is copied: a pull that ends the sequence clears the context.
-#define ZDA_NEXT(T, operation)                                                                   \
-    ZDA_PULL(T, operation, CIMNamespaceName(enumerationContext._nameSpace),                     \
-        PullParameters()                                                                         \
-            .with("EnumerationContext", CIMValue(enumerationContext._context))                   \
-            .with("MaxObjectCount", CIMValue(maxObjectCount))                                    \
+#define ZDA_NEXT(T, operation)                                                                               \
+    ZDA_PULL(T, operation, CIMNamespaceName(enumerationContext._nameSpace),                                  \
+        PullParameters()                                                                                     \
+            .with("EnumerationContext", CIMValue(enumerationContext._context))                               \
+            .with("MaxObjectCount", CIMValue(maxObjectCount))                                                \
             .get())
 
-Array<CIMInstance> CIMClient::pullInstancesWithPath(CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence, Uint32 maxObjectCount)
+Array<CIMInstance> CIMClient::pullInstancesWithPath(
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount)
 {
     return ZDA_NEXT(CIMInstance, "PullInstancesWithPath");
 }
 
-Array<CIMObjectPath> CIMClient::pullInstancePaths(CIMEnumerationContext& enumerationContext,
-    Boolean& endOfSequence, Uint32 maxObjectCount)
+Array<CIMObjectPath> CIMClient::pullInstancePaths(
+    CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount)
 {
     return ZDA_NEXT(CIMObjectPath, "PullInstancePaths");
 }

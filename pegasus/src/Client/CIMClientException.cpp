@@ -5,8 +5,8 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
-String httpErrorMessage(Uint32 httpStatus, const String& reasonPhrase,
-    const String& cimError, const String& cimErrorDetail)
+String httpErrorMessage(
+    Uint32 httpStatus, const String& reasonPhrase, const String& cimError, const String& cimErrorDetail)
 {
     String message;
     message.appendPrintf("%u", httpStatus);
@@ -21,20 +21,15 @@ String httpErrorMessage(Uint32 httpStatus, const String& reasonPhrase,
 
 }  // namespace
 
-CIMClientMalformedHTTPException::CIMClientMalformedHTTPException(const String& message)
-    : Exception(message)
-{
-}
+CIMClientMalformedHTTPException::CIMClientMalformedHTTPException(const String& message) : Exception(message)
+{}
 
-CIMClientHTTPErrorException::CIMClientHTTPErrorException(Uint32 httpStatus,
-    const String& reasonPhrase, const String& cimError, const String& cimErrorDetail)
+CIMClientHTTPErrorException::CIMClientHTTPErrorException(
+    Uint32 httpStatus, const String& reasonPhrase, const String& cimError, const String& cimErrorDetail)
     : Exception(httpErrorMessage(httpStatus, reasonPhrase, cimError, cimErrorDetail)),
-      _httpStatus(httpStatus),
-      _reasonPhrase(reasonPhrase),
-      _cimError(cimError),
+      _httpStatus(httpStatus), _reasonPhrase(reasonPhrase), _cimError(cimError),
       _cimErrorDetail(cimErrorDetail)
-{
-}
+{}
 
 CIMClientHTTPErrorException::CIMClientHTTPErrorException(
     const CIMClientHTTPErrorException& httpError) = default;
@@ -44,16 +39,25 @@ CIMClientHTTPErrorException::~CIMClientHTTPErrorException() {}
 CIMClientHTTPErrorException& CIMClientHTTPErrorException::operator=(
     const CIMClientHTTPErrorException& httpError) = default;
 
-Uint32 CIMClientHTTPErrorException::getCode() const { return _httpStatus; }
-String CIMClientHTTPErrorException::getReasonPhrase() const { return _reasonPhrase; }
-String CIMClientHTTPErrorException::getCIMError() const { return _cimError; }
-String CIMClientHTTPErrorException::getCIMErrorDetail() const { return _cimErrorDetail; }
+Uint32 CIMClientHTTPErrorException::getCode() const
+{
+    return _httpStatus;
+}
+String CIMClientHTTPErrorException::getReasonPhrase() const
+{
+    return _reasonPhrase;
+}
+String CIMClientHTTPErrorException::getCIMError() const
+{
+    return _cimError;
+}
+String CIMClientHTTPErrorException::getCIMErrorDetail() const
+{
+    return _cimErrorDetail;
+}
 
 CIMClientXmlException::CIMClientXmlException(const String& message) : Exception(message) {}
 
-CIMClientResponseException::CIMClientResponseException(const String& message)
-    : Exception(message)
-{
-}
+CIMClientResponseException::CIMClientResponseException(const String& message) : Exception(message) {}
 
 PEGASUS_NAMESPACE_END

@@ -8,8 +8,8 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-CIMValue CIMClientTransport::invokePullOperation(const CIMNamespaceName&,
-    const String& operation, const Array<CIMParamValue>&, Array<CIMParamValue>&)
+CIMValue CIMClientTransport::invokePullOperation(
+    const CIMNamespaceName&, const String& operation, const Array<CIMParamValue>&, Array<CIMParamValue>&)
 {
     throw CIMException(CIM_ERR_NOT_SUPPORTED, operation + " is not supported by this connection.");
 }
@@ -60,8 +60,7 @@ void CIMClientTransports::setNetworkTransportFactory(CIMClientNetworkTransportFa
     store(&Registry::network, std::move(factory));
 }
 
-void CIMClientTransports::setLocalSocketTransportFactory(
-    CIMClientLocalSocketTransportFactory factory)
+void CIMClientTransports::setLocalSocketTransportFactory(CIMClientLocalSocketTransportFactory factory)
 {
     store(&Registry::localSocket, std::move(factory));
 }

@@ -12,7 +12,7 @@ namespace ClientTransportRegistry
 CIMClientNetworkTransportFactory networkFactory();
 CIMClientLocalSocketTransportFactory localSocketFactory();
 CIMClientLoopbackTransportFactory loopbackFactory();
-}
+}  // namespace ClientTransportRegistry
 
 PEGASUS_NAMESPACE_END
 

@@ -6,8 +6,7 @@ AcceptLanguageList::AcceptLanguageList() {}
 
 AcceptLanguageList::AcceptLanguageList(const AcceptLanguageList& acceptLanguages)
     : _tags(acceptLanguages._tags), _qualities(acceptLanguages._qualities)
-{
-}
+{}
 
 AcceptLanguageList::~AcceptLanguageList() {}
 

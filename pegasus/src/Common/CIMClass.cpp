@@ -24,10 +24,10 @@ Boolean classHasKeys(const CIMObjectRep* rep)
     }
     return false;
 }
-} // namespace
+}  // namespace
 
-CIMInstance classBuildInstance(const CIMObjectRep* rep, Boolean includeQualifiers,
-                               Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+CIMInstance classBuildInstance(const CIMObjectRep* rep, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
 {
     CIMInstance instance(rep->className);
     if (includeQualifiers)
@@ -219,11 +219,10 @@ CIMClass CIMClass::clone() const
     return CIMClass(new CIMObjectRep(*checkedRep(_rep)));
 }
 
-CIMInstance CIMClass::buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-                                    const CIMPropertyList& propertyList) const
+CIMInstance CIMClass::buildInstance(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) const
 {
-    return classBuildInstance(checkedRep(_rep), includeQualifiers, includeClassOrigin,
-                              propertyList);
+    return classBuildInstance(checkedRep(_rep), includeQualifiers, includeClassOrigin, propertyList);
 }
 
 // ---------------------------------------------------------------------------
@@ -236,14 +235,12 @@ CIMConstClass::CIMConstClass(const CIMClass& x) : _rep(x._rep)
     refRep(_rep);
 }
 
-CIMConstClass::CIMConstClass(const CIMObject& x)
-    : _rep(requireKind(x._rep, CIMObjectRep::CLASS))
+CIMConstClass::CIMConstClass(const CIMObject& x) : _rep(requireKind(x._rep, CIMObjectRep::CLASS))
 {
     refRep(_rep);
 }
 
-CIMConstClass::CIMConstClass(const CIMConstObject& x)
-    : _rep(requireKind(x._rep, CIMObjectRep::CLASS))
+CIMConstClass::CIMConstClass(const CIMConstObject& x) : _rep(requireKind(x._rep, CIMObjectRep::CLASS))
 {
     refRep(_rep);
 }
@@ -350,11 +347,10 @@ CIMClass CIMConstClass::clone() const
     return CIMClass(new CIMObjectRep(*checkedRep(_rep)));
 }
 
-CIMInstance CIMConstClass::buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-                                         const CIMPropertyList& propertyList) const
+CIMInstance CIMConstClass::buildInstance(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) const
 {
-    return classBuildInstance(checkedRep(_rep), includeQualifiers, includeClassOrigin,
-                              propertyList);
+    return classBuildInstance(checkedRep(_rep), includeQualifiers, includeClassOrigin, propertyList);
 }
 
 PEGASUS_NAMESPACE_END

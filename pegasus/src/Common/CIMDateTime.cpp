@@ -47,21 +47,19 @@ void civilFromDays(Sint64 z, Uint32& year, Uint32& month, Uint32& day)
 const Sint64 DAY_OF_YEAR_ZERO = daysFromCivil(0, 1, 1);
 
 // Microseconds from 0000-01-01 00:00 to the start of 10000-01-01.
-const Uint64 TIME_STAMP_LIMIT =
-    Uint64(daysFromCivil(10000, 1, 1) - DAY_OF_YEAR_ZERO) * USEC_PER_DAY;
+const Uint64 TIME_STAMP_LIMIT = Uint64(daysFromCivil(10000, 1, 1) - DAY_OF_YEAR_ZERO) * USEC_PER_DAY;
 // An interval's day count has 8 digits.
 const Uint64 INTERVAL_LIMIT = 100000000ULL * USEC_PER_DAY;
 
 Uint32 daysInMonth(Uint32 year, Uint32 month)
 {
-    static const Uint32 days[] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
+    static const Uint32 days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
     return month == 2 && leap ? 29 : days[month - 1];
 }
 
 // The 20 digit positions of the text form, most significant first.
-const Uint32 DIGIT_POSITIONS[20] = {
-    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 15, 16, 17, 18, 19, 20 };
+const Uint32 DIGIT_POSITIONS[20] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 15, 16, 17, 18, 19, 20};
 
 void outOfRange(const char* what)
 {
@@ -75,11 +73,10 @@ struct Fields
 
 Uint64 toUsec(const Fields& f, bool interval)
 {
-    Uint64 days = interval
-        ? Uint64(f.yearOrDays)
-        : Uint64(daysFromCivil(f.yearOrDays, f.month, f.day) - DAY_OF_YEAR_ZERO);
-    return days * USEC_PER_DAY + f.hours * USEC_PER_HOUR + f.minutes * USEC_PER_MINUTE
-        + f.seconds * USEC_PER_SECOND + f.microseconds;
+    Uint64 days = interval ? Uint64(f.yearOrDays)
+                           : Uint64(daysFromCivil(f.yearOrDays, f.month, f.day) - DAY_OF_YEAR_ZERO);
+    return days * USEC_PER_DAY + f.hours * USEC_PER_HOUR + f.minutes * USEC_PER_MINUTE +
+        f.seconds * USEC_PER_SECOND + f.microseconds;
 }
 
 Uint32 fieldValue(const char* text, Uint32 begin, Uint32 length)
@@ -93,8 +90,8 @@ Uint32 fieldValue(const char* text, Uint32 begin, Uint32 length)
 // The text for experimental field-wise construction; '*' for WILDCARD fields
 // and every field after one, and for microsecond digits beyond the
 // significant ones.
-String buildText(bool interval, Uint32 first, Uint32 month, Uint32 day, Uint32 hours,
-    Uint32 minutes, Uint32 seconds, Uint32 microseconds, Uint32 significant, Sint32 utcOffset)
+String buildText(bool interval, Uint32 first, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
+    Uint32 seconds, Uint32 microseconds, Uint32 significant, Sint32 utcOffset)
 {
     if (significant > 6)
         throw InvalidDateTimeFormatException();
@@ -148,7 +145,7 @@ String buildText(bool interval, Uint32 first, Uint32 month, Uint32 day, Uint32 h
     return String(text.c_str());
 }
 
-} // namespace
+}  // namespace
 
 CIMDateTime::CIMDateTime() : _usec(0), _utcOffset(0), _interval(true), _numWildcards(0) {}
 
@@ -167,17 +164,16 @@ CIMDateTime::CIMDateTime(Uint64 usec, Boolean isInterval) : CIMDateTime()
     _interval = isInterval;
 }
 
-CIMDateTime::CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours,
-    Uint32 minutes, Uint32 seconds, Uint32 microseconds,
-    Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
+CIMDateTime::CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
     : CIMDateTime()
 {
-    setTimeStamp(year, month, day, hours, minutes, seconds, microseconds,
-        numSignificantMicrosecondDigits, utcOffset);
+    setTimeStamp(
+        year, month, day, hours, minutes, seconds, microseconds, numSignificantMicrosecondDigits, utcOffset);
 }
 
-CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+CIMDateTime::CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits)
     : CIMDateTime()
 {
     setInterval(days, hours, minutes, seconds, microseconds, numSignificantMicrosecondDigits);
@@ -187,19 +183,18 @@ CIMDateTime::~CIMDateTime() {}
 
 CIMDateTime& CIMDateTime::operator=(const CIMDateTime& x) = default;
 
-void CIMDateTime::setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours,
-    Uint32 minutes, Uint32 seconds, Uint32 microseconds,
-    Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
+void CIMDateTime::setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes,
+    Uint32 seconds, Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset)
 {
     set(buildText(false, year, month, day, hours, minutes, seconds, microseconds,
         numSignificantMicrosecondDigits, utcOffset));
 }
 
-void CIMDateTime::setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-    Uint32 microseconds, Uint32 numSignificantMicrosecondDigits)
+void CIMDateTime::setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
+    Uint32 numSignificantMicrosecondDigits)
 {
-    set(buildText(true, days, 0, 0, hours, minutes, seconds, microseconds,
-        numSignificantMicrosecondDigits, 0));
+    set(buildText(
+        true, days, 0, 0, hours, minutes, seconds, microseconds, numSignificantMicrosecondDigits, 0));
 }
 
 void CIMDateTime::clear()
@@ -249,8 +244,8 @@ void CIMDateTime::set(const String& str)
     }
     if (firstWild < 14)
     {
-        bool boundary = firstWild == 0 || firstWild == 8 || firstWild == 10
-            || firstWild == 12 || (!interval && (firstWild == 4 || firstWild == 6));
+        bool boundary = firstWild == 0 || firstWild == 8 || firstWild == 10 || firstWild == 12 ||
+            (!interval && (firstWild == 4 || firstWild == 6));
         if (!boundary)
             throw InvalidDateTimeFormatException();
     }
@@ -311,17 +306,15 @@ String CIMDateTime::toString() const
     unsigned micro = unsigned(rest % USEC_PER_SECOND);
     if (_interval)
     {
-        snprintf(text, sizeof(text), "%08llu%02u%02u%02u.%06u:000",
-            days, hours, minutes, seconds, micro);
+        snprintf(text, sizeof(text), "%08llu%02u%02u%02u.%06u:000", days, hours, minutes, seconds, micro);
     }
     else
     {
         Uint32 year, month, day;
         civilFromDays(Sint64(days) + DAY_OF_YEAR_ZERO, year, month, day);
         Sint32 offset = _utcOffset < 0 ? -_utcOffset : _utcOffset;
-        snprintf(text, sizeof(text), "%04u%02u%02u%02u%02u%02u.%06u%c%03d",
-            year, month, day, hours, minutes, seconds, micro,
-            _utcOffset < 0 ? '-' : '+', int(offset));
+        snprintf(text, sizeof(text), "%04u%02u%02u%02u%02u%02u.%06u%c%03d", year, month, day, hours, minutes,
+            seconds, micro, _utcOffset < 0 ? '-' : '+', int(offset));
     }
     for (Uint32 k = 20 - _numWildcards; k < 20; k++)
         text[DIGIT_POSITIONS[k]] = '*';
@@ -379,8 +372,8 @@ Sint64 CIMDateTime::getDifference(CIMDateTime startTime, CIMDateTime finishTime)
 
 Boolean CIMDateTime::equal(const CIMDateTime& x) const
 {
-    return _interval == x._interval && _utcMicroSeconds() == x._utcMicroSeconds()
-        && _numWildcards == x._numWildcards;
+    return _interval == x._interval && _utcMicroSeconds() == x._utcMicroSeconds() &&
+        _numWildcards == x._numWildcards;
 }
 
 Uint64 CIMDateTime::toMicroSeconds() const
@@ -485,7 +478,7 @@ void requireSameKind(bool a, bool b)
         throw TypeMismatchException();
 }
 
-} // namespace
+}  // namespace
 
 Boolean CIMDateTime::operator<(const CIMDateTime& x) const
 {

@@ -17,23 +17,22 @@ CIMInstance errorCopy(const CIMInstance& instance)
     return instance.isUninitialized() ? instance : instance.clone();
 }
 
-} // namespace
+}  // namespace
 
 CIMException::CIMException(CIMStatusCode code, const String& message, const CIMInstance& instance)
     : Exception(message), _code(code)
 {
-    auto errors = std::make_shared<Array<CIMInstance> >();
+    auto errors = std::make_shared<Array<CIMInstance>>();
     errors->append(errorCopy(instance));
     _errors = errors;
 }
 
-CIMException::CIMException(
-    CIMStatusCode code, const String& message, const Array<CIMInstance>& instances)
+CIMException::CIMException(CIMStatusCode code, const String& message, const Array<CIMInstance>& instances)
     : Exception(message), _code(code)
 {
     if (instances.size() == 0)
         return;
-    auto errors = std::make_shared<Array<CIMInstance> >();
+    auto errors = std::make_shared<Array<CIMInstance>>();
     for (Uint32 i = 0; i < instances.size(); i++)
         errors->append(errorCopy(instances[i]));
     _errors = errors;
@@ -48,8 +47,8 @@ CIMConstInstance CIMException::getError(Uint32 index) const
 
 void CIMException::addError(const CIMInstance& instance)
 {
-    auto errors = _errors ? std::make_shared<Array<CIMInstance> >(*_errors)
-                          : std::make_shared<Array<CIMInstance> >();
+    auto errors = _errors ? std::make_shared<Array<CIMInstance>>(*_errors)
+                          : std::make_shared<Array<CIMInstance>>();
     errors->append(errorCopy(instance));
     _errors = errors;
 }

@@ -65,9 +65,9 @@ String CIMFlavor::toString() const
     {
         Uint32 bit;
         const char* word;
-    } words[] = {{OVERRIDABLE_BIT, "OVERRIDABLE"},   {TOSUBCLASS_BIT, "TOSUBCLASS"},
-                 {TOINSTANCE_BIT, "TOINSTANCE"},     {TRANSLATABLE_BIT, "TRANSLATABLE"},
-                 {DISABLEOVERRIDE_BIT, "DISABLEOVERRIDE"}, {RESTRICTED_BIT, "RESTRICTED"}};
+    } words[] = {{OVERRIDABLE_BIT, "OVERRIDABLE"}, {TOSUBCLASS_BIT, "TOSUBCLASS"},
+        {TOINSTANCE_BIT, "TOINSTANCE"}, {TRANSLATABLE_BIT, "TRANSLATABLE"},
+        {DISABLEOVERRIDE_BIT, "DISABLEOVERRIDE"}, {RESTRICTED_BIT, "RESTRICTED"}};
     String text;
     for (const auto& w : words)
     {

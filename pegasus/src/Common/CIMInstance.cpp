@@ -28,16 +28,13 @@ ZDA_DEFINE_HANDLE_LIFECYCLE(CIMInstance)
 
 CIMInstance::CIMInstance(CIMObjectRep* rep) : _rep(rep) {}
 
-CIMInstance::CIMInstance(const CIMObject& x)
-    : _rep(requireKind(x._rep, CIMObjectRep::INSTANCE))
+CIMInstance::CIMInstance(const CIMObject& x) : _rep(requireKind(x._rep, CIMObjectRep::INSTANCE))
 {
     refRep(_rep);
 }
 
-CIMInstance::CIMInstance(const CIMName& className)
-    : _rep(new CIMObjectRep(CIMObjectRep::INSTANCE, className))
-{
-}
+CIMInstance::CIMInstance(const CIMName& className) : _rep(new CIMObjectRep(CIMObjectRep::INSTANCE, className))
+{}
 
 const CIMName& CIMInstance::getClassName() const
 {
@@ -131,14 +128,14 @@ CIMInstance CIMInstance::clone() const
     return CIMInstance(new CIMObjectRep(*checkedRep(_rep)));
 }
 
-void CIMInstance::instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                                 const CIMPropertyList& propertyList)
+void CIMInstance::instanceFilter(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     objectFilter(checkedRep(_rep), includeQualifiers, includeClassOrigin, propertyList);
 }
 
-void CIMInstance::filter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                         const CIMPropertyList& propertyList)
+void CIMInstance::filter(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     objectFilter(checkedRep(_rep), includeQualifiers, includeClassOrigin, propertyList);
 }
@@ -153,8 +150,7 @@ CIMConstInstance::CIMConstInstance(const CIMInstance& x) : _rep(x._rep)
     refRep(_rep);
 }
 
-CIMConstInstance::CIMConstInstance(const CIMObject& x)
-    : _rep(requireKind(x._rep, CIMObjectRep::INSTANCE))
+CIMConstInstance::CIMConstInstance(const CIMObject& x) : _rep(requireKind(x._rep, CIMObjectRep::INSTANCE))
 {
     refRep(_rep);
 }
@@ -167,8 +163,7 @@ CIMConstInstance::CIMConstInstance(const CIMConstObject& x)
 
 CIMConstInstance::CIMConstInstance(const CIMName& className)
     : _rep(new CIMObjectRep(CIMObjectRep::INSTANCE, className))
-{
-}
+{}
 
 CIMConstInstance& CIMConstInstance::operator=(const CIMInstance& x)
 {

@@ -3,11 +3,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 CIMMethodRep::CIMMethodRep(const CIMMethodRep& x)
-    : OwnedMember(x),
-      name(x.name),
-      type(x.type),
-      classOrigin(x.classOrigin),
-      propagated(x.propagated)
+    : OwnedMember(x), name(x.name), type(x.type), classOrigin(x.classOrigin), propagated(x.propagated)
 {
     qualifiers.cloneFrom(x.qualifiers);
     parameters.cloneFrom(x.parameters);
@@ -15,8 +11,7 @@ CIMMethodRep::CIMMethodRep(const CIMMethodRep& x)
 
 namespace
 {
-CIMMethodRep* newMethodRep(const CIMName& name, CIMType type, const CIMName& classOrigin,
-                           Boolean propagated)
+CIMMethodRep* newMethodRep(const CIMName& name, CIMType type, const CIMName& classOrigin, Boolean propagated)
 {
     if (name.isNull())
         throw UninitializedObjectException();
@@ -30,21 +25,20 @@ CIMMethodRep* newMethodRep(const CIMName& name, CIMType type, const CIMName& cla
 
 Boolean identicalMethods(const CIMMethodRep* a, const CIMMethodRep* b)
 {
-    return a == b || (a->name.equal(b->name) && a->type == b->type &&
-                      a->qualifiers.identical<CIMConstQualifier>(b->qualifiers) &&
-                      a->parameters.identical<CIMConstParameter>(b->parameters));
+    return a == b ||
+        (a->name.equal(b->name) && a->type == b->type &&
+            a->qualifiers.identical<CIMConstQualifier>(b->qualifiers) &&
+            a->parameters.identical<CIMConstParameter>(b->parameters));
 }
-} // namespace
+}  // namespace
 
 ZDA_DEFINE_HANDLE_LIFECYCLE(CIMMethod)
 
 CIMMethod::CIMMethod(CIMMethodRep* rep) : _rep(rep) {}
 
-CIMMethod::CIMMethod(const CIMName& name, CIMType type, const CIMName& classOrigin,
-                     Boolean propagated)
+CIMMethod::CIMMethod(const CIMName& name, CIMType type, const CIMName& classOrigin, Boolean propagated)
     : _rep(newMethodRep(name, type, classOrigin, propagated))
-{
-}
+{}
 
 const CIMName& CIMMethod::getName() const
 {
@@ -170,11 +164,10 @@ CIMConstMethod::CIMConstMethod(const CIMMethod& x) : _rep(x._rep)
     refRep(_rep);
 }
 
-CIMConstMethod::CIMConstMethod(const CIMName& name, CIMType type, const CIMName& classOrigin,
-                               Boolean propagated)
+CIMConstMethod::CIMConstMethod(
+    const CIMName& name, CIMType type, const CIMName& classOrigin, Boolean propagated)
     : _rep(newMethodRep(name, type, classOrigin, propagated))
-{
-}
+{}
 
 CIMConstMethod& CIMConstMethod::operator=(const CIMMethod& x)
 {

@@ -37,7 +37,7 @@ bool legalName(const String& s, Uint32 begin, Uint32 end)
     return true;
 }
 
-} // namespace
+}  // namespace
 
 //
 // CIMName
@@ -129,14 +129,11 @@ String storedNamespace(const String& name)
     return name;
 }
 
-} // namespace
+}  // namespace
 
 CIMNamespaceName::CIMNamespaceName() {}
 
-CIMNamespaceName::CIMNamespaceName(const String& name)
-    : cimNamespaceName(storedNamespace(name))
-{
-}
+CIMNamespaceName::CIMNamespaceName(const String& name) : cimNamespaceName(storedNamespace(name)) {}
 
 CIMNamespaceName::CIMNamespaceName(const char* name) : CIMNamespaceName(String(name)) {}
 

@@ -10,11 +10,7 @@ CIMObjectRep::CIMObjectRep(Kind k, const CIMName& name) : kind(k), className(nam
 }
 
 CIMObjectRep::CIMObjectRep(const CIMObjectRep& x)
-    : RefCounted(x),
-      kind(x.kind),
-      className(x.className),
-      path(x.path),
-      superClassName(x.superClassName)
+    : RefCounted(x), kind(x.kind), className(x.className), path(x.path), superClassName(x.superClassName)
 {
     qualifiers.cloneFrom(x.qualifiers);
     properties.cloneFrom(x.properties);
@@ -31,7 +27,7 @@ void objectSetPath(CIMObjectRep* rep, const CIMObjectPath& path)
 }
 
 void objectFilter(CIMObjectRep* rep, Boolean includeQualifiers, Boolean includeClassOrigin,
-                  const CIMPropertyList& propertyList)
+    const CIMPropertyList& propertyList)
 {
     // Walk backwards so that removals do not shift the entries still to visit.
     for (Uint32 i = rep->properties.size(); i-- > 0;)
@@ -59,10 +55,10 @@ Boolean objectIdentical(const CIMObjectRep* a, const CIMObjectRep* b)
     if (a == b)
         return true;
     return a->kind == b->kind && a->className.equal(b->className) &&
-           a->superClassName.equal(b->superClassName) && a->path.identical(b->path) &&
-           a->qualifiers.identical<CIMConstQualifier>(b->qualifiers) &&
-           a->properties.identical<CIMConstProperty>(b->properties) &&
-           a->methods.identical<CIMConstMethod>(b->methods);
+        a->superClassName.equal(b->superClassName) && a->path.identical(b->path) &&
+        a->qualifiers.identical<CIMConstQualifier>(b->qualifiers) &&
+        a->properties.identical<CIMConstProperty>(b->properties) &&
+        a->methods.identical<CIMConstMethod>(b->methods);
 }
 
 CIMObjectRep* requireKind(CIMObjectRep* rep, CIMObjectRep::Kind kind)
@@ -99,7 +95,7 @@ void appendQuoted(String& out, const String& text)
 Boolean isTextual(CIMType type)
 {
     return type == CIMTYPE_STRING || type == CIMTYPE_CHAR16 || type == CIMTYPE_DATETIME ||
-           type == CIMTYPE_REFERENCE || type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE;
+        type == CIMTYPE_REFERENCE || type == CIMTYPE_OBJECT || type == CIMTYPE_INSTANCE;
 }
 
 template <class T>
@@ -205,7 +201,7 @@ void appendTypeName(String& out, CIMType type, const CIMName& referenceClassName
         out.append(String(cimTypeToString(type)));
     }
 }
-} // namespace
+}  // namespace
 
 String objectToString(const CIMObjectRep* rep)
 {
@@ -386,8 +382,8 @@ String CIMObject::toString() const
     return objectToString(checkedRep(_rep));
 }
 
-void CIMObject::instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                               const CIMPropertyList& propertyList)
+void CIMObject::instanceFilter(
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     objectFilter(checkedRep(_rep), includeQualifiers, includeClassOrigin, propertyList);
 }

@@ -15,7 +15,10 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
-inline bool isDigit(Uint16 c) { return c >= '0' && c <= '9'; }
+inline bool isDigit(Uint16 c)
+{
+    return c >= '0' && c <= '9';
+}
 inline bool isHexDigit(Uint16 c)
 {
     return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
@@ -34,12 +37,12 @@ struct ParseError
 
 [[noreturn]] void fail(const String& reason)
 {
-    throw ParseError{ reason };
+    throw ParseError{reason};
 }
 
 [[noreturn]] void fail(const char* reason)
 {
-    throw ParseError{ String(reason) };
+    throw ParseError{String(reason)};
 }
 
 [[noreturn]] void throwMalformed(const String& input, const String& reason)
@@ -216,8 +219,8 @@ bool parseSigned(const String& text, Sint64& value)
 {
     CString c = text.getCString();
     const char* s = c;
-    return CIMValueText::toSigned(s, s + strlen(s), std::numeric_limits<Sint64>::min(),
-                                  std::numeric_limits<Sint64>::max(), value);
+    return CIMValueText::toSigned(
+        s, s + strlen(s), std::numeric_limits<Sint64>::min(), std::numeric_limits<Sint64>::max(), value);
 }
 
 bool keyNameLess(const CIMKeyBinding& a, const CIMKeyBinding& b)
@@ -423,7 +426,7 @@ void appendEscaped(String& out, const String& value)
     out.append(Char16('"'));
 }
 
-} // namespace
+}  // namespace
 
 //
 // CIMKeyBinding
@@ -436,8 +439,7 @@ CIMKeyBinding::CIMKeyBinding(CIMKeyBinding&& x) noexcept = default;
 
 CIMKeyBinding::CIMKeyBinding(const CIMName& name, const String& value, Type type)
     : _name(name), _value(value), _type(type)
-{
-}
+{}
 
 CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value) : _name(name)
 {
@@ -445,23 +447,14 @@ CIMKeyBinding::CIMKeyBinding(const CIMName& name, const CIMValue& value) : _name
         throw TypeMismatchException();
     switch (value.getType())
     {
-        case CIMTYPE_BOOLEAN:
-            _type = BOOLEAN;
-            break;
-        case CIMTYPE_CHAR16:
-        case CIMTYPE_STRING:
-        case CIMTYPE_DATETIME:
-            _type = STRING;
-            break;
-        case CIMTYPE_REFERENCE:
-            _type = REFERENCE;
-            break;
-        case CIMTYPE_OBJECT:
-        case CIMTYPE_INSTANCE:
-            throw TypeMismatchException();
-        default:
-            _type = NUMERIC;
-            break;
+    case CIMTYPE_BOOLEAN: _type = BOOLEAN; break;
+    case CIMTYPE_CHAR16:
+    case CIMTYPE_STRING:
+    case CIMTYPE_DATETIME: _type = STRING; break;
+    case CIMTYPE_REFERENCE: _type = REFERENCE; break;
+    case CIMTYPE_OBJECT:
+    case CIMTYPE_INSTANCE: throw TypeMismatchException();
+    default: _type = NUMERIC; break;
     }
     _value = value.toString();
 }
@@ -471,12 +464,30 @@ CIMKeyBinding::~CIMKeyBinding() {}
 CIMKeyBinding& CIMKeyBinding::operator=(const CIMKeyBinding& x) = default;
 CIMKeyBinding& CIMKeyBinding::operator=(CIMKeyBinding&& x) noexcept = default;
 
-const CIMName& CIMKeyBinding::getName() const { return _name; }
-void CIMKeyBinding::setName(const CIMName& name) { _name = name; }
-const String& CIMKeyBinding::getValue() const { return _value; }
-void CIMKeyBinding::setValue(const String& value) { _value = value; }
-CIMKeyBinding::Type CIMKeyBinding::getType() const { return _type; }
-void CIMKeyBinding::setType(Type type) { _type = type; }
+const CIMName& CIMKeyBinding::getName() const
+{
+    return _name;
+}
+void CIMKeyBinding::setName(const CIMName& name)
+{
+    _name = name;
+}
+const String& CIMKeyBinding::getValue() const
+{
+    return _value;
+}
+void CIMKeyBinding::setValue(const String& value)
+{
+    _value = value;
+}
+CIMKeyBinding::Type CIMKeyBinding::getType() const
+{
+    return _type;
+}
+void CIMKeyBinding::setType(Type type)
+{
+    _type = type;
+}
 
 Boolean CIMKeyBinding::equal(CIMValue value)
 {
@@ -487,61 +498,100 @@ Boolean CIMKeyBinding::equal(CIMValue value)
     {
         switch (value.getType())
         {
-            case CIMTYPE_CHAR16:
-                if (_type != STRING || _value.size() != 1)
-                    return false;
-                mine.set(_value[0]);
-                break;
-            case CIMTYPE_STRING:
-                if (_type != STRING)
-                    return false;
-                mine.set(_value);
-                break;
-            case CIMTYPE_DATETIME:
-                if (_type != STRING)
-                    return false;
-                mine.set(CIMDateTime(_value));
-                break;
-            case CIMTYPE_REFERENCE:
-                if (_type != REFERENCE)
-                    return false;
-                mine.set(CIMObjectPath(_value));
-                break;
-            case CIMTYPE_BOOLEAN:
-                if (_type != BOOLEAN)
-                    return false;
-                if (String::equalNoCase(_value, String("TRUE")))
-                    mine.set(true);
-                else if (String::equalNoCase(_value, String("FALSE")))
-                    mine.set(false);
-                else
-                    return false;
-                break;
-            case CIMTYPE_OBJECT:
-            case CIMTYPE_INSTANCE:
+        case CIMTYPE_CHAR16:
+            if (_type != STRING || _value.size() != 1)
                 return false;
-            default:
+            mine.set(_value[0]);
+            break;
+        case CIMTYPE_STRING:
+            if (_type != STRING)
+                return false;
+            mine.set(_value);
+            break;
+        case CIMTYPE_DATETIME:
+            if (_type != STRING)
+                return false;
+            mine.set(CIMDateTime(_value));
+            break;
+        case CIMTYPE_REFERENCE:
+            if (_type != REFERENCE)
+                return false;
+            mine.set(CIMObjectPath(_value));
+            break;
+        case CIMTYPE_BOOLEAN:
+            if (_type != BOOLEAN)
+                return false;
+            if (String::equalNoCase(_value, String("TRUE")))
+                mine.set(true);
+            else if (String::equalNoCase(_value, String("FALSE")))
+                mine.set(false);
+            else
+                return false;
+            break;
+        case CIMTYPE_OBJECT:
+        case CIMTYPE_INSTANCE: return false;
+        default:
+        {
+            if (_type != NUMERIC)
+                return false;
+            // Compare in the widest type of the value's signedness.
+            Uint64 u;
+            Sint64 i;
+            switch (value.getType())
             {
-                if (_type != NUMERIC)
-                    return false;
-                // Compare in the widest type of the value's signedness.
-                Uint64 u;
-                Sint64 i;
-                switch (value.getType())
-                {
-                    case CIMTYPE_UINT8: { Uint8 v; value.get(v); return parseUnsigned(_value, u) && u == v; }
-                    case CIMTYPE_UINT16: { Uint16 v; value.get(v); return parseUnsigned(_value, u) && u == v; }
-                    case CIMTYPE_UINT32: { Uint32 v; value.get(v); return parseUnsigned(_value, u) && u == v; }
-                    case CIMTYPE_UINT64: { Uint64 v; value.get(v); return parseUnsigned(_value, u) && u == v; }
-                    case CIMTYPE_SINT8: { Sint8 v; value.get(v); return parseSigned(_value, i) && i == v; }
-                    case CIMTYPE_SINT16: { Sint16 v; value.get(v); return parseSigned(_value, i) && i == v; }
-                    case CIMTYPE_SINT32: { Sint32 v; value.get(v); return parseSigned(_value, i) && i == v; }
-                    case CIMTYPE_SINT64: { Sint64 v; value.get(v); return parseSigned(_value, i) && i == v; }
-                    default:
-                        // Real keys compare by their text form.
-                        return String::equal(_value, value.toString());
-                }
+            case CIMTYPE_UINT8:
+            {
+                Uint8 v;
+                value.get(v);
+                return parseUnsigned(_value, u) && u == v;
             }
+            case CIMTYPE_UINT16:
+            {
+                Uint16 v;
+                value.get(v);
+                return parseUnsigned(_value, u) && u == v;
+            }
+            case CIMTYPE_UINT32:
+            {
+                Uint32 v;
+                value.get(v);
+                return parseUnsigned(_value, u) && u == v;
+            }
+            case CIMTYPE_UINT64:
+            {
+                Uint64 v;
+                value.get(v);
+                return parseUnsigned(_value, u) && u == v;
+            }
+            case CIMTYPE_SINT8:
+            {
+                Sint8 v;
+                value.get(v);
+                return parseSigned(_value, i) && i == v;
+            }
+            case CIMTYPE_SINT16:
+            {
+                Sint16 v;
+                value.get(v);
+                return parseSigned(_value, i) && i == v;
+            }
+            case CIMTYPE_SINT32:
+            {
+                Sint32 v;
+                value.get(v);
+                return parseSigned(_value, i) && i == v;
+            }
+            case CIMTYPE_SINT64:
+            {
+                Sint64 v;
+                value.get(v);
+                return parseSigned(_value, i) && i == v;
+            }
+            default:
+                // Real keys compare by their text form.
+                return String::equal(_value, value.toString());
+            }
+        }
         }
     }
     catch (const Exception&)
@@ -559,30 +609,28 @@ Boolean operator==(const CIMKeyBinding& x, const CIMKeyBinding& y)
     const String& b = y.getValue();
     switch (x.getType())
     {
-        case CIMKeyBinding::REFERENCE:
-            try
-            {
-                return CIMObjectPath(a).identical(CIMObjectPath(b));
-            }
-            catch (const Exception&)
-            {
-                return String::equal(a, b);
-            }
-        case CIMKeyBinding::BOOLEAN:
-            return String::equalNoCase(a, b);
-        case CIMKeyBinding::NUMERIC:
+    case CIMKeyBinding::REFERENCE:
+        try
         {
-            Uint64 ua, ub;
-            if (parseUnsigned(a, ua) && parseUnsigned(b, ub))
-                return ua == ub;
-            Sint64 sa, sb;
-            if (parseSigned(a, sa) && parseSigned(b, sb))
-                return sa == sb;
+            return CIMObjectPath(a).identical(CIMObjectPath(b));
+        }
+        catch (const Exception&)
+        {
             return String::equal(a, b);
         }
-        case CIMKeyBinding::STRING:
-        default:
-            return String::equal(a, b);
+    case CIMKeyBinding::BOOLEAN: return String::equalNoCase(a, b);
+    case CIMKeyBinding::NUMERIC:
+    {
+        Uint64 ua, ub;
+        if (parseUnsigned(a, ua) && parseUnsigned(b, ub))
+            return ua == ub;
+        Sint64 sa, sb;
+        if (parseSigned(a, sa) && parseSigned(b, sb))
+            return sa == sb;
+        return String::equal(a, b);
+    }
+    case CIMKeyBinding::STRING:
+    default: return String::equal(a, b);
     }
 }
 
@@ -600,10 +648,7 @@ CIMObjectPath::CIMObjectPath(const String& objectName)
     set(objectName);
 }
 
-CIMObjectPath::CIMObjectPath(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+CIMObjectPath::CIMObjectPath(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
 {
     set(host, nameSpace, className, keyBindings);
@@ -628,10 +673,7 @@ void CIMObjectPath::clear()
     _keyBindings.clear();
 }
 
-void CIMObjectPath::set(
-    const String& host,
-    const CIMNamespaceName& nameSpace,
-    const CIMName& className,
+void CIMObjectPath::set(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
     const Array<CIMKeyBinding>& keyBindings)
 {
     if (host.size() && !validHost(host))
@@ -735,8 +777,8 @@ Boolean CIMObjectPath::identical(const CIMObjectPath& x) const
 {
     if (this == &x)
         return true;
-    if (!String::equalNoCase(_host, x._host) || !_nameSpace.equal(x._nameSpace)
-        || !_className.equal(x._className) || _keyBindings.size() != x._keyBindings.size())
+    if (!String::equalNoCase(_host, x._host) || !_nameSpace.equal(x._nameSpace) ||
+        !_className.equal(x._className) || _keyBindings.size() != x._keyBindings.size())
         return false;
     for (Uint32 i = 0; i < _keyBindings.size(); i++)
         if (!(_keyBindings[i] == x._keyBindings[i]))
@@ -771,39 +813,34 @@ Uint32 CIMObjectPath::makeHashCode() const
         mix(key.getName().getString(), true);
         switch (key.getType())
         {
-            case CIMKeyBinding::REFERENCE:
+        case CIMKeyBinding::REFERENCE:
+        {
+            Uint32 inner = 0;
+            try
             {
-                Uint32 inner = 0;
-                try
-                {
-                    inner = CIMObjectPath(key.getValue()).makeHashCode();
-                }
-                catch (const Exception&)
-                {
-                }
-                hash ^= inner;
-                hash *= 16777619u;
-                break;
+                inner = CIMObjectPath(key.getValue()).makeHashCode();
             }
-            case CIMKeyBinding::BOOLEAN:
-                mix(key.getValue(), true);
-                break;
-            case CIMKeyBinding::NUMERIC:
-            {
-                Uint64 u;
-                Sint64 s;
-                if (parseUnsigned(key.getValue(), u))
-                    hash ^= Uint32(u ^ (u >> 32));
-                else if (parseSigned(key.getValue(), s))
-                    hash ^= Uint32(Uint64(s) ^ (Uint64(s) >> 32));
-                else
-                    mix(key.getValue(), false);
-                hash *= 16777619u;
-                break;
-            }
-            default:
+            catch (const Exception&)
+            {}
+            hash ^= inner;
+            hash *= 16777619u;
+            break;
+        }
+        case CIMKeyBinding::BOOLEAN: mix(key.getValue(), true); break;
+        case CIMKeyBinding::NUMERIC:
+        {
+            Uint64 u;
+            Sint64 s;
+            if (parseUnsigned(key.getValue(), u))
+                hash ^= Uint32(u ^ (u >> 32));
+            else if (parseSigned(key.getValue(), s))
+                hash ^= Uint32(Uint64(s) ^ (Uint64(s) >> 32));
+            else
                 mix(key.getValue(), false);
-                break;
+            hash *= 16777619u;
+            break;
+        }
+        default: mix(key.getValue(), false); break;
         }
     }
     return hash;

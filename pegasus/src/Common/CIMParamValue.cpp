@@ -6,8 +6,7 @@ ZDA_DEFINE_HANDLE_LIFECYCLE(CIMParamValue)
 
 CIMParamValue::CIMParamValue(CIMParamValueRep* rep) : _rep(rep) {}
 
-CIMParamValue::CIMParamValue(String parameterName, CIMValue value, Boolean isTyped)
-    : _rep(nullptr)
+CIMParamValue::CIMParamValue(String parameterName, CIMValue value, Boolean isTyped) : _rep(nullptr)
 {
     if (parameterName.size() == 0)
         throw UninitializedObjectException();

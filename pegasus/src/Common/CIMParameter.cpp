@@ -3,11 +3,7 @@
 PEGASUS_NAMESPACE_BEGIN
 
 CIMParameterRep::CIMParameterRep(const CIMParameterRep& x)
-    : OwnedMember(x),
-      name(x.name),
-      type(x.type),
-      isArray(x.isArray),
-      arraySize(x.arraySize),
+    : OwnedMember(x), name(x.name), type(x.type), isArray(x.isArray), arraySize(x.arraySize),
       referenceClassName(x.referenceClassName)
 {
     qualifiers.cloneFrom(x.qualifiers);
@@ -15,8 +11,8 @@ CIMParameterRep::CIMParameterRep(const CIMParameterRep& x)
 
 namespace
 {
-CIMParameterRep* newParameterRep(const CIMName& name, CIMType type, Boolean isArray,
-                                 Uint32 arraySize, const CIMName& referenceClassName)
+CIMParameterRep* newParameterRep(
+    const CIMName& name, CIMType type, Boolean isArray, Uint32 arraySize, const CIMName& referenceClassName)
 {
     if (name.isNull())
         throw UninitializedObjectException();
@@ -36,22 +32,20 @@ CIMParameterRep* newParameterRep(const CIMName& name, CIMType type, Boolean isAr
 Boolean identicalParameters(const CIMParameterRep* a, const CIMParameterRep* b)
 {
     return a == b ||
-           (a->name.equal(b->name) && a->type == b->type && a->isArray == b->isArray &&
-            a->arraySize == b->arraySize &&
-            a->referenceClassName.equal(b->referenceClassName) &&
+        (a->name.equal(b->name) && a->type == b->type && a->isArray == b->isArray &&
+            a->arraySize == b->arraySize && a->referenceClassName.equal(b->referenceClassName) &&
             a->qualifiers.identical<CIMConstQualifier>(b->qualifiers));
 }
-} // namespace
+}  // namespace
 
 ZDA_DEFINE_HANDLE_LIFECYCLE(CIMParameter)
 
 CIMParameter::CIMParameter(CIMParameterRep* rep) : _rep(rep) {}
 
-CIMParameter::CIMParameter(const CIMName& name, CIMType type, Boolean isArray,
-                           Uint32 arraySize, const CIMName& referenceClassName)
+CIMParameter::CIMParameter(
+    const CIMName& name, CIMType type, Boolean isArray, Uint32 arraySize, const CIMName& referenceClassName)
     : _rep(newParameterRep(name, type, isArray, arraySize, referenceClassName))
-{
-}
+{}
 
 const CIMName& CIMParameter::getName() const
 {
@@ -136,11 +130,10 @@ CIMConstParameter::CIMConstParameter(const CIMParameter& x) : _rep(x._rep)
     refRep(_rep);
 }
 
-CIMConstParameter::CIMConstParameter(const CIMName& name, CIMType type, Boolean isArray,
-                                     Uint32 arraySize, const CIMName& referenceClassName)
+CIMConstParameter::CIMConstParameter(
+    const CIMName& name, CIMType type, Boolean isArray, Uint32 arraySize, const CIMName& referenceClassName)
     : _rep(newParameterRep(name, type, isArray, arraySize, referenceClassName))
-{
-}
+{}
 
 CIMConstParameter& CIMConstParameter::operator=(const CIMParameter& x)
 {

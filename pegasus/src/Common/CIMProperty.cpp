@@ -3,13 +3,8 @@
 PEGASUS_NAMESPACE_BEGIN
 
 CIMPropertyRep::CIMPropertyRep(const CIMPropertyRep& x)
-    : OwnedMember(x),
-      name(x.name),
-      value(x.value),
-      arraySize(x.arraySize),
-      referenceClassName(x.referenceClassName),
-      classOrigin(x.classOrigin),
-      propagated(x.propagated)
+    : OwnedMember(x), name(x.name), value(x.value), arraySize(x.arraySize),
+      referenceClassName(x.referenceClassName), classOrigin(x.classOrigin), propagated(x.propagated)
 {
     qualifiers.cloneFrom(x.qualifiers);
 }
@@ -17,8 +12,7 @@ CIMPropertyRep::CIMPropertyRep(const CIMPropertyRep& x)
 namespace
 {
 CIMPropertyRep* newPropertyRep(const CIMName& name, const CIMValue& value, Uint32 arraySize,
-                               const CIMName& referenceClassName, const CIMName& classOrigin,
-                               Boolean propagated)
+    const CIMName& referenceClassName, const CIMName& classOrigin, Boolean propagated)
 {
     if (name.isNull())
         throw UninitializedObjectException();
@@ -26,8 +20,7 @@ CIMPropertyRep* newPropertyRep(const CIMName& name, const CIMValue& value, Uint3
         throw TypeMismatchException("a property cannot hold an array of references");
     if (!referenceClassName.isNull() && value.getType() != CIMTYPE_REFERENCE)
         throw TypeMismatchException("reference class given for a non-reference property");
-    if (arraySize != 0 &&
-        (!value.isArray() || (!value.isNull() && value.getArraySize() != arraySize)))
+    if (arraySize != 0 && (!value.isArray() || (!value.isNull() && value.getArraySize() != arraySize)))
         throw TypeMismatchException("array size does not match the value");
     CIMPropertyRep* rep = new CIMPropertyRep;
     rep->name = name;
@@ -42,23 +35,20 @@ CIMPropertyRep* newPropertyRep(const CIMName& name, const CIMValue& value, Uint3
 Boolean identicalProperties(const CIMPropertyRep* a, const CIMPropertyRep* b)
 {
     return a == b ||
-           (a->name.equal(b->name) && a->value.equal(b->value) &&
-            a->arraySize == b->arraySize &&
+        (a->name.equal(b->name) && a->value.equal(b->value) && a->arraySize == b->arraySize &&
             a->referenceClassName.equal(b->referenceClassName) &&
             a->qualifiers.identical<CIMConstQualifier>(b->qualifiers));
 }
-} // namespace
+}  // namespace
 
 ZDA_DEFINE_HANDLE_LIFECYCLE(CIMProperty)
 
 CIMProperty::CIMProperty(CIMPropertyRep* rep) : _rep(rep) {}
 
 CIMProperty::CIMProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
-                         const CIMName& referenceClassName, const CIMName& classOrigin,
-                         Boolean propagated)
+    const CIMName& referenceClassName, const CIMName& classOrigin, Boolean propagated)
     : _rep(newPropertyRep(name, value, arraySize, referenceClassName, classOrigin, propagated))
-{
-}
+{}
 
 const CIMName& CIMProperty::getName() const
 {
@@ -177,11 +167,9 @@ CIMConstProperty::CIMConstProperty(const CIMProperty& x) : _rep(x._rep)
 }
 
 CIMConstProperty::CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize,
-                                   const CIMName& referenceClassName,
-                                   const CIMName& classOrigin, Boolean propagated)
+    const CIMName& referenceClassName, const CIMName& classOrigin, Boolean propagated)
     : _rep(newPropertyRep(name, value, arraySize, referenceClassName, classOrigin, propagated))
-{
-}
+{}
 
 CIMConstProperty& CIMConstProperty::operator=(const CIMProperty& x)
 {

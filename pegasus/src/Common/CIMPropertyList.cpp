@@ -21,17 +21,13 @@ void requireNonNullNames(const Array<CIMName>& names)
             throw UninitializedObjectException();
     }
 }
-} // namespace
+}  // namespace
 
 CIMPropertyList::CIMPropertyList() : _rep(new CIMPropertyListRep) {}
 
-CIMPropertyList::CIMPropertyList(const CIMPropertyList& x)
-    : _rep(new CIMPropertyListRep(*x._rep))
-{
-}
+CIMPropertyList::CIMPropertyList(const CIMPropertyList& x) : _rep(new CIMPropertyListRep(*x._rep)) {}
 
-CIMPropertyList::CIMPropertyList(const Array<CIMName>& propertyNames)
-    : _rep(new CIMPropertyListRep)
+CIMPropertyList::CIMPropertyList(const Array<CIMName>& propertyNames) : _rep(new CIMPropertyListRep)
 {
     try
     {

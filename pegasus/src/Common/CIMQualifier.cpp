@@ -4,8 +4,8 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-CIMQualifierRep* newQualifierRep(const CIMName& name, const CIMValue& value,
-                                 const CIMFlavor& flavor, Boolean propagated)
+CIMQualifierRep* newQualifierRep(
+    const CIMName& name, const CIMValue& value, const CIMFlavor& flavor, Boolean propagated)
 {
     if (name.isNull())
         throw UninitializedObjectException();
@@ -19,20 +19,18 @@ CIMQualifierRep* newQualifierRep(const CIMName& name, const CIMValue& value,
 
 Boolean identicalQualifiers(const CIMQualifierRep* a, const CIMQualifierRep* b)
 {
-    return a == b || (a->name.equal(b->name) && a->value.equal(b->value) &&
-                      a->flavor.equal(b->flavor));
+    return a == b || (a->name.equal(b->name) && a->value.equal(b->value) && a->flavor.equal(b->flavor));
 }
-} // namespace
+}  // namespace
 
 ZDA_DEFINE_HANDLE_LIFECYCLE(CIMQualifier)
 
 CIMQualifier::CIMQualifier(CIMQualifierRep* rep) : _rep(rep) {}
 
-CIMQualifier::CIMQualifier(const CIMName& name, const CIMValue& value,
-                           const CIMFlavor& flavor, Boolean propagated)
+CIMQualifier::CIMQualifier(
+    const CIMName& name, const CIMValue& value, const CIMFlavor& flavor, Boolean propagated)
     : _rep(newQualifierRep(name, value, flavor, propagated))
-{
-}
+{}
 
 const CIMName& CIMQualifier::getName() const
 {
@@ -111,11 +109,10 @@ CIMConstQualifier::CIMConstQualifier(const CIMQualifier& x) : _rep(x._rep)
     refRep(_rep);
 }
 
-CIMConstQualifier::CIMConstQualifier(const CIMName& name, const CIMValue& value,
-                                     const CIMFlavor& flavor, Boolean propagated)
+CIMConstQualifier::CIMConstQualifier(
+    const CIMName& name, const CIMValue& value, const CIMFlavor& flavor, Boolean propagated)
     : _rep(newQualifierRep(name, value, flavor, propagated))
-{
-}
+{}
 
 CIMConstQualifier& CIMConstQualifier::operator=(const CIMQualifier& x)
 {

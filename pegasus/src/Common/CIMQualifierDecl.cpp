@@ -4,14 +4,12 @@ PEGASUS_NAMESPACE_BEGIN
 
 namespace
 {
-CIMQualifierDeclRep* newDeclRep(const CIMName& name, const CIMValue& value,
-                                const CIMScope& scope, const CIMFlavor& flavor,
-                                Uint32 arraySize)
+CIMQualifierDeclRep* newDeclRep(const CIMName& name, const CIMValue& value, const CIMScope& scope,
+    const CIMFlavor& flavor, Uint32 arraySize)
 {
     if (name.isNull())
         throw UninitializedObjectException();
-    if (arraySize != 0 &&
-        (!value.isArray() || (!value.isNull() && value.getArraySize() != arraySize)))
+    if (arraySize != 0 && (!value.isArray() || (!value.isNull() && value.getArraySize() != arraySize)))
         throw TypeMismatchException();
     CIMQualifierDeclRep* rep = new CIMQualifierDeclRep;
     rep->name = name;
@@ -24,22 +22,20 @@ CIMQualifierDeclRep* newDeclRep(const CIMName& name, const CIMValue& value,
 
 Boolean identicalDecls(const CIMQualifierDeclRep* a, const CIMQualifierDeclRep* b)
 {
-    return a == b || (a->name.equal(b->name) && a->value.equal(b->value) &&
-                      a->scope.equal(b->scope) && a->flavor.equal(b->flavor) &&
-                      a->arraySize == b->arraySize);
+    return a == b ||
+        (a->name.equal(b->name) && a->value.equal(b->value) && a->scope.equal(b->scope) &&
+            a->flavor.equal(b->flavor) && a->arraySize == b->arraySize);
 }
-} // namespace
+}  // namespace
 
 ZDA_DEFINE_HANDLE_LIFECYCLE(CIMQualifierDecl)
 
 CIMQualifierDecl::CIMQualifierDecl(CIMQualifierDeclRep* rep) : _rep(rep) {}
 
-CIMQualifierDecl::CIMQualifierDecl(const CIMName& name, const CIMValue& value,
-                                   const CIMScope& scope, const CIMFlavor& flavor,
-                                   Uint32 arraySize)
+CIMQualifierDecl::CIMQualifierDecl(const CIMName& name, const CIMValue& value, const CIMScope& scope,
+    const CIMFlavor& flavor, Uint32 arraySize)
     : _rep(newDeclRep(name, value, scope, flavor, arraySize))
-{
-}
+{}
 
 const CIMName& CIMQualifierDecl::getName() const
 {
@@ -107,11 +103,9 @@ CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMQualifierDecl& x) : _rep(x
 }
 
 CIMConstQualifierDecl::CIMConstQualifierDecl(const CIMName& name, const CIMValue& value,
-                                             const CIMScope& scope, const CIMFlavor& flavor,
-                                             Uint32 arraySize)
+    const CIMScope& scope, const CIMFlavor& flavor, Uint32 arraySize)
     : _rep(newDeclRep(name, value, scope, flavor, arraySize))
-{
-}
+{}
 
 CIMConstQualifierDecl& CIMConstQualifierDecl::operator=(const CIMQualifierDecl& x)
 {
@@ -161,8 +155,7 @@ Boolean CIMConstQualifierDecl::identical(const CIMConstQualifierDecl& x) const
 
 CIMQualifierDecl CIMConstQualifierDecl::clone() const
 {
-    return CIMHandleAccess::adopt<CIMQualifierDecl>(
-        new CIMQualifierDeclRep(*checkedRep(_rep)));
+    return CIMHandleAccess::adopt<CIMQualifierDecl>(new CIMQualifierDeclRep(*checkedRep(_rep)));
 }
 
 PEGASUS_NAMESPACE_END

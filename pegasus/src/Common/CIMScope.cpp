@@ -69,10 +69,9 @@ String CIMScope::toString() const
     {
         Uint32 bit;
         const char* word;
-    } words[] = {{CLASS_BIT, "CLASS"},         {ASSOCIATION_BIT, "ASSOCIATION"},
-                 {INDICATION_BIT, "INDICATION"}, {PROPERTY_BIT, "PROPERTY"},
-                 {REFERENCE_BIT, "REFERENCE"},   {METHOD_BIT, "METHOD"},
-                 {PARAMETER_BIT, "PARAMETER"}};
+    } words[] = {{CLASS_BIT, "CLASS"}, {ASSOCIATION_BIT, "ASSOCIATION"}, {INDICATION_BIT, "INDICATION"},
+        {PROPERTY_BIT, "PROPERTY"}, {REFERENCE_BIT, "REFERENCE"}, {METHOD_BIT, "METHOD"},
+        {PARAMETER_BIT, "PARAMETER"}};
     String text;
     for (const auto& w : words)
     {

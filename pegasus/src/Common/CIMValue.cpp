@@ -12,9 +12,14 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
-template<class T> struct TypeOf;
-#define PEGASUS_VALUE_TYPE(T, CODE) \
-    template<> struct TypeOf<T> { static const CIMType code = CODE; };
+template <class T>
+struct TypeOf;
+#define PEGASUS_VALUE_TYPE(T, CODE)                                                                          \
+    template <>                                                                                              \
+    struct TypeOf<T>                                                                                         \
+    {                                                                                                        \
+        static const CIMType code = CODE;                                                                    \
+    };
 PEGASUS_VALUE_TYPE(Boolean, CIMTYPE_BOOLEAN)
 PEGASUS_VALUE_TYPE(Uint8, CIMTYPE_UINT8)
 PEGASUS_VALUE_TYPE(Sint8, CIMTYPE_SINT8)
@@ -32,8 +37,12 @@ PEGASUS_VALUE_TYPE(CIMDateTime, CIMTYPE_DATETIME)
 PEGASUS_VALUE_TYPE(CIMObjectPath, CIMTYPE_REFERENCE)
 #undef PEGASUS_VALUE_TYPE
 
-template<class T> struct IsArray : std::false_type {};
-template<class T> struct IsArray<Array<T> > : std::true_type {};
+template <class T>
+struct IsArray : std::false_type
+{};
+template <class T>
+struct IsArray<Array<T>> : std::true_type
+{};
 
 const CIMValueRep& defaultRep()
 {
@@ -41,7 +50,7 @@ const CIMValueRep& defaultRep()
     return rep;
 }
 
-template<class T>
+template <class T>
 std::shared_ptr<const CIMValueRep> makeScalar(const T& x)
 {
     auto rep = std::make_shared<CIMValueRep>();
@@ -51,7 +60,7 @@ std::shared_ptr<const CIMValueRep> makeScalar(const T& x)
     return rep;
 }
 
-template<class T>
+template <class T>
 std::shared_ptr<const CIMValueRep> makeArray(const Array<T>& x)
 {
     auto rep = std::make_shared<CIMValueRep>();
@@ -62,7 +71,7 @@ std::shared_ptr<const CIMValueRep> makeArray(const Array<T>& x)
     return rep;
 }
 
-template<class T>
+template <class T>
 void getScalar(const CIMValueRep& rep, T& x)
 {
     if (rep.type != TypeOf<T>::code || rep.isArray)
@@ -71,16 +80,16 @@ void getScalar(const CIMValueRep& rep, T& x)
         x = std::get<T>(rep.data);
 }
 
-template<class T>
+template <class T>
 void getArray(const CIMValueRep& rep, Array<T>& x)
 {
     if (rep.type != TypeOf<T>::code || !rep.isArray)
         throw TypeMismatchException();
     if (!rep.isNull)
-        x = std::get<Array<T> >(rep.data);
+        x = std::get<Array<T>>(rep.data);
 }
 
-template<class T>
+template <class T>
 bool arraysEqual(const Array<T>& a, const Array<T>& b)
 {
     if (a.size() != b.size())
@@ -102,9 +111,12 @@ bool arraysEqual(const Array<CIMObjectPath>& a, const Array<CIMObjectPath>& b)
 }
 
 // Text of one element.
-String text(Boolean x) { return String(x ? "TRUE" : "FALSE"); }
+String text(Boolean x)
+{
+    return String(x ? "TRUE" : "FALSE");
+}
 
-template<class T>
+template <class T>
 String formatted(const char* format, T x)
 {
     char buffer[64];
@@ -112,22 +124,64 @@ String formatted(const char* format, T x)
     return String(buffer);
 }
 
-String text(Uint8 x) { return formatted("%u", unsigned(x)); }
-String text(Sint8 x) { return formatted("%d", int(x)); }
-String text(Uint16 x) { return formatted("%u", unsigned(x)); }
-String text(Sint16 x) { return formatted("%d", int(x)); }
-String text(Uint32 x) { return formatted("%u", x); }
-String text(Sint32 x) { return formatted("%d", x); }
-String text(Uint64 x) { return formatted("%llu", x); }
-String text(Sint64 x) { return formatted("%lld", x); }
-String text(Real32 x) { return formatted("%.7e", double(x)); }
-String text(Real64 x) { return formatted("%.16e", x); }
-String text(const Char16& x) { return String(&x, 1); }
-String text(const String& x) { return x; }
-String text(const CIMDateTime& x) { return x.toString(); }
-String text(const CIMObjectPath& x) { return x.toString(); }
+String text(Uint8 x)
+{
+    return formatted("%u", unsigned(x));
+}
+String text(Sint8 x)
+{
+    return formatted("%d", int(x));
+}
+String text(Uint16 x)
+{
+    return formatted("%u", unsigned(x));
+}
+String text(Sint16 x)
+{
+    return formatted("%d", int(x));
+}
+String text(Uint32 x)
+{
+    return formatted("%u", x);
+}
+String text(Sint32 x)
+{
+    return formatted("%d", x);
+}
+String text(Uint64 x)
+{
+    return formatted("%llu", x);
+}
+String text(Sint64 x)
+{
+    return formatted("%lld", x);
+}
+String text(Real32 x)
+{
+    return formatted("%.7e", double(x));
+}
+String text(Real64 x)
+{
+    return formatted("%.16e", x);
+}
+String text(const Char16& x)
+{
+    return String(&x, 1);
+}
+String text(const String& x)
+{
+    return x;
+}
+String text(const CIMDateTime& x)
+{
+    return x.toString();
+}
+String text(const CIMObjectPath& x)
+{
+    return x.toString();
+}
 
-template<class T>
+template <class T>
 String text(const Array<T>& x)
 {
     String result;
@@ -149,7 +203,7 @@ String text(std::monostate)
     return String();
 }
 
-} // namespace
+}  // namespace
 
 CIMValue::CIMValue() {}
 
@@ -158,13 +212,25 @@ CIMValue::CIMValue(CIMType type, Boolean isArray, Uint32 arraySize)
     setNullValue(type, isArray, arraySize);
 }
 
-#define PEGASUS_VALUE_MEMBERS(T, PARAM) \
-    CIMValue::CIMValue(PARAM x) : _rep(makeScalar<T>(x)) {} \
-    CIMValue::CIMValue(const Array<T>& x) : _rep(makeArray<T>(x)) {} \
-    void CIMValue::set(PARAM x) { _rep = makeScalar<T>(x); } \
-    void CIMValue::set(const Array<T>& x) { _rep = makeArray<T>(x); } \
-    void CIMValue::get(T& x) const { getScalar(_rep ? *_rep : defaultRep(), x); } \
-    void CIMValue::get(Array<T>& x) const { getArray(_rep ? *_rep : defaultRep(), x); }
+#define PEGASUS_VALUE_MEMBERS(T, PARAM)                                                                      \
+    CIMValue::CIMValue(PARAM x) : _rep(makeScalar<T>(x)) {}                                                  \
+    CIMValue::CIMValue(const Array<T>& x) : _rep(makeArray<T>(x)) {}                                         \
+    void CIMValue::set(PARAM x)                                                                              \
+    {                                                                                                        \
+        _rep = makeScalar<T>(x);                                                                             \
+    }                                                                                                        \
+    void CIMValue::set(const Array<T>& x)                                                                    \
+    {                                                                                                        \
+        _rep = makeArray<T>(x);                                                                              \
+    }                                                                                                        \
+    void CIMValue::get(T& x) const                                                                           \
+    {                                                                                                        \
+        getScalar(_rep ? *_rep : defaultRep(), x);                                                           \
+    }                                                                                                        \
+    void CIMValue::get(Array<T>& x) const                                                                    \
+    {                                                                                                        \
+        getArray(_rep ? *_rep : defaultRep(), x);                                                            \
+    }
 
 PEGASUS_VALUE_MEMBERS(Boolean, Boolean)
 PEGASUS_VALUE_MEMBERS(Uint8, Uint8)
@@ -196,12 +262,18 @@ Array<Sint8> toSint8(const Array<char>& x)
     return result;
 }
 
-} // namespace
+}  // namespace
 
 CIMValue::CIMValue(char x) : _rep(makeScalar<Sint8>(Sint8(x))) {}
 CIMValue::CIMValue(const Array<char>& x) : _rep(makeArray<Sint8>(toSint8(x))) {}
-void CIMValue::set(char x) { _rep = makeScalar<Sint8>(Sint8(x)); }
-void CIMValue::set(const Array<char>& x) { _rep = makeArray<Sint8>(toSint8(x)); }
+void CIMValue::set(char x)
+{
+    _rep = makeScalar<Sint8>(Sint8(x));
+}
+void CIMValue::set(const Array<char>& x)
+{
+    _rep = makeArray<Sint8>(toSint8(x));
+}
 
 void CIMValue::get(char& x) const
 {
@@ -275,7 +347,7 @@ Uint32 CIMValue::getArraySize() const
     return std::visit(
         [](const auto& data) -> Uint32 {
             typedef std::decay_t<decltype(data)> D;
-            if constexpr (std::is_same_v<D, std::shared_ptr<const CIMValueObjects> >)
+            if constexpr (std::is_same_v<D, std::shared_ptr<const CIMValueObjects>>)
                 return data->size();
             else if constexpr (std::is_same_v<D, std::monostate>)
                 return 0;
@@ -314,7 +386,7 @@ Boolean CIMValue::equal(const CIMValue& x) const
             const D* b = std::get_if<D>(&x._rep->data);
             if (!b)
                 return false;
-            if constexpr (std::is_same_v<D, std::shared_ptr<const CIMValueObjects> >)
+            if constexpr (std::is_same_v<D, std::shared_ptr<const CIMValueObjects>>)
                 return a->equal(**b);
             else if constexpr (std::is_same_v<D, std::monostate>)
                 return true;

@@ -9,11 +9,20 @@ PEGASUS_NAMESPACE_BEGIN
 namespace
 {
 
-template<class T> struct ObjectType;
-template<> struct ObjectType<CIMObject> { static const CIMType code = CIMTYPE_OBJECT; };
-template<> struct ObjectType<CIMInstance> { static const CIMType code = CIMTYPE_INSTANCE; };
+template <class T>
+struct ObjectType;
+template <>
+struct ObjectType<CIMObject>
+{
+    static const CIMType code = CIMTYPE_OBJECT;
+};
+template <>
+struct ObjectType<CIMInstance>
+{
+    static const CIMType code = CIMTYPE_INSTANCE;
+};
 
-template<class T>
+template <class T>
 T cloneOf(const T& x)
 {
     if (x.isUninitialized())
@@ -21,11 +30,17 @@ T cloneOf(const T& x)
     return x.clone();
 }
 
-String objectText(const CIMObject& x) { return x.toString(); }
-String objectText(const CIMInstance& x) { return CIMObject(x).toString(); }
+String objectText(const CIMObject& x)
+{
+    return x.toString();
+}
+String objectText(const CIMInstance& x)
+{
+    return CIMObject(x).toString();
+}
 
 // One object or instance, owned by the value (a clone of the caller's).
-template<class T>
+template <class T>
 struct ObjectScalar : CIMValueObjects
 {
     explicit ObjectScalar(const T& x) : object(cloneOf(x)) {}
@@ -39,7 +54,7 @@ struct ObjectScalar : CIMValueObjects
     T object;
 };
 
-template<class T>
+template <class T>
 struct ObjectArray : CIMValueObjects
 {
     explicit ObjectArray(const Array<T>& x)
@@ -72,24 +87,24 @@ struct ObjectArray : CIMValueObjects
     Array<T> objects;
 };
 
-template<class T>
+template <class T>
 std::shared_ptr<const CIMValueRep> makeObject(const T& x)
 {
     auto rep = std::make_shared<CIMValueRep>();
     rep->type = ObjectType<T>::code;
     rep->isNull = false;
-    rep->data = std::shared_ptr<const CIMValueObjects>(std::make_shared<ObjectScalar<T> >(x));
+    rep->data = std::shared_ptr<const CIMValueObjects>(std::make_shared<ObjectScalar<T>>(x));
     return rep;
 }
 
-template<class T>
+template <class T>
 std::shared_ptr<const CIMValueRep> makeObjectArray(const Array<T>& x)
 {
     auto rep = std::make_shared<CIMValueRep>();
     rep->type = ObjectType<T>::code;
     rep->isArray = true;
     rep->isNull = false;
-    rep->data = std::shared_ptr<const CIMValueObjects>(std::make_shared<ObjectArray<T> >(x));
+    rep->data = std::shared_ptr<const CIMValueObjects>(std::make_shared<ObjectArray<T>>(x));
     return rep;
 }
 
@@ -99,25 +114,25 @@ const CIMValueRep& nullBoolean()
     return rep;
 }
 
-template<class T>
+template <class T>
 void getObject(const CIMValueRep& rep, T& x)
 {
     if (rep.type != ObjectType<T>::code || rep.isArray)
         throw TypeMismatchException();
     if (rep.isNull)
         return;
-    const auto& holder = std::get<std::shared_ptr<const CIMValueObjects> >(rep.data);
+    const auto& holder = std::get<std::shared_ptr<const CIMValueObjects>>(rep.data);
     x = static_cast<const ObjectScalar<T>&>(*holder).object.clone();
 }
 
-template<class T>
+template <class T>
 void getObjectArray(const CIMValueRep& rep, Array<T>& x)
 {
     if (rep.type != ObjectType<T>::code || !rep.isArray)
         throw TypeMismatchException();
     if (rep.isNull)
         return;
-    const auto& holder = std::get<std::shared_ptr<const CIMValueObjects> >(rep.data);
+    const auto& holder = std::get<std::shared_ptr<const CIMValueObjects>>(rep.data);
     const Array<T>& stored = static_cast<const ObjectArray<T>&>(*holder).objects;
     Array<T> copies;
     copies.reserveCapacity(stored.size());
@@ -126,15 +141,27 @@ void getObjectArray(const CIMValueRep& rep, Array<T>& x)
     x = copies;
 }
 
-} // namespace
+}  // namespace
 
-#define PEGASUS_OBJECT_VALUE_MEMBERS(T) \
-    CIMValue::CIMValue(const T& x) : _rep(makeObject(x)) {} \
-    CIMValue::CIMValue(const Array<T>& x) : _rep(makeObjectArray(x)) {} \
-    void CIMValue::set(const T& x) { _rep = makeObject(x); } \
-    void CIMValue::set(const Array<T>& x) { _rep = makeObjectArray(x); } \
-    void CIMValue::get(T& x) const { getObject(_rep ? *_rep : nullBoolean(), x); } \
-    void CIMValue::get(Array<T>& x) const { getObjectArray(_rep ? *_rep : nullBoolean(), x); }
+#define PEGASUS_OBJECT_VALUE_MEMBERS(T)                                                                      \
+    CIMValue::CIMValue(const T& x) : _rep(makeObject(x)) {}                                                  \
+    CIMValue::CIMValue(const Array<T>& x) : _rep(makeObjectArray(x)) {}                                      \
+    void CIMValue::set(const T& x)                                                                           \
+    {                                                                                                        \
+        _rep = makeObject(x);                                                                                \
+    }                                                                                                        \
+    void CIMValue::set(const Array<T>& x)                                                                    \
+    {                                                                                                        \
+        _rep = makeObjectArray(x);                                                                           \
+    }                                                                                                        \
+    void CIMValue::get(T& x) const                                                                           \
+    {                                                                                                        \
+        getObject(_rep ? *_rep : nullBoolean(), x);                                                          \
+    }                                                                                                        \
+    void CIMValue::get(Array<T>& x) const                                                                    \
+    {                                                                                                        \
+        getObjectArray(_rep ? *_rep : nullBoolean(), x);                                                     \
+    }
 
 PEGASUS_OBJECT_VALUE_MEMBERS(CIMObject)
 PEGASUS_OBJECT_VALUE_MEMBERS(CIMInstance)

@@ -15,22 +15,19 @@ PEGASUS_NAMESPACE_BEGIN
 struct CIMValueObjects
 {
     virtual ~CIMValueObjects() {}
-    virtual Uint32 size() const = 0;             // element count; 0 for a scalar
+    virtual Uint32 size() const = 0;  // element count; 0 for a scalar
     virtual bool equal(const CIMValueObjects& x) const = 0;
-    virtual String toString() const = 0;         // with the array blanks
+    virtual String toString() const = 0;  // with the array blanks
 };
 
 struct CIMValueRep
 {
-    typedef std::variant<
-        std::monostate,
-        Boolean, Uint8, Sint8, Uint16, Sint16, Uint32, Sint32, Uint64, Sint64,
-        Real32, Real64, Char16, String, CIMDateTime, CIMObjectPath,
-        Array<Boolean>, Array<Uint8>, Array<Sint8>, Array<Uint16>, Array<Sint16>,
-        Array<Uint32>, Array<Sint32>, Array<Uint64>, Array<Sint64>,
-        Array<Real32>, Array<Real64>, Array<Char16>, Array<String>,
-        Array<CIMDateTime>, Array<CIMObjectPath>,
-        std::shared_ptr<const CIMValueObjects> > Data;
+    typedef std::variant<std::monostate, Boolean, Uint8, Sint8, Uint16, Sint16, Uint32, Sint32, Uint64,
+        Sint64, Real32, Real64, Char16, String, CIMDateTime, CIMObjectPath, Array<Boolean>, Array<Uint8>,
+        Array<Sint8>, Array<Uint16>, Array<Sint16>, Array<Uint32>, Array<Sint32>, Array<Uint64>,
+        Array<Sint64>, Array<Real32>, Array<Real64>, Array<Char16>, Array<String>, Array<CIMDateTime>,
+        Array<CIMObjectPath>, std::shared_ptr<const CIMValueObjects>>
+        Data;
 
     CIMType type = CIMTYPE_BOOLEAN;
     bool isArray = false;

@@ -158,63 +158,60 @@ bool CIMValueText::toValue(const String& text, CIMType type, CIMValue& value)
 {
     switch (type)
     {
-        case CIMTYPE_BOOLEAN:
-        {
-            CString c = text.getCString();
-            Boolean v;
-            if (!toBoolean(c, static_cast<const char*>(c) + std::strlen(c), v))
-                return false;
-            value = CIMValue(v);
-            return true;
-        }
-        case CIMTYPE_UINT8: return integerValue<Uint8>(text, value);
-        case CIMTYPE_SINT8: return integerValue<Sint8>(text, value);
-        case CIMTYPE_UINT16: return integerValue<Uint16>(text, value);
-        case CIMTYPE_SINT16: return integerValue<Sint16>(text, value);
-        case CIMTYPE_UINT32: return integerValue<Uint32>(text, value);
-        case CIMTYPE_SINT32: return integerValue<Sint32>(text, value);
-        case CIMTYPE_UINT64: return integerValue<Uint64>(text, value);
-        case CIMTYPE_SINT64: return integerValue<Sint64>(text, value);
-        case CIMTYPE_REAL32:
-        case CIMTYPE_REAL64:
-        {
-            CString c = text.getCString();
-            Real64 v;
-            if (!toReal(c, static_cast<const char*>(c) + std::strlen(c), v))
-                return false;
-            value = type == CIMTYPE_REAL32 ? CIMValue(Real32(v)) : CIMValue(v);
-            return true;
-        }
-        case CIMTYPE_CHAR16:
-            if (text.size() != 1)
-                return false;
-            value = CIMValue(text[0]);
-            return true;
-        case CIMTYPE_STRING:
-            value = CIMValue(text);
-            return true;
-        case CIMTYPE_DATETIME:
-            try
-            {
-                value = CIMValue(CIMDateTime(text));
-                return true;
-            }
-            catch (const Exception&)
-            {
-                return false;
-            }
-        case CIMTYPE_REFERENCE:
-            try
-            {
-                value = CIMValue(CIMObjectPath(text));
-                return true;
-            }
-            catch (const Exception&)
-            {
-                return false;
-            }
-        default:
+    case CIMTYPE_BOOLEAN:
+    {
+        CString c = text.getCString();
+        Boolean v;
+        if (!toBoolean(c, static_cast<const char*>(c) + std::strlen(c), v))
             return false;
+        value = CIMValue(v);
+        return true;
+    }
+    case CIMTYPE_UINT8: return integerValue<Uint8>(text, value);
+    case CIMTYPE_SINT8: return integerValue<Sint8>(text, value);
+    case CIMTYPE_UINT16: return integerValue<Uint16>(text, value);
+    case CIMTYPE_SINT16: return integerValue<Sint16>(text, value);
+    case CIMTYPE_UINT32: return integerValue<Uint32>(text, value);
+    case CIMTYPE_SINT32: return integerValue<Sint32>(text, value);
+    case CIMTYPE_UINT64: return integerValue<Uint64>(text, value);
+    case CIMTYPE_SINT64: return integerValue<Sint64>(text, value);
+    case CIMTYPE_REAL32:
+    case CIMTYPE_REAL64:
+    {
+        CString c = text.getCString();
+        Real64 v;
+        if (!toReal(c, static_cast<const char*>(c) + std::strlen(c), v))
+            return false;
+        value = type == CIMTYPE_REAL32 ? CIMValue(Real32(v)) : CIMValue(v);
+        return true;
+    }
+    case CIMTYPE_CHAR16:
+        if (text.size() != 1)
+            return false;
+        value = CIMValue(text[0]);
+        return true;
+    case CIMTYPE_STRING: value = CIMValue(text); return true;
+    case CIMTYPE_DATETIME:
+        try
+        {
+            value = CIMValue(CIMDateTime(text));
+            return true;
+        }
+        catch (const Exception&)
+        {
+            return false;
+        }
+    case CIMTYPE_REFERENCE:
+        try
+        {
+            value = CIMValue(CIMObjectPath(text));
+            return true;
+        }
+        catch (const Exception&)
+        {
+            return false;
+        }
+    default: return false;
     }
 }
 

@@ -24,16 +24,28 @@ String tagPart(const String& tag, Uint32 index)
     return tag.subString(start, end == PEG_NOT_FOUND ? PEG_NOT_FOUND : end - start);
 }
 
-} // namespace
+}  // namespace
 
 LanguageTag::LanguageTag() {}
 
 LanguageTag::LanguageTag(const String& languageTagString) : _tag(languageTagString) {}
 
-String LanguageTag::getLanguage() const { return tagPart(_tag, 0); }
-String LanguageTag::getCountry() const { return tagPart(_tag, 1); }
-String LanguageTag::getVariant() const { return tagPart(_tag, 2); }
-String LanguageTag::toString() const { return _tag; }
+String LanguageTag::getLanguage() const
+{
+    return tagPart(_tag, 0);
+}
+String LanguageTag::getCountry() const
+{
+    return tagPart(_tag, 1);
+}
+String LanguageTag::getVariant() const
+{
+    return tagPart(_tag, 2);
+}
+String LanguageTag::toString() const
+{
+    return _tag;
+}
 
 Boolean LanguageTag::operator==(const LanguageTag& languageTag) const
 {
@@ -49,8 +61,7 @@ ContentLanguageList::ContentLanguageList() {}
 
 ContentLanguageList::ContentLanguageList(const ContentLanguageList& contentLanguages)
     : _tags(contentLanguages._tags)
-{
-}
+{}
 
 ContentLanguageList::~ContentLanguageList() {}
 

@@ -23,7 +23,7 @@ String loadMessage(const MessageLoaderParms& msgParms, ContentLanguageList& lang
     return text;
 }
 
-} // namespace
+}  // namespace
 
 Exception::Exception() {}
 
@@ -36,8 +36,7 @@ Exception::Exception(const MessageLoaderParms& msgParms)
 
 Exception::Exception(const Exception& exception)
     : _message(exception._message), _contentLanguages(exception._contentLanguages)
-{
-}
+{}
 
 Exception& Exception::operator=(const Exception& exception)
 {
@@ -65,11 +64,11 @@ void Exception::setContentLanguages(const ContentLanguageList& langs)
 
 // Exceptions whose message is a fixed text, or a fixed prefix and the text
 // they are given.
-#define FIXED_MESSAGE_EXCEPTION(NAME, TEXT) \
+#define FIXED_MESSAGE_EXCEPTION(NAME, TEXT)                                                                  \
     NAME::NAME() : Exception(TEXT) {}
 
-#define PREFIXED_MESSAGE_EXCEPTION(NAME, PREFIX) \
-    NAME::NAME(const String& text) : Exception(String(PREFIX) + text) {} \
+#define PREFIXED_MESSAGE_EXCEPTION(NAME, PREFIX)                                                             \
+    NAME::NAME(const String& text) : Exception(String(PREFIX) + text) {}                                     \
     NAME::NAME(const MessageLoaderParms& msgParms) : Exception(msgParms) {}
 
 FIXED_MESSAGE_EXCEPTION(NullPointer, "null pointer")
@@ -97,32 +96,23 @@ TypeMismatchException::TypeMismatchException() : Exception("type mismatch") {}
 
 TypeMismatchException::TypeMismatchException(const String& message)
     : Exception(String("type mismatch: ") + message)
-{
-}
+{}
 
-TypeMismatchException::TypeMismatchException(const MessageLoaderParms& msgParms)
-    : Exception(msgParms)
-{
-}
+TypeMismatchException::TypeMismatchException(const MessageLoaderParms& msgParms) : Exception(msgParms) {}
 
 //
 // CIMException (the forms with error instances are in CIMExceptionErrors.cpp)
 //
 
-CIMException::CIMException(CIMStatusCode code, const String& message)
-    : Exception(message), _code(code)
-{
-}
+CIMException::CIMException(CIMStatusCode code, const String& message) : Exception(message), _code(code) {}
 
 CIMException::CIMException(CIMStatusCode code, const MessageLoaderParms& msgParms)
     : Exception(msgParms), _code(code)
-{
-}
+{}
 
 CIMException::CIMException(const CIMException& cimException)
     : Exception(cimException), _code(cimException._code), _errors(cimException._errors)
-{
-}
+{}
 
 CIMException& CIMException::operator=(const CIMException& cimException)
 {

@@ -5,31 +5,22 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-NoSuchProperty::NoSuchProperty(const String& message)
-    : Exception(String("No such property: ") + message)
-{
-}
+NoSuchProperty::NoSuchProperty(const String& message) : Exception(String("No such property: ") + message) {}
 
 NoSuchProperty::NoSuchProperty(const MessageLoaderParms& msgParms) : Exception(msgParms) {}
 
 TraceableCIMException::TraceableCIMException(
     CIMStatusCode code, const String& message, const String& file, Uint32 line)
     : CIMException(code, message), _file(file), _line(line)
-{
-}
+{}
 
 TraceableCIMException::TraceableCIMException(
     CIMStatusCode code, const MessageLoaderParms& parms, const String& file, Uint32 line)
     : CIMException(code, parms), _file(file), _line(line)
-{
-}
+{}
 
-TraceableCIMException::TraceableCIMException(
-    const ContentLanguageList& langs,
-    CIMStatusCode code,
-    const String& message,
-    const String& file,
-    Uint32 line)
+TraceableCIMException::TraceableCIMException(const ContentLanguageList& langs, CIMStatusCode code,
+    const String& message, const String& file, Uint32 line)
     : CIMException(code, message), _file(file), _line(line)
 {
     setContentLanguages(langs);
@@ -38,8 +29,7 @@ TraceableCIMException::TraceableCIMException(
 TraceableCIMException::TraceableCIMException(const CIMException& cimException)
     : CIMException(cimException), _line(0)
 {
-    const TraceableCIMException* traceable =
-        dynamic_cast<const TraceableCIMException*>(&cimException);
+    const TraceableCIMException* traceable = dynamic_cast<const TraceableCIMException*>(&cimException);
     if (traceable)
     {
         _cimMessage = traceable->_cimMessage;

@@ -49,7 +49,7 @@ public:
     bool release() noexcept
     {
         return _refs.load(std::memory_order_acquire) == 1 ||
-               _refs.fetch_sub(1, std::memory_order_acq_rel) == 1;
+            _refs.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
 
 private:
@@ -124,27 +124,39 @@ struct CIMHandleAccess
 // (uninitialized) construction, sharing copy and assignment, moves that
 // leave the source uninitialized, release on destruction,
 // isUninitialized().
-#define ZDA_DEFINE_HANDLE_LIFECYCLE(Handle)                                  \
-    Handle::Handle() : _rep(nullptr) {}                                      \
-    Handle::Handle(const Handle& x) : _rep(x._rep) { refRep(_rep); }         \
-    Handle::Handle(Handle&& x) noexcept : _rep(x._rep) { x._rep = nullptr; } \
-    Handle::~Handle() { unrefRep(_rep); }                                    \
-    Handle& Handle::operator=(const Handle& x)                               \
-    {                                                                        \
-        assignRep(_rep, x._rep);                                             \
-        return *this;                                                        \
-    }                                                                        \
-    Handle& Handle::operator=(Handle&& x) noexcept                           \
-    {                                                                        \
-        if (this != &x)                                                      \
-        {                                                                    \
-            unrefRep(_rep);                                                  \
-            _rep = x._rep;                                                   \
-            x._rep = nullptr;                                                \
-        }                                                                    \
-        return *this;                                                        \
-    }                                                                        \
-    Boolean Handle::isUninitialized() const { return _rep == nullptr; }
+#define ZDA_DEFINE_HANDLE_LIFECYCLE(Handle)                                                                  \
+    Handle::Handle() : _rep(nullptr) {}                                                                      \
+    Handle::Handle(const Handle& x) : _rep(x._rep)                                                           \
+    {                                                                                                        \
+        refRep(_rep);                                                                                        \
+    }                                                                                                        \
+    Handle::Handle(Handle&& x) noexcept : _rep(x._rep)                                                       \
+    {                                                                                                        \
+        x._rep = nullptr;                                                                                    \
+    }                                                                                                        \
+    Handle::~Handle()                                                                                        \
+    {                                                                                                        \
+        unrefRep(_rep);                                                                                      \
+    }                                                                                                        \
+    Handle& Handle::operator=(const Handle& x)                                                               \
+    {                                                                                                        \
+        assignRep(_rep, x._rep);                                                                             \
+        return *this;                                                                                        \
+    }                                                                                                        \
+    Handle& Handle::operator=(Handle&& x) noexcept                                                           \
+    {                                                                                                        \
+        if (this != &x)                                                                                      \
+        {                                                                                                    \
+            unrefRep(_rep);                                                                                  \
+            _rep = x._rep;                                                                                   \
+            x._rep = nullptr;                                                                                \
+        }                                                                                                    \
+        return *this;                                                                                        \
+    }                                                                                                        \
+    Boolean Handle::isUninitialized() const                                                                  \
+    {                                                                                                        \
+        return _rep == nullptr;                                                                              \
+    }
 
 // Counts how many elements (objects, methods) hold a member, so that the
 // member refuses to be renamed while a container looks it up by name.
@@ -351,7 +363,11 @@ public:
 class CIMObjectRep : public RefCounted
 {
 public:
-    enum Kind { INSTANCE, CLASS };
+    enum Kind
+    {
+        INSTANCE,
+        CLASS
+    };
 
     CIMObjectRep(Kind k, const CIMName& className);
     CIMObjectRep(const CIMObjectRep& x);
@@ -381,7 +397,7 @@ Boolean hasTrueQualifier(const MemberList<CIMQualifier>& qualifiers, const char*
 // initialized representation.
 void objectSetPath(CIMObjectRep* rep, const CIMObjectPath& path);
 void objectFilter(CIMObjectRep* rep, Boolean includeQualifiers, Boolean includeClassOrigin,
-                  const CIMPropertyList& propertyList);
+    const CIMPropertyList& propertyList);
 Boolean objectIdentical(const CIMObjectRep* a, const CIMObjectRep* b);
 String objectToString(const CIMObjectRep* rep);
 // For the conversions from CIMObject: a null representation passes (it
@@ -389,8 +405,8 @@ String objectToString(const CIMObjectRep* rep);
 // DynamicCastFailedException.
 CIMObjectRep* requireKind(CIMObjectRep* rep, CIMObjectRep::Kind kind);
 // buildInstance and buildPath, shared by the plain and const handles.
-CIMInstance classBuildInstance(const CIMObjectRep* rep, Boolean includeQualifiers,
-                               Boolean includeClassOrigin, const CIMPropertyList& propertyList);
+CIMInstance classBuildInstance(const CIMObjectRep* rep, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList);
 CIMObjectPath instanceBuildPath(const CIMObjectRep* rep, const CIMObjectRep* classRep);
 void classKeyNames(const CIMObjectRep* rep, Array<CIMName>& keyNames);
 

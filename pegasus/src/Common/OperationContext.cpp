@@ -45,14 +45,13 @@ namespace
 {
 const char OBJECT_NOT_FOUND[] = "object not found";
 const char OBJECT_ALREADY_EXISTS[] = "object already exists";
-}
+}  // namespace
 
 OperationContext::Container::~Container() {}
 
 OperationContext::OperationContext() : _rep(new OperationContextRep) {}
 
-OperationContext::OperationContext(const OperationContext& context)
-    : _rep(new OperationContextRep)
+OperationContext::OperationContext(const OperationContext& context) : _rep(new OperationContextRep)
 {
     try
     {
@@ -160,18 +159,14 @@ IdentityContainer::IdentityContainer(const OperationContext::Container& containe
 }
 
 IdentityContainer::IdentityContainer(const IdentityContainer& container)
-    : OperationContext::Container(),
-      _userName(container._userName),
-      _ipAddress(container._ipAddress)
-{
-}
+    : OperationContext::Container(), _userName(container._userName), _ipAddress(container._ipAddress)
+{}
 
 IdentityContainer::IdentityContainer(const String& userName) : _userName(userName) {}
 
 IdentityContainer::IdentityContainer(const String& userName, const String& ipAddress)
     : _userName(userName), _ipAddress(ipAddress)
-{
-}
+{}
 
 IdentityContainer::~IdentityContainer() {}
 
@@ -223,8 +218,7 @@ UserRoleContainer::UserRoleContainer(const OperationContext::Container& containe
 
 UserRoleContainer::UserRoleContainer(const UserRoleContainer& container)
     : OperationContext::Container(), _userRole(container._userRole)
-{
-}
+{}
 
 UserRoleContainer::UserRoleContainer(const String& userRole) : _userRole(userRole) {}
 
@@ -272,14 +266,16 @@ AcceptLanguageListContainer::AcceptLanguageListContainer(const OperationContext:
 
 AcceptLanguageListContainer::AcceptLanguageListContainer(const AcceptLanguageListContainer& container)
     : OperationContext::Container(), _languages(container._languages)
-{
-}
+{}
 
-AcceptLanguageListContainer::AcceptLanguageListContainer(const AcceptLanguageList& languages) : _languages(languages) {}
+AcceptLanguageListContainer::AcceptLanguageListContainer(const AcceptLanguageList& languages)
+    : _languages(languages)
+{}
 
 AcceptLanguageListContainer::~AcceptLanguageListContainer() {}
 
-AcceptLanguageListContainer& AcceptLanguageListContainer::operator=(const AcceptLanguageListContainer& container)
+AcceptLanguageListContainer& AcceptLanguageListContainer::operator=(
+    const AcceptLanguageListContainer& container)
 {
     _languages = container._languages;
     return *this;
@@ -321,14 +317,16 @@ ContentLanguageListContainer::ContentLanguageListContainer(const OperationContex
 
 ContentLanguageListContainer::ContentLanguageListContainer(const ContentLanguageListContainer& container)
     : OperationContext::Container(), _languages(container._languages)
-{
-}
+{}
 
-ContentLanguageListContainer::ContentLanguageListContainer(const ContentLanguageList& languages) : _languages(languages) {}
+ContentLanguageListContainer::ContentLanguageListContainer(const ContentLanguageList& languages)
+    : _languages(languages)
+{}
 
 ContentLanguageListContainer::~ContentLanguageListContainer() {}
 
-ContentLanguageListContainer& ContentLanguageListContainer::operator=(const ContentLanguageListContainer& container)
+ContentLanguageListContainer& ContentLanguageListContainer::operator=(
+    const ContentLanguageListContainer& container)
 {
     _languages = container._languages;
     return *this;

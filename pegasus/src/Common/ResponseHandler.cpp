@@ -4,10 +4,7 @@ PEGASUS_NAMESPACE_BEGIN
 
 ResponseHandler::ResponseHandler() {}
 
-ResponseHandler::ResponseHandler(const ResponseHandler& handler)
-    : _context(handler._context)
-{
-}
+ResponseHandler::ResponseHandler(const ResponseHandler& handler) : _context(handler._context) {}
 
 ResponseHandler::~ResponseHandler() {}
 

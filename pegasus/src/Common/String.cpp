@@ -53,9 +53,24 @@ void decodeUtf8(const char* in, size_t n, std::u16string& out)
         }
         int extra;
         Uint32 minimum;
-        if ((c & 0xE0) == 0xC0) { extra = 1; c &= 0x1F; minimum = 0x80; }
-        else if ((c & 0xF0) == 0xE0) { extra = 2; c &= 0x0F; minimum = 0x800; }
-        else if ((c & 0xF8) == 0xF0) { extra = 3; c &= 0x07; minimum = 0x10000; }
+        if ((c & 0xE0) == 0xC0)
+        {
+            extra = 1;
+            c &= 0x1F;
+            minimum = 0x80;
+        }
+        else if ((c & 0xF0) == 0xE0)
+        {
+            extra = 2;
+            c &= 0x0F;
+            minimum = 0x800;
+        }
+        else if ((c & 0xF8) == 0xF0)
+        {
+            extra = 3;
+            c &= 0x07;
+            minimum = 0x10000;
+        }
         else
             throw Exception("String: invalid UTF-8 lead byte");
         if (end - p <= extra)
@@ -123,7 +138,7 @@ std::string encodeUtf8(const Char16* s, Uint32 n)
     return out;
 }
 
-} // namespace
+}  // namespace
 
 //
 // CString
@@ -173,7 +188,7 @@ struct EmptyStorage
     StringRep rep;
     Uint16 nul;
 };
-EmptyStorage emptyStorage = { { {0}, 0, 0, 0 }, 0 };
+EmptyStorage emptyStorage = {{{0}, 0, 0, 0}, 0};
 static_assert(offsetof(EmptyStorage, nul) == sizeof(StringRep), "the empty text follows its rep");
 
 inline StringRep* emptyRep()
@@ -214,7 +229,7 @@ inline void unrefRep(StringRep* rep)
 {
     if (rep != emptyRep() &&
         (rep->refs.load(std::memory_order_acquire) == 1 ||
-         rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
+            rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
         ::operator delete(rep);
 }
 
@@ -228,7 +243,7 @@ inline StringRep* shareRep(StringRep* rep)
     return rep;
 }
 
-} // namespace
+}  // namespace
 
 const String String::EMPTY;
 
@@ -334,8 +349,7 @@ void String::_init(const char* utf8, size_t n)
     }
     std::u16string units;
     decodeUtf8(utf8, n, units);
-    _rep = newRep(reinterpret_cast<const Char16*>(units.data()), Uint32(units.size()),
-                  Uint32(units.size()));
+    _rep = newRep(reinterpret_cast<const Char16*>(units.data()), Uint32(units.size()), Uint32(units.size()));
 }
 
 void String::_own(Uint32 capacity)
@@ -513,7 +527,7 @@ void String::remove(Uint32 index, Uint32 size)
     _own(_rep->capacity);
     Char16* data = _rep->data();
     std::memmove(static_cast<void*>(data + index), data + index + size,
-                 size_t(length - index - size) * sizeof(Char16));
+        size_t(length - index - size) * sizeof(Char16));
     _rep->size = length - size;
     data[_rep->size] = 0;
 }
@@ -690,16 +704,46 @@ Boolean String::equalNoCase(const String& s1, const char* s2)
     return equalNoCase(s1, String(s2));
 }
 
-Boolean operator==(const String& s1, const String& s2) { return String::equal(s1, s2); }
-Boolean operator==(const String& s1, const char* s2) { return String::equal(s1, String(s2)); }
-Boolean operator==(const char* s1, const String& s2) { return String::equal(String(s1), s2); }
-Boolean operator!=(const String& s1, const String& s2) { return !String::equal(s1, s2); }
-Boolean operator!=(const String& s1, const char* s2) { return !(s1 == s2); }
-Boolean operator!=(const char* s1, const String& s2) { return !(s1 == s2); }
-Boolean operator<(const String& s1, const String& s2) { return String::compare(s1, s2) < 0; }
-Boolean operator<=(const String& s1, const String& s2) { return String::compare(s1, s2) <= 0; }
-Boolean operator>(const String& s1, const String& s2) { return String::compare(s1, s2) > 0; }
-Boolean operator>=(const String& s1, const String& s2) { return String::compare(s1, s2) >= 0; }
+Boolean operator==(const String& s1, const String& s2)
+{
+    return String::equal(s1, s2);
+}
+Boolean operator==(const String& s1, const char* s2)
+{
+    return String::equal(s1, String(s2));
+}
+Boolean operator==(const char* s1, const String& s2)
+{
+    return String::equal(String(s1), s2);
+}
+Boolean operator!=(const String& s1, const String& s2)
+{
+    return !String::equal(s1, s2);
+}
+Boolean operator!=(const String& s1, const char* s2)
+{
+    return !(s1 == s2);
+}
+Boolean operator!=(const char* s1, const String& s2)
+{
+    return !(s1 == s2);
+}
+Boolean operator<(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) < 0;
+}
+Boolean operator<=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) <= 0;
+}
+Boolean operator>(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) > 0;
+}
+Boolean operator>=(const String& s1, const String& s2)
+{
+    return String::compare(s1, s2) >= 0;
+}
 
 String operator+(const String& s1, const String& s2)
 {

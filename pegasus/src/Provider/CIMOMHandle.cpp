@@ -63,8 +63,8 @@ auto forward(const CIMOMHandleRep& rep, const char* operationName, Operation&& o
     {
         throw CIMException(CIM_ERR_FAILED,
             String("CIMOMHandle::") + operationName +
-            ": the handle is not attached to a CIM server; only the handle a"
-            " provider receives in initialize() can reach its host");
+                ": the handle is not attached to a CIM server; only the handle a"
+                " provider receives in initialize() can reach its host");
     }
     try
     {
@@ -109,24 +109,23 @@ CIMOMHandle& CIMOMHandle::operator=(const CIMOMHandle& handle)
     return *this;
 }
 
-CIMClass CIMOMHandle::getClass(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
-    Boolean includeQualifiers, Boolean includeClassOrigin,
+CIMClass CIMOMHandle::getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMName& className, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
     const CIMPropertyList& propertyList)
 {
     return forward(*_rep, "getClass", [&](CIMOMHandleBackend& b) {
-        return b.getClass(context, nameSpace, className, localOnly, includeQualifiers,
-            includeClassOrigin, propertyList);
+        return b.getClass(
+            context, nameSpace, className, localOnly, includeQualifiers, includeClassOrigin, propertyList);
     });
 }
 
 Array<CIMClass> CIMOMHandle::enumerateClasses(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
-    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin)
 {
     return forward(*_rep, "enumerateClasses", [&](CIMOMHandleBackend& b) {
-        return b.enumerateClasses(context, nameSpace, className, deepInheritance,
-            localOnly, includeQualifiers, includeClassOrigin);
+        return b.enumerateClasses(
+            context, nameSpace, className, deepInheritance, localOnly, includeQualifiers, includeClassOrigin);
     });
 }
 
@@ -138,163 +137,143 @@ Array<CIMName> CIMOMHandle::enumerateClassNames(const OperationContext& context,
     });
 }
 
-void CIMOMHandle::createClass(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMClass& newClass)
+void CIMOMHandle::createClass(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& newClass)
 {
-    forward(*_rep, "createClass", [&](CIMOMHandleBackend& b) {
-        b.createClass(context, nameSpace, newClass);
-    });
+    forward(
+        *_rep, "createClass", [&](CIMOMHandleBackend& b) { b.createClass(context, nameSpace, newClass); });
 }
 
-void CIMOMHandle::modifyClass(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMClass& modifiedClass)
+void CIMOMHandle::modifyClass(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& modifiedClass)
 {
-    forward(*_rep, "modifyClass", [&](CIMOMHandleBackend& b) {
-        b.modifyClass(context, nameSpace, modifiedClass);
-    });
+    forward(*_rep, "modifyClass",
+        [&](CIMOMHandleBackend& b) { b.modifyClass(context, nameSpace, modifiedClass); });
 }
 
-void CIMOMHandle::deleteClass(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className)
+void CIMOMHandle::deleteClass(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className)
 {
-    forward(*_rep, "deleteClass", [&](CIMOMHandleBackend& b) {
-        b.deleteClass(context, nameSpace, className);
-    });
+    forward(
+        *_rep, "deleteClass", [&](CIMOMHandleBackend& b) { b.deleteClass(context, nameSpace, className); });
 }
 
-CIMInstance CIMOMHandle::getInstance(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+CIMInstance CIMOMHandle::getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
+    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return forward(*_rep, "getInstance", [&](CIMOMHandleBackend& b) {
-        return b.getInstance(context, nameSpace, instanceName, localOnly,
-            includeQualifiers, includeClassOrigin, propertyList);
+        return b.getInstance(
+            context, nameSpace, instanceName, localOnly, includeQualifiers, includeClassOrigin, propertyList);
     });
 }
 
 Array<CIMInstance> CIMOMHandle::enumerateInstances(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
-    Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
+    const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance, Boolean localOnly,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
 {
     return forward(*_rep, "enumerateInstances", [&](CIMOMHandleBackend& b) {
-        return b.enumerateInstances(context, nameSpace, className, deepInheritance,
-            localOnly, includeQualifiers, includeClassOrigin, propertyList);
-    });
-}
-
-Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMName& className)
-{
-    return forward(*_rep, "enumerateInstanceNames", [&](CIMOMHandleBackend& b) {
-        return b.enumerateInstanceNames(context, nameSpace, className);
-    });
-}
-
-CIMObjectPath CIMOMHandle::createInstance(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
-{
-    return forward(*_rep, "createInstance", [&](CIMOMHandleBackend& b) {
-        return b.createInstance(context, nameSpace, newInstance);
-    });
-}
-
-void CIMOMHandle::modifyInstance(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
-    Boolean includeQualifiers, const CIMPropertyList& propertyList)
-{
-    forward(*_rep, "modifyInstance", [&](CIMOMHandleBackend& b) {
-        b.modifyInstance(context, nameSpace, modifiedInstance, includeQualifiers,
-            propertyList);
-    });
-}
-
-void CIMOMHandle::deleteInstance(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
-{
-    forward(*_rep, "deleteInstance", [&](CIMOMHandleBackend& b) {
-        b.deleteInstance(context, nameSpace, instanceName);
-    });
-}
-
-Array<CIMObject> CIMOMHandle::execQuery(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query)
-{
-    return forward(*_rep, "execQuery", [&](CIMOMHandleBackend& b) {
-        return b.execQuery(context, nameSpace, queryLanguage, query);
-    });
-}
-
-Array<CIMObject> CIMOMHandle::associators(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-    const CIMName& assocClass, const CIMName& resultClass, const String& role,
-    const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
-    const CIMPropertyList& propertyList)
-{
-    return forward(*_rep, "associators", [&](CIMOMHandleBackend& b) {
-        return b.associators(context, nameSpace, objectName, assocClass, resultClass,
-            role, resultRole, includeQualifiers, includeClassOrigin, propertyList);
-    });
-}
-
-Array<CIMObjectPath> CIMOMHandle::associatorNames(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-    const CIMName& assocClass, const CIMName& resultClass, const String& role,
-    const String& resultRole)
-{
-    return forward(*_rep, "associatorNames", [&](CIMOMHandleBackend& b) {
-        return b.associatorNames(context, nameSpace, objectName, assocClass,
-            resultClass, role, resultRole);
-    });
-}
-
-Array<CIMObject> CIMOMHandle::references(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role, Boolean includeQualifiers,
-    Boolean includeClassOrigin, const CIMPropertyList& propertyList)
-{
-    return forward(*_rep, "references", [&](CIMOMHandleBackend& b) {
-        return b.references(context, nameSpace, objectName, resultClass, role,
+        return b.enumerateInstances(context, nameSpace, className, deepInheritance, localOnly,
             includeQualifiers, includeClassOrigin, propertyList);
     });
 }
 
+Array<CIMObjectPath> CIMOMHandle::enumerateInstanceNames(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className)
+{
+    return forward(*_rep, "enumerateInstanceNames",
+        [&](CIMOMHandleBackend& b) { return b.enumerateInstanceNames(context, nameSpace, className); });
+}
+
+CIMObjectPath CIMOMHandle::createInstance(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMInstance& newInstance)
+{
+    return forward(*_rep, "createInstance",
+        [&](CIMOMHandleBackend& b) { return b.createInstance(context, nameSpace, newInstance); });
+}
+
+void CIMOMHandle::modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMInstance& modifiedInstance, Boolean includeQualifiers, const CIMPropertyList& propertyList)
+{
+    forward(*_rep, "modifyInstance", [&](CIMOMHandleBackend& b) {
+        b.modifyInstance(context, nameSpace, modifiedInstance, includeQualifiers, propertyList);
+    });
+}
+
+void CIMOMHandle::deleteInstance(
+    const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName)
+{
+    forward(*_rep, "deleteInstance",
+        [&](CIMOMHandleBackend& b) { b.deleteInstance(context, nameSpace, instanceName); });
+}
+
+Array<CIMObject> CIMOMHandle::execQuery(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const String& queryLanguage, const String& query)
+{
+    return forward(*_rep, "execQuery",
+        [&](CIMOMHandleBackend& b) { return b.execQuery(context, nameSpace, queryLanguage, query); });
+}
+
+Array<CIMObject> CIMOMHandle::associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+    const String& role, const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
+    const CIMPropertyList& propertyList)
+{
+    return forward(*_rep, "associators", [&](CIMOMHandleBackend& b) {
+        return b.associators(context, nameSpace, objectName, assocClass, resultClass, role, resultRole,
+            includeQualifiers, includeClassOrigin, propertyList);
+    });
+}
+
+Array<CIMObjectPath> CIMOMHandle::associatorNames(const OperationContext& context,
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+    const CIMName& resultClass, const String& role, const String& resultRole)
+{
+    return forward(*_rep, "associatorNames", [&](CIMOMHandleBackend& b) {
+        return b.associatorNames(context, nameSpace, objectName, assocClass, resultClass, role, resultRole);
+    });
+}
+
+Array<CIMObject> CIMOMHandle::references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+    Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList)
+{
+    return forward(*_rep, "references", [&](CIMOMHandleBackend& b) {
+        return b.references(context, nameSpace, objectName, resultClass, role, includeQualifiers,
+            includeClassOrigin, propertyList);
+    });
+}
+
 Array<CIMObjectPath> CIMOMHandle::referenceNames(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
-    const CIMName& resultClass, const String& role)
+    const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
+    const String& role)
 {
     return forward(*_rep, "referenceNames", [&](CIMOMHandleBackend& b) {
         return b.referenceNames(context, nameSpace, objectName, resultClass, role);
     });
 }
 
-CIMValue CIMOMHandle::getProperty(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-    const CIMName& propertyName)
+CIMValue CIMOMHandle::getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& propertyName)
 {
-    return forward(*_rep, "getProperty", [&](CIMOMHandleBackend& b) {
-        return b.getProperty(context, nameSpace, instanceName, propertyName);
-    });
+    return forward(*_rep, "getProperty",
+        [&](CIMOMHandleBackend& b) { return b.getProperty(context, nameSpace, instanceName, propertyName); });
 }
 
-void CIMOMHandle::setProperty(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-    const CIMName& propertyName, const CIMValue& newValue)
+void CIMOMHandle::setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& propertyName, const CIMValue& newValue)
 {
     forward(*_rep, "setProperty", [&](CIMOMHandleBackend& b) {
         b.setProperty(context, nameSpace, instanceName, propertyName, newValue);
     });
 }
 
-CIMValue CIMOMHandle::invokeMethod(const OperationContext& context,
-    const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-    const CIMName& methodName, const Array<CIMParamValue>& inParameters,
+CIMValue CIMOMHandle::invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+    const CIMObjectPath& instanceName, const CIMName& methodName, const Array<CIMParamValue>& inParameters,
     Array<CIMParamValue>& outParameters)
 {
     return forward(*_rep, "invokeMethod", [&](CIMOMHandleBackend& b) {
-        return b.invokeMethod(context, nameSpace, instanceName, methodName,
-            inParameters, outParameters);
+        return b.invokeMethod(context, nameSpace, instanceName, methodName, inParameters, outParameters);
     });
 }
 
@@ -307,17 +286,14 @@ void CIMOMHandle::allowProviderUnload()
 {
     // An unmatched allow is ignored rather than letting the count go negative.
     Sint32 pins = _rep->unloadPins.load(std::memory_order_acquire);
-    while (pins > 0 &&
-           !_rep->unloadPins.compare_exchange_weak(pins, pins - 1, std::memory_order_acq_rel))
-    {
-    }
+    while (pins > 0 && !_rep->unloadPins.compare_exchange_weak(pins, pins - 1, std::memory_order_acq_rel))
+    {}
 }
 
 OperationContext CIMOMHandle::getResponseContext()
 {
-    return forward(*_rep, "getResponseContext", [&](CIMOMHandleBackend& b) {
-        return b.getResponseContext();
-    });
+    return forward(
+        *_rep, "getResponseContext", [&](CIMOMHandleBackend& b) { return b.getResponseContext(); });
 }
 
 // Host side

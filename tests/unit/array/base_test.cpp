@@ -12,21 +12,28 @@ using namespace zdatest;
 
 using BaseTest = ArrayTest;
 
-TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut) {
+TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut)
+{
     api_Status_t st;
     api_initStatus(&st);
     EXPECT_EQ(st.code, 0);
     EXPECT_EQ(text(st), "");
 
-    struct Case { int code; const char* in; int size; const char* out; };
+    struct Case
+    {
+        int code;
+        const char* in;
+        int size;
+        const char* out;
+    };
     const Case cases[] = {
         {29, "Semaphore Timed-Out", 512, "Semaphore Timed-Out"},
         {78, "The rcopy group g1 is not found\n", 512, "The rcopy group g1 is not found"},
-        {78, "two newlines\n\n", 512, "two newlines"},
-        {5, "abcdefgh", 5, "abcd"},
+        {78, "two newlines\n\n", 512, "two newlines"}, {5, "abcdefgh", 5, "abcd"},
         {4, nullptr, 512, "Array error 4"},  // code without text of its own
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         errinfo_set_str(&st, c.code, c.in);
         EXPECT_EQ(st.code, c.code);
         char buf[512];
@@ -38,7 +45,8 @@ TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut) {
     EXPECT_EQ(text(st), "Array error 32768");
 }
 
-TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured) {
+TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured)
+{
     char path[] = "/tmp/zdasim-log-XXXXXX";
     int fd = mkstemp(path);
     ASSERT_GE(fd, 0);
@@ -72,8 +80,14 @@ TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured) {
     EXPECT_EQ(std::string(big.data()), longText);
 }
 
-TEST_F(BaseTest, ValidateConvertIP) {
-    struct Case { const char* in; int family; const char* normal; };
+TEST_F(BaseTest, ValidateConvertIP)
+{
+    struct Case
+    {
+        const char* in;
+        int family;
+        const char* normal;
+    };
     const Case cases[] = {
         {"2001:DB8:0:0:0:0:0:1", 10, "2001:db8::1"},
         {"::1", 10, "::1"},
@@ -82,22 +96,30 @@ TEST_F(BaseTest, ValidateConvertIP) {
         {"not an address", -1, ""},
         {"", -1, ""},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         char buf[46] = "";
         EXPECT_EQ(validateConvertIP(c.in, buf, sizeof buf), c.family) << c.in;
-        if (c.family > 0) {
+        if (c.family > 0)
+        {
             EXPECT_STREQ(buf, c.normal);
         }
     }
 }
 
-TEST_F(BaseTest, WwnTextsRoundTrip) {
-    struct Case { api_u64_t re, lo; const char* txt; };
+TEST_F(BaseTest, WwnTextsRoundTrip)
+{
+    struct Case
+    {
+        api_u64_t re, lo;
+        const char* txt;
+    };
     const Case cases[] = {
         {0, 0x50002ACFF7000001ull, "50002ACFF7000001"},
         {0x60002D1A0013D621ull, 0x2000000000000001ull, "60002D1A0013D6212000000000000001"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         char buf[33];
         ASSERT_EQ(api_wwnIntToString(c.re, c.lo, buf, sizeof buf), 0);
         EXPECT_STREQ(buf, c.txt);
@@ -107,9 +129,11 @@ TEST_F(BaseTest, WwnTextsRoundTrip) {
         EXPECT_EQ(lo, c.lo);
     }
     api_u64_t re = 0, lo = 0;
-    EXPECT_EQ(api_wwnStringToInt("60002d1a0013d6212000000000000001", &re, &lo), 0) << "lower case is read too";
+    EXPECT_EQ(api_wwnStringToInt("60002d1a0013d6212000000000000001", &re, &lo), 0)
+        << "lower case is read too";
     EXPECT_EQ(re, 0x60002D1A0013D621ull);
-    for (const char* bad : {"", "XYZ", "50002ACFF700000", "50002ACFF7000001AB", "G0002ACFF7000001"}) {
+    for (const char* bad : {"", "XYZ", "50002ACFF700000", "50002ACFF7000001AB", "G0002ACFF7000001"})
+    {
         re = lo = 7;
         EXPECT_NE(api_wwnStringToInt(bad, &re, &lo), 0) << bad;
         EXPECT_EQ(re, 0u);
@@ -119,7 +143,8 @@ TEST_F(BaseTest, WwnTextsRoundTrip) {
     EXPECT_NE(api_wwnIntToString(0, 1, small, sizeof small), 0) << "16 digits need 17 bytes";
 }
 
-TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory) {
+TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory)
+{
     free_if_not_null(nullptr);
     free_if_not_null(std::malloc(10));  // memory of the caller's own
     int count = 0;
@@ -130,7 +155,8 @@ TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory) {
     EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 0);
 }
 
-TEST_F(BaseTest, ReleasingTwiceIsCounted) {
+TEST_F(BaseTest, ReleasingTwiceIsCounted)
+{
     api_sets_t list{};
     ASSERT_EQ(api_getVVSets("set1", nullptr, 0, &list).code, 0);
     api_sets_t copy = list;
@@ -142,11 +168,13 @@ TEST_F(BaseTest, ReleasingTwiceIsCounted) {
     zdasim_clear_records();
 }
 
-TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut) {
+TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut)
+{
     zdasim_fault_add("api_getVVs", 2, 4, "injected failure");
     int count = 0;
     api_VVObj_t* list = nullptr;
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < 2; ++i)
+    {
         EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 4);
         EXPECT_EQ(count, 0);
         EXPECT_EQ(list, nullptr);
@@ -161,7 +189,8 @@ TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut) {
 
     zdasim_fault_add("api_removeVVSet", -1, 68, "VV set is in use");
     api_evtparam_t e = event("remove");
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 3; ++i)
+    {
         api_Status_t st = api_removeVVSet(&e, "set1");
         EXPECT_EQ(st.code, 68);
         EXPECT_EQ(text(st), "VV set is in use");
@@ -170,7 +199,8 @@ TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut) {
     EXPECT_EQ(api_removeVVSet(&e, "set1").code, 0);
 }
 
-TEST_F(BaseTest, ClockIsSteppedInTests) {
+TEST_F(BaseTest, ClockIsSteppedInTests)
+{
     EXPECT_EQ(zdasim_clock_now(), kT0);
     zdasim_clock_advance(90);
     EXPECT_EQ(zdasim_clock_now(), kT0 + 90);
@@ -180,6 +210,8 @@ TEST_F(BaseTest, ClockIsSteppedInTests) {
     zdasim_clock_set(kT0);
 }
 
-TEST(BaseDeathTest, PanicStopsTheProcess) {
-    EXPECT_DEATH(zda_panic("Assertion point: file: %s, line: %d\n", "x.cpp", 7), "Assertion point: file: x.cpp, line: 7");
+TEST(BaseDeathTest, PanicStopsTheProcess)
+{
+    EXPECT_DEATH(zda_panic("Assertion point: file: %s, line: %d\n", "x.cpp", 7),
+        "Assertion point: file: x.cpp, line: 7");
 }

@@ -2,10 +2,14 @@
 // restore, stop and promote, and snapshot space.
 #include "rcopy_support.h"
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-api_Status_t physicalCopy(const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr) {
+api_Status_t physicalCopy(
+    const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr)
+{
     api_physcopy_t req{};
     std::strncpy(req.parentVolName, parent.c_str(), sizeof req.parentVolName - 1);
     std::strncpy(req.childVolName, child.c_str(), sizeof req.childVolName - 1);
@@ -13,27 +17,38 @@ api_Status_t physicalCopy(const std::string& parent, const std::string& child, u
     api_evtparam_t e{};
     std::strcpy(e.user, "admin");
     api_Status_t st = statusForm([&] { return api_createPhysicalCopy(&e, &req); });
-    if (tid) *tid = req.tid;
+    if (tid)
+        *tid = req.tid;
     return st;
 }
 
 template <class Call>
-api_Status_t onCopy(Call call, const std::string& copy, uint32_t* tid) {
+api_Status_t onCopy(Call call, const std::string& copy, uint32_t* tid)
+{
     api_evtparam_t e{};
     return statusForm([&] { return call(&e, copy.c_str(), tid); });
 }
-api_Status_t resync(const std::string& c, uint32_t* tid) { return onCopy(api_resyncCopy, c, tid); }
-api_Status_t restore(const std::string& c, uint32_t* tid) { return onCopy(api_restoreCopy, c, tid); }
-api_Status_t stopCopy(const std::string& c) {
+api_Status_t resync(const std::string& c, uint32_t* tid)
+{
+    return onCopy(api_resyncCopy, c, tid);
+}
+api_Status_t restore(const std::string& c, uint32_t* tid)
+{
+    return onCopy(api_restoreCopy, c, tid);
+}
+api_Status_t stopCopy(const std::string& c)
+{
     api_evtparam_t e{};
     return statusForm([&] { return api_stopCopy(&e, c.c_str()); });
 }
-api_Status_t promote(const std::string& c) {
+api_Status_t promote(const std::string& c)
+{
     api_evtparam_t e{};
     return statusForm([&] { return api_promoteCopy(&e, c.c_str()); });
 }
 
-TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive) {
+TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
+{
     uint32_t tid = 0;
     ASSERT_EQ(physicalCopy("vol1", "vol1.pc", API_PCOPY_CREATE_TARGET | API_PCOPY_INACTIVE, &tid).code, 0);
     api_VVObj_t v = volume("vol1.pc");
@@ -42,7 +57,7 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive) {
     EXPECT_STREQ(v.usrCpgName, "FC_r5");
     EXPECT_EQ(v.sizeMiB, 10240u);
     EXPECT_EQ(v.state & (API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE),
-              API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE);
+        API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE);
     api_task_t t = task(tid);
     EXPECT_EQ(t.type, API_TASK_PHYSICAL_COPY);
     EXPECT_STREQ(t.user, "admin");
@@ -55,15 +70,22 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive) {
     EXPECT_EQ(task(tid).state, API_TASK_DONE);
 }
 
-TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget) {
+TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
+{
     // vol3 (5120 MiB) is too small for vol1 (10240 MiB); vol2 has a copy of its own.
-    struct Case { const char* parent; const char* target; int code; };
+    struct Case
+    {
+        const char* parent;
+        const char* target;
+        int code;
+    };
     const Case cases[] = {
         {"vol1", "vol3", API_E_INVALID}, {"vol1", "vol2", API_E_IN_USE}, {"vol1", "admvv", API_E_ACCESS},
-        {"vol1", "nothere", API_E_NOT_FOUND}, {"vol1", "vol1.rw", API_E_INVALID}, {"vol1.rw", "vol2", API_E_INVALID},
-        {"vol1", "vol4", API_E_INVALID},  // another domain
+        {"vol1", "nothere", API_E_NOT_FOUND}, {"vol1", "vol1.rw", API_E_INVALID},
+        {"vol1.rw", "vol2", API_E_INVALID}, {"vol1", "vol4", API_E_INVALID},  // another domain
     };
-    for (const Case& c : cases) EXPECT_EQ(physicalCopy(c.parent, c.target, 0).code, c.code) << c.parent << " " << c.target;
+    for (const Case& c : cases)
+        EXPECT_EQ(physicalCopy(c.parent, c.target, 0).code, c.code) << c.parent << " " << c.target;
     EXPECT_EQ(physicalCopy("vol1", "vol2", API_PCOPY_CREATE_TARGET).code, API_E_EXISTS);
 
     uint32_t tid = 0;
@@ -76,7 +98,8 @@ TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget) {
     EXPECT_EQ(promote("vol3.pc").code, API_E_IN_USE);
 }
 
-TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy) {
+TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
+{
     uint32_t tid = 0;
     ASSERT_EQ(physicalCopy("vol2", "vol2.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
     zdasim_clock_advance(20);  // 20480 MiB: 80 s in all
@@ -116,7 +139,8 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy) {
     EXPECT_EQ(resync("gone", nullptr).code, API_E_NOT_FOUND);
 }
 
-TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask) {
+TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask)
+{
     zdasim_clock_advance(100);
     uint32_t tid = 7;
     ASSERT_EQ(resync("vol1.rw", &tid).code, 0);
@@ -129,7 +153,8 @@ TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask) {
     EXPECT_EQ(promote("vol1.ro").code, API_E_INVALID);
 }
 
-TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions) {
+TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions)
+{
     api_evtparam_t e{};
     EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "NL_r6"); }).code, API_E_INVALID);  // domain
     EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "none"); }).code, API_E_NOT_FOUND);
@@ -158,16 +183,20 @@ TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions) {
 }  // namespace
 }  // namespace zdatest
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-api_setting_t setting(const char* name) {
+api_setting_t setting(const char* name)
+{
     api_setting_t s{};
     std::strncpy(s.name, name, sizeof s.name - 1);
     return s;
 }
 
-std::vector<api_setting_t> settings() {
+std::vector<api_setting_t> settings()
+{
     int count = 0;
     api_setting_t* list = nullptr;
     EXPECT_EQ(intForm([&] { return api_getSettings(&count, &list); }), 0);
@@ -176,7 +205,8 @@ std::vector<api_setting_t> settings() {
     return out;
 }
 
-TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
+TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
+{
     api_evtparam_t e{};
     api_setting_t gold = setting("gold");
     gold.expirationSeconds = 3600;
@@ -194,7 +224,8 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
     std::strcpy(bad.userCpg, "nope");
     EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &bad); }).code, API_E_INVALID);
     EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &(bad = setting(""))); }).code, API_E_INVALID);
-    EXPECT_EQ(statusForm([&] { return api_modifySetting(&e, &(bad = setting("silver"))); }).code, API_E_NOT_FOUND);
+    EXPECT_EQ(
+        statusForm([&] { return api_modifySetting(&e, &(bad = setting("silver"))); }).code, API_E_NOT_FOUND);
 
     gold.deltaReservationGoal = 20;
     ASSERT_EQ(statusForm([&] { return api_modifySetting(&e, &gold); }).code, 0);
@@ -227,7 +258,8 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted) {
     EXPECT_EQ(settings().size(), 1u);
 }
 
-TEST_F(ArrayTest, VolumesARunningTaskUsesAreNotRemoved) {
+TEST_F(ArrayTest, VolumesARunningTaskUsesAreNotRemoved)
+{
     ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);
     api_name_t name{};
     std::strcpy(name.name, "vol3.pc");

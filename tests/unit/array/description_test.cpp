@@ -7,73 +7,86 @@
 
 #include "rcopy_support.h"
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-std::string load(const std::string& json, const char* origin = "t.json") {
+std::string load(const std::string& json, const char* origin = "t.json")
+{
     char error[1024] = "";
     const int rc = zdasim_load_description_text(json.c_str(), origin, error, sizeof error);
     EXPECT_EQ(rc == 0, error[0] == '\0') << error;
     return error;
 }
 
-std::string slurp(const std::string& path) {
+std::string slurp(const std::string& path)
+{
     std::ifstream in(path);
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
 }
 
-std::string tempPath(const char* name) {
+std::string tempPath(const char* name)
+{
     return (::testing::TempDir() + "zda_" + std::to_string(getpid()) + "_" + name);
 }
 
-TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing) {
+TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
+{
     const std::string cpg = R"("cpgs": [{"name": "C", "domain": "d"}])";
     const std::string target = R"({"name": "t", "remoteSystemName": "far"})";
-    struct Case {
+    struct Case
+    {
         std::string json;
         std::string error;  // the whole message after "t.json: "
     };
     const std::vector<Case> cases = {
         {"{\"cpgs\": [\n  {\"name\": }]}",
-         "line 2, column 12: not valid JSON (syntax error while parsing value - unexpected '}'; expected '[', '{', "
-         "or a literal)"},
+            "line 2, column 12: not valid JSON (syntax error while parsing value - unexpected '}'; expected '[', '{', "
+            "or a literal)"},
         {R"({"cpgs": {}})", "cpgs: must be a list"},
         {R"({"cpgz": []})", "cpgz: is not a known field here"},
         {R"({"format": "other"})", "format: \"other\" is not \"zda-array\""},
         {"{" + cpg + R"(, "volumes": [{"name": "a", "usrCpg": "C"}]})", "volumes[0].sizeMiB: is required"},
         {"{" + cpg + R"(, "volumes": [{"name": "a", "usrCpg": "C", "sizeMiB": "big"}]})",
-         "volumes[0].sizeMiB: must be a whole number"},
+            "volumes[0].sizeMiB: must be a whole number"},
         {R"({"system": {"nodesTotal": 9}})", "system.nodesTotal: 9 is out of range (1 to 8)"},
         {R"({"system": {"ipv4": "300.1.1.1"}})", "system.ipv4: \"300.1.1.1\" is not an IPv4 address"},
         {R"({"volumes": [{"name": "a", "usrCpg": "none", "sizeMiB": 1}]})",
-         "volumes[0].usrCpg: CPG \"none\" is not described under cpgs"},
+            "volumes[0].usrCpg: CPG \"none\" is not described under cpgs"},
         {R"({"cpgs": [{"name": "C"}, {"name": "C"}]})", "cpgs[1].name: CPG \"C\" is described twice"},
-        {"{" + cpg + R"(, "volumes": [{"name": "a_name_that_is_longer_than_31_chars", "usrCpg": "C", "sizeMiB": 1}]})",
-         "volumes[0].name: \"a_name_that_is_longer_than_31_chars\" is longer than 31 characters"},
+        {"{" + cpg +
+                R"(, "volumes": [{"name": "a_name_that_is_longer_than_31_chars", "usrCpg": "C", "sizeMiB": 1}]})",
+            "volumes[0].name: \"a_name_that_is_longer_than_31_chars\" is longer than 31 characters"},
         {R"({"cpgs": [{"name": "two words"}]})",
-         "cpgs[0].name: \"two words\" may hold only printable ASCII characters other than blank, '|' and '/'"},
-        {R"({"roles": [{"name": "r|w"}]})", "roles[0].name: \"r|w\" may hold only printable ASCII characters other than blank, '|' and '/'"},
+            "cpgs[0].name: \"two words\" may hold only printable ASCII characters other than blank, '|' and '/'"},
+        {R"({"roles": [{"name": "r|w"}]})",
+            "roles[0].name: \"r|w\" may hold only printable ASCII characters other than blank, '|' and '/'"},
         {"{" + cpg + R"(, "volumes": [{"name": "a", "usrCpg": "C", "sizeMiB": 1, "created": "yesterday"}]})",
-         "volumes[0].created: \"yesterday\" is not a time (seconds since the epoch, \"now\", or like \"-30d\", \"+2h\")"},
+            "volumes[0].created: \"yesterday\" is not a time (seconds since the epoch, \"now\", or like \"-30d\", \"+2h\")"},
         {"{" + cpg + R"(, "volumes": [{"name": "a", "usrCpg": "C", "sizeMiB": 1, "wwn": "XYZ"}]})",
-         "volumes[0].wwn: \"XYZ\" is not a WWN (16 or 32 hexadecimal digits)"},
+            "volumes[0].wwn: \"XYZ\" is not a WWN (16 or 32 hexadecimal digits)"},
         {R"({"roles": [{"name": "r", "rights": {"k": "maybe"}}]})",
-         "roles[0].rights.k: \"maybe\" is not one of allowed, denied, unknown-user, unsupported"},
-        {R"({"users": [{"name": "u", "role": "ghost"}]})", "users[0].role: role \"ghost\" is not described under roles"},
+            "roles[0].rights.k: \"maybe\" is not one of allowed, denied, unknown-user, unsupported"},
+        {R"({"users": [{"name": "u", "role": "ghost"}]})",
+            "users[0].role: role \"ghost\" is not described under roles"},
         {R"({"remoteCopy": {"targets": [{"name": "t", "remoteSystemName": "far", "status": "sleepy"}]}})",
-         "remoteCopy.targets[0].status: \"sleepy\" is not one of new, ready, release-unsupported, failing, failed, disabled"},
+            "remoteCopy.targets[0].status: \"sleepy\" is not one of new, ready, release-unsupported, failing, failed, disabled"},
         {R"({"remoteCopy": {"targets": [)" + target + R"(], "groups": [{"name": "g", "targets": []}]}})",
-         "remoteCopy.groups[0].targets: a group needs at least one target"},
-        {"{" + cpg + R"(, "volumes": [{"name": "a", "usrCpg": "C", "sizeMiB": 1}], "remoteCopy": {"targets": [)" + target +
-             R"(], "groups": [{"name": "g", "targets": [{"target": "t"}], "volumes": [{"name": "a", "maps": [{"target": "u"}]}]}]}})",
-         "remoteCopy.groups[0].volumes[0].maps[0].target: target \"u\" is not a target of this group"},
-        {R"({"tasks": [{"tid": 5, "type": "rcopy-sync", "name": "g"}], "remoteCopy": {"targets": [)" + target +
-             R"(], "groups": [{"name": "g", "targets": [{"target": "t", "syncTask": 5}]}]}})",
-         "remoteCopy.groups[0].targets[0].syncTask: task 5 is not a synchronisation of this group to this target"},
+            "remoteCopy.groups[0].targets: a group needs at least one target"},
+        {"{" + cpg +
+                R"(, "volumes": [{"name": "a", "usrCpg": "C", "sizeMiB": 1}], "remoteCopy": {"targets": [)" +
+                target +
+                R"(], "groups": [{"name": "g", "targets": [{"target": "t"}], "volumes": [{"name": "a", "maps": [{"target": "u"}]}]}]}})",
+            "remoteCopy.groups[0].volumes[0].maps[0].target: target \"u\" is not a target of this group"},
+        {R"({"tasks": [{"tid": 5, "type": "rcopy-sync", "name": "g"}], "remoteCopy": {"targets": [)" +
+                target + R"(], "groups": [{"name": "g", "targets": [{"target": "t", "syncTask": 5}]}]}})",
+            "remoteCopy.groups[0].targets[0].syncTask: task 5 is not a synchronisation of this group to this target"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         EXPECT_EQ(load(c.json), "t.json: " + c.error) << c.json;
         // The array is the one loaded before.
         EXPECT_STREQ(volume("vol1").name, "vol1") << c.json;
@@ -91,7 +104,8 @@ TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing) {
     EXPECT_EQ(std::string(error).rfind(path + ": cannot open", 0), 0u) << error;
 }
 
-TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile) {
+TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile)
+{
     zdasim_reset_demo_array();
     zdasim_clock_advance(100);  // let tasks move, so that running state is written too
     char error[512] = "";
@@ -104,7 +118,8 @@ TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile) {
     EXPECT_EQ(slurp(first), slurp(second));
     const RcopyView after = readRcopy();
     ASSERT_EQ(after.groups.size(), before.groups.size());
-    for (size_t i = 0; i < after.groups.size(); ++i) {
+    for (size_t i = 0; i < after.groups.size(); ++i)
+    {
         EXPECT_EQ(after.groups[i].name, before.groups[i].name);
         EXPECT_EQ(after.groups[i].autoSetId, before.groups[i].autoSetId);
         EXPECT_EQ(after.groups[i].volumes.size(), before.groups[i].volumes.size());
@@ -115,31 +130,38 @@ TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile) {
 
 // ---- the demo array ------------------------------------------------------------------
 
-std::vector<api_VVObj_t> allVolumes() {
+std::vector<api_VVObj_t> allVolumes()
+{
     int count = 0;
     api_VVObj_t* vv = nullptr;
     EXPECT_EQ(intForm([&] { return api_getVVs(nullptr, nullptr, &count, &vv, 0); }), 0);
     std::vector<api_VVObj_t> out;
-    if (vv != nullptr && count > 0) out.assign(vv, vv + static_cast<size_t>(count));
+    if (vv != nullptr && count > 0)
+        out.assign(vv, vv + static_cast<size_t>(count));
     free_if_not_null(vv);
     return out;
 }
 
-struct SetView {
+struct SetView
+{
     std::string name;
     std::vector<std::string> members;
 };
 
-std::vector<SetView> allSets(const char* ifKey = nullptr, const char* ifValue = nullptr) {
+std::vector<SetView> allSets(const char* ifKey = nullptr, const char* ifValue = nullptr)
+{
     api_okv_opts_t opts{};
-    if (ifKey) api_okv_addIfKV(&opts, ifKey, ifValue);
+    if (ifKey)
+        api_okv_addIfKV(&opts, ifKey, ifValue);
     api_sets_t list{};
     api_Status_t st = statusForm([&] { return api_getVVSets(nullptr, ifKey ? &opts : nullptr, 0, &list); });
     EXPECT_EQ(st.code, 0);
     std::vector<SetView> out;
-    for (uint32_t i = 0; i < list.count; ++i) {
+    for (uint32_t i = 0; i < list.count; ++i)
+    {
         SetView s{list.sets[i].name, {}};
-        for (int k = 0; k < list.sets[i].memberCount; ++k) s.members.push_back(list.sets[i].members[k].name);
+        for (int k = 0; k < list.sets[i].memberCount; ++k)
+            s.members.push_back(list.sets[i].members[k].name);
         out.push_back(s);
     }
     api_freeSets(&list);
@@ -147,7 +169,8 @@ std::vector<SetView> allSets(const char* ifKey = nullptr, const char* ifValue = 
     return out;
 }
 
-TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
+TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
+{
     zdasim_reset_demo_array();
     EXPECT_EQ(zdasim_log_count(), 0u) << "the demo array logged a problem";
 
@@ -157,17 +180,21 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     std::set<unsigned long long> sizes;
     int base = 0, noSnap = 0, system = 0, snapshots = 0;
     std::map<std::string, api_VVObj_t> clones;
-    for (const api_VVObj_t& v : allVolumes()) {
-        if (v.type == API_VV_TYPE_BASE && !(v.policy & VV_POLICY_SYSTEM)) {
+    for (const api_VVObj_t& v : allVolumes())
+    {
+        if (v.type == API_VV_TYPE_BASE && !(v.policy & VV_POLICY_SYSTEM))
+        {
             ++base;
             cpgs.insert(v.usrCpgName);
-            if (v.domain[0]) domains.insert(v.domain);
+            if (v.domain[0])
+                domains.insert(v.domain);
             sizes.insert(v.sizeMiB);
             noSnap += v.cpgName[0] == '\0';
         }
         system += (v.policy & VV_POLICY_SYSTEM) != 0;
         snapshots += v.type == API_VV_TYPE_VIRTUAL_COPY;
-        if (v.type == API_VV_TYPE_PHYSICAL_COPY) clones[v.name] = v;
+        if (v.type == API_VV_TYPE_PHYSICAL_COPY)
+            clones[v.name] = v;
     }
     EXPECT_GE(base, 20);
     EXPECT_GE(cpgs.size(), 3u);
@@ -185,7 +212,8 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_EQ(clones["fin_db03.clone"].copyProgress, 40);
     std::map<std::string, api_task_t> copyTasks;
     for (const api_task_t& t : tasks())
-        if (t.type == API_TASK_PHYSICAL_COPY) copyTasks[t.name] = t;
+        if (t.type == API_TASK_PHYSICAL_COPY)
+            copyTasks[t.name] = t;
     EXPECT_EQ(copyTasks["eng_build03.clone"].state, API_TASK_FAILED);
     EXPECT_EQ(copyTasks["eng_build02.clone"].state, API_TASK_ACTIVE);
 
@@ -193,13 +221,16 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     // a volume in two sets.
     std::map<std::string, int> setsOf;
     bool empty = false, single = false, longJoin = false;
-    for (const SetView& s : allSets()) {
+    for (const SetView& s : allSets())
+    {
         empty = empty || s.members.empty();
         single = single || s.members.size() == 1;
         size_t joined = 0;
-        for (const std::string& m : s.members) joined += m.size() + 1;
+        for (const std::string& m : s.members)
+            joined += m.size() + 1;
         longJoin = longJoin || joined > 256;
-        for (const std::string& m : s.members) ++setsOf[m];
+        for (const std::string& m : s.members)
+            ++setsOf[m];
     }
     EXPECT_TRUE(empty);
     EXPECT_TRUE(single);
@@ -207,7 +238,8 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_EQ(setsOf["fin_db01"], 2);
     // Snapshot sets of a remote copy group: of all its volumes, and of fewer.
     std::set<size_t> snapshotCounts;
-    for (const SetView& s : allSets("parentRCGroup", "rcg_fin_sync")) snapshotCounts.insert(s.members.size());
+    for (const SetView& s : allSets("parentRCGroup", "rcg_fin_sync"))
+        snapshotCounts.insert(s.members.size());
     EXPECT_EQ(snapshotCounts, (std::set<size_t>{1, 2}));
 
     // Remote copy: targets of every kind.
@@ -216,18 +248,20 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     std::set<int> statuses;
     std::map<uint32_t, int> perRemote;
     bool unusable = false, computedOnly = false;
-    for (const rm_target& t : rc.targets) {
+    for (const rm_target& t : rc.targets)
+    {
         statuses.insert(t.rm_status);
         ++perRemote[t.rm_remote_sysID];
         unusable = unusable || (t.rm_options & 0x800000u);
         computedOnly = computedOnly || (t.rm_node_wwn[0] == '\0' && t.rm_computed_remote_node_wwn[0] != '\0');
     }
     EXPECT_TRUE(statuses.count(RM_TARGET_READY) && statuses.count(RM_TARGET_FAILED) &&
-                statuses.count(RM_TARGET_DISABLED));
+        statuses.count(RM_TARGET_DISABLED));
     EXPECT_TRUE(unusable);
     EXPECT_TRUE(computedOnly);
     int sharedRemote = 0;
-    for (const auto& [id, n] : perRemote) sharedRemote += n >= 2;
+    for (const auto& [id, n] : perRemote)
+        sharedRemote += n >= 2;
     EXPECT_GE(sharedRemote, 1);
     EXPECT_GT(rc.linkCount, 0);
 
@@ -235,16 +269,19 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     // syncing, two targets, mixed volume states, failed over.
     std::set<int> roles, modes, states;
     bool twoTargets = false, mixed = false, syncing = false, failedOver = false;
-    for (const GroupView& g : rc.groups) {
+    for (const GroupView& g : rc.groups)
+    {
         roles.insert(g.natural);
         twoTargets = twoTargets || g.targets.size() == 2;
         failedOver = failedOver || g.dr == RM_DR_FAILOVER_DONE;
-        for (const GroupTargetView& t : g.targets) {
+        for (const GroupTargetView& t : g.targets)
+        {
             modes.insert(static_cast<int>(t.mode));
             states.insert(t.state);
         }
         std::set<int> mapStates;
-        for (const VolView& v : g.volumes) {
+        for (const VolView& v : g.volumes)
+        {
             mapStates.insert(v.maps[0].status);
             syncing = syncing || v.maps[0].status == RM_GROUP_VV_SYNCING;
         }
@@ -263,9 +300,11 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     // for one of its group's targets (its slot names no target).
     std::set<std::string> grouped;
     for (const GroupView& g : rc.groups)
-        for (const GroupTargetView& t : g.targets) grouped.insert(t.target);
+        for (const GroupTargetView& t : g.targets)
+            grouped.insert(t.target);
     bool newUnused = false, noWwn = false;
-    for (const rm_target& t : rc.targets) {
+    for (const rm_target& t : rc.targets)
+    {
         newUnused = newUnused || (t.rm_status == RM_TARGET_NEW && !grouped.count(t.rm_hdr.rm_name));
         noWwn = noWwn || (t.rm_node_wwn[0] == '\0' && t.rm_computed_remote_node_wwn[0] == '\0');
     }
@@ -273,11 +312,14 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     EXPECT_TRUE(noWwn);
     bool neverStarted = false, noDomain = false, emptyGroup = false, unmapped = false;
     bool byMode = false, newEmpty = false;
-    for (const GroupView& g : rc.groups) {
+    for (const GroupView& g : rc.groups)
+    {
         bool allNew = !g.volumes.empty();
-        for (const GroupTargetView& t : g.targets) allNew = allNew && t.state == 0;
+        for (const GroupTargetView& t : g.targets)
+            allNew = allNew && t.state == 0;
         for (const VolView& v : g.volumes)
-            for (const MapView& m : v.maps) {
+            for (const MapView& m : v.maps)
+            {
                 allNew = allNew && m.status == RM_GROUP_VV_NEW;
                 unmapped = unmapped || m.target.empty();
             }
@@ -307,9 +349,12 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises) {
     // failing clone fails.
     zdasim_clock_advance(3 * 3600);
     rc = readRcopy();
-    for (const VolView& v : rc.group("rcg_eng_syncing")->volumes) EXPECT_EQ(v.maps[0].status, RM_GROUP_VV_SYNCED);
-    for (const api_task_t& t : tasks()) {
-        if (std::string(t.name) == "eng_build02.clone") {
+    for (const VolView& v : rc.group("rcg_eng_syncing")->volumes)
+        EXPECT_EQ(v.maps[0].status, RM_GROUP_VV_SYNCED);
+    for (const api_task_t& t : tasks())
+    {
+        if (std::string(t.name) == "eng_build02.clone")
+        {
             EXPECT_EQ(t.state, API_TASK_FAILED);
         }
     }

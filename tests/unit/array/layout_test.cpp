@@ -17,8 +17,8 @@ static_assert(sizeof(api_rcopy_t) == 448, "the remote copy record is 448 bytes")
 static_assert(offsetof(rm_config_base, rm_ID) == 34, "the number is a u16 at byte 34");
 static_assert(sizeof(api_keyvalue_query_t) == 24, "the key-value query is 24 bytes");
 static_assert(offsetof(api_keyvalue_query_t, objType) == 0 && offsetof(api_keyvalue_query_t, objId) == 4 &&
-                  offsetof(api_keyvalue_query_t, found) == 8,
-              "type, object number, then the found count");
+        offsetof(api_keyvalue_query_t, found) == 8,
+    "type, object number, then the found count");
 static_assert(sizeof(api_sets_t) == 16, "the sets list is 16 bytes");
 static_assert(sizeof(api_name_t) == 32, "names are 32 characters");
 static_assert(offsetof(api_Status_t, code) == 0, "the code comes first");
@@ -30,6 +30,7 @@ static_assert(sizeof(api_u64_t) == 8 && sizeof(time_t) == 8, "64-bit quantities"
 
 extern "C" int zdaapi_headers_compile_as_c(void);
 
-TEST(Layout, HeadersCompileAsC) {
+TEST(Layout, HeadersCompileAsC)
+{
     EXPECT_EQ(zdaapi_headers_compile_as_c(), 1096);
 }

@@ -7,27 +7,36 @@
 
 #include "rcopy_support.h"
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-bool hasText(const api_Status_t& st, const std::string& part) { return text(st).find(part) != std::string::npos; }
+bool hasText(const api_Status_t& st, const std::string& part)
+{
+    return text(st).find(part) != std::string::npos;
+}
 
-std::vector<std::string> setMembersById(uint32_t id) {
+std::vector<std::string> setMembersById(uint32_t id)
+{
     api_sets_t list{};
     api_Status_t st = statusForm([&] { return api_getVVSets(nullptr, nullptr, 0, &list); });
     std::vector<std::string> out;
     bool found = false;
     for (uint32_t i = 0; st.code == 0 && i < list.count; ++i)
-        if (list.sets[i].id == id) {
+        if (list.sets[i].id == id)
+        {
             found = true;
-            for (int k = 0; k < list.sets[i].memberCount; ++k) out.push_back(list.sets[i].members[k].name);
+            for (int k = 0; k < list.sets[i].memberCount; ++k)
+                out.push_back(list.sets[i].members[k].name);
         }
     api_freeSets(&list);
     EXPECT_TRUE(found) << "no vvset " << id;
     return out;
 }
 
-TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion) {
+TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
+{
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v1", {"tA"}).code, 0);
     ASSERT_EQ(admit("g1", "v2", {"tA"}).code, 0);
@@ -133,7 +142,8 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion) {
     api_freeSets(&none);
 }
 
-TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives) {
+TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives)
+{
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);  // no maps given: the far volume takes the local name
     EXPECT_EQ(readRcopy().group("g1")->map("v1").remoteName, "v1");
@@ -146,7 +156,8 @@ TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives) {
     EXPECT_TRUE(hasText(st, "g1")) << text(st);
 }
 
-TEST_F(RcopyTest, VolumeAdmittedToAStartedGroupSyncsAtOnce) {
+TEST_F(RcopyTest, VolumeAdmittedToAStartedGroupSyncsAtOnce)
+{
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(start("g1").code, 0);  // empty: nothing to move, started at once
     EXPECT_EQ(readRcopy().group("g1")->targets[0].state, 2);
@@ -156,7 +167,8 @@ TEST_F(RcopyTest, VolumeAdmittedToAStartedGroupSyncsAtOnce) {
     EXPECT_EQ(readRcopy().group("g1")->map("v1").status, RM_GROUP_VV_SYNCED);
 }
 
-TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses) {
+TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
+{
     RcopyView rc = readRcopy();
     const GroupView* sec = rc.group("sec");
     ASSERT_NE(sec, nullptr);
@@ -223,7 +235,8 @@ TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses) {
     EXPECT_EQ(rc.group("sec")->map("v3").status, RM_GROUP_VV_SYNCED);
 }
 
-TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync) {
+TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync)
+{
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v2").code, 0);
     std::vector<uint32_t> started;
@@ -245,49 +258,69 @@ TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync) {
     EXPECT_EQ(start("g1").code, 0);
 }
 
-TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason) {
+TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
+{
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(createGroup("gdown", {{"tDown", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);
     ASSERT_EQ(admit("gdown", "v2").code, 0);
-    struct Case {
+    struct Case
+    {
         const char* what;
         std::function<api_Status_t()> call;
         int code;
         const char* textPart;
     };
     const std::vector<Case> cases = {
-        {"create twice", [] { return createGroup("g1", {{"tA", 8}}); }, API_E_EXISTS, "g1"},
-        {"create on unknown target", [] { return createGroup("g2", {{"nope", 8}}); }, API_E_NOT_FOUND, "nope"},
-        {"create with a mode the target does not suit", [] { return createGroup("g2", {{"tSync", 8}}); },
-         API_E_INVALID, "tSync"},
-        {"create with a target twice", [] { return createGroup("g2", {{"tA", 8}, {"tA", 8}}); }, API_E_INVALID, "twice"},
+        {"create twice",
+            [] {
+                return createGroup("g1", {{"tA", 8}});
+            },
+            API_E_EXISTS, "g1"},
+        {"create on unknown target",
+            [] {
+                return createGroup("g2", {{"nope", 8}});
+            },
+            API_E_NOT_FOUND, "nope"},
+        {"create with a mode the target does not suit",
+            [] {
+                return createGroup("g2", {{"tSync", 8}});
+            },
+            API_E_INVALID, "tSync"},
+        {"create with a target twice",
+            [] {
+                return createGroup("g2", {{"tA", 8}, {"tA", 8}});
+            },
+            API_E_INVALID, "twice"},
         {"admit an unknown volume", [] { return admit("g1", "zz"); }, API_E_NOT_FOUND, "zz"},
         {"admit into an unknown group", [] { return admit("zz", "v2"); }, API_E_NOT_FOUND, "zz"},
         {"admit a virtual copy", [] { return admit("g1", "v1.snap"); }, API_E_INVALID, "virtual copy"},
         {"admit across domains", [] { return admit("g1", "w1"); }, API_E_INVALID, "domain"},
         {"admit a volume of another group", [] { return admit("g1", "v2"); }, API_E_IN_USE, "gdown"},
-        {"admit mapped to a foreign target", [] { return admit("g1", "v4", {"tSync"}); }, API_E_NOT_FOUND, "tSync"},
+        {"admit mapped to a foreign target", [] { return admit("g1", "v4", {"tSync"}); }, API_E_NOT_FOUND,
+            "tSync"},
         {"start an unknown group", [] { return start("zz"); }, API_E_NOT_FOUND, "zz"},
         {"start on a failed target", [] { return start("gdown"); }, API_E_INVALID, "tDown"},
         {"stop a group never started", [] { return stop("g1"); }, API_E_INVALID, "g1"},
         {"sync a group never started", [] { return sync("g1"); }, API_E_INVALID, "isn't started"},
         {"unknown setting", [] { return setGroup("g1", 42, 1); }, API_E_INVALID, "42"},
         {"period on a foreign target", [] { return setGroup("g1", API_RCOPY_SET_PERIOD, 300, "tSync"); },
-         API_E_NOT_FOUND, "tSync"},
-        {"failback without failover", [] { return setGroup("sec", API_RCOPY_SET_FAILBACK, 0); }, API_E_INVALID,
-         "not failed over"},
+            API_E_NOT_FOUND, "tSync"},
+        {"failback without failover", [] { return setGroup("sec", API_RCOPY_SET_FAILBACK, 0); },
+            API_E_INVALID, "not failed over"},
         {"dismiss a volume not in the group", [] { return dismiss("g1", "v3"); }, API_E_NOT_FOUND, "v3"},
         {"delete an unknown group", [] { return removeGroup("zz"); }, API_E_NOT_FOUND, "zz"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         const api_Status_t st = c.call();
         EXPECT_EQ(st.code, c.code) << c.what << ": " << text(st);
         EXPECT_TRUE(hasText(st, c.textPart)) << c.what << ": " << text(st);
     }
     bool journaled = false;
     for (const std::string& e : journal())
-        journaled = journaled || e.find("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300") == 0;
+        journaled = journaled ||
+            e.find("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300") == 0;
     EXPECT_TRUE(journaled);
     // None of them changed the groups.
     RcopyView rc = readRcopy();
@@ -296,7 +329,8 @@ TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason) {
     EXPECT_EQ(rc.group("g1")->targets[0].state, 0);
 }
 
-TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller) {
+TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
+{
     ASSERT_EQ(createGroup("g2", {{"tA", RM_TARGET_MODE_PERIODIC}, {"tSync", RM_TARGET_MODE_SYNC}}).code, 0);
     ASSERT_EQ(admit("g2", "v1", {"tA", "tSync"}).code, 0);
     std::vector<uint32_t> started;
@@ -312,36 +346,44 @@ TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller) {
     EXPECT_EQ(again, started);
     // Stop cancels them.
     ASSERT_EQ(stop("g2").code, 0);
-    for (uint32_t tid : started) EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
+    for (uint32_t tid : started)
+        EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
     EXPECT_NE(lastJournalOf("api_startRCopyGroup").find("tasks="), std::string::npos);
 }
 
 }  // namespace
 }  // namespace zdatest
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
 // Readers see whole snapshots while another thread changes the groups and
 // the clock moves.
-TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange) {
+TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange)
+{
     ASSERT_EQ(createGroup("busy", {{"tA", RM_TARGET_MODE_PERIODIC}, {"tSync", RM_TARGET_MODE_SYNC}}).code, 0);
     std::atomic<bool> done{false};
     std::atomic<int> broken{0};
     std::vector<std::thread> readers;
     for (int r = 0; r < 3; ++r)
         readers.emplace_back([&] {
-            while (!done) {
+            while (!done)
+            {
                 api_rcopy_t rc{};
                 api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
-                if (st.code != 0) ++broken;
+                if (st.code != 0)
+                    ++broken;
                 for (rm_group_wrapper* g = rc.groups; g; g = g->next)
                     for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
-                        if (v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets) ++broken;
+                        if (v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets)
+                            ++broken;
                 api_freeRCopy(&rc);
             }
         });
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < 30; ++i)
+    {
         EXPECT_EQ(admit("busy", "v4").code, 0);
         EXPECT_EQ(start("busy").code, 0);
         zdasim_clock_advance(3);
@@ -349,7 +391,8 @@ TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange) {
         EXPECT_EQ(dismiss("busy", "v4").code, 0);
     }
     done = true;
-    for (std::thread& t : readers) t.join();
+    for (std::thread& t : readers)
+        t.join();
     EXPECT_EQ(broken, 0);
 }
 

@@ -11,7 +11,8 @@
 
 #include "sim_fixture.h"
 
-namespace zdatest {
+namespace zdatest
+{
 
 // Two ready targets to one remote system (one suits synchronous mode
 // only), a failed one, base volumes in two domains, and a secondary
@@ -44,24 +45,29 @@ inline const char* kRcopyArray = R"({
   }
 })";
 
-class RcopyTest : public ArrayTest {
+class RcopyTest : public ArrayTest
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         ArrayTest::SetUp();
         char error[512] = "";
-        ASSERT_EQ(zdasim_load_description_text(kRcopyArray, "rcopy test array", error, sizeof error), 0) << error;
+        ASSERT_EQ(zdasim_load_description_text(kRcopyArray, "rcopy test array", error, sizeof error), 0)
+            << error;
         zdasim_clear_records();
     }
 };
 
 // ---- requests, as callers build them ----------------------------------------
 
-inline api_Status_t createGroup(const std::string& name, const std::vector<std::pair<std::string, uint32_t>>& targets,
-                                const std::string& domain = "d1") {
+inline api_Status_t createGroup(const std::string& name,
+    const std::vector<std::pair<std::string, uint32_t>>& targets, const std::string& domain = "d1")
+{
     api_rcopy_group_t g{};
     std::strncpy(g.name, name.c_str(), sizeof g.name - 1);
     std::strncpy(g.domain, domain.c_str(), sizeof g.domain - 1);
-    for (size_t i = 0; i < targets.size(); ++i) {
+    for (size_t i = 0; i < targets.size(); ++i)
+    {
         std::strncpy(g.targets[i].rm_target, targets[i].first.c_str(), 31);
         g.targets[i].rm_mode = targets[i].second;
     }
@@ -70,13 +76,15 @@ inline api_Status_t createGroup(const std::string& name, const std::vector<std::
     return statusForm([&] { return api_createRCopyGroup(&e, &g); });
 }
 
-inline api_Status_t admit(const std::string& group, const std::string& vv,
-                          const std::vector<std::string>& targets = {}) {
+inline api_Status_t admit(
+    const std::string& group, const std::string& vv, const std::vector<std::string>& targets = {})
+{
     api_rcopy_vv_t r{};
     std::strncpy(r.vvname, vv.c_str(), 31);
     std::strncpy(r.group, group.c_str(), 31);
     r.nummaps = static_cast<uint32_t>(targets.size());
-    for (size_t i = 0; i < targets.size(); ++i) {
+    for (size_t i = 0; i < targets.size(); ++i)
+    {
         std::strncpy(r.vvmaps[i].rm_target, targets[i].c_str(), 31);
         std::snprintf(r.vvmaps[i].rm_remote_name, 32, "%s_remote", vv.c_str());
         r.vvmaps[i].rm_remote_vid = 0xFFFFFFFEu;
@@ -88,42 +96,54 @@ inline api_Status_t admit(const std::string& group, const std::string& vv,
 
 // A group operation; the task ids it started go to *tasks when given.
 template <class Call>
-api_Status_t groupOp(Call call, const std::string& group, uint8_t flags = 0, std::vector<uint32_t>* tasks = nullptr,
-                     const std::string& target = "") {
+api_Status_t groupOp(Call call, const std::string& group, uint8_t flags = 0,
+    std::vector<uint32_t>* tasks = nullptr, const std::string& target = "")
+{
     api_rcopy_groupop_t r{};
     std::strncpy(r.name, group.c_str(), 31);
     std::strncpy(r.target, target.c_str(), 31);
     r.flags = flags;
     api_evtparam_t e = event("op");
     api_Status_t st = statusForm([&] { return call(&e, &r); });
-    if (tasks) {
+    if (tasks)
+    {
         tasks->clear();
-        for (uint32_t i = 0; r.sync_task_id && i < r.sync_task_num; ++i) tasks->push_back(r.sync_task_id[i].tid);
+        for (uint32_t i = 0; r.sync_task_id && i < r.sync_task_num; ++i)
+            tasks->push_back(r.sync_task_id[i].tid);
     }
     api_freeRCopyGroup(&r);
     return st;
 }
 
-inline api_Status_t start(const std::string& g, std::vector<uint32_t>* tasks = nullptr) {
+inline api_Status_t start(const std::string& g, std::vector<uint32_t>* tasks = nullptr)
+{
     return groupOp(api_startRCopyGroup, g, 2, tasks);
 }
-inline api_Status_t stop(const std::string& g) { return groupOp(api_stopRCopyGroup, g); }
-inline api_Status_t sync(const std::string& g, std::vector<uint32_t>* tasks = nullptr) {
+inline api_Status_t stop(const std::string& g)
+{
+    return groupOp(api_stopRCopyGroup, g);
+}
+inline api_Status_t sync(const std::string& g, std::vector<uint32_t>* tasks = nullptr)
+{
     return groupOp(api_syncrcopy, g, 0, tasks);
 }
 inline api_Status_t setGroup(const std::string& g, int selector, int value, const std::string& target = "",
-                             std::vector<uint32_t>* tasks = nullptr) {
-    return groupOp([&](api_evtparam_t* e, api_rcopy_groupop_t* r) { return api_setRCopyGroup(e, r, selector, value); },
-                   g, 0, tasks, target);
+    std::vector<uint32_t>* tasks = nullptr)
+{
+    return groupOp(
+        [&](api_evtparam_t* e, api_rcopy_groupop_t* r) { return api_setRCopyGroup(e, r, selector, value); },
+        g, 0, tasks, target);
 }
-inline api_Status_t removeGroup(const std::string& g) {
+inline api_Status_t removeGroup(const std::string& g)
+{
     api_rcopy_delete d{};
     std::strncpy(d.name, g.c_str(), 31);
     d.removevv_flag = API_RCOPY_REMOVE_VVS;
     api_evtparam_t e = event("delete");
     return statusForm([&] { return api_deleteRCopyGroup(&e, &d); });
 }
-inline api_Status_t dismiss(const std::string& g, const std::string& vv) {
+inline api_Status_t dismiss(const std::string& g, const std::string& vv)
+{
     api_rcopy_dismiss_vv d{};
     std::strncpy(d.group, g.c_str(), 31);
     std::strncpy(d.vvname, vv.c_str(), 31);
@@ -134,74 +154,90 @@ inline api_Status_t dismiss(const std::string& g, const std::string& vv) {
 
 // ---- what api_getRCopy answers, copied out of the record ------------------------
 
-struct MapView {
+struct MapView
+{
     std::string target, remoteName;
     int status;
     uint32_t lastSync;
     unsigned long long offset, length;
     int wwnStatus;
 };
-struct VolView {
+struct VolView
+{
     std::string name;
     unsigned long long wwn, wwnRe;
     std::vector<MapView> maps;
 };
-struct GroupTargetView {
+struct GroupTargetView
+{
     std::string target, remoteGroup;
     uint32_t mode, period, options, lastSync;
     int state;
 };
-struct GroupView {
+struct GroupView
+{
     std::string name, domain;
     int id, primary, natural, dr;
     uint32_t autoSetId;
     std::vector<GroupTargetView> targets;
     std::vector<VolView> volumes;
-    const MapView& map(const std::string& vv, size_t t = 0) const {
+    const MapView& map(const std::string& vv, size_t t = 0) const
+    {
         for (const VolView& v : volumes)
-            if (v.name == vv) return v.maps.at(t);
+            if (v.name == vv)
+                return v.maps.at(t);
         throw std::out_of_range("no volume " + vv);
     }
 };
-struct RcopyView {
+struct RcopyView
+{
     int sysMode = 0, sysStatus = 0;
     std::vector<rm_target> targets;
     int linkCount = 0;
     std::vector<GroupView> groups;
-    const GroupView* group(const std::string& name) const {
+    const GroupView* group(const std::string& name) const
+    {
         for (const GroupView& g : groups)
-            if (g.name == name) return &g;
+            if (g.name == name)
+                return &g;
         return nullptr;
     }
 };
 
 // Reads the configuration the way every caller does: zeroed record, status
 // form, release whatever happened.
-inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
+inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL)
+{
     api_rcopy_t rc{};
     api_Status_t st = statusForm([&] { return api_getRCopy(selector, &rc); });
     RcopyView out;
     EXPECT_EQ(st.code, 0) << text(st);
     out.sysMode = rc.sys.rm_sys_mode;
     out.sysStatus = rc.sys.rm_status;
-    for (int i = 0; i < rc.target_count; ++i) out.targets.push_back(rc.targets[i]);
+    for (int i = 0; i < rc.target_count; ++i)
+        out.targets.push_back(rc.targets[i]);
     out.linkCount = rc.link_count;
-    for (rm_group_wrapper* w = rc.groups; w; w = w->next) {
-        GroupView g{w->group.rm_hdr.rm_name, w->group.rm_domain_name, w->group.rm_hdr.rm_ID, w->group.rm_primary,
-                    w->group.rm_natural, static_cast<int>(w->group.rm_dr_state), w->group.rm_auto_set_id, {}, {}};
+    for (rm_group_wrapper* w = rc.groups; w; w = w->next)
+    {
+        GroupView g{w->group.rm_hdr.rm_name, w->group.rm_domain_name, w->group.rm_hdr.rm_ID,
+            w->group.rm_primary, w->group.rm_natural, static_cast<int>(w->group.rm_dr_state),
+            w->group.rm_auto_set_id, {}, {}};
         EXPECT_EQ(w->gtarget_count, w->group.rm_targets);
-        for (int i = 0; i < w->gtarget_count; ++i) {
+        for (int i = 0; i < w->gtarget_count; ++i)
+        {
             const rm_group_target& t = w->gtargets[i];
             g.targets.push_back({t.rm_target, t.rm_remote_group, t.rm_mode, t.rm_sync_period, t.rm_options,
-                                 t.rm_last_synctime, t.rm_state});
+                t.rm_last_synctime, t.rm_state});
         }
-        for (rm_group_vv_wrapper* v = w->gvvs; v; v = v->next) {
+        for (rm_group_vv_wrapper* v = w->gvvs; v; v = v->next)
+        {
             VolView vv{v->gvv.rm_local_name, v->gvv.rm_local_wwn, v->gvv.rm_local_wwn_re, {}};
             // Readers walk the maps by the group's target count.
-            for (int k = 0; k < w->group.rm_targets; ++k) {
+            for (int k = 0; k < w->group.rm_targets; ++k)
+            {
                 const rm_group_vv_map& m = v->maps[k];
-                vv.maps.push_back({m.rm_target, m.rm_remote_name, m.rm_status, m.rm_last_synctime, m.rm_sync_offset,
-                                   m.rm_sync_length, m.rm_wwn_status});
+                vv.maps.push_back({m.rm_target, m.rm_remote_name, m.rm_status, m.rm_last_synctime,
+                    m.rm_sync_offset, m.rm_sync_length, m.rm_wwn_status});
             }
             g.volumes.push_back(vv);
         }
@@ -212,17 +248,20 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL) {
 }
 
 // The record of one volume, zeroed when the array has no such volume.
-inline api_VVObj_t volume(const std::string& name) {
+inline api_VVObj_t volume(const std::string& name)
+{
     int count = 0;
     api_VVObj_t* vv = nullptr;
     intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
     api_VVObj_t out{};
-    if (count == 1) out = vv[0];
+    if (count == 1)
+        out = vv[0];
     free_if_not_null(vv);
     return out;
 }
 
-inline std::vector<api_task_t> tasks() {
+inline std::vector<api_task_t> tasks()
+{
     int count = -1;
     api_task_t* list = nullptr;
     EXPECT_EQ(intForm([&] { return api_getTasks(&count, &list); }), 0);
@@ -231,9 +270,11 @@ inline std::vector<api_task_t> tasks() {
     return out;
 }
 
-inline api_task_t task(uint32_t tid) {
+inline api_task_t task(uint32_t tid)
+{
     for (const api_task_t& t : tasks())
-        if (t.tid == tid) return t;
+        if (t.tid == tid)
+            return t;
     ADD_FAILURE() << "no task " << tid;
     return api_task_t{};
 }

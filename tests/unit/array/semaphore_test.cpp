@@ -11,33 +11,42 @@ using namespace zdatest;
 
 using SemaphoreTest = ArrayTest;
 
-TEST_F(SemaphoreTest, NeverTwoHoldersUnderContention) {
+TEST_F(SemaphoreTest, NeverTwoHoldersUnderContention)
+{
     constexpr int kThreads = 8;
     constexpr int kRounds = 300;
     std::atomic<int> inside{0};
     std::atomic<int> maxInside{0};
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
+    for (int t = 0; t < kThreads; ++t)
+    {
         threads.emplace_back([&, t] {
-            for (int i = 0; i < kRounds; ++i) {
-                if (cim_sem_wait() != 0) {
+            for (int i = 0; i < kRounds; ++i)
+            {
+                if (cim_sem_wait() != 0)
+                {
                     ++failures;
                     continue;
                 }
                 int now = ++inside;
                 int seen = maxInside.load();
-                while (now > seen && !maxInside.compare_exchange_weak(seen, now)) {
-                }
+                while (now > seen && !maxInside.compare_exchange_weak(seen, now))
+                {}
                 // A real call under the semaphore, alternating kinds.
-                if ((i + t) % 2 == 0) {
+                if ((i + t) % 2 == 0)
+                {
                     api_sets_t sets{};
-                    if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0) ++failures;
+                    if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0)
+                        ++failures;
                     api_freeSets(&sets);
-                } else {
+                }
+                else
+                {
                     int count = 0;
                     api_VVObj_t* list = nullptr;
-                    if (api_getVVs("vol2", nullptr, &count, &list, 1) != 0 || count != 1) ++failures;
+                    if (api_getVVs("vol2", nullptr, &count, &list, 1) != 0 || count != 1)
+                        ++failures;
                     free_if_not_null(list);
                 }
                 --inside;
@@ -45,7 +54,8 @@ TEST_F(SemaphoreTest, NeverTwoHoldersUnderContention) {
             }
         });
     }
-    for (auto& th : threads) th.join();
+    for (auto& th : threads)
+        th.join();
     EXPECT_EQ(maxInside.load(), 1);
     EXPECT_EQ(failures.load(), 0);
     zdasim_sem_ledger_t sem;
@@ -57,7 +67,8 @@ TEST_F(SemaphoreTest, NeverTwoHoldersUnderContention) {
     EXPECT_EQ(sem.timeouts, 0);
 }
 
-TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds) {
+TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds)
+{
     zdasim_sem_set_timeout_ms(50);
     ASSERT_EQ(cim_sem_wait(), 0);
     std::atomic<int> rc{-1};
@@ -67,7 +78,12 @@ TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds) {
         const auto start = std::chrono::steady_clock::now();
         rc = cim_sem_wait();
         EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(45));
-        st = statusForm([] { api_sets_t s{}; api_Status_t r = api_getVVSets("set1", nullptr, 0, &s); api_freeSets(&s); return r; });
+        st = statusForm([] {
+            api_sets_t s{};
+            api_Status_t r = api_getVVSets("set1", nullptr, 0, &s);
+            api_freeSets(&s);
+            return r;
+        });
         char buf[256];
         intRc = intForm([&] { return api_getSystemContact(buf); });
     });
@@ -84,7 +100,8 @@ TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds) {
     EXPECT_EQ(zdasim_journal_count_of("api_getVVSets"), 0u) << "the call never reached the array";
 }
 
-TEST_F(SemaphoreTest, InjectedTimeoutsAndUnbalancedUseAreCounted) {
+TEST_F(SemaphoreTest, InjectedTimeoutsAndUnbalancedUseAreCounted)
+{
     zdasim_fault_sem_timeouts(2);
     EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
     EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
@@ -109,17 +126,18 @@ TEST_F(SemaphoreTest, InjectedTimeoutsAndUnbalancedUseAreCounted) {
     EXPECT_EQ(sem.timeouts, 2);
 }
 
-TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted) {
+TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted)
+{
     zdasim_sem_set_timeout_ms(20);
     ASSERT_EQ(cim_sem_wait(), 0);
     EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT) << "not reentrant";
     cim_sem_post();
 
     char buf[256];
-    EXPECT_EQ(api_getOwnerName(buf), 0);                        // needs it, made without
+    EXPECT_EQ(api_getOwnerName(buf), 0);  // needs it, made without
     EXPECT_EQ(api_authorizeCIMUser("admin", "::1", "zda_replicationservicecapabilities"), 0);  // takes none
     api_sets_t sets{};
-    api_freeSets(&sets);                                          // releases take none
+    api_freeSets(&sets);  // releases take none
     zdasim_sem_ledger_t sem;
     zdasim_sem_ledger(&sem);
     EXPECT_EQ(sem.selfWaits, 1);
@@ -129,31 +147,40 @@ TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted) {
 // The library itself is safe to call from many threads at once, with or
 // without the semaphore: writers and readers of the same sets, the
 // controls and the log all interleave.
-TEST_F(SemaphoreTest, LibraryIsThreadSafeWithoutTheSemaphore) {
+TEST_F(SemaphoreTest, LibraryIsThreadSafeWithoutTheSemaphore)
+{
     constexpr int kRounds = 150;
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t) {
+    for (int t = 0; t < 3; ++t)
+    {
         threads.emplace_back([&, t] {
             api_evtparam_t e = event("churn");
             const std::string name = "churn" + std::to_string(t);
             auto members = names({"vol1", "vol2"});
-            for (int i = 0; i < kRounds; ++i) {
+            for (int i = 0; i < kRounds; ++i)
+            {
                 api_okv_opts_t okv{};
                 api_okv_addSetKV(&okv, "parentRCGroup", name.c_str());
-                if (api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "", &okv).code != 0) ++failures;
+                if (api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "", &okv).code != 0)
+                    ++failures;
                 api_free_okv_opts(&okv);
-                if (api_removeVVSet(&e, name.c_str()).code != 0) ++failures;
+                if (api_removeVVSet(&e, name.c_str()).code != 0)
+                    ++failures;
             }
         });
     }
-    for (int t = 0; t < 3; ++t) {
+    for (int t = 0; t < 3; ++t)
+    {
         threads.emplace_back([&] {
-            for (int i = 0; i < kRounds; ++i) {
+            for (int i = 0; i < kRounds; ++i)
+            {
                 api_sets_t sets{};
-                if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0 || sets.count < 5) ++failures;
+                if (api_getVVSets(nullptr, nullptr, 0, &sets).code != 0 || sets.count < 5)
+                    ++failures;
                 for (uint32_t s = 0; s < sets.count; ++s)
-                    if (sets.sets[s].memberCount > 0 && sets.sets[s].members[0].name[0] == '\0') ++failures;
+                    if (sets.sets[s].memberCount > 0 && sets.sets[s].members[0].name[0] == '\0')
+                        ++failures;
                 api_freeSets(&sets);
                 _api_getvv_filter_t f;
                 api_getvv_filter_init(&f, 1);
@@ -161,7 +188,8 @@ TEST_F(SemaphoreTest, LibraryIsThreadSafeWithoutTheSemaphore) {
                 api_getvv_cursor_t cursor{};
                 int count = 0;
                 api_VVObj_t* list = nullptr;
-                if (api_getVVs_chunk(&cursor, 0, &f, &count, &list, 1) != 0 || count != 3) ++failures;
+                if (api_getVVs_chunk(&cursor, 0, &f, &count, &list, 1) != 0 || count != 3)
+                    ++failures;
                 free_if_not_null(list);
                 api_getvv_filter_free(&f);
                 log_message(LOG_LEVEL_TRACE, "reader %d", i);
@@ -171,7 +199,8 @@ TEST_F(SemaphoreTest, LibraryIsThreadSafeWithoutTheSemaphore) {
             }
         });
     }
-    for (auto& th : threads) th.join();
+    for (auto& th : threads)
+        th.join();
     EXPECT_EQ(failures.load(), 0);
     EXPECT_EQ(zdasim_log_count(), 3u * kRounds);
     EXPECT_EQ(zdasim_event_count(), 3u * 2 * kRounds);

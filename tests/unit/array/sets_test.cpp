@@ -9,37 +9,48 @@
 
 using namespace zdatest;
 
-namespace {
+namespace
+{
 
-struct SetView {
+struct SetView
+{
     uint32_t id = 0;
     std::string comment, domain;
     std::vector<std::string> members;
 };
 
 // The sets api_getVVSets returns, by name; the list is released here.
-std::map<std::string, SetView> listSets(const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr) {
+std::map<std::string, SetView> listSets(
+    const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr)
+{
     api_sets_t list{};
     api_Status_t st = api_getVVSets(name, cond, 0, &list);
-    if (status) *status = st;
+    if (status)
+        *status = st;
     std::map<std::string, SetView> out;
-    for (uint32_t i = 0; i < list.count; ++i) {
+    for (uint32_t i = 0; i < list.count; ++i)
+    {
         const api_set_t& s = list.sets[i];
         SetView v{s.id, s.comment, s.domain, {}};
-        for (int m = 0; m < s.memberCount; ++m) v.members.push_back(s.members[m].name);
+        for (int m = 0; m < s.memberCount; ++m)
+            v.members.push_back(s.members[m].name);
         out[s.name] = v;
     }
     api_freeSets(&list);
     return out;
 }
 
-std::vector<std::string> v(std::initializer_list<const char*> l) { return {l.begin(), l.end()}; }
+std::vector<std::string> v(std::initializer_list<const char*> l)
+{
+    return {l.begin(), l.end()};
+}
 
 using SetTest = ArrayTest;
 
 }  // namespace
 
-TEST_F(SetTest, ListingAllOneOrByKeyValue) {
+TEST_F(SetTest, ListingAllOneOrByKeyValue)
+{
     auto all = listSets(nullptr, nullptr);
     ASSERT_EQ(all.size(), 5u);
     EXPECT_EQ(all["set1"].members, v({"vol1", "vol2"}));
@@ -72,7 +83,8 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue) {
     EXPECT_NE(lastJournalOf("api_getVVSets").find("if=\"parentRCGroup==other\""), std::string::npos);
 }
 
-TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
+TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
+{
     api_okv_opts_t okv{};
     for (int i = 0; i < 6; ++i)  // grows past its first block
         ASSERT_EQ(api_okv_addSetKV(&okv, ("k" + std::to_string(i)).c_str(), "x"), 0);
@@ -94,7 +106,8 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
     api_free_okv_opts(&cond);
 
     // The key-value query reads it by set id.
-    for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}}) {
+    for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}})
+    {
         api_keyvalue_query_t q{};
         q.objType = 1;
         q.objId = listSets(name.c_str(), nullptr)[name].id;
@@ -116,9 +129,16 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries) {
     EXPECT_TRUE(listSets("empty2", nullptr)["empty2"].members.empty());
 }
 
-TEST_F(SetTest, CreateRefusals) {
+TEST_F(SetTest, CreateRefusals)
+{
     api_evtparam_t e = event("create");
-    struct Case { const char* name; std::vector<std::string> members; int code; const char* words; };
+    struct Case
+    {
+        const char* name;
+        std::vector<std::string> members;
+        int code;
+        const char* words;
+    };
     const Case cases[] = {
         {"set1", {}, API_E_EXISTS, "set1 already exists"},
         {"", {}, API_E_INVALID, "is empty"},
@@ -127,7 +147,8 @@ TEST_F(SetTest, CreateRefusals) {
         {"s", {"vol1", "vol1"}, API_E_INVALID, "vol1 is listed twice"},
         {"s", {"vol1", "vol4"}, API_E_INVALID, "vol4 is in domain"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
+    {
         auto n = names(c.members);
         api_Status_t st = api_createVVSet(&e, c.name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
         EXPECT_EQ(st.code, c.code) << c.name;
@@ -144,57 +165,79 @@ TEST_F(SetTest, CreateRefusals) {
 // One naming rule for every name the array stores: 1 to 31 printable ASCII
 // characters other than blank, '|' and '/'. Each way of naming a new
 // object refuses the same names with API_E_INVALID.
-TEST_F(SetTest, EveryNewNameFollowsTheNamingRule) {
+TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
+{
     api_evtparam_t e = event("create");
     auto field = [](char* out, size_t size, const std::string& name) {
         std::memset(out, 0, size);
         std::memcpy(out, name.data(), std::min(name.size(), size));
     };
     const std::map<std::string, std::function<int(const std::string&)>> creators = {
-        {"vvset", [&](const std::string& n) { return api_createVVSet(&e, n.c_str(), nullptr, 0, 0, "", nullptr).code; }},
-        {"rename", [&](const std::string& n) { return api_setVVSet(&e, "set1", n.c_str(), nullptr, 1, 0).code; }},
-        {"setting", [&](const std::string& n) {
-             api_setting_t s{};
-             field(s.name, sizeof s.name, n);
-             return api_createSetting(&e, &s).code;
-         }},
-        {"rcopy group", [&](const std::string& n) {
-             api_rcopy_group_t g{};
-             field(g.name, sizeof g.name, n);
-             return api_createRCopyGroup(&e, &g).code;
-         }},
-        {"snapshot", [&](const std::string& n) {
-             api_groupsv_entry_t sv{};
-             field(sv.parentVolName, sizeof sv.parentVolName, "vol1");
-             field(sv.childVolName, sizeof sv.childVolName, n);
-             api_groupsv_t g{};
-             g.baseID = API_BASEID_ANY;
-             g.count = 1;
-             g.svs = &sv;
-             return api_createGroupSV(&e, &g).code;
-         }},
-        {"physical copy", [&](const std::string& n) {
-             api_physcopy_t c{};
-             field(c.parentVolName, sizeof c.parentVolName, "vol1");
-             field(c.childVolName, sizeof c.childVolName, n);
-             c.flags = API_PCOPY_CREATE_TARGET;
-             return api_createPhysicalCopy(&e, &c).code;
-         }},
+        {"vvset",
+            [&](const std::string& n) {
+                return api_createVVSet(&e, n.c_str(), nullptr, 0, 0, "", nullptr).code;
+            }},
+        {"rename",
+            [&](const std::string& n) { return api_setVVSet(&e, "set1", n.c_str(), nullptr, 1, 0).code; }},
+        {"setting",
+            [&](const std::string& n) {
+                api_setting_t s{};
+                field(s.name, sizeof s.name, n);
+                return api_createSetting(&e, &s).code;
+            }},
+        {"rcopy group",
+            [&](const std::string& n) {
+                api_rcopy_group_t g{};
+                field(g.name, sizeof g.name, n);
+                return api_createRCopyGroup(&e, &g).code;
+            }},
+        {"snapshot",
+            [&](const std::string& n) {
+                api_groupsv_entry_t sv{};
+                field(sv.parentVolName, sizeof sv.parentVolName, "vol1");
+                field(sv.childVolName, sizeof sv.childVolName, n);
+                api_groupsv_t g{};
+                g.baseID = API_BASEID_ANY;
+                g.count = 1;
+                g.svs = &sv;
+                return api_createGroupSV(&e, &g).code;
+            }},
+        {"physical copy",
+            [&](const std::string& n) {
+                api_physcopy_t c{};
+                field(c.parentVolName, sizeof c.parentVolName, "vol1");
+                field(c.childVolName, sizeof c.childVolName, n);
+                c.flags = API_PCOPY_CREATE_TARGET;
+                return api_createPhysicalCopy(&e, &c).code;
+            }},
     };
     const std::string refused[] = {
-        "", std::string(32, 'n'), "two words", "a|b", "a/b", "tab\there", std::string("\x01ctl"), "del\x7f",
-        "caf\xc3\xa9", "lone\xed\xa0\x80",
+        "",
+        std::string(32, 'n'),
+        "two words",
+        "a|b",
+        "a/b",
+        "tab\there",
+        std::string("\x01ctl"),
+        "del\x7f",
+        "caf\xc3\xa9",
+        "lone\xed\xa0\x80",
     };
     for (const auto& [what, create] : creators)
         for (const std::string& name : refused)
             EXPECT_EQ(intForm([&] { return create(name); }), API_E_INVALID)
                 << what << " named \"" << name << "\"";
     EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
-    EXPECT_EQ(statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
-    EXPECT_EQ(statusForm([&] { return api_createVVSet(&e, std::string(31, 'n').c_str(), nullptr, 0, 0, "", nullptr); }).code, 0);
+    EXPECT_EQ(
+        statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
+    EXPECT_EQ(statusForm([&] {
+        return api_createVVSet(&e, std::string(31, 'n').c_str(), nullptr, 0, 0, "", nullptr);
+    }).code,
+        0);
 }
 
-TEST_F(SetTest, RenameCommentAndRemove) {
+TEST_F(SetTest, RenameCommentAndRemove)
+{
     api_evtparam_t e = event("modify");
     // A string counts only where its flag is 1.
     EXPECT_EQ(api_setVVSet(&e, "set1", "ignored", "new words", 0, 1).code, 0);
@@ -218,7 +261,8 @@ TEST_F(SetTest, RenameCommentAndRemove) {
     EXPECT_EQ(zdasim_event_count(), 8u) << "every change keeps its audit record";
 }
 
-TEST_F(SetTest, AddAndRemoveMembers) {
+TEST_F(SetTest, AddAndRemoveMembers)
+{
     api_evtparam_t e = event("members");
     auto add = [&](const char* set, std::vector<std::string> l) {
         auto n = names(l);
@@ -229,7 +273,8 @@ TEST_F(SetTest, AddAndRemoveMembers) {
         return api_removeFromVVSet(&e, set, n.data(), static_cast<int>(n.size()));
     };
     EXPECT_EQ(add("set_empty", {"vol4"}).code, 0);
-    EXPECT_EQ(listSets("set_empty", nullptr)["set_empty"].domain, "dom2") << "an empty set takes its first member's domain";
+    EXPECT_EQ(listSets("set_empty", nullptr)["set_empty"].domain, "dom2")
+        << "an empty set takes its first member's domain";
     EXPECT_EQ(add("set_empty", {"vol1"}).code, API_E_INVALID) << "another domain";
     EXPECT_EQ(add("set1", {"vol3", "vol1.rw"}).code, 0);
     EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol1", "vol2", "vol3", "vol1.rw"}));

@@ -11,37 +11,47 @@
 
 #include "rcopy_support.h"
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-class StateFileTest : public RcopyTest {
+class StateFileTest : public RcopyTest
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         RcopyTest::SetUp();
         path_ = ::testing::TempDir() + "zda_state_" + std::to_string(getpid()) + ".json";
         removeFiles();
     }
-    void TearDown() override {
+    void TearDown() override
+    {
         zdasim_state_file_close();
         removeFiles();
         RcopyTest::TearDown();
     }
-    void removeFiles() const {
-        for (const char* suffix : {"", ".tmp", ".journal", ".expected"}) std::remove((path_ + suffix).c_str());
+    void removeFiles() const
+    {
+        for (const char* suffix : {"", ".tmp", ".journal", ".expected"})
+            std::remove((path_ + suffix).c_str());
     }
-    std::string open() {
+    std::string open()
+    {
         char error[512] = "";
         zdasim_state_file_open(path_.c_str(), error, sizeof error);
         return error;
     }
     // A new process: the array starts as something else, then opens the file.
-    std::string restart() {
+    std::string restart()
+    {
         zdasim_state_file_close();
         zdasim_reset_test_array();
         return open();
     }
     // The whole array as a description.
-    std::string described() {
+    std::string described()
+    {
         const std::string file = path_ + ".described";
         char error[512] = "";
         EXPECT_EQ(zdasim_save_description_file(file.c_str(), error, sizeof error), 0) << error;
@@ -53,14 +63,18 @@ protected:
     // writes the array it ended with to "<path>.expected" and is killed
     // (SIGKILL) without closing anything.
     template <class F>
-    void inKilledChild(F changes) {
+    void inKilledChild(F changes)
+    {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
-        if (child == 0) {
-            if (!open().empty()) _exit(2);
+        if (child == 0)
+        {
+            if (!open().empty())
+                _exit(2);
             changes();
             const std::string expected = path_ + ".expected";
-            if (zdasim_save_description_file(expected.c_str(), nullptr, 0) != 0) _exit(3);
+            if (zdasim_save_description_file(expected.c_str(), nullptr, 0) != 0)
+                _exit(3);
             kill(getpid(), SIGKILL);
             _exit(4);
         }
@@ -68,7 +82,8 @@ protected:
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "child status " << status;
     }
-    std::string fileText(const std::string& path) const {
+    std::string fileText(const std::string& path) const
+    {
         std::ifstream in(path);
         std::ostringstream s;
         s << in.rdbuf();
@@ -77,10 +92,12 @@ protected:
     std::string path_;
 };
 
-TEST_F(StateFileTest, ArraySurvivesARestartMidway) {
+TEST_F(StateFileTest, ArraySurvivesARestartMidway)
+{
     char error[512] = "";
     ASSERT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), 0) << error;
-    ASSERT_NE(fileText(path_).find("\"sec\""), std::string::npos);  // a new file starts with the array as it is
+    ASSERT_NE(
+        fileText(path_).find("\"sec\""), std::string::npos);  // a new file starts with the array as it is
 
     ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     ASSERT_EQ(admit("g1", "v2", {"tA"}).code, 0);
@@ -122,12 +139,15 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway) {
 
 // Sets created, changed, emptied and removed, volumes and a group: what the
 // killed process acknowledged is what the next one starts with.
-void makeChanges() {
+void makeChanges()
+{
     api_evtparam_t e = event("change");
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
+    {
         const std::string name = "ks" + std::to_string(i);
         auto members = names({"v1", "v2"});
-        statusForm([&] { return api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "kill test", nullptr); });
+        statusForm(
+            [&] { return api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "kill test", nullptr); });
     }
     statusForm([&] { return api_setVVSet(&e, "ks3", "ks3renamed", "renamed", 1, 1); });
     statusForm([&] { return api_removeVVSet(&e, "ks4"); });
@@ -142,7 +162,8 @@ void makeChanges() {
     createGroup("kg", {{"tA", RM_TARGET_MODE_PERIODIC}});
 }
 
-TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange) {
+TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange)
+{
     ASSERT_EQ(open(), "");
     zdasim_state_file_close();
     const std::string snapshot = fileText(path_);
@@ -158,15 +179,18 @@ TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange) {
 
     // Opening compacted the journal into the snapshot; the array is the same
     // on the next start, and after a clean stop.
-    EXPECT_EQ(fileText(path_ + ".journal").find('\n'), fileText(path_ + ".journal").size() - 1) << "header only";
+    EXPECT_EQ(fileText(path_ + ".journal").find('\n'), fileText(path_ + ".journal").size() - 1)
+        << "header only";
     ASSERT_EQ(restart(), "");
     EXPECT_EQ(described(), expected);
 }
 
 // What a crash can leave at the end of the journal, and damage it cannot.
-TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem) {
+TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
+{
     const std::string record = "{\"vvsets\":[{\"name\":\"late\",\"id\":900}]}";
-    const struct {
+    const struct
+    {
         const char* what;
         std::string tail;
         bool opens;
@@ -175,7 +199,8 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem) {
         {"last record with a wrong check", "0123456789abcdef " + record + "\n", true},
         {"damaged record before another", "0123456789abcdef " + record + "\nxx\n", false},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         SCOPED_TRACE(c.what);
         removeFiles();
         zdasim_reset_test_array();
@@ -188,10 +213,13 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem) {
         std::ofstream(path_ + ".journal", std::ios::app) << c.tail;
         const std::string snapshot = fileText(path_);
         const std::string error = restart();
-        if (c.opens) {
+        if (c.opens)
+        {
             EXPECT_EQ(error, "");
             EXPECT_EQ(described(), fileText(path_ + ".expected"));
-        } else {
+        }
+        else
+        {
             EXPECT_EQ(error, path_ + ".journal: record 2 is damaged");
             EXPECT_EQ(fileText(path_), snapshot) << "a file that does not load is left alone";
         }
@@ -208,7 +236,8 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem) {
     EXPECT_EQ(described(), before);
 }
 
-TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState) {
+TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState)
+{
     ASSERT_EQ(open(), "");
     ASSERT_EQ(createGroup("kept", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
     const std::string snapshot = fileText(path_);
@@ -223,7 +252,8 @@ TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState) {
     char line[1024];
     int level = 0;
     for (size_t i = 0; zdasim_log_line(i, &level, line, sizeof line) == 0; ++i)
-        logged = logged || (level == LOG_LEVEL_ERROR && std::string(line).find("half-way") != std::string::npos);
+        logged = logged ||
+            (level == LOG_LEVEL_ERROR && std::string(line).find("half-way") != std::string::npos);
     EXPECT_TRUE(logged);
 
     // The next change writes a whole snapshot again, then goes on journaling.
@@ -241,7 +271,8 @@ TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState) {
 // Whatever goes wrong inside a call, the caller gets a failure status, the
 // semaphore is left to the caller (the fixture checks it is free), and the
 // array and its file stay as they were.
-TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone) {
+TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone)
+{
     ASSERT_EQ(open(), "");
     const std::string before = fileText(path_) + fileText(path_ + ".journal");
     api_evtparam_t e = event("create");
@@ -284,7 +315,8 @@ TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone) {
     EXPECT_FALSE(setExists("s_thrown"));
 }
 
-TEST_F(StateFileTest, UnreadableStateFileIsRefusedAndLeftAlone) {
+TEST_F(StateFileTest, UnreadableStateFileIsRefusedAndLeftAlone)
+{
     std::ofstream(path_) << "{\"volumes\": [";
     char error[512] = "";
     EXPECT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), -1);

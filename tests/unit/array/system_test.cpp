@@ -7,10 +7,15 @@ using namespace zdatest;
 
 using SystemTest = ArrayTest;
 
-TEST_F(SystemTest, OpenAcceptsKnownUsersOnly) {
-    struct Case { const char* user; bool ok; };
-    const Case cases[] = {{"admin", true}, {"operator", true}, {"viewer", true},
-                          {"noaccess", false}, {"nobody", false}, {"Admin", false}, {nullptr, false}};
+TEST_F(SystemTest, OpenAcceptsKnownUsersOnly)
+{
+    struct Case
+    {
+        const char* user;
+        bool ok;
+    };
+    const Case cases[] = {{"admin", true}, {"operator", true}, {"viewer", true}, {"noaccess", false},
+        {"nobody", false}, {"Admin", false}, {nullptr, false}};
     for (const Case& c : cases)
         EXPECT_EQ(api_zdaOpenForCimserver(c.user) == 0, c.ok) << (c.user ? c.user : "(null)");
     ASSERT_EQ(zdasim_user_refuse_open("admin", 1), 0);
@@ -18,10 +23,16 @@ TEST_F(SystemTest, OpenAcceptsKnownUsersOnly) {
     EXPECT_NE(lastJournalOf("api_zdaOpenForCimserver").find("user=\"admin\""), std::string::npos);
 }
 
-TEST_F(SystemTest, RightsAreMatchedByExactKey) {
+TEST_F(SystemTest, RightsAreMatchedByExactKey)
+{
     const char* abortBlank = "zda_replicationservice.modifyreplicasynchronization.abort ";
     const char* abortBare = "zda_replicationservice.modifyreplicasynchronization.abort";
-    struct Case { const char* user; const char* key; int answer; };
+    struct Case
+    {
+        const char* user;
+        const char* key;
+        int answer;
+    };
     const Case cases[] = {
         {"admin", "zda_storagesetting.modifyinstance", 0},
         {"admin", "anything at all", 0},
@@ -34,7 +45,8 @@ TEST_F(SystemTest, RightsAreMatchedByExactKey) {
         {"stranger", "zda_replicationservice.creategroup", 2},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(api_authorizeCIMUser(c.user, "192.0.2.7", c.key), c.answer) << c.user << " / '" << c.key << "'";
+        EXPECT_EQ(api_authorizeCIMUser(c.user, "192.0.2.7", c.key), c.answer)
+            << c.user << " / '" << c.key << "'";
 
     zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
     EXPECT_EQ(api_authorizeCIMUser("viewer", "::1", "zda_replicationservicecapabilities"), 3);
@@ -47,7 +59,8 @@ TEST_F(SystemTest, RightsAreMatchedByExactKey) {
     EXPECT_NE(j.find("addr=\"::1\""), std::string::npos) << j;
 }
 
-TEST_F(SystemTest, IdentityContactOwnerAndAddresses) {
+TEST_F(SystemTest, IdentityContactOwnerAndAddresses)
+{
     char buf[256];
     EXPECT_EQ(api_getSystemContact(buf), 0);
     EXPECT_STREQ(buf, "storage-admin@example.com");
@@ -83,13 +96,15 @@ TEST_F(SystemTest, IdentityContactOwnerAndAddresses) {
     EXPECT_EQ(zdasim_system_set_addresses("bogus", ""), API_E_INVALID);
 }
 
-TEST_F(SystemTest, Limits) {
+TEST_F(SystemTest, Limits)
+{
     uint32_t maxVol = 0, maxBase = 0, perBase = 0, rw = 0;
     EXPECT_EQ(api_getMaxVolumeNumbers(&maxVol, &maxBase, &perBase, &rw), 0);
     EXPECT_GT(maxVol, maxBase);
     EXPECT_GT(perBase, 0u);
     EXPECT_GT(rw, 0u);
-    for (int var = ZDA_RM_MAX_GROUPS_SYNC; var <= ZDA_RM_GROUP_MAX_VOLUMES; ++var) {
+    for (int var = ZDA_RM_MAX_GROUPS_SYNC; var <= ZDA_RM_GROUP_MAX_VOLUMES; ++var)
+    {
         uint32_t v = 0;
         EXPECT_EQ(api_getmvar(var, &v), 0);
         EXPECT_GT(v, 0u) << var;  // callers ask again while a limit reads 0
@@ -108,7 +123,8 @@ TEST_F(SystemTest, Limits) {
     EXPECT_EQ(zdasim_system_set_rcopy_limit(7, 1), API_E_INVALID);
 }
 
-TEST_F(SystemTest, PortsAndTheirLogicalIds) {
+TEST_F(SystemTest, PortsAndTheirLogicalIds)
+{
     int count = 0;
     api_port_t* ports = nullptr;
     ASSERT_EQ(api_getFCPorts(&count, &ports), 0);

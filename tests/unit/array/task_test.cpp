@@ -1,10 +1,13 @@
 // Physical copies as tasks driven by the array's clock.
 #include "rcopy_support.h"
 
-namespace zdatest {
-namespace {
+namespace zdatest
+{
+namespace
+{
 
-TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete) {
+TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete)
+{
     uint32_t tid = 0;
     ASSERT_EQ(zdasim_clone_start("vol1", "vol1.full", 200, -1, &tid), 0);
     ASSERT_NE(tid, 0u);
@@ -35,7 +38,8 @@ TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete) {
     EXPECT_STREQ(t.detail, "");
 }
 
-TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold) {
+TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
+{
     uint32_t bySelf = 0, byControl = 0;
     ASSERT_EQ(zdasim_clone_start("vol2", "vol2.bad", 100, 60, &bySelf), 0);
     ASSERT_EQ(zdasim_clone_start("vol4", "vol4.bad", 100, -1, &byControl), 0);
@@ -62,15 +66,18 @@ TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold) {
     EXPECT_EQ(zdasim_task_fail(byControl, "again"), API_E_NOT_FOUND);
 }
 
-TEST_F(ArrayTest, CloneStartRefusesBadRequests) {
+TEST_F(ArrayTest, CloneStartRefusesBadRequests)
+{
     EXPECT_EQ(zdasim_clone_start("nope", "x", 10, -1, nullptr), API_E_NOT_FOUND);
     EXPECT_EQ(zdasim_clone_start("vol1", "vol2", 10, -1, nullptr), API_E_EXISTS);
     EXPECT_EQ(zdasim_clone_start("vol1", "x", 0, -1, nullptr), API_E_INVALID);
     EXPECT_EQ(zdasim_clone_start("vol1", "x", 10, 100, nullptr), API_E_INVALID);
-    EXPECT_EQ(zdasim_clone_start("vol1", "name_that_is_far_longer_than_31_chars", 10, -1, nullptr), API_E_INVALID);
+    EXPECT_EQ(
+        zdasim_clone_start("vol1", "name_that_is_far_longer_than_31_chars", 10, -1, nullptr), API_E_INVALID);
 }
 
-TEST_F(ArrayTest, TaskListIsReleasedWithTheGenericRelease) {
+TEST_F(ArrayTest, TaskListIsReleasedWithTheGenericRelease)
+{
     ASSERT_EQ(zdasim_clone_start("vol1", "c1", 10, -1, nullptr), 0);
     ASSERT_EQ(zdasim_clone_start("vol1", "c2", 10, -1, nullptr), 0);
     int count = 0;

@@ -6,43 +6,53 @@
 
 using namespace zdatest;
 
-namespace {
+namespace
+{
 
-struct Query {
+struct Query
+{
     int rc = -1;
     std::vector<std::string> names;
     std::vector<api_VVObj_t> records;
 };
 
-Query getVVs(const char* name, const char* wwn, int max = 1) {
+Query getVVs(const char* name, const char* wwn, int max = 1)
+{
     Query q;
     int count = -1;
     api_VVObj_t* list = nullptr;
     q.rc = api_getVVs(name, wwn, &count, &list, max);
-    if (q.rc != 0) {
+    if (q.rc != 0)
+    {
         EXPECT_EQ(list, nullptr);
         EXPECT_EQ(count, 0);
     }
     q.names = vvNames(list, count > 0 ? count : 0);
-    if (list) q.records.assign(list, list + count);
+    if (list)
+        q.records.assign(list, list + count);
     free_if_not_null(list);
     return q;
 }
 
 // One filter of the given entries, queried to the end in chunks of maxCount.
-Query chunked(const std::vector<std::pair<int, std::string>>& entries, int maxCount = 0, int flags = 1) {
+Query chunked(const std::vector<std::pair<int, std::string>>& entries, int maxCount = 0, int flags = 1)
+{
     Query q;
     _api_getvv_filter_t filter;
     EXPECT_EQ(api_getvv_filter_init(&filter, static_cast<int>(entries.size()) + 1), 0);
-    for (const auto& [attr, values] : entries) EXPECT_EQ(api_getvv_filter_add(&filter, attr, 1, values.c_str()), 0);
+    for (const auto& [attr, values] : entries)
+        EXPECT_EQ(api_getvv_filter_add(&filter, attr, 1, values.c_str()), 0);
     api_getvv_cursor_t cursor{};
     int rounds = 0;
-    do {
+    do
+    {
         int count = 0;
         api_VVObj_t* list = nullptr;
         q.rc = api_getVVs_chunk(&cursor, maxCount, &filter, &count, &list, flags);
-        for (const auto& n : vvNames(list, count)) q.names.push_back(n);
-        if (list) q.records.insert(q.records.end(), list, list + count);
+        for (const auto& n : vvNames(list, count))
+            q.names.push_back(n);
+        if (list)
+            q.records.insert(q.records.end(), list, list + count);
         free_if_not_null(list);
     } while (q.rc == 0 && !cursor.done && ++rounds < 1000);
     api_getvv_filter_free(&filter);
@@ -53,7 +63,8 @@ using VolumeTest = ArrayTest;
 
 }  // namespace
 
-TEST_F(VolumeTest, LookUpByNameOrWwn) {
+TEST_F(VolumeTest, LookUpByNameOrWwn)
+{
     Query vol2 = getVVs("vol2", nullptr);
     ASSERT_EQ(vol2.rc, 0);
     const api_VVObj_t& r = vol2.records.at(0);
@@ -69,14 +80,17 @@ TEST_F(VolumeTest, LookUpByNameOrWwn) {
     EXPECT_STREQ(wwn, r.wwnText);
 
     std::string lower = r.wwnText;
-    for (char& c : lower) c = static_cast<char>(tolower(c));
+    for (char& c : lower)
+        c = static_cast<char>(tolower(c));
     Query byWwn = getVVs(nullptr, lower.c_str());
     EXPECT_EQ(byWwn.rc, 0);
     EXPECT_EQ(byWwn.names, std::vector<std::string>{"vol2"});
 
     // Types of the test array's volumes.
-    const std::pair<const char*, int> types[] = {{"vol1", 1}, {"vol2.clone", 2}, {"vol1.rw", 3}, {"vol1.ro", 3}};
-    for (const auto& [name, type] : types) EXPECT_EQ(getVVs(name, nullptr).records.at(0).type, type) << name;
+    const std::pair<const char*, int> types[] = {
+        {"vol1", 1}, {"vol2.clone", 2}, {"vol1.rw", 3}, {"vol1.ro", 3}};
+    for (const auto& [name, type] : types)
+        EXPECT_EQ(getVVs(name, nullptr).records.at(0).type, type) << name;
     const api_VVObj_t ro = getVVs("vol1.ro", nullptr).records.at(0);
     EXPECT_EQ(ro.readOnly, 1);
     EXPECT_STREQ(ro.copyOfName, "vol1");
@@ -90,7 +104,8 @@ TEST_F(VolumeTest, LookUpByNameOrWwn) {
     EXPECT_EQ(getVVs(nullptr, nullptr, 4).names.size(), 4u);
 }
 
-TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn) {
+TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn)
+{
     // Names in the filter's order; unknown names and repeats are skipped.
     Query q = chunked({{API_VVFILTER_ATTR_NAME, "vol4|nosuch|vol1|vol4|vol2.clone"}});
     EXPECT_EQ(q.rc, 0);
@@ -120,11 +135,13 @@ TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn) {
     EXPECT_NE(j.find("names=\"vol1|vol2|vol3|vol4|vol5\""), std::string::npos) << j;
 }
 
-TEST_F(VolumeTest, FilterRefusesWhatItCannotHold) {
+TEST_F(VolumeTest, FilterRefusesWhatItCannotHold)
+{
     _api_getvv_filter_t f;
     ASSERT_EQ(api_getvv_filter_init(&f, 1), 0);
     const std::string full(255, 'a');
-    EXPECT_NE(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, (full + "a").c_str()), 0) << "256 characters";
+    EXPECT_NE(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, (full + "a").c_str()), 0)
+        << "256 characters";
     EXPECT_NE(api_getvv_filter_add(&f, 9, 1, "vol1"), 0) << "unknown attribute";
     EXPECT_EQ(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, full.c_str()), 0);
     EXPECT_NE(api_getvv_filter_add(&f, API_VVFILTER_ATTR_NAME, 1, "vol1"), 0) << "full";
@@ -141,7 +158,8 @@ TEST_F(VolumeTest, FilterRefusesWhatItCannotHold) {
     EXPECT_TRUE(q.names.empty());
 }
 
-TEST_F(VolumeTest, RemovalAnswers) {
+TEST_F(VolumeTest, RemovalAnswers)
+{
     api_evtparam_t e = event("return");
     auto remove = [&](std::vector<std::string> list, int flags = 0) {
         auto n = names(list);
@@ -194,7 +212,8 @@ TEST_F(VolumeTest, RemovalAnswers) {
     EXPECT_NE(lastJournalOf("api_removeVVs").find("names=\"admvv\""), std::string::npos);
 }
 
-TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
+TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
+{
     zdasim_clock_set(kT0 + 500);
     std::vector<api_groupsv_entry_t> svs(2);
     std::strcpy(svs[0].parentVolName, "vol1");
@@ -212,7 +231,8 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
 
     api_Status_t st = api_createGroupSV(&e, &req);
     ASSERT_EQ(st.code, 0) << text(st);
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < 2; ++i)
+    {
         Query child = getVVs(svs[i].childVolName, nullptr);
         ASSERT_EQ(child.rc, 0);
         const api_VVObj_t& c = child.records[0];
@@ -228,14 +248,21 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
     }
 
     // All or nothing: a bad entry makes no snapshot at all.
-    struct Bad { const char* parent; const char* child; int code; const char* words; };
+    struct Bad
+    {
+        const char* parent;
+        const char* child;
+        int code;
+        const char* words;
+    };
     const Bad bad[] = {
         {"ghost", "x_1", API_E_NOT_FOUND, "ghost"},
         {"vol3", "x_1", API_E_INVALID, "vol3 has no snapshot space"},
         {"vol2", "rel_1", API_E_EXISTS, "rel_1 already exists"},
         {"vol2", "", API_E_INVALID, "empty"},
     };
-    for (const Bad& b : bad) {
+    for (const Bad& b : bad)
+    {
         std::memset(svs.data(), 0, svs.size() * sizeof svs[0]);
         std::strcpy(svs[0].parentVolName, "vol2");
         std::strcpy(svs[0].childVolName, "fresh_1");
@@ -269,17 +296,20 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns) {
     EXPECT_NE(j.find("evt.op=\"snapshot\""), std::string::npos) << j;
 }
 
-TEST_F(VolumeTest, CpgsWithDomainsAndUse) {
+TEST_F(VolumeTest, CpgsWithDomainsAndUse)
+{
     int count = 0;
     api_cpg_t* cpgs = nullptr;
     ASSERT_EQ(api_getCPGs(&count, &cpgs), 0);
     std::map<std::string, api_cpg_t> byName;
-    for (int i = 0; i < count; ++i) byName[cpgs[i].name] = cpgs[i];
+    for (int i = 0; i < count; ++i)
+        byName[cpgs[i].name] = cpgs[i];
     free_if_not_null(cpgs);
     ASSERT_EQ(byName.size(), 4u);
     EXPECT_STREQ(byName["FC_r5"].domain, "dom1");
     EXPECT_STREQ(byName["NL_r6"].domain, "dom2");
     EXPECT_STREQ(byName["SSD_r1"].domain, "");
     EXPECT_EQ(byName["FC_r5"].volumeCount, 6) << "vol1, vol2, vol3 and their three copies";
-    EXPECT_EQ(byName["FC_r5"].usedMiB, 10240u + 20480u + 5120u + 20480u) << "copies' user space; snapshots use none";
+    EXPECT_EQ(byName["FC_r5"].usedMiB, 10240u + 20480u + 5120u + 20480u)
+        << "copies' user space; snapshots use none";
 }

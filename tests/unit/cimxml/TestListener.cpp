@@ -50,8 +50,8 @@ class TestListener::Impl
 {
 public:
     Impl(std::shared_ptr<CIMOMHandleBackend> backend, Options options)
-        : backend(std::move(backend)), options(std::move(options)),
-          tls(asio::ssl::context::tls_server), tcpAcceptor(io), localAcceptor(io)
+        : backend(std::move(backend)), options(std::move(options)), tls(asio::ssl::context::tls_server),
+          tcpAcceptor(io), localAcceptor(io)
     {
         if (this->options.kind == Kind::Unix)
         {
@@ -91,8 +91,7 @@ public:
     {
         template <class... Args>
         Session(Impl& owner, Args&&... args) : owner(owner), stream(std::forward<Args>(args)...)
-        {
-        }
+        {}
 
         void read()
         {
@@ -114,11 +113,11 @@ public:
             if (!owner.options.rawAnswer.empty())
             {
                 auto self = this->shared_from_this();
-                asio::async_write(stream, asio::buffer(owner.options.rawAnswer),
-                                  [self](error_code, std::size_t) {
-                                      error_code ignored;
-                                      beast::get_lowest_layer(self->stream).close(ignored);
-                                  });
+                asio::async_write(
+                    stream, asio::buffer(owner.options.rawAnswer), [self](error_code, std::size_t) {
+                        error_code ignored;
+                        beast::get_lowest_layer(self->stream).close(ignored);
+                    });
                 return;
             }
             response = owner.answer(request);
@@ -163,8 +162,7 @@ public:
             if (ec)
                 return;
             accepted++;
-            std::make_shared<Session<asio::local::stream_protocol::socket>>(*this, std::move(socket))
-                ->read();
+            std::make_shared<Session<asio::local::stream_protocol::socket>>(*this, std::move(socket))->read();
             acceptLocal();
         });
     }
@@ -195,13 +193,13 @@ public:
         try
         {
             OperationRequest request = decodeRequest(req.body().data(), req.body().size());
-            if (!http::headersMatch(request, std::string(req[http::CIM_METHOD]),
-                                    std::string(req[http::CIM_OBJECT])))
+            if (!http::headersMatch(
+                    request, std::string(req[http::CIM_METHOD]), std::string(req[http::CIM_OBJECT])))
                 return refuse(400, http::headerMismatch().cimError);
             {
                 std::lock_guard<std::mutex> lock(mutex);
-                headers.push_back(std::string(req[http::CIM_METHOD]) + " " +
-                                  std::string(req[http::CIM_OBJECT]));
+                headers.push_back(
+                    std::string(req[http::CIM_METHOD]) + " " + std::string(req[http::CIM_OBJECT]));
             }
             response = dispatch(*backend, request);
         }
@@ -238,8 +236,7 @@ public:
 
 TestListener::TestListener(std::shared_ptr<CIMOMHandleBackend> backend, Options options)
     : _impl(new Impl(std::move(backend), std::move(options)))
-{
-}
+{}
 
 TestListener::~TestListener() = default;
 
@@ -261,8 +258,8 @@ unsigned TestListener::connectionsAccepted() const
 
 // ---- certificates ----
 
-std::pair<std::string, std::string> makeSelfSignedCertificate(const std::string& folder,
-                                                              const std::string& name)
+std::pair<std::string, std::string> makeSelfSignedCertificate(
+    const std::string& folder, const std::string& name)
 {
     EVP_PKEY* key = EVP_EC_gen("P-256");
     X509* cert = X509_new();
@@ -274,14 +271,14 @@ std::pair<std::string, std::string> makeSelfSignedCertificate(const std::string&
     X509_gmtime_adj(X509_getm_notAfter(cert), 3600);
     X509_set_pubkey(cert, key);
     X509_NAME* subject = X509_get_subject_name(cert);
-    X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC,
-                               reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
+    X509_NAME_add_entry_by_txt(
+        subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
     X509_set_issuer_name(cert, subject);
     X509V3_CTX ctx;
     X509V3_set_ctx_nodb(&ctx);
     X509V3_set_ctx(&ctx, cert, cert, nullptr, nullptr, 0);
-    X509_EXTENSION* san = X509V3_EXT_conf_nid(nullptr, &ctx, NID_subject_alt_name,
-                                              "IP:127.0.0.1,DNS:localhost");
+    X509_EXTENSION* san = X509V3_EXT_conf_nid(
+        nullptr, &ctx, NID_subject_alt_name, "IP:127.0.0.1,DNS:localhost");
     X509_add_ext(cert, san, -1);
     X509_EXTENSION_free(san);
     X509_sign(cert, key, EVP_sha256());

@@ -17,22 +17,27 @@ namespace cimxml_test
 
 // Runs the request against backend and packs the result or the CIM error
 // into a response. Thread-safe if backend is.
-cimxml::OperationResponse dispatch(Pegasus::CIMOMHandleBackend& backend,
-                                   const cimxml::OperationRequest& request);
+cimxml::OperationResponse dispatch(
+    Pegasus::CIMOMHandleBackend& backend, const cimxml::OperationRequest& request);
 
 class TestListener
 {
 public:
-    enum class Kind { Http, Https, Unix };
+    enum class Kind
+    {
+        Http,
+        Https,
+        Unix
+    };
     struct Options
     {
         Kind kind = Kind::Http;
-        std::string certFile, keyFile;  // Https
-        std::string socketPath;         // Unix
+        std::string certFile, keyFile;      // Https
+        std::string socketPath;             // Unix
         std::string requiredAuthorization;  // exact Authorization header, if not empty
         bool closeAfterEachResponse = false;
-        bool neverAnswer = false;       // read requests, never respond
-        std::string rawAnswer;          // if set: sent verbatim to every request, then closed
+        bool neverAnswer = false;  // read requests, never respond
+        std::string rawAnswer;     // if set: sent verbatim to every request, then closed
     };
 
     // Starts listening at once; the destructor stops and joins.
@@ -51,8 +56,8 @@ private:
 
 // Writes a fresh self-signed certificate for 127.0.0.1 and localhost and
 // its key as PEM files into folder; returns {certFile, keyFile}.
-std::pair<std::string, std::string> makeSelfSignedCertificate(const std::string& folder,
-                                                              const std::string& name);
+std::pair<std::string, std::string> makeSelfSignedCertificate(
+    const std::string& folder, const std::string& name);
 
 }  // namespace cimxml_test
 

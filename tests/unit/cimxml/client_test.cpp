@@ -43,9 +43,8 @@ CIMObjectPath volume(const char* id)
 class Backend : public zda_test::RecordingCIMOMBackend
 {
 public:
-    CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName& ns,
-                            const CIMObjectPath& path, Boolean lo, Boolean iq, Boolean ico,
-                            const CIMPropertyList& pl) override
+    CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
+        Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
         RecordingCIMOMBackend::getInstance(c, ns, path, lo, iq, ico, pl);
         if (text(path.getKeyBindings()[0].getValue()) == "missing")
@@ -56,16 +55,16 @@ public:
         return v;
     }
 
-    CIMObjectPath createInstance(const OperationContext& c, const CIMNamespaceName& ns,
-                                 const CIMInstance& instance) override
+    CIMObjectPath createInstance(
+        const OperationContext& c, const CIMNamespaceName& ns, const CIMInstance& instance) override
     {
         RecordingCIMOMBackend::createInstance(c, ns, instance);
         return volume("new");
     }
 
     Array<CIMInstance> enumerateInstances(const OperationContext& c, const CIMNamespaceName& ns,
-                                          const CIMName& cn, Boolean di, Boolean lo, Boolean iq,
-                                          Boolean ico, const CIMPropertyList& pl) override
+        const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
+        const CIMPropertyList& pl) override
     {
         RecordingCIMOMBackend::enumerateInstances(c, ns, cn, di, lo, iq, ico, pl);
         Array<CIMInstance> all;
@@ -79,9 +78,8 @@ public:
         return all;
     }
 
-    CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
-                          const CIMObjectPath& path, const CIMName& method,
-                          const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
+        const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
         RecordingCIMOMBackend::invokeMethod(c, ns, path, method, in, out);
         if (method.getString() == "Fail")
@@ -107,30 +105,43 @@ std::vector<std::pair<const char*, Operation>> everyOperation()
     classOnly.setClassName("ZDA_StorageVolume");
     return {
         {"getClass", [=](CIMClient& c) { c.getClass(kNs, "ZDA_A", false, false, true, props); }},
-        {"enumerateClasses", [](CIMClient& c) { c.enumerateClasses(kNs, "ZDA_A", true, false, false, true); }},
+        {"enumerateClasses",
+            [](CIMClient& c) { c.enumerateClasses(kNs, "ZDA_A", true, false, false, true); }},
         {"enumerateClassNames", [](CIMClient& c) { c.enumerateClassNames(kNs, CIMName(), true); }},
         {"createClass", [](CIMClient& c) { c.createClass(kNs, CIMClass("ZDA_New", "ZDA_A")); }},
         {"modifyClass", [](CIMClient& c) { c.modifyClass(kNs, CIMClass("ZDA_New")); }},
         {"deleteClass", [](CIMClient& c) { c.deleteClass(kNs, "ZDA_New"); }},
         {"getInstance", [=](CIMClient& c) { c.getInstance(kNs, volume("v1"), false, true, true, props); }},
-        {"enumerateInstances", [](CIMClient& c) { c.enumerateInstances(kNs, "ZDA_StorageVolume", false, false, true, true); }},
+        {"enumerateInstances",
+            [](CIMClient& c) { c.enumerateInstances(kNs, "ZDA_StorageVolume", false, false, true, true); }},
         {"enumerateInstanceNames", [](CIMClient& c) { c.enumerateInstanceNames(kNs, "ZDA_StorageVolume"); }},
         {"createInstance", [=](CIMClient& c) { c.createInstance(kNs, named); }},
         {"modifyInstance", [=](CIMClient& c) { c.modifyInstance(kNs, named, false, props); }},
         {"deleteInstance", [](CIMClient& c) { c.deleteInstance(kNs, volume("v9")); }},
         {"execQuery", [](CIMClient& c) { c.execQuery(kNs, "WQL", "SELECT * FROM ZDA_StorageVolume"); }},
-        {"associators", [=](CIMClient& c) { c.associators(kNs, volume("v1"), "ZDA_Assoc", "ZDA_B", "Antecedent", "Dependent", true, true, props); }},
-        {"associatorNames", [=](CIMClient& c) { c.associatorNames(kNs, classOnly, "ZDA_Assoc", CIMName(), "", "Dependent"); }},
-        {"references", [](CIMClient& c) { c.references(kNs, volume("v1"), "ZDA_Assoc", "Antecedent", true, false); }},
-        {"referenceNames", [](CIMClient& c) { c.referenceNames(kNs, volume("v1"), CIMName(), "Antecedent"); }},
+        {"associators",
+            [=](CIMClient& c) {
+                c.associators(
+                    kNs, volume("v1"), "ZDA_Assoc", "ZDA_B", "Antecedent", "Dependent", true, true, props);
+            }},
+        {"associatorNames",
+            [=](CIMClient& c) {
+                c.associatorNames(kNs, classOnly, "ZDA_Assoc", CIMName(), "", "Dependent");
+            }},
+        {"references",
+            [](CIMClient& c) { c.references(kNs, volume("v1"), "ZDA_Assoc", "Antecedent", true, false); }},
+        {"referenceNames",
+            [](CIMClient& c) { c.referenceNames(kNs, volume("v1"), CIMName(), "Antecedent"); }},
         {"getProperty", [](CIMClient& c) { c.getProperty(kNs, volume("v1"), "Blocks"); }},
-        {"setProperty", [](CIMClient& c) { c.setProperty(kNs, volume("v1"), "Blocks", CIMValue(Uint64(7))); }},
-        {"invokeMethod", [](CIMClient& c) {
-             Array<CIMParamValue> in, out;
-             in.append(CIMParamValue("ElementName", CIMValue(String("copy"))));
-             in.append(CIMParamValue("Count", CIMValue(Uint16(2))));
-             c.invokeMethod(kNs, volume("v1"), "CreateReplica", in, out);
-         }},
+        {"setProperty",
+            [](CIMClient& c) { c.setProperty(kNs, volume("v1"), "Blocks", CIMValue(Uint64(7))); }},
+        {"invokeMethod",
+            [](CIMClient& c) {
+                Array<CIMParamValue> in, out;
+                in.append(CIMParamValue("ElementName", CIMValue(String("copy"))));
+                in.append(CIMParamValue("Count", CIMValue(Uint16(2))));
+                c.invokeMethod(kNs, volume("v1"), "CreateReplica", in, out);
+            }},
     };
 }
 
@@ -256,8 +267,7 @@ TEST_F(CimXmlClient, LargeEnumerationsArriveWhole)
     struct Many : Backend
     {
         Array<CIMInstance> enumerateInstances(const OperationContext&, const CIMNamespaceName&,
-                                              const CIMName&, Boolean, Boolean, Boolean, Boolean,
-                                              const CIMPropertyList&) override
+            const CIMName&, Boolean, Boolean, Boolean, Boolean, const CIMPropertyList&) override
         {
             Array<CIMInstance> all;
             for (int i = 0; i < 20000; i++)
@@ -318,7 +328,7 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
     const std::string xml = "application/xml; charset=utf-8";
     auto answer = [&](const std::string& headers, const std::string& body) {
         return "HTTP/1.1 200 OK\r\nContent-Type: " + xml + "\r\n" + headers +
-               "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
     };
     const std::string names =
         "<?xml version=\"1.0\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
@@ -328,7 +338,7 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
     std::string otherMessage = names;
     otherMessage.replace(otherMessage.find("ID=\"1\""), 6, "ID=\"2\"");
     std::string chunked = "HTTP/1.1 200 OK\r\nContent-Type: " + xml +
-                          "\r\nTransfer-Encoding: chunked\r\nTrailer: CIMStatusCode\r\n\r\n";
+        "\r\nTransfer-Encoding: chunked\r\nTrailer: CIMStatusCode\r\n\r\n";
     std::string firstHalf = names.substr(0, 100), secondHalf = names.substr(100);
     auto chunk = [](const std::string& s) {
         char size[16];
@@ -336,7 +346,15 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
         return size + s + "\r\n";
     };
 
-    enum Outcome { Works, CimError, HttpError, Malformed, BadXml, WrongAnswer };
+    enum Outcome
+    {
+        Works,
+        CimError,
+        HttpError,
+        Malformed,
+        BadXml,
+        WrongAnswer
+    };
     struct Case
     {
         const char* label;
@@ -347,16 +365,19 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
         {"plain", answer("", names), Works},
         {"chunked", chunked + chunk(firstHalf) + chunk(secondHalf) + "0\r\n\r\n", Works},
         {"error in the trailer",
-         chunked + chunk(firstHalf) + "0\r\nCIMStatusCode: 27\r\nCIMStatusCodeDescription: "
-                                      "out%20of%20memory\r\n\r\n",
-         CimError},
+            chunked + chunk(firstHalf) +
+                "0\r\nCIMStatusCode: 27\r\nCIMStatusCodeDescription: "
+                "out%20of%20memory\r\n\r\n",
+            CimError},
         {"http error",
-         "HTTP/1.1 501 Not Implemented\r\nCIMError: unsupported-cim-version\r\n"
-         "Content-Length: 0\r\n\r\n",
-         HttpError},
+            "HTTP/1.1 501 Not Implemented\r\nCIMError: unsupported-cim-version\r\n"
+            "Content-Length: 0\r\n\r\n",
+            HttpError},
         {"not http", "SSH-2.0-OpenSSH_9.2\r\n\r\n", Malformed},
-        {"not xml content", "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n"
-                            "Content-Length: 2\r\n\r\nhi", Malformed},
+        {"not xml content",
+            "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n"
+            "Content-Length: 2\r\n\r\nhi",
+            Malformed},
         {"not cim-xml", answer("", "<html/>"), BadXml},
         {"truncated xml", answer("", names.substr(0, names.size() - 20)), BadXml},
         {"another message", answer("", otherMessage), WrongAnswer},
@@ -485,7 +506,6 @@ TEST_F(CimXmlClient, HttpsVerifiesTheServerUnlessTheCallerRelaxesIt)
             EXPECT_EQ(3u, client.enumerateInstances(kNs, "ZDA_StorageVolume").size());
         }
         else
-            EXPECT_THROW(client.connect(c.host, listener.port(), ssl, "", ""),
-                         CannotConnectException);
+            EXPECT_THROW(client.connect(c.host, listener.port(), ssl, "", ""), CannotConnectException);
     }
 }

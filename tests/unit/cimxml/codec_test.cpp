@@ -61,28 +61,26 @@ CIMInstance namedVolume()
 CIMClass sampleClass()
 {
     CIMClass c("ZDA_ReplicationService", "CIM_Service");
-    c.addQualifier(CIMQualifier("Description", CIMValue(String("Makes replicas")),
-                                CIMFlavor::DEFAULTS + CIMFlavor::TRANSLATABLE));
-    c.addQualifier(CIMQualifier("Version", CIMValue(String("1.0")),
-                                CIMFlavor::DISABLEOVERRIDE + CIMFlavor::RESTRICTED));
-    CIMProperty name("Name", CIMValue(CIMTYPE_STRING, false), 0, CIMName(), "CIM_ManagedElement",
-                     true);
-    name.addQualifier(CIMQualifier("Key", CIMValue(true), CIMFlavor::DISABLEOVERRIDE +
-                                                               CIMFlavor::TOSUBCLASS));
+    c.addQualifier(CIMQualifier(
+        "Description", CIMValue(String("Makes replicas")), CIMFlavor::DEFAULTS + CIMFlavor::TRANSLATABLE));
+    c.addQualifier(
+        CIMQualifier("Version", CIMValue(String("1.0")), CIMFlavor::DISABLEOVERRIDE + CIMFlavor::RESTRICTED));
+    CIMProperty name("Name", CIMValue(CIMTYPE_STRING, false), 0, CIMName(), "CIM_ManagedElement", true);
+    name.addQualifier(
+        CIMQualifier("Key", CIMValue(true), CIMFlavor::DISABLEOVERRIDE + CIMFlavor::TOSUBCLASS));
     c.addProperty(name);
     c.addProperty(CIMProperty("Sizes", CIMValue(CIMTYPE_UINT64, true), 4));
     c.addProperty(CIMProperty("Owner", CIMValue(CIMTYPE_REFERENCE, false), 0, "CIM_System"));
     CIMMethod m("CreateElementReplica", CIMTYPE_UINT32);
-    m.addQualifier(CIMQualifier("ValueMap", CIMValue(Array<String>(1, String("0"))),
-                                CIMFlavor::DEFAULTS));
+    m.addQualifier(CIMQualifier("ValueMap", CIMValue(Array<String>(1, String("0"))), CIMFlavor::DEFAULTS));
     m.addParameter(CIMParameter("ElementName", CIMTYPE_STRING));
     m.addParameter(CIMParameter("SourceElement", CIMTYPE_REFERENCE, false, 0, "CIM_LogicalElement"));
     m.addParameter(CIMParameter("Members", CIMTYPE_REFERENCE, true, 0, "CIM_LogicalElement"));
     m.addParameter(CIMParameter("Flags", CIMTYPE_UINT16, true, 3));
     // An embedded instance parameter is declared a string with a qualifier.
     CIMParameter goal("Goal", CIMTYPE_INSTANCE);
-    goal.addQualifier(CIMQualifier("EmbeddedInstance", CIMValue(String("CIM_SettingData")),
-                                   CIMFlavor::DEFAULTS));
+    goal.addQualifier(
+        CIMQualifier("EmbeddedInstance", CIMValue(String("CIM_SettingData")), CIMFlavor::DEFAULTS));
     m.addParameter(goal);
     c.addMethod(m);
     return c;
@@ -213,8 +211,8 @@ std::string response(const std::string& rsp)
 const char kZda[] = "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zda\"/>"
                     "</LOCALNAMESPACEPATH>";
 
-DecodeFailure failureOf(const std::string& xml, bool asRequest = true,
-                        const DecodeLimits& limits = DecodeLimits())
+DecodeFailure failureOf(
+    const std::string& xml, bool asRequest = true, const DecodeLimits& limits = DecodeLimits())
 {
     try
     {
@@ -292,11 +290,11 @@ TEST(CimXmlValues, TextSurvivesWhereverItsSpecialCharactersStand)
     // surrogates, U+FFFE, U+FFFF) come back as U+FFFD: the answer stays
     // well-formed, which the decoding here checks.
     const Char16 specials[] = {'<', '>', '&', '"', '\t', '\n', '\r', 0x01, 0x0B, 0x7F, 0xE9, 0x20AC, 0xD834,
-                               0xD800, 0xDC00, 0xFFFE, 0xFFFF};
+        0xD800, 0xDC00, 0xFFFE, 0xFFFF};
     auto sent = [](Char16 c) {
         const Uint16 u = Uint16(c);
         const bool xml = u == '\t' || u == '\n' || u == '\r' || (u >= 0x20 && u < 0xD800) ||
-                         (u >= 0xE000 && u <= 0xFFFD) || u == 0xD834;
+            (u >= 0xE000 && u <= 0xFFFD) || u == 0xD834;
         return xml ? c : Char16(0xFFFD);
     };
     for (Char16 special : specials)
@@ -343,8 +341,7 @@ TEST(CimXmlValues, TextSurvivesWhereverItsSpecialCharactersStand)
 
 TEST(CimXmlValues, RealsKeepSpecialValuesAndPrecision)
 {
-    for (Real64 x : {0.1, 1e-310, -0.0, 1.7976931348623157e308,
-                     -std::numeric_limits<Real64>::infinity()})
+    for (Real64 x : {0.1, 1e-310, -0.0, 1.7976931348623157e308, -std::numeric_limits<Real64>::infinity()})
     {
         OperationResponse r;
         r.intrinsic = false;
@@ -406,57 +403,56 @@ std::vector<OperationRequest> everyIntrinsicRequest()
     classOnly.setClassName("ZDA_StorageVolume");
     return {
         with(intrinsic(Intrinsic::GetClass),
-             {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
-              {"IncludeQualifiers", CIMValue(false)}, {"IncludeClassOrigin", CIMValue(true)},
-              {"PropertyList", CIMValue(props)}}),
+            {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
+                {"IncludeQualifiers", CIMValue(false)}, {"IncludeClassOrigin", CIMValue(true)},
+                {"PropertyList", CIMValue(props)}}),
         with(intrinsic(Intrinsic::EnumerateClasses),
-             {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)},
-              {"LocalOnly", CIMValue(false)}, {"IncludeQualifiers", CIMValue(false)},
-              {"IncludeClassOrigin", CIMValue(true)}}),
+            {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)},
+                {"LocalOnly", CIMValue(false)}, {"IncludeQualifiers", CIMValue(false)},
+                {"IncludeClassOrigin", CIMValue(true)}}),
         with(intrinsic(Intrinsic::EnumerateClassNames),
-             {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)}}),
+            {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)}}),
         with(intrinsic(Intrinsic::CreateClass), {{"NewClass", CIMValue(CIMObject(sampleClass()))}}),
-        with(intrinsic(Intrinsic::ModifyClass),
-             {{"ModifiedClass", CIMValue(CIMObject(sampleClass()))}}),
+        with(intrinsic(Intrinsic::ModifyClass), {{"ModifiedClass", CIMValue(CIMObject(sampleClass()))}}),
         with(intrinsic(Intrinsic::DeleteClass), {{"ClassName", CIMValue(String("ZDA_A"))}}),
         with(intrinsic(Intrinsic::GetInstance),
-             {{"InstanceName", CIMValue(volumePath())}, {"LocalOnly", CIMValue(false)},
-              {"IncludeQualifiers", CIMValue(true)}, {"IncludeClassOrigin", CIMValue(true)},
-              {"PropertyList", CIMValue(Array<String>())}}),
+            {{"InstanceName", CIMValue(volumePath())}, {"LocalOnly", CIMValue(false)},
+                {"IncludeQualifiers", CIMValue(true)}, {"IncludeClassOrigin", CIMValue(true)},
+                {"PropertyList", CIMValue(Array<String>())}}),
         with(intrinsic(Intrinsic::EnumerateInstances),
-             {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
-              {"DeepInheritance", CIMValue(false)}, {"IncludeQualifiers", CIMValue(true)},
-              {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
+            {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
+                {"DeepInheritance", CIMValue(false)}, {"IncludeQualifiers", CIMValue(true)},
+                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
         with(intrinsic(Intrinsic::EnumerateInstanceNames), {{"ClassName", CIMValue(String("ZDA_A"))}}),
         with(intrinsic(Intrinsic::CreateInstance), {{"NewInstance", CIMValue(embeddedInstance())}}),
         with(intrinsic(Intrinsic::ModifyInstance),
-             {{"ModifiedInstance", CIMValue(modified)}, {"IncludeQualifiers", CIMValue(false)},
-              {"PropertyList", CIMValue(props)}}),
+            {{"ModifiedInstance", CIMValue(modified)}, {"IncludeQualifiers", CIMValue(false)},
+                {"PropertyList", CIMValue(props)}}),
         with(intrinsic(Intrinsic::DeleteInstance), {{"InstanceName", CIMValue(volumePath())}}),
         with(intrinsic(Intrinsic::ExecQuery),
-             {{"QueryLanguage", CIMValue(String("WQL"))},
-              {"Query", CIMValue(String("SELECT * FROM ZDA_A WHERE X < 3"))}}),
+            {{"QueryLanguage", CIMValue(String("WQL"))},
+                {"Query", CIMValue(String("SELECT * FROM ZDA_A WHERE X < 3"))}}),
         with(intrinsic(Intrinsic::Associators),
-             {{"ObjectName", CIMValue(volumePath())}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
-              {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
-              {"ResultRole", CIMValue(String("Dependent"))}, {"IncludeQualifiers", CIMValue(true)},
-              {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
+            {{"ObjectName", CIMValue(volumePath())}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
+                {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
+                {"ResultRole", CIMValue(String("Dependent"))}, {"IncludeQualifiers", CIMValue(true)},
+                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
         with(intrinsic(Intrinsic::AssociatorNames),
-             {{"ObjectName", CIMValue(classOnly)}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
-              {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
-              {"ResultRole", CIMValue(String("Dependent"))}}),
+            {{"ObjectName", CIMValue(classOnly)}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
+                {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
+                {"ResultRole", CIMValue(String("Dependent"))}}),
         with(intrinsic(Intrinsic::References),
-             {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
-              {"Role", CIMValue(String("Antecedent"))}, {"IncludeQualifiers", CIMValue(true)},
-              {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
+            {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
+                {"Role", CIMValue(String("Antecedent"))}, {"IncludeQualifiers", CIMValue(true)},
+                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
         with(intrinsic(Intrinsic::ReferenceNames),
-             {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
-              {"Role", CIMValue(String("Antecedent"))}}),
+            {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
+                {"Role", CIMValue(String("Antecedent"))}}),
         with(intrinsic(Intrinsic::GetProperty),
-             {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))}}),
+            {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))}}),
         with(intrinsic(Intrinsic::SetProperty),
-             {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))},
-              {"NewValue", CIMValue(volumePath("other"))}}),
+            {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))},
+                {"NewValue", CIMValue(volumePath("other"))}}),
     };
 }
 }  // namespace
@@ -495,19 +491,18 @@ TEST(CimXmlOperations, EveryIntrinsicRequestSurvivesWithEveryParameter)
 
 TEST(CimXmlOperations, AbsentParametersTakeTheOperationsDefaults)
 {
-    OperationRequest got = decodeRequestText(request(
-        std::string("<IMETHODCALL NAME=\"EnumerateInstances\">") + kZda +
-        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE>"
-        "<IPARAMVALUE NAME=\"LocalOnly\"/></IMETHODCALL>"));
+    OperationRequest got = decodeRequestText(
+        request(std::string("<IMETHODCALL NAME=\"EnumerateInstances\">") + kZda +
+            "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE>"
+            "<IPARAMVALUE NAME=\"LocalOnly\"/></IMETHODCALL>"));
     EXPECT_EQ("ZDA_A", str(got.className("ClassName").getString()));
     EXPECT_TRUE(got.flag("DeepInheritance"));
     EXPECT_TRUE(got.flag("LocalOnly"));  // a null value is the default too
     EXPECT_FALSE(got.flag("IncludeQualifiers"));
     EXPECT_TRUE(got.propertyList().isNull());
 
-    OperationRequest getClass = decodeRequestText(request(
-        std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda +
-        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE></IMETHODCALL>"));
+    OperationRequest getClass = decodeRequestText(request(std::string("<IMETHODCALL NAME=\"GetClass\">") +
+        kZda + "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE></IMETHODCALL>"));
     EXPECT_TRUE(getClass.flag("IncludeQualifiers"));
     EXPECT_FALSE(getClass.flag("IncludeClassOrigin"));
     EXPECT_THROW(getClass.objectPath("ClassName"), CIMException);  // typed access checks types
@@ -658,21 +653,19 @@ TEST(CimXmlOperations, RefusedRequestsBecomeCimErrorsForTheSameMessage)
         Uint32 code;
     };
     std::vector<Case> cases = {
-        {std::string("<IMETHODCALL NAME=\"Frobnicate\">") + kZda + "</IMETHODCALL>",
-         CIM_ERR_NOT_SUPPORTED},
-        {std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda + "</IMETHODCALL>",
-         CIM_ERR_INVALID_PARAMETER},
+        {std::string("<IMETHODCALL NAME=\"Frobnicate\">") + kZda + "</IMETHODCALL>", CIM_ERR_NOT_SUPPORTED},
+        {std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda + "</IMETHODCALL>", CIM_ERR_INVALID_PARAMETER},
         {std::string("<IMETHODCALL NAME=\"DeleteClass\">") + kZda +
-             "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
-             "<IPARAMVALUE NAME=\"Colour\"><VALUE>red</VALUE></IPARAMVALUE></IMETHODCALL>",
-         CIM_ERR_INVALID_PARAMETER},
+                "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
+                "<IPARAMVALUE NAME=\"Colour\"><VALUE>red</VALUE></IPARAMVALUE></IMETHODCALL>",
+            CIM_ERR_INVALID_PARAMETER},
         {std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-             "<IPARAMVALUE NAME=\"InstanceName\"><VALUE>x</VALUE></IPARAMVALUE></IMETHODCALL>",
-         CIM_ERR_INVALID_PARAMETER},
+                "<IPARAMVALUE NAME=\"InstanceName\"><VALUE>x</VALUE></IPARAMVALUE></IMETHODCALL>",
+            CIM_ERR_INVALID_PARAMETER},
         {std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda +
-             "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
-             "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE></IMETHODCALL>",
-         CIM_ERR_INVALID_PARAMETER},
+                "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
+                "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE></IMETHODCALL>",
+            CIM_ERR_INVALID_PARAMETER},
     };
     for (const Case& c : cases)
     {
@@ -731,20 +724,20 @@ TEST(CimXmlTolerance, FieldVariationsAreUnderstood)
     auto keyOf = [](const CIMObjectPath& p, Uint32 i) { return p.getKeyBindings()[i]; };
 
     // KEYVALUE without VALUETYPE/TYPE, with an empty TYPE, and typed only by TYPE.
-    OperationRequest got = decodeRequestText(request(
-        std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-        "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"ZDA_V\">"
-        "<KEYBINDING NAME=\"A\"><KEYVALUE>one</KEYVALUE></KEYBINDING>"
-        "<KEYBINDING NAME=\"B\"><KEYVALUE TYPE=\"\">two</KEYVALUE></KEYBINDING>"
-        "<KEYBINDING NAME=\"C\"><KEYVALUE TYPE=\"uint16\"> 3 </KEYVALUE></KEYBINDING>"
-        "<KEYBINDING NAME=\"D\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
-        kZda +
-        "<INSTANCENAME CLASSNAME=\"ZDA_S\"><KEYBINDING NAME=\"N\"><KEYVALUE>s</KEYVALUE>"
-        "</KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH></VALUE.REFERENCE></KEYBINDING>"
-        "<KEYBINDING NAME=\"E\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"ZDA_S\">"
-        "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"string\">t</KEYVALUE></KEYBINDING>"
-        "</INSTANCENAME></VALUE.REFERENCE></KEYBINDING>"
-        "</INSTANCENAME></IPARAMVALUE></IMETHODCALL>"));
+    OperationRequest got = decodeRequestText(
+        request(std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
+            "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"ZDA_V\">"
+            "<KEYBINDING NAME=\"A\"><KEYVALUE>one</KEYVALUE></KEYBINDING>"
+            "<KEYBINDING NAME=\"B\"><KEYVALUE TYPE=\"\">two</KEYVALUE></KEYBINDING>"
+            "<KEYBINDING NAME=\"C\"><KEYVALUE TYPE=\"uint16\"> 3 </KEYVALUE></KEYBINDING>"
+            "<KEYBINDING NAME=\"D\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
+            kZda +
+            "<INSTANCENAME CLASSNAME=\"ZDA_S\"><KEYBINDING NAME=\"N\"><KEYVALUE>s</KEYVALUE>"
+            "</KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH></VALUE.REFERENCE></KEYBINDING>"
+            "<KEYBINDING NAME=\"E\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"ZDA_S\">"
+            "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"string\">t</KEYVALUE></KEYBINDING>"
+            "</INSTANCENAME></VALUE.REFERENCE></KEYBINDING>"
+            "</INSTANCENAME></IPARAMVALUE></IMETHODCALL>"));
     CIMObjectPath p = got.objectPath("InstanceName");
     ASSERT_EQ(5u, p.getKeyBindings().size());
     EXPECT_EQ("one", str(keyOf(p, 0).getValue()));
@@ -760,15 +753,17 @@ TEST(CimXmlTolerance, FieldVariationsAreUnderstood)
     std::string escaped = "&lt;INSTANCE CLASSNAME=\"ZDA_Job\"&gt;&lt;PROPERTY NAME=\"N\" "
                           "TYPE=\"string\"&gt;&lt;VALUE&gt;j&lt;/VALUE&gt;&lt;/PROPERTY&gt;"
                           "&lt;/INSTANCE&gt;";
-    OperationRequest call = decodeRequestText(request(
-        "<METHODCALL NAME=\"M\"><LOCALCLASSPATH>" + std::string(kZda) +
-        "<CLASSNAME NAME=\"ZDA_S\"/></LOCALCLASSPATH>"
-        "<PARAMVALUE NAME=\"A\" PARAMTYPE=\"string\" EmbeddedObject=\"instance\"><VALUE>" +
-        escaped + "</VALUE></PARAMVALUE>"
-                  "<PARAMVALUE NAME=\"B\" EMBEDDEDOBJECT=\"object\"><VALUE>" +
-        escaped + "</VALUE></PARAMVALUE>"
-                  "<PARAMVALUE NAME=\"C\"><INSTANCE CLASSNAME=\"ZDA_Job\"/></PARAMVALUE>"
-                  "<PARAMVALUE NAME=\"D\"/></METHODCALL>"));
+    OperationRequest call = decodeRequestText(
+        request("<METHODCALL NAME=\"M\"><LOCALCLASSPATH>" + std::string(kZda) +
+            "<CLASSNAME NAME=\"ZDA_S\"/></LOCALCLASSPATH>"
+            "<PARAMVALUE NAME=\"A\" PARAMTYPE=\"string\" EmbeddedObject=\"instance\"><VALUE>" +
+            escaped +
+            "</VALUE></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"B\" EMBEDDEDOBJECT=\"object\"><VALUE>" +
+            escaped +
+            "</VALUE></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"C\"><INSTANCE CLASSNAME=\"ZDA_Job\"/></PARAMVALUE>"
+            "<PARAMVALUE NAME=\"D\"/></METHODCALL>"));
     ASSERT_EQ(4u, call.parameters.size());
     EXPECT_EQ(CIMTYPE_INSTANCE, call.parameters[0].getValue().getType());
     EXPECT_EQ(CIMTYPE_OBJECT, call.parameters[1].getValue().getType());
@@ -778,9 +773,9 @@ TEST(CimXmlTolerance, FieldVariationsAreUnderstood)
 
     // A method response without a return value; an empty enumeration
     // without IRETURNVALUE; an ERROR carrying instances.
-    OperationResponse noReturn = decodeResponseText(response(
-        "<METHODRESPONSE NAME=\"M\"><PARAMVALUE NAME=\"Job\" PARAMTYPE=\"uint16\">"
-        "<VALUE>4</VALUE></PARAMVALUE></METHODRESPONSE>"));
+    OperationResponse noReturn = decodeResponseText(
+        response("<METHODRESPONSE NAME=\"M\"><PARAMVALUE NAME=\"Job\" PARAMTYPE=\"uint16\">"
+                 "<VALUE>4</VALUE></PARAMVALUE></METHODRESPONSE>"));
     EXPECT_TRUE(noReturn.returnValue.isNull());
     EXPECT_TRUE(noReturn.outParameters[0].getValue() == CIMValue(Uint16(4)));
     OperationResponse empty = decodeResponseText(
@@ -800,9 +795,9 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
     // A method call whose GroupName is `name` as written.
     auto createGroup = [](const std::string& name) {
         return request("<METHODCALL NAME=\"CreateGroup\"><LOCALCLASSPATH>" + std::string(kZda) +
-                       "<CLASSNAME NAME=\"ZDA_ReplicationService\"/></LOCALCLASSPATH>"
-                       "<PARAMVALUE NAME=\"GroupName\" PARAMTYPE=\"string\"><VALUE>" + name +
-                       "</VALUE></PARAMVALUE></METHODCALL>");
+            "<CLASSNAME NAME=\"ZDA_ReplicationService\"/></LOCALCLASSPATH>"
+            "<PARAMVALUE NAME=\"GroupName\" PARAMTYPE=\"string\"><VALUE>" +
+            name + "</VALUE></PARAMVALUE></METHODCALL>");
     };
     // The same characters are plain text where references are not read, and
     // good references are read.
@@ -814,14 +809,14 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
     }
 
     std::string valid = request(std::string("<IMETHODCALL NAME=\"DeleteClass\">") + kZda +
-                                "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/>"
-                                "</IPARAMVALUE></IMETHODCALL>");
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/>"
+        "</IPARAMVALUE></IMETHODCALL>");
     decodeRequestText(valid);  // the base line is accepted
-    const std::string call = valid.substr(valid.find("<IMETHODCALL"),
-                                          valid.find("</SIMPLEREQ>") - valid.find("<IMETHODCALL"));
+    const std::string call = valid.substr(
+        valid.find("<IMETHODCALL"), valid.find("</SIMPLEREQ>") - valid.find("<IMETHODCALL"));
 
     std::string withNuls = request("<IMETHODCALL NAME=\"DeleteClass\">" + std::string(kZda) +
-                               std::string(100000, '\0') + "</IMETHODCALL>");
+        std::string(100000, '\0') + "</IMETHODCALL>");
     std::string nest;
     for (int i = 0; i < 100000; i++)
         nest += "<VALUE.ARRAY>";
@@ -840,45 +835,44 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         {"unclosed", valid.substr(0, valid.size() - 7), DecodeFailure::NotWellFormed},
         {"mismatched", request("<IMETHODCALL NAME=\"X\"></METHODCALL>"), DecodeFailure::NotWellFormed},
         {"entity declaration",
-         "<?xml version=\"1.0\"?><!DOCTYPE CIM [<!ENTITY a \"aaaaaaaaaa\">"
-         "<!ENTITY b \"&a;&a;&a;&a;&a;&a;\">]>" + valid.substr(valid.find("<CIM")),
-         DecodeFailure::NotWellFormed},
-        {"external entity",
-         "<!DOCTYPE CIM SYSTEM \"file:///etc/passwd\">" + valid.substr(valid.find("<CIM")),
-         DecodeFailure::NotWellFormed},
+            "<?xml version=\"1.0\"?><!DOCTYPE CIM [<!ENTITY a \"aaaaaaaaaa\">"
+            "<!ENTITY b \"&a;&a;&a;&a;&a;&a;\">]>" +
+                valid.substr(valid.find("<CIM")),
+            DecodeFailure::NotWellFormed},
+        {"external entity", "<!DOCTYPE CIM SYSTEM \"file:///etc/passwd\">" + valid.substr(valid.find("<CIM")),
+            DecodeFailure::NotWellFormed},
         {"undeclared entity", request("<IMETHODCALL NAME=\"&xxe;\"/>"), DecodeFailure::NotValid},
         {"deep nesting", request(nest), DecodeFailure::LimitExceeded},
-        {"huge attribute",
-         request("<IMETHODCALL NAME=\"" + std::string(2 << 20, 'A') + "\"/>"),
-         DecodeFailure::LimitExceeded},
+        {"huge attribute", request("<IMETHODCALL NAME=\"" + std::string(2 << 20, 'A') + "\"/>"),
+            DecodeFailure::LimitExceeded},
         {"wrong root", "<HTML/>", DecodeFailure::NotValid},
-        {"response as request",
-         response("<IMETHODRESPONSE NAME=\"GetClass\"/>"), DecodeFailure::NotValid},
+        {"response as request", response("<IMETHODRESPONSE NAME=\"GetClass\"/>"), DecodeFailure::NotValid},
         {"cim version",
-         "<CIM CIMVERSION=\"3.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
-         "<SIMPLEREQ/></MESSAGE></CIM>",
-         DecodeFailure::UnsupportedCimVersion},
+            "<CIM CIMVERSION=\"3.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
+            "<SIMPLEREQ/></MESSAGE></CIM>",
+            DecodeFailure::UnsupportedCimVersion},
         {"dtd version",
-         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"1.1\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
-         "<SIMPLEREQ/></MESSAGE></CIM>",
-         DecodeFailure::UnsupportedDtdVersion},
+            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"1.1\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
+            "<SIMPLEREQ/></MESSAGE></CIM>",
+            DecodeFailure::UnsupportedDtdVersion},
         {"protocol version",
-         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"2.0\">"
-         "<SIMPLEREQ/></MESSAGE></CIM>",
-         DecodeFailure::UnsupportedProtocolVersion},
-        {"multiple requests",
-         std::string(kHead) + "<MULTIREQ/>" + kTail, DecodeFailure::MultipleRequests},
+            "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"2.0\">"
+            "<SIMPLEREQ/></MESSAGE></CIM>",
+            DecodeFailure::UnsupportedProtocolVersion},
+        {"multiple requests", std::string(kHead) + "<MULTIREQ/>" + kTail, DecodeFailure::MultipleRequests},
         {"no namespace", request("<IMETHODCALL NAME=\"DeleteClass\"/>"), DecodeFailure::NotValid},
         {"bad class name",
-         request(std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-                 "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"9 bad\"/>"
-                 "</IPARAMVALUE></IMETHODCALL>"),
-         DecodeFailure::NotValid},
+            request(std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
+                "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"9 bad\"/>"
+                "</IPARAMVALUE></IMETHODCALL>"),
+            DecodeFailure::NotValid},
         {"nul bytes", withNuls, DecodeFailure::NotWellFormed},
-        {"not utf-8", request("<IMETHODCALL NAME=\"Get\xC0\xAF" "Class\"/>"),
-         DecodeFailure::NotWellFormed},
+        {"not utf-8",
+            request("<IMETHODCALL NAME=\"Get\xC0\xAF"
+                    "Class\"/>"),
+            DecodeFailure::NotWellFormed},
         {"utf-16 surrogate in utf-8", request("<IMETHODCALL NAME=\"\xED\xA0\x80\"/>"),
-         DecodeFailure::NotWellFormed},
+            DecodeFailure::NotWellFormed},
         {"control character", createGroup("a\x01"), DecodeFailure::NotWellFormed},
         {"U+FFFE", createGroup("a\xEF\xBF\xBE"), DecodeFailure::NotWellFormed},
         {"reference to a control character", createGroup("a&#x1;"), DecodeFailure::NotWellFormed},
@@ -886,13 +880,14 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         {"reference to a lone surrogate", createGroup("&#xD800;"), DecodeFailure::NotWellFormed},
         {"reference to U+FFFF", createGroup("&#65535;"), DecodeFailure::NotWellFormed},
         {"reference beyond Unicode", createGroup("&#x110000;"), DecodeFailure::NotWellFormed},
-        {"reference in an attribute", request("<IMETHODCALL NAME=\"&#x1B;\"/>"), DecodeFailure::NotWellFormed},
+        {"reference in an attribute", request("<IMETHODCALL NAME=\"&#x1B;\"/>"),
+            DecodeFailure::NotWellFormed},
         {"second call", request(call + call), DecodeFailure::NotValid},
-        {"second SIMPLEREQ",
-         valid.substr(0, valid.find("</MESSAGE>")) + "<SIMPLEREQ/>" + kTail, DecodeFailure::NotValid},
+        {"second SIMPLEREQ", valid.substr(0, valid.find("</MESSAGE>")) + "<SIMPLEREQ/>" + kTail,
+            DecodeFailure::NotValid},
         {"second MESSAGE",
-         valid.substr(0, valid.find("</CIM>")) + "<MESSAGE ID=\"2\" PROTOCOLVERSION=\"1.0\"/></CIM>",
-         DecodeFailure::NotValid},
+            valid.substr(0, valid.find("</CIM>")) + "<MESSAGE ID=\"2\" PROTOCOLVERSION=\"1.0\"/></CIM>",
+            DecodeFailure::NotValid},
     };
     for (const Case& c : cases)
     {
@@ -950,10 +945,10 @@ TEST(CimXmlRefusal, EmbeddedObjectsNestOnlyAsDeepAsAllowed)
 TEST(CimXmlHttp, HeaderRules)
 {
     for (const char* ok : {"application/xml", "text/xml", "application/xml; charset=\"utf-8\"",
-                           "text/xml;charset=UTF-8", "Application/XML ; CHARSET=utf-8"})
+             "text/xml;charset=UTF-8", "Application/XML ; CHARSET=utf-8"})
         EXPECT_TRUE(http::isXmlContentType(ok)) << ok;
-    for (const char* bad : {"", "text/plain", "application/xml; charset=iso-8859-1",
-                            "application/xmlx", "text/html; charset=utf-8"})
+    for (const char* bad : {"", "text/plain", "application/xml; charset=iso-8859-1", "application/xmlx",
+             "text/html; charset=utf-8"})
         EXPECT_FALSE(http::isXmlContentType(bad)) << bad;
 
     std::size_t n = 0;
@@ -979,8 +974,7 @@ TEST(CimXmlHttp, HeaderRules)
     EXPECT_TRUE(http::headersMatch(get, "GetClass", "ROOT/zda"));
     EXPECT_FALSE(http::headersMatch(get, "GetClass", "root/other"));
 
-    EXPECT_EQ("73-", http::extensionHeaderPrefix(
-                         "http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73"));
+    EXPECT_EQ("73-", http::extensionHeaderPrefix("http://www.dmtf.org/cim/mapping/http/v1.0 ; ns=73"));
     EXPECT_EQ("", http::extensionHeaderPrefix("http://example.com/other ; ns=73"));
     EXPECT_EQ("", http::extensionHeaderPrefix("http://www.dmtf.org/cim/mapping/http/v1.0"));
 

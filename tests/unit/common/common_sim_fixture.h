@@ -15,13 +15,16 @@
 #include "zdaapi.h"
 #include "zdasim_control.h"
 
-namespace zda_common_test {
+namespace zda_common_test
+{
 
 constexpr time_t kT0 = 1767225600;  // 2026-01-01 00:00:00 UTC
 
-class CommonSimTest : public zda_test::SimulatorFixture {
+class CommonSimTest : public zda_test::SimulatorFixture
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         zdasim_clock_set(kT0);  // before the reset, which stamps the array's times
         zda_test::SimulatorFixture::SetUp();
         zdasim_sem_set_timeout_ms(2000);
@@ -30,7 +33,8 @@ protected:
         Pegasus::ZDA_InternalCacheService::destroy();
     }
 
-    void TearDown() override {
+    void TearDown() override
+    {
         zda_test::SimulatorFixture::TearDown();
         zdasim_faults_clear();
         zdasim_log_capture(0);
@@ -43,19 +47,24 @@ using zda_test::journalOf;
 using zda_test::logLines;
 
 // Whether a line of exactly this level and text was logged.
-inline bool logged(int level, const std::string& text) {
+inline bool logged(int level, const std::string& text)
+{
     for (const auto& line : logLines())
-        if (line.first == level && line.second == text) return true;
+        if (line.first == level && line.second == text)
+            return true;
     return false;
 }
 
 // The WWN text of a volume of the array, read under the semaphore.
-inline std::string wwnOf(const std::string& name) {
+inline std::string wwnOf(const std::string& name)
+{
     int count = 0;
     api_VVObj_t* vv = nullptr;
     std::string wwn;
-    if (cim_sem_wait() == 0) {
-        if (api_getVVs(name.c_str(), nullptr, &count, &vv, 1) == 0 && count == 1) wwn = vv[0].wwnText;
+    if (cim_sem_wait() == 0)
+    {
+        if (api_getVVs(name.c_str(), nullptr, &count, &vv, 1) == 0 && count == 1)
+            wwn = vv[0].wwnText;
         cim_sem_post();
     }
     free_if_not_null(vv);
@@ -63,7 +72,8 @@ inline std::string wwnOf(const std::string& name) {
 }
 
 // A storage volume path whose DeviceID is the WWN text.
-inline Pegasus::CIMObjectPath volumePath(const std::string& wwn) {
+inline Pegasus::CIMObjectPath volumePath(const std::string& wwn)
+{
     Pegasus::Array<Pegasus::CIMKeyBinding> keys;
     keys.append(Pegasus::CIMKeyBinding("DeviceID", wwn.c_str(), Pegasus::CIMKeyBinding::STRING));
     keys.append(Pegasus::CIMKeyBinding("SystemName", "zda-sim", Pegasus::CIMKeyBinding::STRING));

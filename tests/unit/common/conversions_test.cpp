@@ -11,14 +11,17 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 
-class EventParamTest : public CommonSimTest {};
+class EventParamTest : public CommonSimTest
+{};
 
-TEST_F(EventParamTest, FieldsAreFilledAndCutToTheirSizes) {
+TEST_F(EventParamTest, FieldsAreFilledAndCutToTheirSizes)
+{
     api_evtparam_t ev{};
     ZDA_Common::setEventParam(&ev, "ZDA_ReplicationServiceProvider", "CreateElementReplica", "create",
-                              "admin", "192.0.2.99", "vol1 -> vol1.snap");
+        "admin", "192.0.2.99", "vol1 -> vol1.snap");
     EXPECT_STREQ(ev.method, "ZDA_ReplicationServiceProvider:CreateElementReplica");
     EXPECT_STREQ(ev.inst_op, "create");
     EXPECT_STREQ(ev.user, "admin");
@@ -30,7 +33,7 @@ TEST_F(EventParamTest, FieldsAreFilledAndCutToTheirSizes) {
     api_evtparam_t cut;
     std::memset(&cut, 'x', sizeof cut);
     ZDA_Common::setEventParam(&cut, cls.c_str(), method.c_str(), std::string(40, 'o').c_str(),
-                              std::string(40, 'u').c_str(), std::string(60, 'a').c_str(), longText.c_str());
+        std::string(40, 'u').c_str(), std::string(60, 'a').c_str(), longText.c_str());
     EXPECT_EQ(std::string(cut.method), cls + ":" + std::string(26, 'm'));
     EXPECT_EQ(std::strlen(cut.inst_op), sizeof cut.inst_op - 1);
     EXPECT_EQ(std::strlen(cut.user), sizeof cut.user - 1);
@@ -50,48 +53,67 @@ TEST_F(EventParamTest, FieldsAreFilledAndCutToTheirSizes) {
 
     ZDA_Common::setEventOp(&noClass, "add members to set1");
     EXPECT_STREQ(noClass.inst_op, "add members to ");
-    for (const auto& line : logLines()) EXPECT_NE(line.first, 2) << line.second;
+    for (const auto& line : logLines())
+        EXPECT_NE(line.first, 2) << line.second;
 }
 
-TEST_F(EventParamTest, NullRecordIsLoggedAndNothingElseHappens) {
+TEST_F(EventParamTest, NullRecordIsLoggedAndNothingElseHappens)
+{
     ZDA_Common::setEventParam(nullptr, "C", "M", "op", "u", "a");
     ZDA_Common::setEventParam(nullptr, "C", "M", "op", "u", "a", "text");
     ZDA_Common::setEventOp(nullptr, "op");
-    EXPECT_TRUE(logged(2, "setEventParam: Unable to log event data. The control block pointer (eventp) is null."));
-    EXPECT_TRUE(logged(2, "setEventOp: Unable to log event data. The control block pointer (eventp) is null."));
+    EXPECT_TRUE(
+        logged(2, "setEventParam: Unable to log event data. The control block pointer (eventp) is null."));
+    EXPECT_TRUE(
+        logged(2, "setEventOp: Unable to log event data. The control block pointer (eventp) is null."));
 }
 
 // Runs the test body in a time zone and restores the one before.
-class TimeZoneTest : public CommonSimTest {
+class TimeZoneTest : public CommonSimTest
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         CommonSimTest::SetUp();
         const char* tz = std::getenv("TZ");
         hadTz_ = tz != nullptr;
-        if (tz) savedTz_ = tz;
+        if (tz)
+            savedTz_ = tz;
     }
-    void TearDown() override {
-        if (hadTz_) setenv("TZ", savedTz_.c_str(), 1);
-        else unsetenv("TZ");
+    void TearDown() override
+    {
+        if (hadTz_)
+            setenv("TZ", savedTz_.c_str(), 1);
+        else
+            unsetenv("TZ");
         tzset();
         CommonSimTest::TearDown();
     }
-    static void zone(const char* tz) {
+    static void zone(const char* tz)
+    {
         setenv("TZ", tz, 1);
         tzset();
     }
+
 private:
     bool hadTz_ = false;
     std::string savedTz_;
 };
 
-TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack) {
-    const struct { const char* tz; const char* text; const char* zoneName; } zones[] = {
+TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack)
+{
+    const struct
+    {
+        const char* tz;
+        const char* text;
+        const char* zoneName;
+    } zones[] = {
         {"EST5", "20251231190000.000000-300", "GMT-300"},      // five hours behind UTC
         {"IST-5:30", "20260101053000.000000+330", "GMT+330"},  // five and a half ahead
         {"UTC0", "20260101000000.000000+000", "GMT-0"},
     };
-    for (const auto& z : zones) {
+    for (const auto& z : zones)
+    {
         zone(z.tz);
         const CIMDateTime dt = ZDA_Common::getCIMDateTime(kT0);
         EXPECT_EQ(text(dt.toString()), z.text) << z.tz;
@@ -100,14 +122,16 @@ TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack) {
     }
 }
 
-TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero) {
+TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero)
+{
     zone("UTC0");
     EXPECT_EQ(ZDA_Common::getDateTime(CIMDateTime("00000001020304.000000:000")), 0);  // an interval
     EXPECT_EQ(ZDA_Common::getDateTime(CIMDateTime("18991231235959.000000+000")), 0);  // before 1900
     EXPECT_EQ(ZDA_Common::getDateTime(CIMDateTime()), 0);                             // unset
 
     tm fields{};
-    EXPECT_EQ(ZDA_Common::_formatDateTime("20261301000000.000000+000", &fields), 1);  // no upper bound on the month
+    EXPECT_EQ(
+        ZDA_Common::_formatDateTime("20261301000000.000000+000", &fields), 1);  // no upper bound on the month
     EXPECT_EQ(fields.tm_mon, 12);
     EXPECT_EQ(ZDA_Common::_formatDateTime("20260001000000.000000+000", &fields), -1);
     EXPECT_EQ(ZDA_Common::_formatDateTime("-123", &fields), -1);
@@ -120,9 +144,11 @@ TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero) {
     EXPECT_EQ(fields.tm_isdst, -1);
 }
 
-class ConversionTest : public CommonSimTest {};
+class ConversionTest : public CommonSimTest
+{};
 
-TEST_F(ConversionTest, InstanceIDsGiveWhatFollowsThePrefix) {
+TEST_F(ConversionTest, InstanceIDsGiveWhatFollowsThePrefix)
+{
     EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("KX_ORLA:rcg1:target2")), "rcg1:target2");
     EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("KX_ORLA:set1")), "set1");
     EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("ZDA:KX_ORLA:set1")), "set1");
@@ -130,23 +156,27 @@ TEST_F(ConversionTest, InstanceIDsGiveWhatFollowsThePrefix) {
     EXPECT_EQ(text(ZDA_Common::extractFromInstanceID("kx_orla:set1")), "");
 }
 
-TEST_F(ConversionTest, RandomStringsHaveLenMinusOneCharactersOfTheAlphabet) {
+TEST_F(ConversionTest, RandomStringsHaveLenMinusOneCharactersOfTheAlphabet)
+{
     char buf[64];
     std::memset(buf, 'x', sizeof buf);
     ZDA_Common::generate_random_string(buf, 1);
     EXPECT_STREQ(buf, "");
     std::set<std::string> seen;
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
+    {
         std::memset(buf, 'x', sizeof buf);
         ZDA_Common::generate_random_string(buf, 17);
         ASSERT_EQ(std::strlen(buf), 16u);
-        EXPECT_EQ(std::strspn(buf, "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"), 16u) << buf;
+        EXPECT_EQ(std::strspn(buf, "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_"), 16u)
+            << buf;
         seen.insert(buf);
     }
     EXPECT_EQ(seen.size(), 20u);
 }
 
-TEST_F(ConversionTest, RandomStringStopsTheProcessOnBadArguments) {
+TEST_F(ConversionTest, RandomStringStopsTheProcessOnBadArguments)
+{
     char buf[4];
     EXPECT_DEATH(ZDA_Common::generate_random_string(buf, 0), "");
     EXPECT_DEATH(ZDA_Common::generate_random_string(nullptr, 8), "");

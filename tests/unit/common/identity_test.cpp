@@ -14,90 +14,113 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 
 // The facts the internal cache answers, by method name.
-void answer(const CIMName& method, const String& prefix, Array<CIMParamValue>& out) {
-    if (method.equal("GetSystemName")) out.append(CIMParamValue("SystemName", CIMValue(prefix + "zda-sim")));
-    if (method.equal("GetSystemHostName")) out.append(CIMParamValue("SystemHostName", CIMValue(prefix + "zda-sim.local")));
-    if (method.equal("GetSystemAddress")) out.append(CIMParamValue("SystemAddress", CIMValue(prefix + "192.0.2.10")));
-    if (method.equal("GetSystemID")) out.append(CIMParamValue("SystemID", CIMValue(Uint32(1234567))));
-    if (method.equal("GetSystemType")) out.append(CIMParamValue("systemtype", CIMValue(Sint32(8450))));
-    if (method.equal("IsQuadPortSystem")) out.append(CIMParamValue("IsQuadPort", CIMValue(Uint8(1))));
+void answer(const CIMName& method, const String& prefix, Array<CIMParamValue>& out)
+{
+    if (method.equal("GetSystemName"))
+        out.append(CIMParamValue("SystemName", CIMValue(prefix + "zda-sim")));
+    if (method.equal("GetSystemHostName"))
+        out.append(CIMParamValue("SystemHostName", CIMValue(prefix + "zda-sim.local")));
+    if (method.equal("GetSystemAddress"))
+        out.append(CIMParamValue("SystemAddress", CIMValue(prefix + "192.0.2.10")));
+    if (method.equal("GetSystemID"))
+        out.append(CIMParamValue("SystemID", CIMValue(Uint32(1234567))));
+    if (method.equal("GetSystemType"))
+        out.append(CIMParamValue("systemtype", CIMValue(Sint32(8450))));
+    if (method.equal("IsQuadPortSystem"))
+        out.append(CIMParamValue("IsQuadPort", CIMValue(Uint8(1))));
 }
 
 const CIMObjectPath kSystem("ZDA_StorageSystem.CreationClassName=\"ZDA_StorageSystem\",Name=\"zda-sim\"");
 
 // The local connection: answers as the internal cache and the storage system
 // provider would, unless told to fail enumerations.
-class LocalServer : public zda_test::RecordingClientTransport {
+class LocalServer : public zda_test::RecordingClientTransport
+{
 public:
     LocalServer(Log log, bool failEnumerations)
-        : RecordingClientTransport(std::move(log)), failEnumerations_(failEnumerations) {}
+        : RecordingClientTransport(std::move(log)), failEnumerations_(failEnumerations)
+    {}
     CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
-                          const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override {
+        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    {
         RecordingClientTransport::invokeMethod(ns, path, method, in, out);
         answer(method, "", out);
         return CIMValue(Uint32(0));
     }
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override {
+    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
+    {
         RecordingClientTransport::enumerateInstanceNames(ns, cn);
-        if (failEnumerations_) throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
+        if (failEnumerations_)
+            throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
         Array<CIMObjectPath> names;
         names.append(kSystem);
         return names;
     }
+
 private:
     bool failEnumerations_;
 };
 
 // The server behind the provider's CIMOMHandle; its answers are marked so a
 // test sees which way a fact came.
-class Upcalls : public zda_test::RecordingCIMOMBackend {
+class Upcalls : public zda_test::RecordingCIMOMBackend
+{
 public:
     std::atomic<int> getClassCalls{0};
     bool failGetClass = false;
     bool noSystems = false;
 
     CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
-                          const CIMName& method, const Array<CIMParamValue>& in,
-                          Array<CIMParamValue>& out) override {
+        const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
+    {
         RecordingCIMOMBackend::invokeMethod(c, ns, path, method, in, out);
         answer(method, "cimom:", out);
         return CIMValue(Uint32(0));
     }
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c, const CIMNamespaceName& ns,
-                                                const CIMName& cn) override {
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn) override
+    {
         RecordingCIMOMBackend::enumerateInstanceNames(c, ns, cn);
         Array<CIMObjectPath> names;
-        if (!noSystems) names.append(kSystem);
+        if (!noSystems)
+            names.append(kSystem);
         return names;
     }
     CIMClass getClass(const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn, Boolean lo,
-                      Boolean iq, Boolean ico, const CIMPropertyList& pl) override {
+        Boolean iq, Boolean ico, const CIMPropertyList& pl) override
+    {
         ++getClassCalls;
-        if (failGetClass) throw CIMException(CIM_ERR_NOT_FOUND, "no such class");
+        if (failGetClass)
+            throw CIMException(CIM_ERR_NOT_FOUND, "no such class");
         CIMClass cls = RecordingCIMOMBackend::getClass(c, ns, cn, lo, iq, ico, pl);
         cls.addProperty(CIMProperty("Name", CIMValue(String())));
         return cls;
     }
 };
 
-class IdentityTest : public CommonSimTest {
+class IdentityTest : public CommonSimTest
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         CommonSimTest::SetUp();
         unsetenv(CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE);
         upcalls_ = std::make_shared<Upcalls>();
         attachCIMOMHandleBackend(cimom_, upcalls_);
         log_ = std::make_shared<std::vector<std::string>>();
     }
-    void TearDown() override {
+    void TearDown() override
+    {
         CIMClientTransports::setLoopbackTransportFactory(CIMClientLoopbackTransportFactory());
         attachCIMOMHandleBackend(cimom_, nullptr);
         CommonSimTest::TearDown();
     }
-    void serveLocally(bool failEnumerations = false) {
+    void serveLocally(bool failEnumerations = false)
+    {
         auto log = log_;
         CIMClientTransports::setLoopbackTransportFactory([log, failEnumerations](Uint32) {
             return std::unique_ptr<CIMClientTransport>(new LocalServer(log, failEnumerations));
@@ -110,7 +133,8 @@ protected:
     zda_test::RecordingClientTransport::Log log_;
 };
 
-TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection) {
+TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection)
+{
     serveLocally();
     EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
     EXPECT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");
@@ -123,12 +147,16 @@ TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection) {
 
     bool sawCacheCall = false;
     for (const std::string& line : *log_)
-        sawCacheCall |= line.find("//localhost/root/PG_Internal:ZDA_InternalCache.InstanceID=\"localhost-InternalCache\"") != std::string::npos &&
-                        line.find("GetSystemName") != std::string::npos;
+        sawCacheCall |=
+            line.find(
+                "//localhost/root/PG_Internal:ZDA_InternalCache.InstanceID=\"localhost-InternalCache\"") !=
+                std::string::npos &&
+            line.find("GetSystemName") != std::string::npos;
     EXPECT_TRUE(sawCacheCall);
 }
 
-TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed) {
+TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed)
+{
     // No in-process server and no socket: connectLocal fails.
     EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "cimom:zda-sim");
     EXPECT_EQ(text(ZDA_Common::getSystemAddress(cimom_)), "cimom:192.0.2.10");
@@ -143,7 +171,8 @@ TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed) {
     EXPECT_EQ(upcallCount(), 3u);
 }
 
-TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace) {
+TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace)
+{
     serveLocally();
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
     EXPECT_EQ(text(system.getHost()), "zda-sim.local");
@@ -152,7 +181,8 @@ TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace) {
     EXPECT_EQ(upcallCount(), 0u);
 }
 
-TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails) {
+TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails)
+{
     serveLocally(/*failEnumerations=*/true);
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
     EXPECT_EQ(text(system.getHost()), "zda-sim.local");  // the host name still comes locally
@@ -164,7 +194,8 @@ TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails) {
     EXPECT_TRUE(logged(2, "cannot get at system object path"));
 }
 
-TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed) {
+TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed)
+{
     zdasim_system_set_policy(API_POLICY_NO_REPLICATION_ENTITY);
     api_system_info_t info{};
     ASSERT_EQ(cim_sem_wait(), 0);
@@ -191,70 +222,84 @@ TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed) {
     EXPECT_EQ(ZDA_Common::getPolicy(), API_POLICY_NO_REPLICATION_ENTITY | 0x1);
 }
 
-TEST_F(IdentityTest, CacheServiceFillIsRetriedAfterTheArrayDidNotAnswer) {
+TEST_F(IdentityTest, CacheServiceFillIsRetriedAfterTheArrayDidNotAnswer)
+{
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(text(ZDA_InternalCacheService::getInstance()->getSystemName()), "");
     EXPECT_TRUE(logged(2, "ZDA_InternalCacheService::initSystemInfo: api_getSystemInfo error (29)"));
     EXPECT_EQ(text(ZDA_InternalCacheService::getInstance()->getSystemName()), "zda-sim");
 }
 
-TEST_F(IdentityTest, ClassesAreCachedPerNamespaceClassAndFlags) {
+TEST_F(IdentityTest, ClassesAreCachedPerNamespaceClassAndFlags)
+{
     const CIMPropertyList all;
-    CIMClass first = ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume",
-                                                   false, false, false, all);
+    CIMClass first = ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
     EXPECT_EQ(text(first.getClassName().getString()), "ZDA_StorageVolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "ROOT/ZDA", "zda_storagevolume", false, false, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "ROOT/ZDA", "zda_storagevolume", false, false, false, all);
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);
 
     // The caller's copy is its own.
     first.addProperty(CIMProperty("Added", CIMValue(Uint32(1))));
-    CIMClass again = ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume",
-                                                   false, false, false, all);
+    CIMClass again = ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
     EXPECT_EQ(again.findProperty("Added"), PEG_NOT_FOUND);
 
     // Other flags, property lists, classes and namespaces are other entries.
     Array<CIMName> names;
     names.append("Name");
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", true, false, false, all);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, true, false, all);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, true, all);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false,
-                                  CIMPropertyList(names));
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StoragePool", false, false, false, all);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/PG_Internal", "ZDA_StorageVolume", false, false,
-                                  false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", true, false, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, true, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, true, all);
+    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false,
+        false, CIMPropertyList(names));
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StoragePool", false, false, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/PG_Internal", "ZDA_StorageVolume", false, false, false, all);
     EXPECT_EQ(upcalls_->getClassCalls.load(), 7);
 
     // A failure of the server passes on and leaves nothing behind.
     upcalls_->failGetClass = true;
-    EXPECT_THROW(ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false,
-                                               false, all),
-                 CIMException);
+    EXPECT_THROW(ZDA_Common::getStoredCIMClass(
+                     cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false, false, all),
+        CIMException);
     upcalls_->failGetClass = false;
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false, false, all);
     EXPECT_EQ(upcalls_->getClassCalls.load(), 9);
 
     ZDA_InternalCacheService::getInstance()->cleanupRepository();
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
+    ZDA_Common::getStoredCIMClass(
+        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
     EXPECT_EQ(upcalls_->getClassCalls.load(), 10);
 }
 
-TEST_F(IdentityTest, ConcurrentProvidersShareTheClassCache) {
+TEST_F(IdentityTest, ConcurrentProvidersShareTheClassCache)
+{
     ZDA_InternalCacheService::getInstance();  // filled before the threads start
     std::vector<std::thread> threads;
     std::atomic<int> wrong{0};
-    for (int t = 0; t < 8; ++t) {
+    for (int t = 0; t < 8; ++t)
+    {
         threads.emplace_back([&, t] {
-            for (int i = 0; i < 200; ++i) {
+            for (int i = 0; i < 200; ++i)
+            {
                 const char* cls = (i + t) % 2 ? "ZDA_StorageVolume" : "ZDA_ReplicationGroup";
-                CIMClass c = ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", cls, false,
-                                                           false, false, CIMPropertyList());
-                if (!c.getClassName().equal(cls) || c.findProperty("Name") == PEG_NOT_FOUND) ++wrong;
+                CIMClass c = ZDA_Common::getStoredCIMClass(
+                    cimom_, OperationContext(), "root/zda", cls, false, false, false, CIMPropertyList());
+                if (!c.getClassName().equal(cls) || c.findProperty("Name") == PEG_NOT_FOUND)
+                    ++wrong;
             }
         });
     }
-    for (auto& th : threads) th.join();
+    for (auto& th : threads)
+        th.join();
     EXPECT_EQ(wrong.load(), 0);
     EXPECT_GE(upcalls_->getClassCalls.load(), 2);
     EXPECT_LE(upcalls_->getClassCalls.load(), 16);  // at most one fetch per thread and class

@@ -7,39 +7,57 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 
-class PathsTest : public CommonSimTest {};
+class PathsTest : public CommonSimTest
+{};
 
-CIMObjectPath path(const char* text) { return CIMObjectPath(text); }
+CIMObjectPath path(const char* text)
+{
+    return CIMObjectPath(text);
+}
 
-TEST_F(PathsTest, MatchObjectPathIgnoresHostsOneLevelDeep) {
-    const struct { const char* a; const char* b; bool match; } cases[] = {
+TEST_F(PathsTest, MatchObjectPathIgnoresHostsOneLevelDeep)
+{
+    const struct
+    {
+        const char* a;
+        const char* b;
+        bool match;
+    } cases[] = {
         // hosts of the paths themselves
         {"//hostA/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\",SystemName=\"zda-sim\"",
-         "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\",SystemName=\"zda-sim\"", true},
+            "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\",SystemName=\"zda-sim\"", true},
         // class names compare without case, string values with it
-        {"root/zda:zda_storagevolume.DeviceID=\"60-01\"", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", true},
-        {"root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", "root/zda:ZDA_StorageVolume.DeviceID=\"60-02\"", false},
+        {"root/zda:zda_storagevolume.DeviceID=\"60-01\"", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"",
+            true},
+        {"root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", "root/zda:ZDA_StorageVolume.DeviceID=\"60-02\"",
+            false},
         // the namespace counts: a path without one is another path
         {"ZDA_StorageVolume.DeviceID=\"60-01\"", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", false},
         // hosts inside reference keys
         {"root/zda:ZDA_MemberOfCollection.Member=\"//h1/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-01\\\"\"",
-         "root/zda:ZDA_MemberOfCollection.Member=\"//h2/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-01\\\"\"", true},
+            "root/zda:ZDA_MemberOfCollection.Member=\"//h2/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-01\\\"\"",
+            true},
         {"root/zda:ZDA_MemberOfCollection.Member=\"//h1/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-01\\\"\"",
-         "root/zda:ZDA_MemberOfCollection.Member=\"root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\"", false},
+            "root/zda:ZDA_MemberOfCollection.Member=\"root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\"",
+            false},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         EXPECT_EQ(ZDA_Common::matchObjectPath(path(c.a), path(c.b)), c.match) << c.a << " vs " << c.b;
         EXPECT_EQ(ZDA_Common::matchObjectPath(path(c.b), path(c.a)), c.match) << c.b << " vs " << c.a;
     }
 
     // A string key that holds a path is compared as a path, host aside.
     Array<CIMKeyBinding> k1, k2;
-    k1.append(CIMKeyBinding("Target", "//far/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
-    k2.append(CIMKeyBinding("Target", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(CIMObjectPath("", "root/zda", "ZDA_X", k1),
-                                            CIMObjectPath("", "root/zda", "ZDA_X", k2)));
+    k1.append(CIMKeyBinding(
+        "Target", "//far/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
+    k2.append(
+        CIMKeyBinding("Target", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(
+        CIMObjectPath("", "root/zda", "ZDA_X", k1), CIMObjectPath("", "root/zda", "ZDA_X", k2)));
 
     // Only one level is treated: a host in a reference inside a reference counts.
     const String inner1 = "//h1/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"";
@@ -48,14 +66,16 @@ TEST_F(PathsTest, MatchObjectPathIgnoresHostsOneLevelDeep) {
         Array<CIMKeyBinding> mid;
         mid.append(CIMKeyBinding("Member", inner, CIMKeyBinding::REFERENCE));
         Array<CIMKeyBinding> outer;
-        outer.append(CIMKeyBinding("Element",
-            CIMObjectPath("", "root/zda", "ZDA_MemberOfCollection", mid).toString(), CIMKeyBinding::REFERENCE));
+        outer.append(
+            CIMKeyBinding("Element", CIMObjectPath("", "root/zda", "ZDA_MemberOfCollection", mid).toString(),
+                CIMKeyBinding::REFERENCE));
         return CIMObjectPath("", "root/zda", "ZDA_Outer", outer);
     };
     EXPECT_FALSE(ZDA_Common::matchObjectPath(nested(inner1), nested(inner2)));
 }
 
-TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
+TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace)
+{
     String systemAddress = "zda-sim.local";
     const CIMNamespaceName ns("root/zda");
 
@@ -65,19 +85,24 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
 
     CIMObjectPath wrongNamespace = path("root/other:ZDA_StorageVolume.DeviceID=\"60-01\"");
     EXPECT_FALSE(ZDA_Common::verifyRefMethodParam(wrongNamespace, ns, systemAddress));
-    EXPECT_TRUE(logged(2, "The ref param " + text(wrongNamespace.toString()) +
-                              " contains the wrong name space root/other"));
+    EXPECT_TRUE(logged(
+        2, "The ref param " + text(wrongNamespace.toString()) + " contains the wrong name space root/other"));
 
-    const struct { const char* host; bool ok; } hosts[] = {
-        {"ZDA-SIM.local", true},          // the system address, without case
-        {"192.0.2.10", true},             // the IPv4 address
-        {"[2001:0DB8:0:0::10]", true},    // the IPv6 address in another notation
+    const struct
+    {
+        const char* host;
+        bool ok;
+    } hosts[] = {
+        {"ZDA-SIM.local", true},        // the system address, without case
+        {"192.0.2.10", true},           // the IPv4 address
+        {"[2001:0DB8:0:0::10]", true},  // the IPv6 address in another notation
         {"[2001:db8::10]:5989", true},
         {"192.0.2.11", false},
         {"[2001:db8::11]", false},
         {"other.example.com", false},
     };
-    for (const auto& h : hosts) {
+    for (const auto& h : hosts)
+    {
         CIMObjectPath ref = path("root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
         ref.setHost(h.host);
         EXPECT_EQ(ZDA_Common::verifyRefMethodParam(ref, ns, systemAddress), h.ok) << h.host;
@@ -86,7 +111,8 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
     // The class forms.
     CIMObjectPath volume = path("//192.0.2.10/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
     EXPECT_TRUE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, CIMName("zda_storagevolume")));
-    EXPECT_FALSE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, CIMName("ZDA_ReplicationGroup")));
+    EXPECT_FALSE(
+        ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, CIMName("ZDA_ReplicationGroup")));
     Array<CIMName> groups;
     groups.append("ZDA_ReplicationGroup");
     groups.append("ZDA_RemoteReplicationGroup");
@@ -95,7 +121,8 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace) {
     EXPECT_TRUE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, groups));
 }
 
-TEST_F(PathsTest, GetSystemIPAddrGivesTheArraysAddressesAndRefusesOtherTypes) {
+TEST_F(PathsTest, GetSystemIPAddrGivesTheArraysAddressesAndRefusesOtherTypes)
+{
     EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(1)), "192.0.2.10");
     EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "2001:db8::10");
     EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(0)), "");
@@ -104,8 +131,9 @@ TEST_F(PathsTest, GetSystemIPAddrGivesTheArraysAddressesAndRefusesOtherTypes) {
 }
 
 // An association instance with two references and a plain property.
-CIMInstance member(const CIMObjectPath& collection, const CIMObjectPath& element,
-                   const char* cls = "ZDA_MemberOfCollection") {
+CIMInstance member(
+    const CIMObjectPath& collection, const CIMObjectPath& element, const char* cls = "ZDA_MemberOfCollection")
+{
     CIMInstance inst(cls);
     inst.addProperty(CIMProperty("Collection", CIMValue(collection)));
     inst.addProperty(CIMProperty("Description", CIMValue(String("not a reference"))));
@@ -121,51 +149,62 @@ const CIMObjectPath kSet1 = CIMObjectPath("root/zda:ZDA_ReplicationGroup.Instanc
 const CIMObjectPath kVol1 = CIMObjectPath("//zda-sim.local/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
 const CIMObjectPath kVol2 = CIMObjectPath("root/zda:ZDA_StorageVolume.DeviceID=\"60-02\"");
 
-TEST_F(PathsTest, IsInstanceValidReferenceChecksTheRoleProperty) {
+TEST_F(PathsTest, IsInstanceValidReferenceChecksTheRoleProperty)
+{
     CIMInstance assoc = member(kSet1, kVol1);
     const CIMObjectPath target = CIMObjectPath("ZDA_StorageVolume.DeviceID=\"60-01\"");
     EXPECT_TRUE(ZDA_Common::_isInstanceValidReference(target, assoc, ""));
     EXPECT_TRUE(ZDA_Common::_isInstanceValidReference(target, assoc, "member"));
     EXPECT_FALSE(ZDA_Common::_isInstanceValidReference(target, assoc, "Collection"));
-    for (const char* role : {"NoSuchRole", "Description"}) {
-        try {
+    for (const char* role : {"NoSuchRole", "Description"})
+    {
+        try
+        {
             ZDA_Common::_isInstanceValidReference(target, assoc, role);
             ADD_FAILURE() << role << " did not throw";
-        } catch (const CIMException& e) {
+        }
+        catch (const CIMException& e)
+        {
             EXPECT_EQ(e.getCode(), CIM_ERR_INVALID_PARAMETER) << role;
         }
     }
 }
 
-TEST_F(PathsTest, MembershipTestsAndPoolPaths) {
+TEST_F(PathsTest, MembershipTestsAndPoolPaths)
+{
     Array<CIMObjectPath> paths;
     paths.append(kVol2);
-    EXPECT_TRUE(ZDA_Common::isPartOfArray(CIMObjectPath("//elsewhere/root/zda:ZDA_StorageVolume.DeviceID=\"60-02\""), paths));
+    EXPECT_TRUE(ZDA_Common::isPartOfArray(
+        CIMObjectPath("//elsewhere/root/zda:ZDA_StorageVolume.DeviceID=\"60-02\""), paths));
     EXPECT_FALSE(ZDA_Common::isPartOfArray(kVol1, paths));
     Array<CIMInstance> instances;
     instances.append(member(kSet1, kVol1));
     EXPECT_TRUE(ZDA_Common::isPartOfArray(instances[0].getPath(), instances));
 
-    EXPECT_TRUE(ZDA_Common::isPoolPath(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"ZDA:CPG:FC_r5\""), "zda:cpg:fc_r5"));
-    EXPECT_TRUE(ZDA_Common::isPoolPath(CIMObjectPath("ZDA_DynamicStoragePool.Other=\"ZDA:CPG:FC_r5\""), "ZDA:CPG:FC_r5"));
-    EXPECT_FALSE(ZDA_Common::isPoolPath(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"ZDA:CPG:FC_r1\""), "ZDA:CPG:FC_r5"));
+    EXPECT_TRUE(ZDA_Common::isPoolPath(
+        CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"ZDA:CPG:FC_r5\""), "zda:cpg:fc_r5"));
+    EXPECT_TRUE(ZDA_Common::isPoolPath(
+        CIMObjectPath("ZDA_DynamicStoragePool.Other=\"ZDA:CPG:FC_r5\""), "ZDA:CPG:FC_r5"));
+    EXPECT_FALSE(ZDA_Common::isPoolPath(
+        CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"ZDA:CPG:FC_r1\""), "ZDA:CPG:FC_r5"));
 }
 
-TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys) {
+TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys)
+{
     CIMObjectPath dep = ZDA_Common::buildDepAssocPath("192.0.2.10", "ZDA_HostedService", kVol2, kSet1);
     EXPECT_EQ(text(dep.getHost()), "192.0.2.10");
     EXPECT_EQ(text(dep.getNameSpace().getString()), "root/zda");
     ASSERT_EQ(dep.getKeyBindings().size(), 2u);
-    for (Uint32 i = 0; i < 2; i++) EXPECT_EQ(dep.getKeyBindings()[i].getType(), CIMKeyBinding::REFERENCE);
+    for (Uint32 i = 0; i < 2; i++)
+        EXPECT_EQ(dep.getKeyBindings()[i].getType(), CIMKeyBinding::REFERENCE);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(dep, "Antecedent")), text(kVol2.toString()));
 
     CIMClass skeleton("ZDA_MemberOfCollection");
     skeleton.addProperty(CIMProperty("Collection", CIMValue(CIMTYPE_REFERENCE, false)));
     skeleton.addProperty(CIMProperty("Member", CIMValue(CIMTYPE_REFERENCE, false)));
     const CIMObjectPath set1Before = kSet1;
-    CIMInstance inst = ZDA_Common::buildAssocInstance("ZDA_MemberOfCollection", "Collection", "Member",
-                                                      kSet1, kVol2, "local-a", "remote-b", "here", "root/zda",
-                                                      skeleton);
+    CIMInstance inst = ZDA_Common::buildAssocInstance("ZDA_MemberOfCollection", "Collection", "Member", kSet1,
+        kVol2, "local-a", "remote-b", "here", "root/zda", skeleton);
     EXPECT_TRUE(kSet1.identical(set1Before));  // the arguments are not changed
     CIMObjectPath collection, memberPath;
     EXPECT_EQ(ZDA_Common::getProperty(inst, "Collection", collection), 0);
@@ -173,20 +212,26 @@ TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys) {
     EXPECT_EQ(text(collection.getHost()), "local-a");
     EXPECT_EQ(text(memberPath.getHost()), "remote-b");
     EXPECT_EQ(text(inst.getPath().getHost()), "here");
-    EXPECT_EQ(text(CIMObjectPath(ZDA_Common::getStringProperty(inst.getPath(), "Member")).getHost()), "remote-b");
+    EXPECT_EQ(
+        text(CIMObjectPath(ZDA_Common::getStringProperty(inst.getPath(), "Member")).getHost()), "remote-b");
     // toString quotes reference keys as paths.
-    EXPECT_NE(text(inst.getPath().toString()).find("Member=\"//remote-b/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\""),
-              std::string::npos) << text(inst.getPath().toString());
+    EXPECT_NE(text(inst.getPath().toString())
+                  .find("Member=\"//remote-b/root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\""),
+        std::string::npos)
+        << text(inst.getPath().toString());
 
-    CIMObjectPath three = ZDA_Common::buildAssocPath("ZDA_Three", "A", "B", "C", kSet1, kVol1, kVol2, "h", "root/zda");
+    CIMObjectPath three = ZDA_Common::buildAssocPath(
+        "ZDA_Three", "A", "B", "C", kSet1, kVol1, kVol2, "h", "root/zda");
     ASSERT_EQ(three.getKeyBindings().size(), 3u);
-    for (Uint32 i = 0; i < 3; i++) {
+    for (Uint32 i = 0; i < 3; i++)
+    {
         EXPECT_EQ(three.getKeyBindings()[i].getType(), CIMKeyBinding::REFERENCE);
         EXPECT_EQ(text(CIMObjectPath(three.getKeyBindings()[i].getValue()).getHost()), "h");
     }
 }
 
-TEST_F(PathsTest, ReferenceFilterKeepsOrderAndTestsClassAndRole) {
+TEST_F(PathsTest, ReferenceFilterKeepsOrderAndTestsClassAndRole)
+{
     const CIMObjectPath target = CIMObjectPath("//any/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
     Array<CIMInstance> list;
     list.append(member(kSet1, kVol1));
@@ -205,14 +250,16 @@ TEST_F(PathsTest, ReferenceFilterKeepsOrderAndTestsClassAndRole) {
     EXPECT_EQ(ZDA_Common::filterReferenceNames(list, target, CIMName(), "Collection").size(), 1u);
 }
 
-TEST_F(PathsTest, TargetFiltersGiveTheFarEndsByClassAndRole) {
+TEST_F(PathsTest, TargetFiltersGiveTheFarEndsByClassAndRole)
+{
     CIMInstance assoc = member(kSet1, kVol1);
     const CIMObjectPath fromVolume = CIMObjectPath("root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
     Array<CIMName> anyClass;
     Array<CIMObjectPath> ends = ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "");
     ASSERT_EQ(ends.size(), 1u);
     EXPECT_TRUE(ends[0].identical(kSet1));
-    EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "collection").size(), 1u);
+    EXPECT_EQ(
+        ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "collection").size(), 1u);
     EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "Member").size(), 0u);
 
     Array<CIMName> twice;
@@ -230,11 +277,12 @@ TEST_F(PathsTest, TargetFiltersGiveTheFarEndsByClassAndRole) {
     CIMInstance group2("ZDA_ReplicationGroup");
     group2.setPath(CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set2\""));
     CIMInstance group1("ZDA_ReplicationGroup");
-    group1.setPath(CIMObjectPath("//zda-sim.local/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\""));
+    group1.setPath(
+        CIMObjectPath("//zda-sim.local/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\""));
     candidates.append(group2);
     candidates.append(group1);
-    Array<CIMInstance> found =
-        ZDA_Common::filterAssocInstanceToTargetInstances(assoc, fromVolume, candidates, anyClass, "");
+    Array<CIMInstance> found = ZDA_Common::filterAssocInstanceToTargetInstances(
+        assoc, fromVolume, candidates, anyClass, "");
     ASSERT_EQ(found.size(), 1u);
     EXPECT_TRUE(found[0].getPath().identical(group1.getPath()));
 }

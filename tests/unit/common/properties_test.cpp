@@ -10,11 +10,14 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 
-class PropertiesTest : public CommonSimTest {
+class PropertiesTest : public CommonSimTest
+{
 protected:
-    CIMInstance volume() {
+    CIMInstance volume()
+    {
         CIMInstance inst("ZDA_StorageVolume");
         inst.addProperty(CIMProperty("BlockSize", CIMValue(Uint64(512))));
         inst.addProperty(CIMProperty("Unset64", CIMValue(CIMTYPE_UINT64, false)));
@@ -24,14 +27,16 @@ protected:
         names.append("a");
         names.append("b");
         inst.addProperty(CIMProperty("Names", CIMValue(names)));
-        inst.addProperty(CIMProperty("Pool", CIMValue(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"p1\""))));
+        inst.addProperty(
+            CIMProperty("Pool", CIMValue(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"p1\""))));
         inst.addProperty(CIMProperty("ElementName", CIMValue(String("vol1"))));
         inst.addProperty(CIMProperty("Caption", CIMValue(CIMTYPE_STRING, false)));
         return inst;
     }
 };
 
-TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent) {
+TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent)
+{
     CIMInstance inst = volume();
     Uint64 u64 = 7;
     EXPECT_EQ(ZDA_Common::getProperty(inst, "Unset64", u64), 4);
@@ -60,7 +65,8 @@ TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent
     EXPECT_THROW(ZDA_Common::getProperty(inst, "Usage", wrongType), TypeMismatchException);
 }
 
-TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames) {
+TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames)
+{
     Array<CIMParamValue> params;
     params.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
     params.append(CIMParamValue("Mode", CIMValue(CIMTYPE_UINT16, false)));
@@ -85,7 +91,8 @@ TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames) {
     EXPECT_EQ(text(name), "copy1");
 }
 
-TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
+TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths)
+{
     CIMInstance inst = volume();
     EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "ElementName")), "vol1");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(inst, "Caption")), "");  // null
@@ -111,7 +118,8 @@ TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths) {
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), "");
 }
 
-TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas) {
+TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas)
+{
     CIMClass cls("ZDA_StorageVolume");
     cls.addProperty(CIMProperty("ElementName", CIMValue(String("default"))));
     cls.addProperty(CIMProperty("BlockSize", CIMValue(Uint64(512))));
@@ -142,13 +150,18 @@ TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas) {
     EXPECT_EQ(inst.getPropertyCount(), 4u);
 }
 
-TEST_F(PropertiesTest, HandlerDispatchFollowsTheOperation) {
+TEST_F(PropertiesTest, HandlerDispatchFollowsTheOperation)
+{
     CIMInstance inst("ZDA_ReplicationGroup");
     Array<CIMKeyBinding> keys;
     keys.append(CIMKeyBinding("InstanceID", "KX_ORLA:set1", CIMKeyBinding::STRING));
     inst.setPath(CIMObjectPath("", "root/zda", "ZDA_ReplicationGroup", keys));
 
-    const struct { cim_method_e method; const char* sequence; } cases[] = {
+    const struct
+    {
+        cim_method_e method;
+        const char* sequence;
+    } cases[] = {
         {CIM_ASSOCIATORS, "processing deliver(object) complete"},
         {CIM_ASSOCIATOR_NAMES, "processing deliver(path) complete"},
         {CIM_REFERENCES, "processing deliver(object) complete"},
@@ -158,19 +171,24 @@ TEST_F(PropertiesTest, HandlerDispatchFollowsTheOperation) {
         {CIM_ENUMERATE_INSTANCE_NAMES, "processing deliver(path) complete"},
         {static_cast<cim_method_e>(7), ""},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         zda_test::RecordingResponseHandler handler;
         cim_handler_u u;
-        switch (c.method) {
-            case CIM_ASSOCIATORS: case CIM_REFERENCES: u.objectHandler = &handler; break;
-            case CIM_GET_INSTANCE: case CIM_ENUMERATE_INSTANCES: u.instanceHandler = &handler; break;
-            default: u.objectPathHandler = &handler; break;
+        switch (c.method)
+        {
+        case CIM_ASSOCIATORS:
+        case CIM_REFERENCES: u.objectHandler = &handler; break;
+        case CIM_GET_INSTANCE:
+        case CIM_ENUMERATE_INSTANCES: u.instanceHandler = &handler; break;
+        default: u.objectPathHandler = &handler; break;
         }
         ZDA_Common::handleProcessing(u, c.method);
         ZDA_Common::handleDeliver(u, c.method, inst);
         ZDA_Common::handleComplete(u, c.method);
         EXPECT_EQ(handler.sequence(), c.sequence) << "method " << c.method;
-        if (!handler.objectPaths().empty()) {
+        if (!handler.objectPaths().empty())
+        {
             EXPECT_TRUE(handler.objectPaths()[0].identical(inst.getPath()));
         }
     }

@@ -6,11 +6,14 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 
-class SystemAddressTest : public CommonSimTest {};
+class SystemAddressTest : public CommonSimTest
+{};
 
-TEST_F(SystemAddressTest, AddressesAreAskedUntilKnownThenKeptWithoutIPv6) {
+TEST_F(SystemAddressTest, AddressesAreAskedUntilKnownThenKeptWithoutIPv6)
+{
     ASSERT_EQ(zdasim_system_set_addresses("", ""), 0);
     EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(1)), "");
     EXPECT_EQ(text(ZDA_Common::getSystemIPAddr(2)), "");

@@ -11,53 +11,66 @@
 using namespace Pegasus;
 using namespace zda_common_test;
 
-namespace {
+namespace
+{
 std::mutex g_sleepMutex;
 std::vector<unsigned int> g_sleeps;
 }  // namespace
 
 // Interposes the C library's sleep for the libraries this program loads.
-extern "C" unsigned int sleep(unsigned int seconds) {
+extern "C" unsigned int sleep(unsigned int seconds)
+{
     std::lock_guard<std::mutex> lock(g_sleepMutex);
     g_sleeps.push_back(seconds);
     return 0;
 }
 
-namespace {
+namespace
+{
 
 const char kUnknownWwn[] = "60002D1A00000000000000000000FFFF";  // 32 digits, no such volume
 
-class VolumesTest : public CommonSimTest {
+class VolumesTest : public CommonSimTest
+{
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         CommonSimTest::SetUp();
         std::lock_guard<std::mutex> lock(g_sleepMutex);
         g_sleeps.clear();
     }
-    static std::vector<unsigned int> sleeps() {
+    static std::vector<unsigned int> sleeps()
+    {
         std::lock_guard<std::mutex> lock(g_sleepMutex);
         return g_sleeps;
     }
-    static Array<CIMObjectPath> paths(const std::vector<std::string>& wwns) {
+    static Array<CIMObjectPath> paths(const std::vector<std::string>& wwns)
+    {
         Array<CIMObjectPath> out;
-        for (const auto& w : wwns) out.append(volumePath(w));
+        for (const auto& w : wwns)
+            out.append(volumePath(w));
         return out;
     }
 };
 
-std::vector<std::string> split(const std::string& list) {
+std::vector<std::string> split(const std::string& list)
+{
     std::vector<std::string> items;
     size_t start = 0;
     for (size_t bar; (bar = list.find('|', start)) != std::string::npos; start = bar + 1)
-        if (bar > start) items.push_back(list.substr(start, bar - start));
-    if (start < list.size()) items.push_back(list.substr(start));
+        if (bar > start)
+            items.push_back(list.substr(start, bar - start));
+    if (start < list.size())
+        items.push_back(list.substr(start));
     return items;
 }
 
-TEST_F(VolumesTest, NamesAreQueriedInChunksOfAtMost255CharactersWithoutSplittingAWwn) {
+TEST_F(VolumesTest, NamesAreQueriedInChunksOfAtMost255CharactersWithoutSplittingAWwn)
+{
     std::vector<std::string> wwns = {"60002D1A0000FFFF"};  // 16 digits, no such volume
     std::set<std::string> expectedNames;
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 40; ++i)
+    {
         const std::string name = "chunk" + std::to_string(i);
         ASSERT_EQ(zdasim_volume_add(name.c_str(), "FC_r5", "", 1024), 0);
         wwns.push_back(wwnOf(name));
@@ -70,7 +83,8 @@ TEST_F(VolumesTest, NamesAreQueriedInChunksOfAtMost255CharactersWithoutSplitting
     Array<String> names;
     ASSERT_EQ(ZDA_Common::fillInVVNames(vols, names), 0);
     std::set<std::string> got;
-    for (Uint32 i = 0; i < names.size(); ++i) got.insert(text(names[i]));
+    for (Uint32 i = 0; i < names.size(); ++i)
+        got.insert(text(names[i]));
     EXPECT_EQ(got, expectedNames);
 
     // 17 + 40 * 33 characters with separators: the first chunk stops at 248,
@@ -78,16 +92,19 @@ TEST_F(VolumesTest, NamesAreQueriedInChunksOfAtMost255CharactersWithoutSplitting
     const auto queries = journalOf("api_getVVs_chunk");
     ASSERT_EQ(queries.size(), 6u);
     std::vector<std::string> queried;
-    for (const std::string& q : queries) {
+    for (const std::string& q : queries)
+    {
         const size_t start = q.find("wwns=\"") + 6;
         const std::string list = q.substr(start, q.find('"', start) - start);
         EXPECT_LE(list.size(), 255u) << q;
-        for (const auto& item : split(list)) queried.push_back(item);
+        for (const auto& item : split(list))
+            queried.push_back(item);
     }
     EXPECT_EQ(queried, wwns);  // every WWN whole, once, in order
 }
 
-TEST_F(VolumesTest, PartialAnswersSucceedEmptyAnswersFail) {
+TEST_F(VolumesTest, PartialAnswersSucceedEmptyAnswersFail)
+{
     Array<String> names;
     Array<CIMObjectPath> some = paths({wwnOf("vol1"), kUnknownWwn});
     EXPECT_EQ(ZDA_Common::fillInVVNames(some, names), 0);
@@ -113,7 +130,8 @@ TEST_F(VolumesTest, PartialAnswersSucceedEmptyAnswersFail) {
     std::free(entries);
 }
 
-TEST_F(VolumesTest, FailedQueriesGiveFour) {
+TEST_F(VolumesTest, FailedQueriesGiveFour)
+{
     Array<CIMObjectPath> vols = paths({wwnOf("vol1")});
     Array<String> names;
     zdasim_fault_add("api_getVVs_chunk", 1, API_E_INVALID, "injected");
@@ -132,12 +150,13 @@ TEST_F(VolumesTest, FailedQueriesGiveFour) {
     EXPECT_TRUE(logged(2, "Cannot update filter list"));
 }
 
-TEST_F(VolumesTest, BusyVolumesAreRetriedTwoSecondsApartUntilTheyGo) {
+TEST_F(VolumesTest, BusyVolumesAreRetriedTwoSecondsApartUntilTheyGo)
+{
     ASSERT_EQ(zdasim_volume_set_busy("vol3", 3), 0);
     Array<CIMObjectPath> vols = paths({wwnOf("vol3")});
     api_evtparam_t ev{};
     ZDA_Common::setEventParam(&ev, "ZDA_ReplicationServiceProvider", "ModifyReplicaSynchronization",
-                              "remove volumes", "admin", "192.0.2.99");
+        "remove volumes", "admin", "192.0.2.99");
     EXPECT_EQ(ZDA_Common::removeVVs(&ev, vols, 0), 0);
     EXPECT_EQ(sleeps(), (std::vector<unsigned int>{2, 2, 2}));
     EXPECT_EQ(journalOf("api_removeVVs").size(), 4u);
@@ -156,7 +175,8 @@ TEST_F(VolumesTest, BusyVolumesAreRetriedTwoSecondsApartUntilTheyGo) {
     EXPECT_STREQ(logged.user, "admin");
 }
 
-TEST_F(VolumesTest, VolumesStillBusyAfterTenRetriesGiveFour) {
+TEST_F(VolumesTest, VolumesStillBusyAfterTenRetriesGiveFour)
+{
     ASSERT_EQ(zdasim_volume_set_busy("vol3", -1), 0);
     Array<CIMObjectPath> vols = paths({wwnOf("vol3")});
     EXPECT_EQ(ZDA_Common::removeVVs(nullptr, vols, 1), 4);
@@ -166,24 +186,37 @@ TEST_F(VolumesTest, VolumesStillBusyAfterTenRetriesGiveFour) {
     EXPECT_NE(wwnOf("vol3"), "");
 }
 
-TEST_F(VolumesTest, RemovalResults) {
-    const struct { const char* what; std::vector<std::string> volumes; int code; const char* log; } cases[] = {
+TEST_F(VolumesTest, RemovalResults)
+{
+    const struct
+    {
+        const char* what;
+        std::vector<std::string> volumes;
+        int code;
+        const char* log;
+    } cases[] = {
         {"a path that names no volume", {"vol4", ""}, 32768, nullptr},
         {"the array removes only some", {"vol5", "vol1"}, 32768, nullptr},
         {"the array removes none", {"vol1"}, 4, "Volume deletion failed"},
         {"no volume found", {""}, 4, "Cannot find the volume"},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+    {
         zdasim_log_clear();
         std::vector<std::string> wwns;
-        for (const auto& v : c.volumes) wwns.push_back(v.empty() ? kUnknownWwn : wwnOf(v));
+        for (const auto& v : c.volumes)
+            wwns.push_back(v.empty() ? kUnknownWwn : wwnOf(v));
         Array<CIMObjectPath> vols = paths(wwns);
         EXPECT_EQ(ZDA_Common::removeVVs(nullptr, vols, 0), c.code) << c.what;
         bool anyError = false;
-        for (const auto& line : logLines()) anyError |= line.first == 2;
-        if (c.log) {
+        for (const auto& line : logLines())
+            anyError |= line.first == 2;
+        if (c.log)
+        {
             EXPECT_TRUE(logged(2, c.log)) << c.what;
-        } else {
+        }
+        else
+        {
             EXPECT_FALSE(anyError) << c.what;
         }
     }

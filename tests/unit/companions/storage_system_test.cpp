@@ -30,8 +30,8 @@ class StorageSystemTest : public CompanionsTest
 protected:
     Array<CIMInstance> systems(const CIMPropertyList& list = CIMPropertyList())
     {
-        return server().enumerateInstances(admin(), ZDA_NS, "ZDA_StorageSystem", true, false,
-            false, false, list);
+        return server().enumerateInstances(
+            admin(), ZDA_NS, "ZDA_StorageSystem", true, false, false, false, list);
     }
     CIMInstance getSystem(const CIMObjectPath& path)
     {
@@ -42,11 +42,10 @@ protected:
 TEST_F(StorageSystemTest, OneSystemWhoseNameInstanceAndBuilderAgree)
 {
     const api_system_info_t info = arraySystemInfo();
-    Array<CIMObjectPath> names =
-        server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSystem");
+    Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSystem");
     ASSERT_EQ(names.size(), 1u);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(names[0],
-        ZDA_StorageSystemProvider::buildObjectPath("anyhost", info.name)));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(
+        names[0], ZDA_StorageSystemProvider::buildObjectPath("anyhost", info.name)));
 
     ASSERT_EQ(systems().size(), 1u);
     for (const CIMInstance& system : {systems()[0], getSystem(names[0])})
@@ -72,20 +71,20 @@ TEST_F(StorageSystemTest, OneSystemWhoseNameInstanceAndBuilderAgree)
 TEST_F(StorageSystemTest, GetInstanceRefusesOtherSystemsAndWrongKeys)
 {
     EXPECT_EQ(cimErrorOf([&] {
-        getSystem(ZDA_StorageSystemProvider::createObjectPath("zda-siteB", "2FF7000000000001",
-            ZDA_NS));
-    }), CIM_ERR_NOT_FOUND);
+        getSystem(ZDA_StorageSystemProvider::createObjectPath("zda-siteB", "2FF7000000000001", ZDA_NS));
+    }),
+        CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] {
         getSystem(zda_test::instancePath(ZDA_NS, "ZDA_StorageSystem", {{"Name", "zda-sim"}}));
-    }), CIM_ERR_INVALID_PARAMETER);
+    }),
+        CIM_ERR_INVALID_PARAMETER);
 }
 
 TEST_F(StorageSystemTest, BusyOrFailingArrayGivesNoSystem)
 {
     const std::pair<const char*, std::function<void()>> faults[] = {
         {"semaphore time-out", [] { zdasim_fault_sem_timeouts(1); }},
-        {"failing read",
-            [] { zdasim_fault_add("api_getSystemInfo", 1, API_E_INVALID, "read error"); }},
+        {"failing read", [] { zdasim_fault_add("api_getSystemInfo", 1, API_E_INVALID, "read error"); }},
     };
     const CIMObjectPath path = ZDA_StorageSystemProvider::buildObjectPath("h", "zda-sim");
     ASSERT_EQ(systems().size(), 1u);  // reads the class and fills the identity cache
@@ -123,8 +122,8 @@ TEST_F(StorageSystemTest, CacheAnswersOnlyItsInstanceAndOnlyOnceTheArrayHasAnswe
 {
     Array<CIMParamValue> out;
     zdasim_fault_sem_timeouts(1);
-    CIMValue rc = server().invokeMethod(admin(), INTERNAL_NS, CACHE, "GetSystemID",
-        Array<CIMParamValue>(), out);
+    CIMValue rc = server().invokeMethod(
+        admin(), INTERNAL_NS, CACHE, "GetSystemID", Array<CIMParamValue>(), out);
     EXPECT_TRUE(rc.equal(CIMValue(Uint32(1))));
     EXPECT_EQ(out.size(), 0u);
     EXPECT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");
@@ -133,7 +132,8 @@ TEST_F(StorageSystemTest, CacheAnswersOnlyItsInstanceAndOnlyOnceTheArrayHasAnswe
         server().invokeMethod(admin(), INTERNAL_NS,
             ZDA_Common::buildInternalCacheObjectPath("localhost", "otherhost"), "GetSystemID",
             Array<CIMParamValue>(), out);
-    }), CIM_ERR_NOT_FOUND);
+    }),
+        CIM_ERR_NOT_FOUND);
 }
 
 // The simulator's controls replace the array under running providers: what
@@ -169,14 +169,16 @@ TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
         {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
         {"Reset", {}, "zda-demo", "zda-demo.example.net", false},
     };
-    CIMOMHandle unused;  // the local connection answers
+    CIMOMHandle unused;                                       // the local connection answers
     ASSERT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");  // the cache is filled
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.control);
         Array<CIMParamValue> out;
-        EXPECT_TRUE(server().invokeMethod(admin(), "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
-            c.control, c.in, out).equal(CIMValue(Uint32(0))));
+        EXPECT_TRUE(server()
+                        .invokeMethod(admin(), "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
+                            c.control, c.in, out)
+                        .equal(CIMValue(Uint32(0))));
         EXPECT_EQ(text(ZDA_Common::getSystemName()), c.name);
         EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), c.hostName);
         EXPECT_EQ(text(get<String>(systems()[0], "Name")), c.name);
@@ -188,16 +190,14 @@ TEST_F(StorageSystemTest, RefusedUsersAreDeniedAccess)
 {
     const OperationContext noaccess = zda::server::InProcessHost::contextFor("noaccess");
     Array<CIMParamValue> out;
+    EXPECT_EQ(cimErrorOf([&] { server().enumerateInstanceNames(noaccess, ZDA_NS, "ZDA_StorageSystem"); }),
+        CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(cimErrorOf([&] { server().enumerateInstanceNames(noaccess, ZDA_NS, "ZDA_StorageVolume"); }),
+        CIM_ERR_ACCESS_DENIED);
     EXPECT_EQ(cimErrorOf([&] {
-        server().enumerateInstanceNames(noaccess, ZDA_NS, "ZDA_StorageSystem");
-    }), CIM_ERR_ACCESS_DENIED);
-    EXPECT_EQ(cimErrorOf([&] {
-        server().enumerateInstanceNames(noaccess, ZDA_NS, "ZDA_StorageVolume");
-    }), CIM_ERR_ACCESS_DENIED);
-    EXPECT_EQ(cimErrorOf([&] {
-        server().invokeMethod(noaccess, INTERNAL_NS, CACHE, "GetSystemID", Array<CIMParamValue>(),
-            out);
-    }), CIM_ERR_ACCESS_DENIED);
+        server().invokeMethod(noaccess, INTERNAL_NS, CACHE, "GetSystemID", Array<CIMParamValue>(), out);
+    }),
+        CIM_ERR_ACCESS_DENIED);
 }
 
 }  // namespace

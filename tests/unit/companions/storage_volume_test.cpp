@@ -18,21 +18,17 @@ namespace
 {
 
 const char VOLUME[] = "ZDA_StorageVolume";
-const std::set<std::string> TEST_ARRAY_VOLUMES = {"vol1", "vol2", "vol3", "vol4", "vol5",
-    "admvv", "vol1.rw", "vol1.ro", "vol2.clone"};
+const std::set<std::string> TEST_ARRAY_VOLUMES = {
+    "vol1", "vol2", "vol3", "vol4", "vol5", "admvv", "vol1.rw", "vol1.ro", "vol2.clone"};
 
 class StorageVolumeTest : public CompanionsTest
 {
 protected:
     Array<CIMInstance> volumes(const CIMPropertyList& list = CIMPropertyList())
     {
-        return server().enumerateInstances(admin(), ZDA_NS, VOLUME, true, false, false, false,
-            list);
+        return server().enumerateInstances(admin(), ZDA_NS, VOLUME, true, false, false, false, list);
     }
-    Array<CIMObjectPath> volumeNames()
-    {
-        return server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME);
-    }
+    Array<CIMObjectPath> volumeNames() { return server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME); }
     CIMInstance getVolume(const CIMObjectPath& path, const CIMPropertyList& list = CIMPropertyList())
     {
         return server().getInstance(admin(), ZDA_NS, path, false, false, false, list);
@@ -64,10 +60,10 @@ TEST_F(StorageVolumeTest, EveryVolumeOnceWithThePathTheBuildersGive)
         seen.insert(text(name));
         const CIMObjectPath path = all[i].getPath();
         EXPECT_TRUE(ZDA_Common::matchObjectPath(path, names[i]));
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(path,
-            ZDA_StorageVolumeProvider::createObjectPath(wwn, "zda-sim", "elsewhere")));
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(path,
-            ZDA_StorageVolumeProvider::buildVVInstance(name, "zda-sim", "h", cls, false).getPath()));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(
+            path, ZDA_StorageVolumeProvider::createObjectPath(wwn, "zda-sim", "elsewhere")));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(
+            path, ZDA_StorageVolumeProvider::buildVVInstance(name, "zda-sim", "h", cls, false).getPath()));
         CIMInstance got = getVolume(names[i]);
         EXPECT_TRUE(ZDA_Common::matchObjectPath(got.getPath(), path));
         EXPECT_EQ(text(get<String>(got, "ElementName")), text(name));
@@ -124,10 +120,11 @@ TEST_F(StorageVolumeTest, GetInstanceFindsOnlyWhatAllKeysNameAndKeepsThePath)
 
     const std::pair<CIMObjectPath, int> cases[] = {
         {ZDA_StorageVolumeProvider::createObjectPath(wwn, "zda-siteB", ""), CIM_ERR_NOT_FOUND},
-        {ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000000000000000BEEF",
-            "zda-sim", ""), CIM_ERR_NOT_FOUND},
-        {zda_test::instancePath(ZDA_NS, VOLUME, {{"DeviceID", text(wwn)},
-            {"SystemName", "zda-sim"}, {"CreationClassName", VOLUME}}), CIM_ERR_INVALID_PARAMETER},
+        {ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000000000000000BEEF", "zda-sim", ""),
+            CIM_ERR_NOT_FOUND},
+        {zda_test::instancePath(ZDA_NS, VOLUME,
+             {{"DeviceID", text(wwn)}, {"SystemName", "zda-sim"}, {"CreationClassName", VOLUME}}),
+            CIM_ERR_INVALID_PARAMETER},
     };
     for (const auto& c : cases)
         EXPECT_EQ(cimErrorOf([&] { getVolume(c.first); }), c.second) << text(c.first.toString());
@@ -145,16 +142,18 @@ TEST_F(StorageVolumeTest, BuildersForOtherProviders)
     far.filter(false, false, CIMPropertyList(keys));
     EXPECT_EQ(far.getPropertyCount(), 4u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(far.getPath(),
-        ZDA_StorageVolumeProvider::createObjectPath("60002D1A0013D6A40000000000000042",
-            "2FF700000013D6A4", "")));
+        ZDA_StorageVolumeProvider::createObjectPath(
+            "60002D1A0013D6A40000000000000042", "2FF700000013D6A4", "")));
 
     // Redundancy needs the CPG list; the volume record alone leaves it unset.
-    EXPECT_TRUE(valueOf(ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls,
-        false), "PackageRedundancy").isNull());
-    EXPECT_EQ(get<Uint16>(ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls,
-        true), "PackageRedundancy"), 2);  // RAID-6
-    EXPECT_TRUE(ZDA_StorageVolumeProvider::buildVVInstance("nosuch", "zda-sim", "h", cls, false)
-        .isUninitialized());
+    EXPECT_TRUE(valueOf(
+        ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls, false), "PackageRedundancy")
+                    .isNull());
+    EXPECT_EQ(get<Uint16>(ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls, true),
+                  "PackageRedundancy"),
+        2);  // RAID-6
+    EXPECT_TRUE(
+        ZDA_StorageVolumeProvider::buildVVInstance("nosuch", "zda-sim", "h", cls, false).isUninitialized());
 }
 
 TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
@@ -170,19 +169,21 @@ TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
     } cases[] = {
         {"names, busy", [] { zdasim_fault_sem_timeouts(1); }, noNames},
         {"names, failing read", [&] { fail("api_getVVs_chunk"); }, noNames},
-        {"instances, busy", [] { zdasim_fault_sem_timeouts(2); },
-            [&] { EXPECT_EQ(volumes().size(), 0u); }},
+        {"instances, busy", [] { zdasim_fault_sem_timeouts(2); }, [&] { EXPECT_EQ(volumes().size(), 0u); }},
         {"get, busy", [] { zdasim_fault_sem_timeouts(2); }, notFound},
         {"get, failing read", [&] { fail("api_getVVs"); }, notFound},
-        {"identity not read yet", [] {
-            ZDA_InternalCacheService::destroy();
-            zdasim_fault_sem_timeouts(1);
-        }, noNames},
-        {"no CPG list", [&] { fail("api_getCPGs"); }, [&] {
-            Array<CIMInstance> all = volumes();
-            ASSERT_EQ(all.size(), TEST_ARRAY_VOLUMES.size());
-            EXPECT_TRUE(valueOf(all[0], "PackageRedundancy").isNull());
-        }},
+        {"identity not read yet",
+            [] {
+                ZDA_InternalCacheService::destroy();
+                zdasim_fault_sem_timeouts(1);
+            },
+            noNames},
+        {"no CPG list", [&] { fail("api_getCPGs"); },
+            [&] {
+                Array<CIMInstance> all = volumes();
+                ASSERT_EQ(all.size(), TEST_ARRAY_VOLUMES.size());
+                EXPECT_TRUE(valueOf(all[0], "PackageRedundancy").isNull());
+            }},
     };
     for (const auto& c : cases)
     {
@@ -205,8 +206,7 @@ TEST_F(StorageVolumeTest, ManyVolumesComeInChunksDeliveredWithoutTheArrayHeld)
     ZDA_StorageVolumeProvider* provider = new ZDA_StorageVolumeProvider();
     provider->initialize(handle);
     zda_test::SemaphoreCheckingHandler handler;
-    provider->enumerateInstances(admin(), CIMObjectPath(VOLUME), false, false, CIMPropertyList(),
-        handler);
+    provider->enumerateInstances(admin(), CIMObjectPath(VOLUME), false, false, CIMPropertyList(), handler);
     provider->terminate();
     attachCIMOMHandleBackend(handle, nullptr);
 

@@ -25,8 +25,8 @@ protected:
     {
         jobs.clear();
         syncs.clear();
-        api_Status_t st = Service::createPhysicalCopy(&event, cimom, admin(), copyType,
-            volume(source), target, pool, CIMInstance(), jobs, syncs, systemName, host, name);
+        api_Status_t st = Service::createPhysicalCopy(&event, cimom, admin(), copyType, volume(source),
+            target, pool, CIMInstance(), jobs, syncs, systemName, host, name);
         expectLedgersClean("createPhysicalCopy");
         return st;
     }
@@ -45,8 +45,7 @@ protected:
     std::vector<int> states(const CIMObjectPath& sync)
     {
         CIMInstance s = getInstance(sync);
-        return {get<Uint16>(s, "CopyState"), get<Uint16>(s, "SyncState"),
-            get<Uint16>(s, "ProgressStatus")};
+        return {get<Uint16>(s, "CopyState"), get<Uint16>(s, "SyncState"), get<Uint16>(s, "ProgressStatus")};
     }
     static std::string why(const api_Status_t& st)
     {
@@ -60,14 +59,13 @@ protected:
 
 TEST_F(CopyOperationsTest, TheServiceHasOneInstanceOnThisSystem)
 {
-    Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS,
-        "ZDA_StorageConfigurationService");
+    Array<CIMObjectPath> names = server().enumerateInstanceNames(
+        admin(), ZDA_NS, "ZDA_StorageConfigurationService");
     ASSERT_EQ(names.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(names[0], Service::buildObjectPath(SYSTEM_NAME, "h")));
     CIMInstance service = getInstance(names[0]);
     EXPECT_EQ(text(get<String>(service, "SystemName")), SYSTEM_NAME);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(Service::buildObjectPath("other", HOST)); }),
-        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(Service::buildObjectPath("other", HOST)); }), CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(CopyOperationsTest, ACloneShowsAsAJobAndASynchronizationThatFollowTheCopy)
@@ -106,8 +104,9 @@ TEST_F(CopyOperationsTest, CopyTypesTargetsAndPoolsOfASingleClone)
     EXPECT_EQ(states(inactive), std::vector<int>({8, 11, 3}));
     EXPECT_EQ(get<Uint16>(getInstance(inactive), "Mode"), 3);
     // The generated name starts with the source's.
-    EXPECT_EQ(text(get<String>(getInstance(endOf(inactive, "SyncedElement")), "ElementName"))
-                  .rfind("vol3.", 0), 0u);
+    EXPECT_EQ(
+        text(get<String>(getInstance(endOf(inactive, "SyncedElement")), "ElementName")).rfind("vol3.", 0),
+        0u);
 
     // A copy into the CPG a pool names.
     CIMObjectPath pool("ZDA_DynamicStoragePool.InstanceID=\"KX_ORLA:CPG:FC_r1\"");
@@ -115,23 +114,31 @@ TEST_F(CopyOperationsTest, CopyTypesTargetsAndPoolsOfASingleClone)
     zdasim_clock_advance(20);
     EXPECT_EQ(text(get<String>(getInstance(volume("vol3.r1")), "ElementName")), "vol3.r1");
 
-    struct Refusal { Uint16 copyType; const char* source; const char* target; int code; };
+    struct Refusal
+    {
+        Uint16 copyType;
+        const char* source;
+        const char* target;
+        int code;
+    };
     const Refusal refusals[] = {
         {3, "vol3", "", API_E_INVALID},                              // not a copy type of ours
         {Service::COPY_SYNCHRONIZED, "vol3", "vol1", API_E_IN_USE},  // vol1 has snapshots
         {Service::COPY_SYNCHRONIZED, "vol3", "admvv", API_E_ACCESS},
-        {Service::COPY_SYNCHRONIZED, "", "", API_E_INVALID},        // no source
+        {Service::COPY_SYNCHRONIZED, "", "", API_E_INVALID},  // no source
     };
     for (const Refusal& r : refusals)
     {
-        const api_Status_t st = clone(r.source, r.copyType, "x",
-            *r.target ? volume(r.target) : CIMObjectPath());
+        const api_Status_t st = clone(
+            r.source, r.copyType, "x", *r.target ? volume(r.target) : CIMObjectPath());
         EXPECT_EQ(st.code, r.code) << r.source << "->" << r.target << ": " << why(st);
         EXPECT_FALSE(why(st).empty());
         EXPECT_EQ(jobs.size() + syncs.size(), 0u);
     }
     EXPECT_EQ(clone("vol3", Service::COPY_SYNCHRONIZED, "y", CIMObjectPath(),
-        CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"elsewhere\"")).code, API_E_INVALID);
+                  CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"elsewhere\""))
+                  .code,
+        API_E_INVALID);
 }
 
 TEST_F(CopyOperationsTest, ListAndGroupForms)
@@ -142,36 +149,44 @@ TEST_F(CopyOperationsTest, ListAndGroupForms)
     Array<String> names;
     names.append("");
     names.append("vol1.listed");
-    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
-        sources, Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName,
-        host, names, true).code, 0);
+    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED, sources,
+                  Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host,
+                  names, true)
+                  .code,
+        0);
     EXPECT_EQ(jobs.size(), 2u);
     ASSERT_EQ(syncs.size(), 2u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(syncs[1], "SyncedElement"), volume("vol1.listed")));
 
     // Checked first: a source that does not exist starts none of them.
     const size_t before = volumePaths().size();
-    sources.append(ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000FFFFFFFFFFFFFFFF",
-        systemName, host));
+    sources.append(
+        ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000FFFFFFFFFFFFFFFF", systemName, host));
     jobs.clear();
     syncs.clear();
-    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
-        sources, Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName,
-        host, Array<String>(), true).code, API_E_NOT_FOUND);
+    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED, sources,
+                  Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host,
+                  Array<String>(), true)
+                  .code,
+        API_E_NOT_FOUND);
     EXPECT_EQ(volumePaths().size(), before);
     EXPECT_EQ(jobs.size(), 0u);
     // Empty lists do nothing.
     EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
-        Array<CIMObjectPath>(), Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs,
-        syncs, systemName, host, Array<String>(), true).code, 0);
+                  Array<CIMObjectPath>(), Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs,
+                  systemName, host, Array<String>(), true)
+                  .code,
+        0);
 
     // A set into an empty set: new volumes that join the target set.
     jobs.clear();
     syncs.clear();
     const CIMObjectPath set1("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\"");
     const CIMObjectPath empty("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_empty\"");
-    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1,
-        empty, CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "rel").code, 0);
+    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1, empty,
+                  CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "rel")
+                  .code,
+        0);
     EXPECT_EQ(jobs.size(), 2u);
     ASSERT_EQ(syncs.size(), 2u);
     api_sets_t sets{};
@@ -184,8 +199,10 @@ TEST_F(CopyOperationsTest, ListAndGroupForms)
     api_freeSets(&sets);
     // A target set of another size is refused.
     const CIMObjectPath one("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_one\"");
-    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1,
-        one, CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "").code, API_E_INVALID);
+    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1, one,
+                  CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "")
+                  .code,
+        API_E_INVALID);
 }
 
 TEST_F(CopyOperationsTest, ModifyingAClone)
@@ -232,8 +249,8 @@ TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
     Array<CIMObjectPath> both;
     both.append(syncOf("vol1", "vol1.rw"));
     both.append(syncOf("vol1", "vol1.ro"));
-    ASSERT_EQ(Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_RESYNC,
-        both, host).code, 0);
+    ASSERT_EQ(
+        Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_RESYNC, both, host).code, 0);
     EXPECT_EQ(jobs.size(), 0u);  // snapshots take the new point in time at once
 
     EXPECT_EQ(modify(Service::OP_START_COPY, both[0]).code, API_E_INVALID);
@@ -242,8 +259,9 @@ TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
     EXPECT_EQ(states(both[1]), std::vector<int>({3, 10, 8}));
     // The list fails with the first failure; what went before stays done:
     // the first snapshot is detached (gone), the one being restored is in use.
-    EXPECT_EQ(Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_DETACH,
-        both, host).code, API_E_IN_USE);
+    EXPECT_EQ(
+        Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_DETACH, both, host).code,
+        API_E_IN_USE);
     EXPECT_TRUE(volume("vol1.rw").getClassName().isNull());
     EXPECT_EQ(modify(Service::OP_STOP_COPY, both[1]).code, 0);
     EXPECT_EQ(states(both[1]), std::vector<int>({4, 6, 2}));
@@ -255,8 +273,10 @@ TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssig
 {
     Array<CIMParamValue> params;
     params.append(CIMParamValue("Job", CIMValue(CIMObjectPath()), true));
-    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol1"),
-        "vol1.snap", CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol1"), "vol1.snap",
+                  CIMObjectPath(), CIMInstance(), systemName, host)
+                  .code,
+        0);
     expectLedgersClean("createVirtualCopy");
     ASSERT_EQ(params.size(), 2u);
     EXPECT_EQ(text(params[1].getParameterName()), "TargetElement");
@@ -268,12 +288,16 @@ TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssig
     EXPECT_EQ(get<Uint16>(sync, "CopyState"), 4);
 
     // vol3 has no snapshot space: refused, unless a delta pool names some.
-    EXPECT_NE(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "",
-        CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    EXPECT_NE(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "", CIMObjectPath(),
+                  CIMInstance(), systemName, host)
+                  .code,
+        0);
     EXPECT_EQ(params.size(), 2u);
     const CIMObjectPath delta("ZDA_DeltaReplicaStoragePool.InstanceID=\"KX_ORLA:SNAP:FC_r1\"");
-    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "",
-        delta, CIMInstance(), systemName, host).code, 0);
+    ASSERT_EQ(Service::createVirtualCopy(
+                  &event, cimom, admin(), params, volume("vol3"), "", delta, CIMInstance(), systemName, host)
+                  .code,
+        0);
     EXPECT_EQ(params.size(), 3u);
 
     Array<String> names;
@@ -295,8 +319,10 @@ TEST_F(CopyOperationsTest, VirtualCopiesOfTheLocalSideOfARemoteCopyGroup)
     zdasim_reset_demo_array();
     Array<CIMParamValue> params;
     const CIMObjectPath group("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_fin_sync\"");
-    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, group, "relation",
-        CIMObjectPath(), CIMInstance(), systemName, host).code, 0);
+    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, group, "relation", CIMObjectPath(),
+                  CIMInstance(), systemName, host)
+                  .code,
+        0);
     expectLedgersClean("createVirtualCopy of a remote copy group");
     ASSERT_GE(params.size(), 1u);
     std::set<std::string> parents;
@@ -320,8 +346,10 @@ TEST_F(CopyOperationsTest, VirtualCopiesOfTheLocalSideOfARemoteCopyGroup)
     EXPECT_EQ(parents.size(), params.size());  // one snapshot of each volume
 
     const CIMObjectPath unknown("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:nothere\"");
-    EXPECT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, unknown, "",
-        CIMObjectPath(), CIMInstance(), systemName, host).code, API_E_NOT_FOUND);
+    EXPECT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, unknown, "", CIMObjectPath(),
+                  CIMInstance(), systemName, host)
+                  .code,
+        API_E_NOT_FOUND);
 }
 
 }  // namespace

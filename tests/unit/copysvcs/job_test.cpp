@@ -16,24 +16,22 @@ class JobTest : public CopyServicesTest
 protected:
     CIMObjectPath jobPath(Uint32 tid)
     {
-        return ZDA_ConcreteJobProvider::buildObjectPath(HOST,
-            ZDA_ConcreteJobProvider::makeUniqueID(tid));
+        return ZDA_ConcreteJobProvider::buildObjectPath(HOST, ZDA_ConcreteJobProvider::makeUniqueID(tid));
     }
     CIMInstance job(Uint32 tid) { return getInstance(jobPath(tid)); }
     CIMValue getError(Uint32 tid, Array<CIMParamValue>& out)
     {
-        return server().invokeMethod(admin(), ZDA_NS, jobPath(tid), "GetError",
-            Array<CIMParamValue>(), out);
+        return server().invokeMethod(admin(), ZDA_NS, jobPath(tid), "GetError", Array<CIMParamValue>(), out);
     }
 };
 
 TEST(JobIdentifiers, TaskIdsRoundTripAndOtherTextsNameNoTask)
 {
     EXPECT_EQ(text(ZDA_ConcreteJobProvider::makeUniqueID(1001)), "KX_ORLA:1001");
-    EXPECT_EQ(ZDA_ConcreteJobProvider::taskIdOf(ZDA_ConcreteJobProvider::makeUniqueID(4294967295u)),
-        4294967295u);
-    for (const char* other : {"", "KX_ORLA:", "KX_ORLA:0", "KX_ORLA:12x", "KX_ORLA:-3",
-             "1001", "KX_ORLA:4294967296", "kx_orla:1001"})
+    EXPECT_EQ(
+        ZDA_ConcreteJobProvider::taskIdOf(ZDA_ConcreteJobProvider::makeUniqueID(4294967295u)), 4294967295u);
+    for (const char* other : {"", "KX_ORLA:", "KX_ORLA:0", "KX_ORLA:12x", "KX_ORLA:-3", "1001",
+             "KX_ORLA:4294967296", "kx_orla:1001"})
         EXPECT_EQ(ZDA_ConcreteJobProvider::taskIdOf(other), 0u) << other;
     const CIMObjectPath path = ZDA_ConcreteJobProvider::buildObjectPath("h", "KX_ORLA:7");
     EXPECT_EQ(text(path.getClassName().getString()), JOB);
@@ -109,12 +107,15 @@ TEST_F(JobTest, UnknownJobsAndRefusedOperations)
     EXPECT_EQ(cimErrorOf([&] { getError(999999, out); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] {
         server().invokeMethod(admin(), ZDA_NS, jobPath(1), "Kill", Array<CIMParamValue>(), out);
-    }), CIM_ERR_METHOD_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, jobPath(1)); }),
-        CIM_ERR_NOT_SUPPORTED);
+    }),
+        CIM_ERR_METHOD_NOT_FOUND);
+    EXPECT_EQ(
+        cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, jobPath(1)); }), CIM_ERR_NOT_SUPPORTED);
     zdasim_fault_add("api_getTasks", 1, API_E_INVALID, "broken");
-    EXPECT_EQ(server().enumerateInstances(admin(), ZDA_NS, JOB, true, false, false, false,
-        CIMPropertyList()).size(), 0u);
+    EXPECT_EQ(server()
+                  .enumerateInstances(admin(), ZDA_NS, JOB, true, false, false, false, CIMPropertyList())
+                  .size(),
+        0u);
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ class PoolsAndSettingsTest : public CopyServicesTest
 protected:
     Array<CIMInstance> all(const char* className)
     {
-        return server().enumerateInstances(admin(), ZDA_NS, className, true, false, false, false,
-            CIMPropertyList());
+        return server().enumerateInstances(
+            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
     }
     CIMInstance settingInstance(const char* name)
     {
@@ -45,19 +45,17 @@ TEST_F(PoolsAndSettingsTest, EveryCPGIsAPoolAndHoldsSnapshotSpace)
     {
         const String id = get<String>(pools[i], "PoolID");
         byName[text(id)] = pools[i];
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(pools[i].getPath(),
-            ZDA_StoragePoolProvider::buildObjectPath(id, "h")));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(
+            pools[i].getPath(), ZDA_StoragePoolProvider::buildObjectPath(id, "h")));
         EXPECT_EQ(text(ZDA_StoragePoolProvider::cpgOf(pools[i].getPath())), text(id));
-        EXPECT_LE(get<Uint64>(pools[i], "RemainingManagedSpace"),
-            get<Uint64>(pools[i], "TotalManagedSpace"));
+        EXPECT_LE(get<Uint64>(pools[i], "RemainingManagedSpace"), get<Uint64>(pools[i], "TotalManagedSpace"));
     }
     EXPECT_EQ(get<Uint64>(byName["FC_r5"], "TotalManagedSpace"), Uint64(4) << 40);
     EXPECT_EQ(get<Uint16>(deltas[0], "Usage"), 4);
     EXPECT_EQ(text(get<String>(getInstance(deltas[1].getPath()), "PoolID")),
         text(get<String>(deltas[1], "PoolID")));
-    EXPECT_EQ(cimErrorOf([&] {
-        getInstance(ZDA_StoragePoolProvider::buildObjectPath("nope", HOST));
-    }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(ZDA_StoragePoolProvider::buildObjectPath("nope", HOST)); }),
+        CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(PoolsAndSettingsTest, VolumesWithSnapshotSpaceLeadToTheirDeltaPool)
@@ -66,36 +64,43 @@ TEST_F(PoolsAndSettingsTest, VolumesWithSnapshotSpaceLeadToTheirDeltaPool)
     Array<CIMObjectPath> links = server().enumerateInstanceNames(admin(), ZDA_NS, REPLICA_POOL);
     EXPECT_EQ(links.size(), 7u);
 
-    Array<CIMObjectPath> pools = server().associatorNames(admin(), ZDA_NS, volume("vol1"),
-        REPLICA_POOL, CIMName(), "Dependent", "");
+    Array<CIMObjectPath> pools = server().associatorNames(
+        admin(), ZDA_NS, volume("vol1"), REPLICA_POOL, CIMName(), "Dependent", "");
     ASSERT_EQ(pools.size(), 1u);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(pools[0],
-        ZDA_StoragePoolProvider::buildDeltaObjectPath("FC_r1", HOST)));
-    Array<CIMObject> poolObjects = server().associators(admin(), ZDA_NS, volume("vol1"),
-        REPLICA_POOL, "CIM_StoragePool", "", "Antecedent", false, false, CIMPropertyList());
+    EXPECT_TRUE(
+        ZDA_Common::matchObjectPath(pools[0], ZDA_StoragePoolProvider::buildDeltaObjectPath("FC_r1", HOST)));
+    Array<CIMObject> poolObjects = server().associators(admin(), ZDA_NS, volume("vol1"), REPLICA_POOL,
+        "CIM_StoragePool", "", "Antecedent", false, false, CIMPropertyList());
     ASSERT_EQ(poolObjects.size(), 1u);
-    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, volume("vol3"), REPLICA_POOL, CIMName(),
-        "", "").size(), 0u);
-    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, volume("vol1"), REPLICA_POOL, CIMName(),
-        "Antecedent", "").size(), 0u);
+    EXPECT_EQ(
+        server().associatorNames(admin(), ZDA_NS, volume("vol3"), REPLICA_POOL, CIMName(), "", "").size(),
+        0u);
+    EXPECT_EQ(server()
+                  .associatorNames(admin(), ZDA_NS, volume("vol1"), REPLICA_POOL, CIMName(), "Antecedent", "")
+                  .size(),
+        0u);
 
     // From the pool: every volume that keeps snapshots there.
     Array<CIMObject> volumes = server().associators(admin(), ZDA_NS,
-        ZDA_StoragePoolProvider::buildDeltaObjectPath("NL_r6", HOST), REPLICA_POOL, CIMName(),
-        "", "", false, false, CIMPropertyList());
+        ZDA_StoragePoolProvider::buildDeltaObjectPath("NL_r6", HOST), REPLICA_POOL, CIMName(), "", "", false,
+        false, CIMPropertyList());
     std::set<std::string> names;
     for (Uint32 i = 0; i < volumes.size(); i++)
         names.insert(text(get<String>(CIMInstance(volumes[i]), "ElementName")));
     EXPECT_EQ(names, (std::set<std::string>{"vol4", "vol5"}));
-    EXPECT_EQ(server().references(admin(), ZDA_NS, volume("vol2"), REPLICA_POOL, "", false,
-        false, CIMPropertyList()).size(), 1u);
+    EXPECT_EQ(
+        server()
+            .references(admin(), ZDA_NS, volume("vol2"), REPLICA_POOL, "", false, false, CIMPropertyList())
+            .size(),
+        1u);
 
     // Snapshot space given by the copy services shows at once.
     Array<String> vol3;
     vol3.append("vol3");
     ASSERT_EQ(ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(&event, vol3), 0);
-    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, volume("vol3"), REPLICA_POOL, CIMName(),
-        "", "").size(), 1u);
+    EXPECT_EQ(
+        server().associatorNames(admin(), ZDA_NS, volume("vol3"), REPLICA_POOL, CIMName(), "", "").size(),
+        1u);
 }
 
 TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArray)
@@ -106,24 +111,29 @@ TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArra
     gold.addProperty(CIMProperty("Description", CIMValue(String("two-hour snapshots"))));
     const CIMObjectPath path = server().createInstance(admin(), ZDA_NS, gold);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(path, ZDA_StorageSettingProvider::buildObjectPath("gold", HOST)));
-    EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, gold); }),
-        CIM_ERR_ALREADY_EXISTS);
+    EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, gold); }), CIM_ERR_ALREADY_EXISTS);
 
-    struct Bad { const char* property; CIMValue value; };
+    struct Bad
+    {
+        const char* property;
+        CIMValue value;
+    };
     const Bad refused[] = {
-        {"UserDSPName", CIMValue(String("nope"))},                    // no such CPG
+        {"UserDSPName", CIMValue(String("nope"))},                               // no such CPG
         {"RetentionTime", CIMValue(CIMDateTime(Uint64(9000) * 1000000, true))},  // beyond expiration
-        {"BaseID", CIMValue(String("seven"))},                         // wrong type
+        {"BaseID", CIMValue(String("seven"))},                                   // wrong type
     };
     for (const Bad& b : refused)
     {
         CIMInstance change = gold.clone();
-        change.removeProperty(change.findProperty(b.property) == PEG_NOT_FOUND ? 0 : change.findProperty(b.property));
+        change.removeProperty(
+            change.findProperty(b.property) == PEG_NOT_FOUND ? 0 : change.findProperty(b.property));
         change.addProperty(CIMProperty(b.property, b.value));
         change.setPath(path);
-        EXPECT_EQ(cimErrorOf([&] {
-            server().modifyInstance(admin(), ZDA_NS, change, false, CIMPropertyList());
-        }), CIM_ERR_INVALID_PARAMETER) << b.property;
+        EXPECT_EQ(
+            cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, change, false, CIMPropertyList()); }),
+            CIM_ERR_INVALID_PARAMETER)
+            << b.property;
     }
     EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, CIMInstance(SETTING)); }),
         CIM_ERR_INVALID_PARAMETER);
@@ -177,8 +187,10 @@ TEST_F(PoolsAndSettingsTest, ASettingIsTheGoalOfACopy)
     Array<CIMObjectPath> jobs;
     Array<CIMObjectPath> syncs;
     ASSERT_EQ(ZDA_StorageConfigurationServiceProvider::createPhysicalCopy(&event, cimom, admin(),
-        ZDA_StorageConfigurationServiceProvider::COPY_SYNCHRONIZED, volume("vol3"),
-        CIMObjectPath(), CIMObjectPath(), stored, jobs, syncs, systemName, host, "vol3.r1").code, 0);
+                  ZDA_StorageConfigurationServiceProvider::COPY_SYNCHRONIZED, volume("vol3"), CIMObjectPath(),
+                  CIMObjectPath(), stored, jobs, syncs, systemName, host, "vol3.r1")
+                  .code,
+        0);
     // Its user space is in FC_r1: FC_r1's pool now has its space in use.
     api_VVObj_t* vv = nullptr;
     int count = 0;
@@ -192,8 +204,10 @@ TEST_F(PoolsAndSettingsTest, ASettingIsTheGoalOfACopy)
 
     // A snapshot of vol3 (no snapshot space of its own) takes the goal's.
     Array<CIMParamValue> params;
-    ASSERT_EQ(ZDA_StorageConfigurationServiceProvider::createVirtualCopy(&event, cimom, admin(),
-        params, volume("vol3"), "vol3.snap", CIMObjectPath(), stored, systemName, host).code, 0);
+    ASSERT_EQ(ZDA_StorageConfigurationServiceProvider::createVirtualCopy(&event, cimom, admin(), params,
+                  volume("vol3"), "vol3.snap", CIMObjectPath(), stored, systemName, host)
+                  .code,
+        0);
     EXPECT_EQ(params.size(), 1u);
     expectLedgersClean("copies with a goal");
 }

@@ -32,8 +32,8 @@ protected:
 TEST_F(SynchronizedTest, EveryLocalCopyOnceWithItsTypeAndPath)
 {
     // The test array: two snapshots of vol1 and a finished clone of vol2.
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, SYNC, true, false,
-        false, false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, SYNC, true, false, false, false, CIMPropertyList());
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, SYNC);
     ASSERT_EQ(all.size(), 3u);
     ASSERT_EQ(paths.size(), 3u);
@@ -42,19 +42,17 @@ TEST_F(SynchronizedTest, EveryLocalCopyOnceWithItsTypeAndPath)
     {
         EXPECT_TRUE(ZDA_Common::matchObjectPath(all[i].getPath(), paths[i]));
         const std::string copy = nameOf(endOf(paths[i], "SyncedElement"));
-        syncTypeOf[nameOf(endOf(paths[i], "SystemElement")) + ">" + copy] =
-            get<Uint16>(all[i], "SyncType");
+        syncTypeOf[nameOf(endOf(paths[i], "SystemElement")) + ">" + copy] = get<Uint16>(all[i], "SyncType");
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
     }
-    EXPECT_EQ(syncTypeOf, (std::map<std::string, int>{{"vol1>vol1.rw", 7}, {"vol1>vol1.ro", 7},
-        {"vol2>vol2.clone", 8}}));
+    EXPECT_EQ(syncTypeOf,
+        (std::map<std::string, int>{{"vol1>vol1.rw", 7}, {"vol1>vol1.ro", 7}, {"vol2>vol2.clone", 8}}));
 
     // A path whose ends are not a copy and its source is not found.
-    const CIMObjectPath wrong = ZDA_StorageSynchronizedProvider::buildObjectPath(volume("vol2"),
-        volume("vol1.rw"), HOST);
+    const CIMObjectPath wrong = ZDA_StorageSynchronizedProvider::buildObjectPath(
+        volume("vol2"), volume("vol1.rw"), HOST);
     EXPECT_EQ(cimErrorOf([&] { getInstance(wrong); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, paths[0]); }),
-        CIM_ERR_NOT_SUPPORTED);
+    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, paths[0]); }), CIM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(SynchronizedTest, AssociationsFromEitherEnd)
@@ -63,32 +61,40 @@ TEST_F(SynchronizedTest, AssociationsFromEitherEnd)
     const CIMObjectPath snap = volume("vol1.rw");
     EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "", "")),
         (std::set<std::string>{"vol1.rw", "vol1.ro"}));
-    EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, snap, SYNC, "CIM_StorageVolume",
-        "SyncedElement", "SystemElement")), (std::set<std::string>{"vol1"}));
+    EXPECT_EQ(names(server().associatorNames(
+                  admin(), ZDA_NS, snap, SYNC, "CIM_StorageVolume", "SyncedElement", "SystemElement")),
+        (std::set<std::string>{"vol1"}));
     // Roles that cannot match give nothing.
-    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SyncedElement",
-        "").size(), 0u);
-    EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SystemElement",
-        "SystemElement").size(), 0u);
+    EXPECT_EQ(
+        server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SyncedElement", "").size(), 0u);
+    EXPECT_EQ(server()
+                  .associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SystemElement", "SystemElement")
+                  .size(),
+        0u);
 
-    Array<CIMObject> objects = server().associators(admin(), ZDA_NS, snap, SYNC, CIMName(), "",
-        "", false, false, CIMPropertyList());
+    Array<CIMObject> objects = server().associators(
+        admin(), ZDA_NS, snap, SYNC, CIMName(), "", "", false, false, CIMPropertyList());
     ASSERT_EQ(objects.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(objects[0].getPath(), vol1));
 
     // The module finds the relationship of a target by its SyncedElement role.
-    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, snap, SYNC,
-        "SyncedElement");
+    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, snap, SYNC, "SyncedElement");
     ASSERT_EQ(refs.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(refs[0], "SystemElement"), vol1));
-    EXPECT_EQ(server().references(admin(), ZDA_NS, vol1, SYNC, "", false, false,
-        CIMPropertyList()).size(), 2u);
+    EXPECT_EQ(
+        server().references(admin(), ZDA_NS, vol1, SYNC, "", false, false, CIMPropertyList()).size(), 2u);
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, volume("vol3"), SYNC, "").size(), 0u);
 }
 
 TEST(SyncState, FollowsTheCopyRecord)
 {
-    struct Case { int type; Uint32 state; int progress; std::vector<int> expected; };
+    struct Case
+    {
+        int type;
+        Uint32 state;
+        int progress;
+        std::vector<int> expected;
+    };
     const Case cases[] = {
         {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_NORMAL, 0, {4, 6, 2}},
         {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_RESTORING, 0, {3, 10, 8}},

@@ -28,8 +28,7 @@ class FakeTransport : public zda_test::RecordingClientTransport
 public:
     using RecordingClientTransport::RecordingClientTransport;
 
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns,
-        const CIMName& cn) override
+    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
     {
         RecordingClientTransport::enumerateInstanceNames(ns, cn);
         Array<CIMObjectPath> paths;
@@ -113,18 +112,16 @@ TEST_F(CIMClientTest, ConnectLocalFailsCatchablyWhenNoLocalServerIsAvailable)
     EXPECT_TRUE(contains(message, "no Unix socket transport")) << message;
 
     // Still not connected after the failures.
-    EXPECT_THROW(client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem"),
-        NotConnectedException);
+    EXPECT_THROW(client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem"), NotConnectedException);
 }
 
 TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 {
     std::string socketPathSeen;
-    CIMClientTransports::setLocalSocketTransportFactory(
-        [&](const String& path, Uint32) {
-            socketPathSeen = text(path);
-            return std::unique_ptr<CIMClientTransport>(new FakeTransport(log));
-        });
+    CIMClientTransports::setLocalSocketTransportFactory([&](const String& path, Uint32) {
+        socketPathSeen = text(path);
+        return std::unique_ptr<CIMClientTransport>(new FakeTransport(log));
+    });
     setenv(SOCKET_VARIABLE, "/tmp/zda.sock", 1);
 
     CIMClient viaSocket;
@@ -198,14 +195,13 @@ TEST_F(CIMClientTest, FactoryFailuresBecomeConnectionExceptions)
         const char* expectedText;
     };
     const Case cases[] = {
-        {"connection exception", []() -> std::unique_ptr<CIMClientTransport> {
-             throw CannotConnectException("socket refused");
-         }, "socket refused"},
-        {"std::exception", []() -> std::unique_ptr<CIMClientTransport> {
-             throw std::runtime_error("ECONNREFUSED");
-         }, "ECONNREFUSED"},
-        {"no transport", [] { return std::unique_ptr<CIMClientTransport>(); },
-            "returned no connection"},
+        {"connection exception",
+            []() -> std::unique_ptr<CIMClientTransport> { throw CannotConnectException("socket refused"); },
+            "socket refused"},
+        {"std::exception",
+            []() -> std::unique_ptr<CIMClientTransport> { throw std::runtime_error("ECONNREFUSED"); },
+            "ECONNREFUSED"},
+        {"no transport", [] { return std::unique_ptr<CIMClientTransport>(); }, "returned no connection"},
     };
     for (const Case& c : cases)
     {
@@ -239,8 +235,7 @@ TEST_F(CIMClientTest, ForwardsEachOperationWithItsArgumentsAndDefaults)
         std::string expected;
     };
     const Case cases[] = {
-        {[&] { client.getClass(ns, "ZDA_StorageSystem"); },
-            "getClass root/zda ZDA_StorageSystem 1 1 0 all"},
+        {[&] { client.getClass(ns, "ZDA_StorageSystem"); }, "getClass root/zda ZDA_StorageSystem 1 1 0 all"},
         {[&] { client.getClass(ns, "ZDA_StorageSystem", false, false, true, names); },
             "getClass root/zda ZDA_StorageSystem 0 0 1 [Name]"},
         {[&] { client.enumerateClasses(ns); }, "enumerateClasses root/zda - 0 1 1 0"},
@@ -255,8 +250,7 @@ TEST_F(CIMClientTest, ForwardsEachOperationWithItsArgumentsAndDefaults)
         {[&] { client.enumerateInstanceNames(ns, "ZDA_StorageSystem"); },
             "enumerateInstanceNames root/zda ZDA_StorageSystem"},
         {[&] { client.createInstance(ns, CIMInstance("ZDA_X")); }, "createInstance root/zda ZDA_X"},
-        {[&] { client.modifyInstance(ns, CIMInstance("ZDA_X")); },
-            "modifyInstance root/zda ZDA_X 1 all"},
+        {[&] { client.modifyInstance(ns, CIMInstance("ZDA_X")); }, "modifyInstance root/zda ZDA_X 1 all"},
         {[&] { client.deleteInstance(ns, path); }, "deleteInstance root/zda " + p},
         {[&] { client.execQuery(ns, "WQL", "SELECT * FROM X"); },
             "execQuery root/zda \"WQL\" \"SELECT * FROM X\""},

@@ -31,26 +31,24 @@ class HostBackend : public zda_test::RecordingCIMOMBackend
 public:
     std::function<void(const OperationContext&)> duringGetInstance;
 
-    CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, Boolean lo, Boolean iq, Boolean ico,
-        const CIMPropertyList& pl) override
+    CIMInstance getInstance(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
+        Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
         CIMInstance answer = RecordingCIMOMBackend::getInstance(c, ns, path, lo, iq, ico, pl);
         if (duringGetInstance)
             duringGetInstance(c);
         return answer;
     }
-    Array<CIMObjectPath> enumerateInstanceNames(const OperationContext& c,
-        const CIMNamespaceName& ns, const CIMName& cn) override
+    Array<CIMObjectPath> enumerateInstanceNames(
+        const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn) override
     {
         RecordingCIMOMBackend::enumerateInstanceNames(c, ns, cn);
         Array<CIMObjectPath> paths;
         paths.append(CIMObjectPath((text(cn) + ".Name=\"one\"").c_str()));
         return paths;
     }
-    CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns,
-        const CIMObjectPath& path, const CIMName& method, const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
+    CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
+        const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
         RecordingCIMOMBackend::invokeMethod(c, ns, path, method, in, out);
         out.append(CIMParamValue("Job", CIMValue(String("job-1"))));
@@ -83,79 +81,106 @@ std::vector<Operation> everyOperation()
     in.append(CIMParamValue("ElementName", CIMValue(String("copy"))));
 
     return {
-        {"getClass", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.getClass(c, NS, "ZDA_StorageVolume", true, false, true, someProperties);
-         }, "getClass root/zda ZDA_StorageVolume 1 0 1 [ElementName]"},
-        {"enumerateClasses", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.enumerateClasses(c, NS, CIMName(), true, false, true, false);
-         }, "enumerateClasses root/zda - 1 0 1 0"},
-        {"enumerateClassNames", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.enumerateClassNames(c, NS, "CIM_ManagedElement", false);
-         }, "enumerateClassNames root/zda CIM_ManagedElement 0"},
-        {"createClass", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.createClass(c, NS, CIMClass("ZDA_New"));
-         }, "createClass root/zda ZDA_New"},
-        {"modifyClass", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.modifyClass(c, NS, CIMClass("ZDA_New"));
-         }, "modifyClass root/zda ZDA_New"},
-        {"deleteClass", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.deleteClass(c, NS, "ZDA_New");
-         }, "deleteClass root/zda ZDA_New"},
-        {"getInstance", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.getInstance(c, NS, VOLUME, false, true, false, CIMPropertyList());
-         }, "getInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" 0 1 0 all"},
-        {"enumerateInstances", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.enumerateInstances(c, NS, "ZDA_StorageVolume", true, false, false, true,
-                 CIMPropertyList(Array<CIMName>()));
-         }, "enumerateInstances root/zda ZDA_StorageVolume 1 0 0 1 []"},
-        {"enumerateInstanceNames", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.enumerateInstanceNames(c, NS, "ZDA_StorageSystem");
-         }, "enumerateInstanceNames root/zda ZDA_StorageSystem"},
-        {"createInstance", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.createInstance(c, NS, CIMInstance("ZDA_ReplicationGroup"));
-         }, "createInstance root/zda ZDA_ReplicationGroup"},
-        {"modifyInstance", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.modifyInstance(c, NS, CIMInstance("ZDA_ReplicationGroup"), true, someProperties);
-         }, "modifyInstance root/zda ZDA_ReplicationGroup 1 [ElementName]"},
-        {"deleteInstance", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.deleteInstance(c, NS, VOLUME);
-         }, "deleteInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\""},
-        {"execQuery", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.execQuery(c, NS, "WQL", "SELECT * FROM ZDA_StorageVolume");
-         }, "execQuery root/zda \"WQL\" \"SELECT * FROM ZDA_StorageVolume\""},
-        {"associators", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.associators(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", CIMName(), "Member",
-                 String(), false, true, CIMPropertyList());
-         }, "associators root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
+        {"getClass",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.getClass(c, NS, "ZDA_StorageVolume", true, false, true, someProperties);
+            },
+            "getClass root/zda ZDA_StorageVolume 1 0 1 [ElementName]"},
+        {"enumerateClasses",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.enumerateClasses(c, NS, CIMName(), true, false, true, false);
+            },
+            "enumerateClasses root/zda - 1 0 1 0"},
+        {"enumerateClassNames",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.enumerateClassNames(c, NS, "CIM_ManagedElement", false);
+            },
+            "enumerateClassNames root/zda CIM_ManagedElement 0"},
+        {"createClass",
+            [=](CIMOMHandle& h, const OperationContext& c) { h.createClass(c, NS, CIMClass("ZDA_New")); },
+            "createClass root/zda ZDA_New"},
+        {"modifyClass",
+            [=](CIMOMHandle& h, const OperationContext& c) { h.modifyClass(c, NS, CIMClass("ZDA_New")); },
+            "modifyClass root/zda ZDA_New"},
+        {"deleteClass", [=](CIMOMHandle& h, const OperationContext& c) { h.deleteClass(c, NS, "ZDA_New"); },
+            "deleteClass root/zda ZDA_New"},
+        {"getInstance",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.getInstance(c, NS, VOLUME, false, true, false, CIMPropertyList());
+            },
+            "getInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" 0 1 0 all"},
+        {"enumerateInstances",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.enumerateInstances(
+                    c, NS, "ZDA_StorageVolume", true, false, false, true, CIMPropertyList(Array<CIMName>()));
+            },
+            "enumerateInstances root/zda ZDA_StorageVolume 1 0 0 1 []"},
+        {"enumerateInstanceNames",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.enumerateInstanceNames(c, NS, "ZDA_StorageSystem");
+            },
+            "enumerateInstanceNames root/zda ZDA_StorageSystem"},
+        {"createInstance",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.createInstance(c, NS, CIMInstance("ZDA_ReplicationGroup"));
+            },
+            "createInstance root/zda ZDA_ReplicationGroup"},
+        {"modifyInstance",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.modifyInstance(c, NS, CIMInstance("ZDA_ReplicationGroup"), true, someProperties);
+            },
+            "modifyInstance root/zda ZDA_ReplicationGroup 1 [ElementName]"},
+        {"deleteInstance",
+            [=](CIMOMHandle& h, const OperationContext& c) { h.deleteInstance(c, NS, VOLUME); },
+            "deleteInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\""},
+        {"execQuery",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.execQuery(c, NS, "WQL", "SELECT * FROM ZDA_StorageVolume");
+            },
+            "execQuery root/zda \"WQL\" \"SELECT * FROM ZDA_StorageVolume\""},
+        {"associators",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.associators(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", CIMName(), "Member", String(),
+                    false, true, CIMPropertyList());
+            },
+            "associators root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
             "ZDA_MemberOfReplicationGroup - \"Member\" \"\" 0 1 all"},
-        {"associatorNames", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.associatorNames(c, NS, VOLUME, CIMName(), "ZDA_ReplicationGroup", String(),
-                 "Collection");
-         }, "associatorNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
+        {"associatorNames",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.associatorNames(c, NS, VOLUME, CIMName(), "ZDA_ReplicationGroup", String(), "Collection");
+            },
+            "associatorNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
             "- ZDA_ReplicationGroup \"\" \"Collection\""},
-        {"references", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.references(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", "Member", true, false,
-                 someProperties);
-         }, "references root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
+        {"references",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.references(
+                    c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", "Member", true, false, someProperties);
+            },
+            "references root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
             "ZDA_MemberOfReplicationGroup \"Member\" 1 0 [ElementName]"},
-        {"referenceNames", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.referenceNames(c, NS, VOLUME, CIMName(), "Member");
-         }, "referenceNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" - \"Member\""},
-        {"getProperty", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.getProperty(c, NS, VOLUME, "ElementName");
-         }, "getProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" ElementName"},
-        {"setProperty", [=](CIMOMHandle& h, const OperationContext& c) {
-             h.setProperty(c, NS, VOLUME, "ElementName", CIMValue(String("renamed")));
-         }, "setProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
+        {"referenceNames",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.referenceNames(c, NS, VOLUME, CIMName(), "Member");
+            },
+            "referenceNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" - \"Member\""},
+        {"getProperty",
+            [=](CIMOMHandle& h, const OperationContext& c) { h.getProperty(c, NS, VOLUME, "ElementName"); },
+            "getProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" ElementName"},
+        {"setProperty",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                h.setProperty(c, NS, VOLUME, "ElementName", CIMValue(String("renamed")));
+            },
+            "setProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
             "ElementName renamed"},
-        {"invokeMethod", [=](CIMOMHandle& h, const OperationContext& c) {
-             Array<CIMParamValue> out;
-             h.invokeMethod(c, NS, VOLUME, "CreateElementReplica", in, out);
-         }, "invokeMethod root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
+        {"invokeMethod",
+            [=](CIMOMHandle& h, const OperationContext& c) {
+                Array<CIMParamValue> out;
+                h.invokeMethod(c, NS, VOLUME, "CreateElementReplica", in, out);
+            },
+            "invokeMethod root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
             "CreateElementReplica (ElementName)"},
-        {"getResponseContext", [=](CIMOMHandle& h, const OperationContext&) {
-             h.getResponseContext();
-         }, nullptr},
+        {"getResponseContext", [=](CIMOMHandle& h, const OperationContext&) { h.getResponseContext(); },
+            nullptr},
     };
 }
 
@@ -233,8 +258,7 @@ TEST(CIMOMHandleTest, WithoutAHostEveryOperationFailsSayingSo)
         {
             EXPECT_EQ(CIM_ERR_FAILED, e.getCode());
             const std::string message = text(e.getMessage());
-            EXPECT_NE(std::string::npos, message.find(std::string("CIMOMHandle::") + op.name))
-                << message;
+            EXPECT_NE(std::string::npos, message.find(std::string("CIMOMHandle::") + op.name)) << message;
             EXPECT_NE(std::string::npos, message.find("not attached to a CIM server")) << message;
         }
     }
@@ -269,8 +293,8 @@ TEST(CIMOMHandleTest, LetsCIMErrorsThroughAndHidesEverythingElse)
         const char* message;
     };
     const Case cases[] = {
-        {"CIMException", [] { throw CIMException(CIM_ERR_NOT_FOUND, "no such volume"); },
-            CIM_ERR_NOT_FOUND, "no such volume"},
+        {"CIMException", [] { throw CIMException(CIM_ERR_NOT_FOUND, "no such volume"); }, CIM_ERR_NOT_FOUND,
+            "no such volume"},
         {"provider exception", [] { throw CIMInvalidParameterException("bad name"); },
             CIM_ERR_INVALID_PARAMETER, "bad name"},
         {"status beyond the standard codes", [] { throw CIMException(CIMStatusCode(4096), "job"); },
@@ -291,8 +315,7 @@ TEST(CIMOMHandleTest, LetsCIMErrorsThroughAndHidesEverythingElse)
         backend->duringGetInstance = [&](const OperationContext&) { c.raise(); };
         try
         {
-            handle.getInstance(OperationContext(), NS, VOLUME, false, false, false,
-                CIMPropertyList());
+            handle.getInstance(OperationContext(), NS, VOLUME, false, false, false, CIMPropertyList());
             ADD_FAILURE() << "no exception";
         }
         catch (const CIMException& e)
@@ -303,11 +326,8 @@ TEST(CIMOMHandleTest, LetsCIMErrorsThroughAndHidesEverythingElse)
     }
 
     // The original type survives, so a provider can catch the specific class.
-    backend->duringGetInstance = [](const OperationContext&) {
-        throw CIMObjectNotFoundException("gone");
-    };
-    EXPECT_THROW(handle.getInstance(OperationContext(), NS, VOLUME, false, false, false,
-                     CIMPropertyList()),
+    backend->duringGetInstance = [](const OperationContext&) { throw CIMObjectNotFoundException("gone"); };
+    EXPECT_THROW(handle.getInstance(OperationContext(), NS, VOLUME, false, false, false, CIMPropertyList()),
         CIMObjectNotFoundException);
 }
 

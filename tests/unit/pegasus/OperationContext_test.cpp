@@ -19,10 +19,7 @@ public:
     static int live;
     static int destroyed;
 
-    explicit CountingContainer(const String& name, int value = 0) : _name(name), value(value)
-    {
-        ++live;
-    }
+    explicit CountingContainer(const String& name, int value = 0) : _name(name), value(value) { ++live; }
     CountingContainer(const CountingContainer& other)
         : OperationContext::Container(), _name(other._name), value(other.value)
     {
@@ -78,8 +75,7 @@ TEST(OperationContextTest, StoresOneContainerPerNameAndRefusesMisses)
     EXPECT_FALSE(context.contains("a")) << "names compare exactly";
     EXPECT_EQ(2, valueIn(context, "B"));
 
-    expectPlainException([&] { context.insert(CountingContainer("A", 9)); },
-        "object already exists");
+    expectPlainException([&] { context.insert(CountingContainer("A", 9)); }, "object already exists");
     EXPECT_EQ(1, valueIn(context, "A")) << "a refused insert leaves the old one";
 
     context.set(CountingContainer("A", 3));
@@ -150,10 +146,8 @@ TEST(IdentityContainerTest, CarriesUserAndAddressThroughAContext)
     EXPECT_EQ(String("alice"), identity.getUserName());
     EXPECT_EQ(String("192.0.2.7"), identity.getIpAddress());
 
-    EXPECT_THROW(IdentityContainer(copy.get(UserRoleContainer::NAME)),
-        DynamicCastFailedException);
-    EXPECT_THROW(UserRoleContainer(copy.get(IdentityContainer::NAME)),
-        DynamicCastFailedException);
+    EXPECT_THROW(IdentityContainer(copy.get(UserRoleContainer::NAME)), DynamicCastFailedException);
+    EXPECT_THROW(UserRoleContainer(copy.get(IdentityContainer::NAME)), DynamicCastFailedException);
     EXPECT_EQ(String("operator"), UserRoleContainer(copy.get(UserRoleContainer::NAME)).getUserRole());
 }
 
@@ -173,8 +167,8 @@ TEST(IdentityContainerTest, LanguageContainersKeepTheirLists)
     AcceptLanguageList acceptCopy =
         AcceptLanguageListContainer(copy.get(AcceptLanguageListContainer::NAME)).getLanguages();
     EXPECT_TRUE(acceptCopy == accept);
-    EXPECT_TRUE(ContentLanguageListContainer(copy.get(ContentLanguageListContainer::NAME))
-                    .getLanguages() == content);
+    EXPECT_TRUE(
+        ContentLanguageListContainer(copy.get(ContentLanguageListContainer::NAME)).getLanguages() == content);
     EXPECT_THROW(ContentLanguageListContainer(copy.get(AcceptLanguageListContainer::NAME)),
         DynamicCastFailedException);
 }

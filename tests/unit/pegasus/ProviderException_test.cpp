@@ -35,16 +35,13 @@ TEST(ProviderExceptionTest, EachFixesItsCodeAndKeepsTheMessage)
     const ProviderExceptionCase cases[] = {
         {"CIMOperationFailedException", raiser<CIMOperationFailedException>(), CIM_ERR_FAILED},
         {"CIMAccessDeniedException", raiser<CIMAccessDeniedException>(), CIM_ERR_ACCESS_DENIED},
-        {"CIMInvalidParameterException", raiser<CIMInvalidParameterException>(),
-            CIM_ERR_INVALID_PARAMETER},
+        {"CIMInvalidParameterException", raiser<CIMInvalidParameterException>(), CIM_ERR_INVALID_PARAMETER},
         {"CIMObjectNotFoundException", raiser<CIMObjectNotFoundException>(), CIM_ERR_NOT_FOUND},
         {"CIMNotSupportedException", raiser<CIMNotSupportedException>(), CIM_ERR_NOT_SUPPORTED},
         {"CIMObjectAlreadyExistsException", raiser<CIMObjectAlreadyExistsException>(),
             CIM_ERR_ALREADY_EXISTS},
-        {"CIMPropertyNotFoundException", raiser<CIMPropertyNotFoundException>(),
-            CIM_ERR_NO_SUCH_PROPERTY},
-        {"CIMMethodNotFoundException", raiser<CIMMethodNotFoundException>(),
-            CIM_ERR_METHOD_NOT_FOUND},
+        {"CIMPropertyNotFoundException", raiser<CIMPropertyNotFoundException>(), CIM_ERR_NO_SUCH_PROPERTY},
+        {"CIMMethodNotFoundException", raiser<CIMMethodNotFoundException>(), CIM_ERR_METHOD_NOT_FOUND},
     };
     const String message = "ZDA_ReplicationService does not support createInstance.";
     for (const ProviderExceptionCase& c : cases)

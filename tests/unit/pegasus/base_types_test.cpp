@@ -27,7 +27,7 @@ std::string utf8(const String& s)
     return std::string(static_cast<const char*>(s.getCString()));
 }
 
-} // namespace
+}  // namespace
 
 TEST(StringTest, Utf8RoundTripCountsUtf16Units)
 {
@@ -221,7 +221,8 @@ TEST(StringTest, CopiesOfOneStringAcrossThreads)
     std::atomic<int> wrong{0};
     for (int t = 0; t < 4; t++)
         threads.emplace_back([&] {
-            for (int i = 0; i < 20000; i++) {
+            for (int i = 0; i < 20000; i++)
+            {
                 String copy(text);
                 String other = copy;
                 other.append(Char16('x'));
@@ -311,16 +312,20 @@ TEST(ArrayTest, CopiesShareSafelyAcrossThreads)
 
 TEST(CIMNameTest, Legality)
 {
-    struct Case { const char* name; bool legal; };
+    struct Case
+    {
+        const char* name;
+        bool legal;
+    };
     const Case cases[] = {
-        { "CIM_System", true },
-        { "_x9", true },
-        { "\xC3\x84rger", true },  // non-ASCII letters are allowed
-        { "", false },
-        { "9lives", false },
-        { "my-set", false },
-        { "a b", false },
-        { "a.b", false },
+        {"CIM_System", true},
+        {"_x9", true},
+        {"\xC3\x84rger", true},  // non-ASCII letters are allowed
+        {"", false},
+        {"9lives", false},
+        {"my-set", false},
+        {"a b", false},
+        {"a.b", false},
     };
     for (const Case& c : cases)
     {
@@ -343,7 +348,7 @@ TEST(CIMNameTest, NamespaceNames)
     EXPECT_EQ(CIMNamespaceName("/root/zda").getString(), "root/zda");
     EXPECT_EQ(CIMNamespaceName("root").getString(), "root");
     EXPECT_TRUE(CIMNamespaceName("ROOT/Zda") == CIMNamespaceName("root/zda"));
-    const char* bad[] = { "", "/", "root/", "root//x", "//root", "root/9x", "root x" };
+    const char* bad[] = {"", "/", "root/", "root//x", "//root", "root/9x", "root x"};
     for (const char* text : bad)
     {
         SCOPED_TRACE(text);
@@ -421,7 +426,7 @@ TEST(ExceptionTest, TraceableDescriptions)
     EXPECT_EQ(e.getLine(), Uint32(__LINE__ - 3));
     EXPECT_EQ(TraceableCIMException(CIMException(CIM_ERR_FAILED)).getDescription(), "CIM_ERR_FAILED");
     EXPECT_EQ(TraceableCIMException(CIMException(CIMStatusCode(4096), "m")).getDescription(),
-              "Unrecognized CIM status code \"4096\": m");
+        "Unrecognized CIM status code \"4096\": m");
 
     MessageLoaderParms parms("id", "value $0 of $1 is bad", String("x"), Uint32(3));
     EXPECT_EQ(CIMException(CIM_ERR_FAILED, parms).getMessage(), "value x of 3 is bad");

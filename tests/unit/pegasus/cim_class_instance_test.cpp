@@ -71,12 +71,11 @@ TEST(BuildInstance, PropertyListSelectsInClassOrderIgnoringCase)
     CIMClass cls = makeDiskClass();
 
     EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({"size", "NAME", "Unknown"}))),
-              (Names{"Name", "Size"}));
+        (Names{"Name", "Size"}));
     EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({}))), Names{});
     // The const view builds the same way.
     CIMConstClass view(cls);
-    EXPECT_EQ(propertyNames(view.buildInstance(false, false, listOf({"owner"}))),
-              (Names{"Owner"}));
+    EXPECT_EQ(propertyNames(view.buildInstance(false, false, listOf({"owner"}))), (Names{"Owner"}));
 }
 
 TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
@@ -99,8 +98,7 @@ TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
     EXPECT_THROW(second.getProperty(0).setValue(CIMValue(Uint32(1))), TypeMismatchException);
     EXPECT_NO_THROW(second.getProperty(0).setValue(CIMValue(String("disk1"))));
 
-    EXPECT_THROW(CIMClass().buildInstance(false, false, CIMPropertyList()),
-                 UninitializedObjectException);
+    EXPECT_THROW(CIMClass().buildInstance(false, false, CIMPropertyList()), UninitializedObjectException);
 }
 
 // --- filter / instanceFilter --------------------------------------------------
@@ -119,8 +117,7 @@ void PrintTo(const FilterCase& c, std::ostream* os)
 }
 
 class InstanceFilter : public ::testing::TestWithParam<FilterCase>
-{
-};
+{};
 
 TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInBothForms)
 {
@@ -144,10 +141,8 @@ TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInBothForms)
     EXPECT_EQ(propertyNames(viaInstanceFilter), c.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lists, InstanceFilter,
-    ::testing::Values(
-        FilterCase{"NullKeepsAll", true, {}, {"Name", "Size", "Tags", "Owner", "Comment"}},
+INSTANTIATE_TEST_SUITE_P(Lists, InstanceFilter,
+    ::testing::Values(FilterCase{"NullKeepsAll", true, {}, {"Name", "Size", "Tags", "Owner", "Comment"}},
         FilterCase{"EmptyKeepsNone", false, {}, {}},
         FilterCase{"NamesIgnoreCase", false, {"COMMENT", "name"}, {"Name", "Comment"}},
         FilterCase{"UnknownNamesIgnored", false, {"Nope", "tags"}, {"Tags"}}),
@@ -219,8 +214,7 @@ TEST(ObjectProperties, AddedHandleStaysSharedAndCannotBeRenamedWhileOwned)
     CIMQualifier q = keyQualifier();
     p.addQualifier(q);
     EXPECT_THROW(q.setName(CIMName("Renamed")), Exception);
-    EXPECT_THROW(p.addQualifier(CIMQualifier(CIMName("key"), CIMValue(false))),
-                 AlreadyExistsException);
+    EXPECT_THROW(p.addQualifier(CIMQualifier(CIMName("key"), CIMValue(false))), AlreadyExistsException);
 }
 
 TEST(PropertyRules, ConstructorRejectsInconsistentDeclarations)
@@ -231,8 +225,8 @@ TEST(PropertyRules, ConstructorRejectsInconsistentDeclarations)
 
     EXPECT_THROW(CIMProperty(CIMName(), CIMValue(Uint32(1))), UninitializedObjectException);
     EXPECT_THROW(CIMProperty(CIMName("R"), CIMValue(refs)), TypeMismatchException);
-    EXPECT_THROW(CIMProperty(CIMName("S"), CIMValue(String("x")), 0, CIMName("Test_Host")),
-                 TypeMismatchException);
+    EXPECT_THROW(
+        CIMProperty(CIMName("S"), CIMValue(String("x")), 0, CIMName("Test_Host")), TypeMismatchException);
     EXPECT_THROW(CIMProperty(CIMName("A"), CIMValue(Uint32(1)), 2), TypeMismatchException);
     EXPECT_THROW(CIMProperty(CIMName("A"), CIMValue(three), 2), TypeMismatchException);
 
@@ -312,17 +306,14 @@ TEST(ClassMethods, MethodsAndParametersKeepOrderAndUniqueNames)
     CIMClass cls(CIMName("Test_Service"));
     CIMMethod m(CIMName("Create"), CIMTYPE_UINT32);
     m.addParameter(CIMParameter(CIMName("Name"), CIMTYPE_STRING))
-        .addParameter(CIMParameter(CIMName("Target"), CIMTYPE_REFERENCE, false, 0,
-                                   CIMName("Test_Disk")))
+        .addParameter(CIMParameter(CIMName("Target"), CIMTYPE_REFERENCE, false, 0, CIMName("Test_Disk")))
         .addParameter(CIMParameter(CIMName("Sizes"), CIMTYPE_UINT64, true));
     cls.addMethod(m);
 
-    EXPECT_THROW(cls.addMethod(CIMMethod(CIMName("create"), CIMTYPE_UINT32)),
-                 AlreadyExistsException);
-    EXPECT_THROW(m.addParameter(CIMParameter(CIMName("NAME"), CIMTYPE_STRING)),
-                 AlreadyExistsException);
-    EXPECT_THROW(CIMParameter(CIMName("P"), CIMTYPE_STRING, false, 0, CIMName("Test_Disk")),
-                 TypeMismatchException);
+    EXPECT_THROW(cls.addMethod(CIMMethod(CIMName("create"), CIMTYPE_UINT32)), AlreadyExistsException);
+    EXPECT_THROW(m.addParameter(CIMParameter(CIMName("NAME"), CIMTYPE_STRING)), AlreadyExistsException);
+    EXPECT_THROW(
+        CIMParameter(CIMName("P"), CIMTYPE_STRING, false, 0, CIMName("Test_Disk")), TypeMismatchException);
 
     CIMConstMethod found = CIMConstClass(cls).getMethod(cls.findMethod(CIMName("CREATE")));
     EXPECT_EQ(found.getParameterCount(), 3u);
@@ -356,10 +347,9 @@ TEST(ObjectText, ClassRenderingShowsDeclarations)
     cls.addMethod(create);
     String text = CIMObject(cls).toString();
 
-    for (const char* part : {"[Description(\"a disk\")] class Test_Disk : Test_Base",
-                             "[Key(TRUE)] string Name;", "uint64 Size = 100;",
-                             "string Tags[];", "Test_Host REF Owner;",
-                             "uint32 Create(string Names[]);"})
+    for (const char* part :
+        {"[Description(\"a disk\")] class Test_Disk : Test_Base", "[Key(TRUE)] string Name;",
+            "uint64 Size = 100;", "string Tags[];", "Test_Host REF Owner;", "uint32 Create(string Names[]);"})
         EXPECT_NE(text.find(String(part)), PEG_NOT_FOUND) << part << "\n" << text;
 }
 
@@ -388,8 +378,8 @@ TEST(ObjectQualifiers, ElementsShareTheNameAndIndexRules)
     CIMClass cls(CIMName("Test_Assoc"));
     cls.addQualifier(CIMQualifier(CIMName("Association"), CIMValue(true)))
         .addQualifier(CIMQualifier(CIMName("Version"), CIMValue(String("1.0"))));
-    EXPECT_THROW(cls.addQualifier(CIMQualifier(CIMName("ASSOCIATION"), CIMValue(false))),
-                 AlreadyExistsException);
+    EXPECT_THROW(
+        cls.addQualifier(CIMQualifier(CIMName("ASSOCIATION"), CIMValue(false))), AlreadyExistsException);
     EXPECT_THROW(cls.addQualifier(CIMQualifier()), UninitializedObjectException);
     EXPECT_THROW(cls.getQualifier(2), IndexOutOfBoundsException);
 

@@ -12,17 +12,21 @@ namespace
 
 TEST(CIMDateTimeTest, ValidTextsRoundTrip)
 {
-    struct Case { const char* text; bool interval; };
+    struct Case
+    {
+        const char* text;
+        bool interval;
+    };
     const Case cases[] = {
-        { "20200131235959.999999-300", false },  // five hours behind UTC
-        { "20200229120000.000000+330", false },  // leap day, positive offset
-        { "00000101000000.000000+000", false },  // year 0000 is a time stamp
-        { "99991231235959.999999+999", false },
-        { "00000000000500.000000:000", true },
-        { "99999999235959.999999:000", true },
-        { "2020013123****.******+000", false },  // wildcards from a field on
-        { "20200131235959.12****-060", false },  // ... or inside the microseconds
-        { "**************.******:000", true },
+        {"20200131235959.999999-300", false},  // five hours behind UTC
+        {"20200229120000.000000+330", false},  // leap day, positive offset
+        {"00000101000000.000000+000", false},  // year 0000 is a time stamp
+        {"99991231235959.999999+999", false},
+        {"00000000000500.000000:000", true},
+        {"99999999235959.999999:000", true},
+        {"2020013123****.******+000", false},  // wildcards from a field on
+        {"20200131235959.12****-060", false},  // ... or inside the microseconds
+        {"**************.******:000", true},
     };
     for (const Case& c : cases)
     {
@@ -61,17 +65,21 @@ TEST(CIMDateTimeTest, FormatErrors)
 
 TEST(CIMDateTimeTest, OutOfRangeFields)
 {
-    struct Case { const char* text; const char* message; };
+    struct Case
+    {
+        const char* text;
+        const char* message;
+    };
     const Case cases[] = {
-        { "20200001000000.000000+000", "DateTime is out of range : illegal month number" },
-        { "20201301000000.000000+000", "DateTime is out of range : illegal month number" },
-        { "20210229000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20200431000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20200100000000.000000+000", "DateTime is out of range : illegal day number" },
-        { "20200101240000.000000+000", "DateTime is out of range : illegal hours number" },
-        { "20200101006000.000000+000", "DateTime is out of range : illegal minutes number" },
-        { "20200101000060.000000+000", "DateTime is out of range : illegal seconds number" },
-        { "00000001240000.000000:000", "DateTime is out of range : illegal hours number" },
+        {"20200001000000.000000+000", "DateTime is out of range : illegal month number"},
+        {"20201301000000.000000+000", "DateTime is out of range : illegal month number"},
+        {"20210229000000.000000+000", "DateTime is out of range : illegal day number"},
+        {"20200431000000.000000+000", "DateTime is out of range : illegal day number"},
+        {"20200100000000.000000+000", "DateTime is out of range : illegal day number"},
+        {"20200101240000.000000+000", "DateTime is out of range : illegal hours number"},
+        {"20200101006000.000000+000", "DateTime is out of range : illegal minutes number"},
+        {"20200101000060.000000+000", "DateTime is out of range : illegal seconds number"},
+        {"00000001240000.000000:000", "DateTime is out of range : illegal hours number"},
     };
     for (const Case& c : cases)
     {
@@ -125,8 +133,10 @@ TEST(CIMDateTimeTest, Arithmetic)
     EXPECT_EQ((start - step).toString(), "20201231235959.000000-060");
     EXPECT_EQ((step * 4).toString(), "00000000000002.000000:000");
     EXPECT_EQ(CIMDateTime(String("00000001000000.000000:000")) / step, 172800ULL);
-    EXPECT_EQ((CIMDateTime(String("20210101000000.000000+000")) - CIMDateTime(String("20201231000000.000000+000"))).toString(),
-              "00000001000000.000000:000");
+    EXPECT_EQ(
+        (CIMDateTime(String("20210101000000.000000+000")) - CIMDateTime(String("20201231000000.000000+000")))
+            .toString(),
+        "00000001000000.000000:000");
     EXPECT_THROW(start + start, TypeMismatchException);
     EXPECT_THROW(step - start, TypeMismatchException);
     EXPECT_THROW(start * 2, TypeMismatchException);
@@ -139,7 +149,7 @@ TEST(CIMDateTimeTest, FieldConstructors)
     EXPECT_EQ(CIMDateTime(2021, 2, 28, 23, 5, 9, 123456, 6, -90).toString(), "20210228230509.123456-090");
     EXPECT_EQ(CIMDateTime(2021, 2, 28, 23, 5, 9, 123456, 2, 0).toString(), "20210228230509.12****+000");
     EXPECT_EQ(CIMDateTime(2021, 2, CIMDateTime::WILDCARD, 1, 1, 1, 0, 6, 60).toString(),
-              "202102********.******+060");
+        "202102********.******+060");
     EXPECT_EQ(CIMDateTime(3, 4, 5, 6, 7, 6).toString(), "00000003040506.000007:000");
     EXPECT_TRUE(CIMDateTime(3, 4, 5, 6, 7, 6).isInterval());
     EXPECT_TRUE(CIMDateTime(2021, 1, 1, 0, 0, 0, 0, 6, 0).isTimeStamp());
@@ -158,4 +168,4 @@ TEST(CIMDateTimeTest, CurrentTimeIsATimeStamp)
     EXPECT_NO_THROW(CIMDateTime{text});
 }
 
-} // namespace
+}  // namespace

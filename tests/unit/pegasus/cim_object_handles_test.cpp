@@ -36,14 +36,14 @@ String nameOf(const CIMConstInstance& inst)
     inst.getProperty(inst.findProperty(CIMName("Name"))).getValue().get(s);
     return s;
 }
-} // namespace
+}  // namespace
 
 TEST(HandleSharing, CopiesOfAnInstanceSeeEachOthersChanges)
 {
     CIMInstance original = makeDisk("d1");
     CIMInstance copy = original;
-    CIMObject asObject = original;           // implicit, shares
-    CIMConstInstance view = original;        // implicit, shares
+    CIMObject asObject = original;     // implicit, shares
+    CIMConstInstance view = original;  // implicit, shares
     Array<CIMInstance> list;
     list.append(original);
 
@@ -188,9 +188,9 @@ TEST(UninitializedHandles, EveryMemberButAssignmentThrows)
     CIMConstInstance constInst;
 
     EXPECT_TRUE(inst.isUninitialized() && cls.isUninitialized() && obj.isUninitialized() &&
-                prop.isUninitialized() && qual.isUninitialized() && decl.isUninitialized() &&
-                method.isUninitialized() && param.isUninitialized() && pv.isUninitialized() &&
-                constInst.isUninitialized() && constProp.isUninitialized());
+        prop.isUninitialized() && qual.isUninitialized() && decl.isUninitialized() &&
+        method.isUninitialized() && param.isUninitialized() && pv.isUninitialized() &&
+        constInst.isUninitialized() && constProp.isUninitialized());
 
     const std::vector<std::function<void()>> calls = {
         [&] { inst.getClassName(); },

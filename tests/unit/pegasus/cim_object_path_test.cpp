@@ -12,13 +12,14 @@ namespace
 struct RoundTrip
 {
     const char* input;
-    const char* printed;    // toString() of the parsed path
+    const char* printed;  // toString() of the parsed path
     const char* host;
     const char* nameSpace;
     const char* className;
 };
 
-class PathRoundTrip : public ::testing::TestWithParam<RoundTrip> {};
+class PathRoundTrip : public ::testing::TestWithParam<RoundTrip>
+{};
 
 TEST_P(PathRoundTrip, ParsesAndPrintsCanonically)
 {
@@ -34,32 +35,34 @@ TEST_P(PathRoundTrip, ParsesAndPrintsCanonically)
     EXPECT_EQ(again.toString(), path.toString());
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, PathRoundTrip, ::testing::Values(
-    // Keys of every kind come out sorted by name ignoring case; booleans upper-case.
-    RoundTrip{ "//myhost/root/x:My_Service.SystemName=\"s\",num=5,Name=\"n\",flag=true,CreationClassName=\"c\"",
-               "//myhost/root/x:My_Service.CreationClassName=\"c\",flag=TRUE,Name=\"n\",num=5,SystemName=\"s\"",
-               "myhost", "root/x", "My_Service" },
-    // A reference key holding a path with a host; its own keys get sorted.
-    RoundTrip{ "A.Antecedent=\"//h/root/x:S.Name=\\\"x\\\",CreationClassName=\\\"C\\\"\"",
-               "A.Antecedent=\"//h/root/x:S.CreationClassName=\\\"C\\\",Name=\\\"x\\\"\"",
-               "", "", "A" },
-    // Escapes in string values.
-    RoundTrip{ "C.K=\"a\\\\b \\\"q\\\"\"", "C.K=\"a\\\\b \\\"q\\\"\"", "", "", "C" },
-    // Legal-name text alone is a class-only path, "word:Name" a namespace and a class.
-    RoundTrip{ "abc", "abc", "", "", "abc" },
-    RoundTrip{ "S1234567", "S1234567", "", "", "S1234567" },
-    RoundTrip{ "Prefix:set1", "Prefix:set1", "", "Prefix", "set1" },
-    // Leading '/' of a namespace is dropped; a trailing ',' after the keys is tolerated.
-    RoundTrip{ "/root/x:C.a=-12,b=0x1F,", "root/x:C.a=-12,b=0x1F", "", "root/x", "C" },
-    // A '.' before the first ':' means there is no namespace.
-    RoundTrip{ "C.K=\"ns:x\"", "C.K=\"ns:x\"", "", "", "C" },
-    // Hosts: IPv4 with a port, bracketed IPv6 with a port, an empty port.
-    RoundTrip{ "//10.0.0.1:5989/root:C", "//10.0.0.1:5989/root:C", "10.0.0.1:5989", "root", "C" },
-    RoundTrip{ "//[fd00::1]:5988/root:C.k=1", "//[fd00::1]:5988/root:C.k=1", "[fd00::1]:5988", "root", "C" },
-    RoundTrip{ "//host-1.example_x.com:/root:C", "//host-1.example_x.com:/root:C", "host-1.example_x.com:", "root", "C" }
-));
+INSTANTIATE_TEST_SUITE_P(Paths, PathRoundTrip,
+    ::testing::Values(
+        // Keys of every kind come out sorted by name ignoring case; booleans upper-case.
+        RoundTrip{
+            "//myhost/root/x:My_Service.SystemName=\"s\",num=5,Name=\"n\",flag=true,CreationClassName=\"c\"",
+            "//myhost/root/x:My_Service.CreationClassName=\"c\",flag=TRUE,Name=\"n\",num=5,SystemName=\"s\"",
+            "myhost", "root/x", "My_Service"},
+        // A reference key holding a path with a host; its own keys get sorted.
+        RoundTrip{"A.Antecedent=\"//h/root/x:S.Name=\\\"x\\\",CreationClassName=\\\"C\\\"\"",
+            "A.Antecedent=\"//h/root/x:S.CreationClassName=\\\"C\\\",Name=\\\"x\\\"\"", "", "", "A"},
+        // Escapes in string values.
+        RoundTrip{"C.K=\"a\\\\b \\\"q\\\"\"", "C.K=\"a\\\\b \\\"q\\\"\"", "", "", "C"},
+        // Legal-name text alone is a class-only path, "word:Name" a namespace and a class.
+        RoundTrip{"abc", "abc", "", "", "abc"}, RoundTrip{"S1234567", "S1234567", "", "", "S1234567"},
+        RoundTrip{"Prefix:set1", "Prefix:set1", "", "Prefix", "set1"},
+        // Leading '/' of a namespace is dropped; a trailing ',' after the keys is tolerated.
+        RoundTrip{"/root/x:C.a=-12,b=0x1F,", "root/x:C.a=-12,b=0x1F", "", "root/x", "C"},
+        // A '.' before the first ':' means there is no namespace.
+        RoundTrip{"C.K=\"ns:x\"", "C.K=\"ns:x\"", "", "", "C"},
+        // Hosts: IPv4 with a port, bracketed IPv6 with a port, an empty port.
+        RoundTrip{"//10.0.0.1:5989/root:C", "//10.0.0.1:5989/root:C", "10.0.0.1:5989", "root", "C"},
+        RoundTrip{
+            "//[fd00::1]:5988/root:C.k=1", "//[fd00::1]:5988/root:C.k=1", "[fd00::1]:5988", "root", "C"},
+        RoundTrip{"//host-1.example_x.com:/root:C", "//host-1.example_x.com:/root:C",
+            "host-1.example_x.com:", "root", "C"}));
 
-class MalformedPath : public ::testing::TestWithParam<const char*> {};
+class MalformedPath : public ::testing::TestWithParam<const char*>
+{};
 
 TEST_P(MalformedPath, ThrowsMalformedObjectName)
 {
@@ -73,33 +76,32 @@ TEST_P(MalformedPath, ThrowsMalformedObjectName)
     {
         // The message names the whole input and a reason.
         std::string message(static_cast<const char*>(e.getMessage().getCString()));
-        EXPECT_EQ(message.rfind(std::string("malformed object name: ") + input + ", reason:\"", 0), 0u) << message;
+        EXPECT_EQ(message.rfind(std::string("malformed object name: ") + input + ", reason:\"", 0), 0u)
+            << message;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, MalformedPath, ::testing::Values(
-    "",
-    "50002AC0012B4",            // starts with a digit
-    "Prefix:my-set",            // '-' in the class name
-    "my vol",                   // blank
-    "X.K=v",                    // bare word is not a number
-    "X.K=01",                   // leading zero
-    "X.K=0x",                   // hex without digits
-    "X.K=\"a\\b\"",             // only \\ and \" are escapes
-    "X.K=\"open",               // unterminated
-    "X.K=\"v\" ",               // blank after a value
-    "X.K=1 ,L=2",
-    "X.K",                      // no '='
-    "X.9K=1",                   // illegal key name
-    "//h/C",                    // host without namespace
-    "//h",                      // host without slash
-    "//fe80::1/root:C",         // IPv6 without brackets
-    "//123/root:C",
-    "//1.2.3/root:C",
-    "//a b/root:C",
-    "//h:70000/root:C",         // port out of range
-    "root/9x:C"                 // illegal namespace
-));
+INSTANTIATE_TEST_SUITE_P(Paths, MalformedPath,
+    ::testing::Values("",
+        "50002AC0012B4",  // starts with a digit
+        "Prefix:my-set",  // '-' in the class name
+        "my vol",         // blank
+        "X.K=v",          // bare word is not a number
+        "X.K=01",         // leading zero
+        "X.K=0x",         // hex without digits
+        "X.K=\"a\\b\"",   // only \\ and \" are escapes
+        "X.K=\"open",     // unterminated
+        "X.K=\"v\" ",     // blank after a value
+        "X.K=1 ,L=2",
+        "X.K",               // no '='
+        "X.9K=1",            // illegal key name
+        "//h/C",             // host without namespace
+        "//h",               // host without slash
+        "//fe80::1/root:C",  // IPv6 without brackets
+        "//123/root:C", "//1.2.3/root:C", "//a b/root:C",
+        "//h:70000/root:C",  // port out of range
+        "root/9x:C"          // illegal namespace
+        ));
 
 TEST(CIMObjectPathTest, StringValueThatIsAPathWithKeysBecomesAReference)
 {
@@ -133,14 +135,14 @@ TEST(CIMObjectPathTest, KeysAreSortedAndReferencesNormalisedOnEverySet)
 TEST(CIMObjectPathTest, HostValidation)
 {
     CIMObjectPath p;
-    const char* good[] = { "", "host", "a.b.c", "10.1.2.3", "[::1]", "h:5988", "_srv.local" };
+    const char* good[] = {"", "host", "a.b.c", "10.1.2.3", "[::1]", "h:5988", "_srv.local"};
     for (const char* host : good)
     {
         SCOPED_TRACE(host);
         EXPECT_NO_THROW(p.setHost(host));
         EXPECT_EQ(p.getHost(), host);
     }
-    const char* bad[] = { "fe80::1", "123", "1.2.3", "a..b", "-a", "a b", "[::1", "[x]", "h:65536" };
+    const char* bad[] = {"fe80::1", "123", "1.2.3", "a..b", "-a", "a b", "[::1", "[x]", "h:65536"};
     for (const char* host : bad)
     {
         SCOPED_TRACE(host);
@@ -163,7 +165,8 @@ struct Identity
     bool identical;
 };
 
-class PathIdentity : public ::testing::TestWithParam<Identity> {};
+class PathIdentity : public ::testing::TestWithParam<Identity>
+{};
 
 TEST_P(PathIdentity, Identical)
 {
@@ -179,25 +182,21 @@ TEST_P(PathIdentity, Identical)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, PathIdentity, ::testing::Values(
-    // Names of classes, keys and namespaces and the host ignore case.
-    Identity{ "//HOST/Root/X:my_class.NAME=\"v\"", "//host/root/x:MY_CLASS.name=\"v\"", true },
-    // String key values are case-sensitive; boolean and numeric ones compare by value.
-    Identity{ "C.Name=\"v\"", "C.Name=\"V\"", false },
-    Identity{ "C.Flag=true", "C.Flag=TRUE", true },
-    Identity{ "C.N=0x10", "C.N=16", true },
-    Identity{ "C.N=-5", "C.N=5", false },
-    // Hosts and namespaces count.
-    Identity{ "//a/root:C.k=1", "//b/root:C.k=1", false },
-    Identity{ "root:C.k=1", "C.k=1", false },
-    // Key order does not matter; key count does.
-    Identity{ "C.a=1,b=2", "C.b=2,a=1", true },
-    Identity{ "C.a=1,b=2", "C.a=1", false },
-    // References compare as paths: case of inner names ignored, inner hosts count.
-    Identity{ "A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//H/ROOT:s.name=\\\"x\\\"\"", true },
-    Identity{ "A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//g/root:S.Name=\\\"x\\\"\"", false },
-    Identity{ "A.R=\"S.Name=\\\"x\\\"\"", "A.R=\"S.Name=\\\"X\\\"\"", false }
-));
+INSTANTIATE_TEST_SUITE_P(Paths, PathIdentity,
+    ::testing::Values(
+        // Names of classes, keys and namespaces and the host ignore case.
+        Identity{"//HOST/Root/X:my_class.NAME=\"v\"", "//host/root/x:MY_CLASS.name=\"v\"", true},
+        // String key values are case-sensitive; boolean and numeric ones compare by value.
+        Identity{"C.Name=\"v\"", "C.Name=\"V\"", false}, Identity{"C.Flag=true", "C.Flag=TRUE", true},
+        Identity{"C.N=0x10", "C.N=16", true}, Identity{"C.N=-5", "C.N=5", false},
+        // Hosts and namespaces count.
+        Identity{"//a/root:C.k=1", "//b/root:C.k=1", false}, Identity{"root:C.k=1", "C.k=1", false},
+        // Key order does not matter; key count does.
+        Identity{"C.a=1,b=2", "C.b=2,a=1", true}, Identity{"C.a=1,b=2", "C.a=1", false},
+        // References compare as paths: case of inner names ignored, inner hosts count.
+        Identity{"A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//H/ROOT:s.name=\\\"x\\\"\"", true},
+        Identity{"A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//g/root:S.Name=\\\"x\\\"\"", false},
+        Identity{"A.R=\"S.Name=\\\"x\\\"\"", "A.R=\"S.Name=\\\"X\\\"\"", false}));
 
 // Code that compares paths regardless of host re-types string keys that parse
 // as paths into references and drops hosts; the value model must support
@@ -213,19 +212,21 @@ TEST(CIMObjectPathTest, RetypingStringKeysAsHostlessReferences)
             try
             {
                 CIMObjectPath inner{keys[i].getValue()};
-                CIMObjectPath local(String(), inner.getNameSpace(), inner.getClassName(), inner.getKeyBindings());
+                CIMObjectPath local(
+                    String(), inner.getNameSpace(), inner.getClassName(), inner.getKeyBindings());
                 keys[i].setValue(local.toString());
                 keys[i].setType(CIMKeyBinding::REFERENCE);
             }
             catch (const Exception&)
-            {
-            }
+            {}
         }
         return CIMObjectPath(String(), path.getNameSpace(), path.getClassName(), keys);
     };
 
-    CIMObjectPath a{String("//a/root:Sync.SyncedElement=\"//h1/root:Vol.Name=\\\"v1\\\"\",SystemName=\"S1\"")};
-    CIMObjectPath b{String("//b/root:Sync.SyncedElement=\"//h2/ROOT:vol.name=\\\"v1\\\"\",SystemName=\"s1\"")};
+    CIMObjectPath a{
+        String("//a/root:Sync.SyncedElement=\"//h1/root:Vol.Name=\\\"v1\\\"\",SystemName=\"S1\"")};
+    CIMObjectPath b{
+        String("//b/root:Sync.SyncedElement=\"//h2/ROOT:vol.name=\\\"v1\\\"\",SystemName=\"s1\"")};
     EXPECT_FALSE(a.identical(b));
     // "S1" is a legal class name, so it becomes a reference and loses its case.
     EXPECT_TRUE(stripHosts(a).identical(stripHosts(b)));
@@ -260,20 +261,27 @@ TEST(CIMKeyBindingTest, StringNeverEqualsReferenceWithSameText)
     CIMKeyBinding r2("K", "s.NAME=\"x\"", CIMKeyBinding::REFERENCE);
     EXPECT_TRUE(r == r2);
     // A reference value that does not parse falls back to exact text.
-    EXPECT_TRUE(CIMKeyBinding("K", "!", CIMKeyBinding::REFERENCE) == CIMKeyBinding("K", "!", CIMKeyBinding::REFERENCE));
+    EXPECT_TRUE(CIMKeyBinding("K", "!", CIMKeyBinding::REFERENCE) ==
+        CIMKeyBinding("K", "!", CIMKeyBinding::REFERENCE));
 }
 
 TEST(CIMKeyBindingTest, FromTypedValues)
 {
-    struct Case { CIMValue value; CIMKeyBinding::Type type; const char* text; };
+    struct Case
+    {
+        CIMValue value;
+        CIMKeyBinding::Type type;
+        const char* text;
+    };
     const Case cases[] = {
-        { CIMValue(true), CIMKeyBinding::BOOLEAN, "TRUE" },
-        { CIMValue(Uint16(7)), CIMKeyBinding::NUMERIC, "7" },
-        { CIMValue(Sint64(-3)), CIMKeyBinding::NUMERIC, "-3" },
-        { CIMValue(String("s")), CIMKeyBinding::STRING, "s" },
-        { CIMValue(Char16('c')), CIMKeyBinding::STRING, "c" },
-        { CIMValue(CIMDateTime(String("20200101000000.000000+000"))), CIMKeyBinding::STRING, "20200101000000.000000+000" },
-        { CIMValue(CIMObjectPath(String("S.k=1"))), CIMKeyBinding::REFERENCE, "S.k=1" },
+        {CIMValue(true), CIMKeyBinding::BOOLEAN, "TRUE"},
+        {CIMValue(Uint16(7)), CIMKeyBinding::NUMERIC, "7"},
+        {CIMValue(Sint64(-3)), CIMKeyBinding::NUMERIC, "-3"},
+        {CIMValue(String("s")), CIMKeyBinding::STRING, "s"},
+        {CIMValue(Char16('c')), CIMKeyBinding::STRING, "c"},
+        {CIMValue(CIMDateTime(String("20200101000000.000000+000"))), CIMKeyBinding::STRING,
+            "20200101000000.000000+000"},
+        {CIMValue(CIMObjectPath(String("S.k=1"))), CIMKeyBinding::REFERENCE, "S.k=1"},
     };
     for (const Case& c : cases)
     {
@@ -295,7 +303,8 @@ TEST(CIMKeyBindingTest, FromTypedValues)
     EXPECT_TRUE(CIMKeyBinding("K", "-1", CIMKeyBinding::NUMERIC).equal(CIMValue(Sint8(-1))));
     EXPECT_TRUE(CIMKeyBinding("K", "true", CIMKeyBinding::BOOLEAN).equal(CIMValue(true)));
     EXPECT_FALSE(CIMKeyBinding("K", "yes", CIMKeyBinding::BOOLEAN).equal(CIMValue(true)));
-    EXPECT_TRUE(CIMKeyBinding("K", "s.K=1", CIMKeyBinding::REFERENCE).equal(CIMValue(CIMObjectPath(String("S.k=1")))));
+    EXPECT_TRUE(CIMKeyBinding("K", "s.K=1", CIMKeyBinding::REFERENCE)
+                    .equal(CIMValue(CIMObjectPath(String("S.k=1")))));
 }
 
-} // namespace
+}  // namespace

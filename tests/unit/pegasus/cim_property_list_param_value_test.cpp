@@ -123,9 +123,8 @@ TEST(ParamValue, MayHoldReferenceArraysUnlikeProperties)
 
 TEST(QualifierDeclarations, ScopeFlavorAndArraySize)
 {
-    CIMQualifierDecl key(CIMName("Key"), CIMValue(false),
-                         CIMScope::PROPERTY + CIMScope::REFERENCE,
-                         CIMFlavor::DISABLEOVERRIDE + CIMFlavor::TOSUBCLASS);
+    CIMQualifierDecl key(CIMName("Key"), CIMValue(false), CIMScope::PROPERTY + CIMScope::REFERENCE,
+        CIMFlavor::DISABLEOVERRIDE + CIMFlavor::TOSUBCLASS);
     EXPECT_TRUE(key.getScope().hasScope(CIMScope::REFERENCE));
     EXPECT_FALSE(key.getScope().hasScope(CIMScope::CLASS));
     EXPECT_EQ(key.getScope().toString(), String("PROPERTY REFERENCE"));
@@ -133,13 +132,11 @@ TEST(QualifierDeclarations, ScopeFlavorAndArraySize)
     EXPECT_TRUE(key.getFlavor().hasFlavor(CIMFlavor::DISABLEOVERRIDE));
     EXPECT_FALSE(key.getFlavor().hasFlavor(CIMFlavor::OVERRIDABLE));
 
-    CIMQualifierDecl plain(CIMName("Description"), CIMValue(CIMTYPE_STRING, false),
-                           CIMScope::ANY);
+    CIMQualifierDecl plain(CIMName("Description"), CIMValue(CIMTYPE_STRING, false), CIMScope::ANY);
     EXPECT_TRUE(plain.getFlavor().equal(CIMFlavor::OVERRIDABLE + CIMFlavor::TOSUBCLASS));
     EXPECT_TRUE(plain.clone().identical(plain));
     EXPECT_FALSE(plain.identical(key));
 
-    EXPECT_THROW(CIMQualifierDecl(CIMName("A"), CIMValue(Uint32(1)), CIMScope::ANY,
-                                  CIMFlavor::DEFAULTS, 2),
-                 TypeMismatchException);
+    EXPECT_THROW(CIMQualifierDecl(CIMName("A"), CIMValue(Uint32(1)), CIMScope::ANY, CIMFlavor::DEFAULTS, 2),
+        TypeMismatchException);
 }

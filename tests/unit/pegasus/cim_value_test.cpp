@@ -90,7 +90,11 @@ TEST(CIMValueTest, GetDoesNotConvertBetweenRelatedTypes)
 
 TEST(CIMValueTest, ToString)
 {
-    struct Case { CIMValue value; const char* text; };
+    struct Case
+    {
+        CIMValue value;
+        const char* text;
+    };
     Array<Uint32> fives(2, 5);
     Array<Boolean> flags;
     flags.append(true);
@@ -99,20 +103,20 @@ TEST(CIMValueTest, ToString)
     refs.append(CIMObjectPath(String("A.k=1")));
     refs.append(CIMObjectPath(String("B")));
     const Case cases[] = {
-        { CIMValue(false), "FALSE" },
-        { CIMValue(Sint8(-128)), "-128" },
-        { CIMValue(Uint8(255)), "255" },
-        { CIMValue(Uint64(18446744073709551615ULL)), "18446744073709551615" },
-        { CIMValue(Sint64(-9223372036854775807LL - 1)), "-9223372036854775808" },
-        { CIMValue(Char16('z')), "z" },
-        { CIMValue(fives), "5 5 " },
-        { CIMValue(flags), "TRUE FALSE " },
-        { CIMValue(Array<String>()), "" },
-        { CIMValue(CIMDateTime()), "00000000000000.000000:000" },
-        { CIMValue(CIMObjectPath(String("S.b=2,a=\"x\""))), "S.a=\"x\",b=2" },
-        { CIMValue(refs), "A.k=1 B " },
-        { CIMValue(Array<CIMDateTime>(1, CIMDateTime(String("00000001000000.000000:000")))),
-          "00000001000000.000000:000 " },
+        {CIMValue(false), "FALSE"},
+        {CIMValue(Sint8(-128)), "-128"},
+        {CIMValue(Uint8(255)), "255"},
+        {CIMValue(Uint64(18446744073709551615ULL)), "18446744073709551615"},
+        {CIMValue(Sint64(-9223372036854775807LL - 1)), "-9223372036854775808"},
+        {CIMValue(Char16('z')), "z"},
+        {CIMValue(fives), "5 5 "},
+        {CIMValue(flags), "TRUE FALSE "},
+        {CIMValue(Array<String>()), ""},
+        {CIMValue(CIMDateTime()), "00000000000000.000000:000"},
+        {CIMValue(CIMObjectPath(String("S.b=2,a=\"x\""))), "S.a=\"x\",b=2"},
+        {CIMValue(refs), "A.k=1 B "},
+        {CIMValue(Array<CIMDateTime>(1, CIMDateTime(String("00000001000000.000000:000")))),
+            "00000001000000.000000:000 "},
     };
     for (const Case& c : cases)
     {
@@ -164,4 +168,4 @@ TEST(CIMValueTest, InstancesAreClonedInAndOut)
     EXPECT_TRUE(arrayValue == CIMValue(list));
 }
 
-} // namespace
+}  // namespace

@@ -13,14 +13,16 @@ namespace
 {
 
 // A sample value per type, and how to compare two of them.
-template<class T> struct Sample;
-#define SAMPLE(T, CODE, VALUE, OTHER) \
-    template<> struct Sample<T> \
-    { \
-        static constexpr CIMType code = CODE; \
-        static T value() { return VALUE; } \
-        static T other() { return OTHER; } \
-        static bool same(const T& a, const T& b) { return a == b; } \
+template <class T>
+struct Sample;
+#define SAMPLE(T, CODE, VALUE, OTHER)                                                                        \
+    template <>                                                                                              \
+    struct Sample<T>                                                                                         \
+    {                                                                                                        \
+        static constexpr CIMType code = CODE;                                                                \
+        static T value() { return VALUE; }                                                                   \
+        static T other() { return OTHER; }                                                                   \
+        static bool same(const T& a, const T& b) { return a == b; }                                          \
     };
 SAMPLE(Boolean, CIMTYPE_BOOLEAN, true, false)
 SAMPLE(Uint8, CIMTYPE_UINT8, 200, 1)
@@ -46,7 +48,8 @@ CIMInstance instanceOf(const char* className, Uint32 p)
     return inst;
 }
 
-template<> struct Sample<CIMInstance>
+template <>
+struct Sample<CIMInstance>
 {
     static constexpr CIMType code = CIMTYPE_INSTANCE;
     static CIMInstance value() { return instanceOf("C", 1); }
@@ -54,7 +57,8 @@ template<> struct Sample<CIMInstance>
     static bool same(const CIMInstance& a, const CIMInstance& b) { return a.identical(b); }
 };
 
-template<> struct Sample<CIMObject>
+template <>
+struct Sample<CIMObject>
 {
     static constexpr CIMType code = CIMTYPE_OBJECT;
     static CIMObject value() { return CIMObject(instanceOf("C", 1)); }
@@ -62,15 +66,17 @@ template<> struct Sample<CIMObject>
     static bool same(const CIMObject& a, const CIMObject& b) { return a.identical(b); }
 };
 
-template<class T>
-class CIMValueOfType : public ::testing::Test {};
+template <class T>
+class CIMValueOfType : public ::testing::Test
+{};
 
-typedef ::testing::Types<Boolean, Uint8, Sint8, Uint16, Sint16, Uint32, Sint32, Uint64, Sint64,
-    Real32, Real64, Char16, String, CIMDateTime, CIMObjectPath, CIMInstance, CIMObject> AllTypes;
+typedef ::testing::Types<Boolean, Uint8, Sint8, Uint16, Sint16, Uint32, Sint32, Uint64, Sint64, Real32,
+    Real64, Char16, String, CIMDateTime, CIMObjectPath, CIMInstance, CIMObject>
+    AllTypes;
 TYPED_TEST_SUITE(CIMValueOfType, AllTypes);
 
 // A value of another type than T to probe the refusals with.
-template<class T>
+template <class T>
 CIMValue otherTypeValue()
 {
     return Sample<T>::code == CIMTYPE_STRING ? CIMValue(Uint8(1)) : CIMValue(String("x"));
@@ -131,7 +137,7 @@ TYPED_TEST(CIMValueOfType, TypedNullsAndRefusals)
     EXPECT_THROW(CIMValue(Sample<T>::code, true).get(out), TypeMismatchException);
     EXPECT_THROW(otherTypeValue<T>().get(out), TypeMismatchException);
     EXPECT_THROW(CIMValue(CIMTYPE_STRING == Sample<T>::code ? CIMTYPE_UINT8 : CIMTYPE_STRING, false).get(out),
-                 TypeMismatchException);
+        TypeMismatchException);
 }
 
 TEST(CIMValueCopies, ChangingACopyLeavesTheOriginal)
@@ -156,4 +162,4 @@ TEST(CIMValueCopies, ChangingACopyLeavesTheOriginal)
     EXPECT_FALSE(values[0].isNull());
 }
 
-} // namespace
+}  // namespace

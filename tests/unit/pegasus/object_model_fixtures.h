@@ -33,14 +33,14 @@ inline CIMClass makeDiskClass()
 {
     CIMClass cls(CIMName("Test_Disk"), CIMName("Test_Base"));
     cls.addQualifier(description("a disk"));
-    cls.addProperty(CIMProperty(CIMName("Name"), CIMValue(CIMTYPE_STRING, false))
-                        .addQualifier(keyQualifier()));
+    cls.addProperty(
+        CIMProperty(CIMName("Name"), CIMValue(CIMTYPE_STRING, false)).addQualifier(keyQualifier()));
     cls.addProperty(CIMProperty(CIMName("Size"), CIMValue(Uint64(100))));
     cls.addProperty(CIMProperty(CIMName("Tags"), CIMValue(CIMTYPE_STRING, true)));
-    cls.addProperty(CIMProperty(CIMName("Owner"), CIMValue(CIMTYPE_REFERENCE, false), 0,
-                                CIMName("Test_Host")));
-    cls.addProperty(CIMProperty(CIMName("Comment"), CIMValue(CIMTYPE_STRING, false), 0,
-                                CIMName(), CIMName("Test_Base"), true)
+    cls.addProperty(
+        CIMProperty(CIMName("Owner"), CIMValue(CIMTYPE_REFERENCE, false), 0, CIMName("Test_Host")));
+    cls.addProperty(CIMProperty(
+        CIMName("Comment"), CIMValue(CIMTYPE_STRING, false), 0, CIMName(), CIMName("Test_Base"), true)
                         .addQualifier(description("free text")));
     return cls;
 }
@@ -61,6 +61,6 @@ inline CIMPropertyList listOf(std::initializer_list<const char*> names)
     return CIMPropertyList(array);
 }
 
-} // namespace objtest
+}  // namespace objtest
 
 #endif

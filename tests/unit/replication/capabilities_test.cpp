@@ -35,8 +35,8 @@ Array<CIMParamValue> params(std::initializer_list<Param> list)
 {
     Array<CIMParamValue> in;
     for (const Param& p : list)
-        in.append(CIMParamValue(p.name, p.value < 0 ? CIMValue(CIMTYPE_UINT16, false)
-                                                    : CIMValue(Uint16(p.value))));
+        in.append(
+            CIMParamValue(p.name, p.value < 0 ? CIMValue(CIMTYPE_UINT16, false) : CIMValue(Uint16(p.value))));
     return in;
 }
 
@@ -87,8 +87,8 @@ protected:
 
 TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 {
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, CAPS, true, false,
-        false, false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, CAPS, true, false, false, false, CIMPropertyList());
     ASSERT_EQ(all.size(), 1u);
     const CIMInstance& caps = all[0];
     EXPECT_EQ(text(get<String>(caps, "InstanceID")), CAPS_ID);
@@ -113,15 +113,16 @@ TEST_F(CapabilitiesTest, InstanceRefusals)
     keys.append(CIMKeyBinding("Extra", "x", CIMKeyBinding::STRING));
     twoKeys.setKeyBindings(keys);
     CIMObjectPath otherID = path;
-    otherID.setKeyBindings(Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other",
-        CIMKeyBinding::STRING)));
+    otherID.setKeyBindings(
+        Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other", CIMKeyBinding::STRING)));
 
     EXPECT_EQ(cimErrorOf([&] { getInstance(twoKeys); }), CIM_ERR_INVALID_PARAMETER);
     EXPECT_EQ(cimErrorOf([&] { getInstance(otherID); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, path); }), CIM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(cimErrorOf([&] {
         server().getInstance(as("noaccess"), ZDA_NS, path, false, false, false, CIMPropertyList());
-    }), CIM_ERR_ACCESS_DENIED);
+    }),
+        CIM_ERR_ACCESS_DENIED);
 }
 
 // The provider answers the general class on enumeration with its own
@@ -129,15 +130,16 @@ TEST_F(CapabilitiesTest, InstanceRefusals)
 TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
 {
     CIMOMHandle handle;
-    attachCIMOMHandleBackend(handle, std::make_shared<zda_companions_test::RepositoryBackend>(ServerHostFixture::host()));
+    attachCIMOMHandleBackend(
+        handle, std::make_shared<zda_companions_test::RepositoryBackend>(ServerHostFixture::host()));
     auto* provider = new ZDA_ReplicationServiceCapabilitiesProvider();
     provider->initialize(handle);
     for (const char* className : {"CIM_ReplicationServiceCapabilities", "CIM_Capabilities"})
     {
         zda_test::RecordingResponseHandler names, instances;
         provider->enumerateInstanceNames(admin(), CIMObjectPath(className), names);
-        provider->enumerateInstances(admin(), CIMObjectPath(className), false, false,
-            CIMPropertyList(), instances);
+        provider->enumerateInstances(
+            admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);
         const bool general = std::string(className) == "CIM_ReplicationServiceCapabilities";
         EXPECT_EQ(names.sequence(), general ? "processing deliver(path) complete" : "") << className;
         EXPECT_EQ(instances.sequence(), general ? "processing deliver(instance) complete" : "") << className;
@@ -149,8 +151,8 @@ TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
 
     // An unknown method is answered with 1, without processing.
     zda_test::RecordingResponseHandler unknown;
-    provider->invokeMethod(admin(), capsPath(), "GetSupportedTokenizedReplicationType",
-        Array<CIMParamValue>(), unknown);
+    provider->invokeMethod(
+        admin(), capsPath(), "GetSupportedTokenizedReplicationType", Array<CIMParamValue>(), unknown);
     EXPECT_EQ(unknown.sequence(), "deliver(value) complete");
     EXPECT_EQ(unknown.returnValues()[0], CIMValue(Uint32(1)));
     provider->terminate();
@@ -182,17 +184,16 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
     const Ints remoteStates = {2, 11, 3, 4, 5, 7, 10, 13};
     const ListCase cases[] = {
         {"GetSupportedFeatures", "Features",
-            {{4, {2, 6, 7, 8, 16, 17}}, {5, {2, 6, 7, 8, 16, 17}}, {6, {2, 10, 16}},
-                {10, {2, 8, 18}}, {11, {2, 3, 8, 16}}}},
+            {{4, {2, 6, 7, 8, 16, 17}}, {5, {2, 6, 7, 8, 16, 17}}, {6, {2, 10, 16}}, {10, {2, 8, 18}},
+                {11, {2, 3, 8, 16}}}},
         {"GetSupportedGroupFeatures", "GroupFeatures",
             {{4, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60}}, {5, {2, 4, 5, 11, 14, 18, 34, 40, 59, 60}},
                 {6, {3, 4, 11, 14}}, {10, {3, 4, 8, 11, 12, 14, 16}}, {11, {3, 4, 8, 11, 12, 14}}}},
         {"GetSupportedCopyStates", "SupportedCopyStates",
-            {{4, remoteStates}, {5, remoteStates}, {6, {3, 4, 5}}, {10, {2, 3, 4}},
-                {11, {2, 3, 4, 5, 8}}}},
+            {{4, remoteStates}, {5, remoteStates}, {6, {3, 4, 5}}, {10, {2, 3, 4}}, {11, {2, 3, 4, 5, 8}}}},
         {"GetSupportedGroupCopyStates", "SupportedCopyStates",
-            {{4, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {5, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {6, {}},
-                {10, {}}, {11, {}}}},
+            {{4, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {5, {2, 11, 3, 4, 5, 7, 10, 13, 14}}, {6, {}}, {10, {}},
+                {11, {}}}},
         {"GetSupportedOperations", "SupportedOperations",
             {{4, {}}, {5, {}}, {6, {8, 9, 15, 19}}, {10, {2}}, {11, {14, 8, 9, 2}}}},
         {"GetSupportedListOperations", "SupportedListOperations",
@@ -224,9 +225,9 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
         }
     }
 
-    const std::map<int, std::vector<Boolean>> hostAccessible = {
-        {4, std::vector<Boolean>(8, true)}, {5, std::vector<Boolean>(8, true)}, {6, {true, true, false}},
-        {10, std::vector<Boolean>(3, false)}, {11, std::vector<Boolean>(5, false)}};
+    const std::map<int, std::vector<Boolean>> hostAccessible = {{4, std::vector<Boolean>(8, true)},
+        {5, std::vector<Boolean>(8, true)}, {6, {true, true, false}}, {10, std::vector<Boolean>(3, false)},
+        {11, std::vector<Boolean>(5, false)}};
     for (const auto& entry : hostAccessible)
     {
         Array<CIMParamValue> out;
@@ -234,7 +235,8 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
         Array<Boolean> accessible;
         outParam(out, "HostAccessible").get(accessible);
         EXPECT_EQ(std::vector<Boolean>(accessible.getData(), accessible.getData() + accessible.size()),
-            entry.second) << "type " << entry.first;
+            entry.second)
+            << "type " << entry.first;
     }
     Array<CIMParamValue> out;
     ASSERT_EQ(askType("GetDefaultConsistency", 10, out), 0);
@@ -243,7 +245,10 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
 
 TEST_F(CapabilitiesTest, ReplicationTypesConvertBothWays)
 {
-    struct Row { int type, syncType, mode, locality; };
+    struct Row
+    {
+        int type, syncType, mode, locality;
+    };
     const Row rows[] = {{4, 6, 2, 3}, {5, 6, 3, 3}, {6, 7, 2, 2}, {10, 8, 2, 2}, {11, 8, 3, 2}};
     for (const Row& r : rows)
     {
@@ -252,8 +257,9 @@ TEST_F(CapabilitiesTest, ReplicationTypesConvertBothWays)
         EXPECT_EQ(outParam(out, "SyncType"), CIMValue(Uint16(r.syncType))) << r.type;
         EXPECT_EQ(outParam(out, "Mode"), CIMValue(Uint16(r.mode))) << r.type;
         EXPECT_EQ(outParam(out, "LocalOrRemote"), CIMValue(Uint16(r.locality))) << r.type;
-        ASSERT_EQ(ask("ConvertSyncTypeToReplicationType",
-                      params({{"SyncType", r.syncType}, {"Mode", r.mode}, {"LocalOrRemote", r.locality}}), out),
+        ASSERT_EQ(
+            ask("ConvertSyncTypeToReplicationType",
+                params({{"SyncType", r.syncType}, {"Mode", r.mode}, {"LocalOrRemote", r.locality}}), out),
             0);
         EXPECT_EQ(outParam(out, "SupportedReplicationTypes"), CIMValue(Uint16(r.type)));
     }
@@ -261,29 +267,45 @@ TEST_F(CapabilitiesTest, ReplicationTypesConvertBothWays)
     EXPECT_EQ(askType("ConvertReplicationTypeToSyncType", 7, out), 1);
     // No asynchronous local snapshot; a locality other than local or remote.
     EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
-                  params({{"SyncType", 7}, {"Mode", 3}, {"LocalOrRemote", 2}}), out), 1);
+                  params({{"SyncType", 7}, {"Mode", 3}, {"LocalOrRemote", 2}}), out),
+        1);
     EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
-                  params({{"SyncType", 6}, {"Mode", 2}, {"LocalOrRemote", 4}}), out), 1);
+                  params({{"SyncType", 6}, {"Mode", 2}, {"LocalOrRemote", 4}}), out),
+        1);
     EXPECT_EQ(out.size(), 0u);
 }
 
 TEST_F(CapabilitiesTest, WaitForCopyStatesByTypeAndMethod)
 {
-    struct Case { int type; int methodName; int rc; Ints states; };
+    struct Case
+    {
+        int type;
+        int methodName;
+        int rc;
+        Ints states;
+    };
     const Case cases[] = {
-        {6, 2, 0, {4}}, {6, 5, 0, {4}}, {6, 9, 0, {}},  // 9: no such waiting method, not an error
-        {10, 3, 0, {4}}, {10, 4, 0, {}}, {11, 4, 0, {8}},
-        {4, 3, 0, {3}}, {5, 4, 0, {3, 4, 7, 10}}, {4, 2, 0, {}},
+        {6, 2, 0, {4}},
+        {6, 5, 0, {4}},
+        {6, 9, 0, {}},  // 9: no such waiting method, not an error
+        {10, 3, 0, {4}},
+        {10, 4, 0, {}},
+        {11, 4, 0, {8}},
+        {4, 3, 0, {3}},
+        {5, 4, 0, {3, 4, 7, 10}},
+        {4, 2, 0, {}},
         {7, 2, 1, {}},
     };
     for (const Case& c : cases)
     {
         Array<CIMParamValue> out;
         EXPECT_EQ(ask("GetSupportedWaitForCopyStates",
-                      params({{"ReplicationType", c.type}, {"MethodName", c.methodName}}), out), c.rc)
+                      params({{"ReplicationType", c.type}, {"MethodName", c.methodName}}), out),
+            c.rc)
             << c.type << "/" << c.methodName;
         if (c.rc == 0)
-            EXPECT_EQ(uint16sOf(outParam(out, "SupportedCopyStates")), c.states) << c.type << "/" << c.methodName;
+            EXPECT_EQ(uint16sOf(outParam(out, "SupportedCopyStates")), c.states)
+                << c.type << "/" << c.methodName;
         else
             EXPECT_EQ(out.size(), 0u);
     }
@@ -291,14 +313,21 @@ TEST_F(CapabilitiesTest, WaitForCopyStatesByTypeAndMethod)
 
 TEST_F(CapabilitiesTest, ReplicationSettingDataValuesAndDefaultInstance)
 {
-    struct Case { int type; int property; int rc; Uint64 value; };
-    const Case cases[] = {{4, 3, 0, 5}, {5, 3, 0, 8}, {6, 3, 0, 4}, {11, 3, 0, 9},
-        {6, 8, 0, 7}, {10, 8, 0, 5}, {10, 9, 0, 3}, {7, 3, 1, 0}, {4, 1, 1, 0}};
+    struct Case
+    {
+        int type;
+        int property;
+        int rc;
+        Uint64 value;
+    };
+    const Case cases[] = {{4, 3, 0, 5}, {5, 3, 0, 8}, {6, 3, 0, 4}, {11, 3, 0, 9}, {6, 8, 0, 7},
+        {10, 8, 0, 5}, {10, 9, 0, 3}, {7, 3, 1, 0}, {4, 1, 1, 0}};
     for (const Case& c : cases)
     {
         Array<CIMParamValue> out;
         EXPECT_EQ(ask("GetSupportedReplicationSettingData",
-                      params({{"ReplicationType", c.type}, {"PropertyName", c.property}}), out), c.rc)
+                      params({{"ReplicationType", c.type}, {"PropertyName", c.property}}), out),
+            c.rc)
             << c.type << "/" << c.property;
         if (c.rc != 0)
             continue;
@@ -314,9 +343,8 @@ TEST_F(CapabilitiesTest, ReplicationSettingDataValuesAndDefaultInstance)
     outParam(out, "DefaultInstance").get(setting);
     EXPECT_EQ(text(setting.getClassName().getString()), "CIM_ReplicationSettingData");
     const std::vector<std::pair<std::string, Uint64>> expected = {{"ConsistentPointInTime", 3},
-        {"DesiredCopyMethodology", 4}, {"Multihop", 1}, {"OnGroupOrListError", 3},
-        {"UnequalGroupsAction", 2}, {"TargetElementSupplier", 2}, {"ThinProvisioningPolicy", 7},
-        {"Pairing", 3}};
+        {"DesiredCopyMethodology", 4}, {"Multihop", 1}, {"OnGroupOrListError", 3}, {"UnequalGroupsAction", 2},
+        {"TargetElementSupplier", 2}, {"ThinProvisioningPolicy", 7}, {"Pairing", 3}};
     ASSERT_EQ(setting.getPropertyCount(), expected.size());
     for (Uint32 i = 0; i < setting.getPropertyCount(); i++)
     {
@@ -330,13 +358,12 @@ TEST_F(CapabilitiesTest, ReplicationSettingDataValuesAndDefaultInstance)
 // Missing or unusable parameters are return values, never exceptions.
 TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
 {
-    const char* const needTheType[] = {"ConvertSyncTypeToReplicationType",
-        "ConvertReplicationTypeToSyncType", "GetSupportedFeatures", "GetSupportedGroupFeatures",
-        "GetSupportedCopyStates", "GetSupportedGroupCopyStates", "GetSupportedWaitForCopyStates",
-        "GetSupportedConsistency", "GetDefaultConsistency", "GetSupportedOperations",
-        "GetSupportedListOperations", "GetSupportedGroupOperations",
-        "GetSupportedReplicationSettingData", "GetDefaultReplicationSettingData",
-        "GetSupportedThinProvisioningFeatures", "GetSupportedMaximum"};
+    const char* const needTheType[] = {"ConvertSyncTypeToReplicationType", "ConvertReplicationTypeToSyncType",
+        "GetSupportedFeatures", "GetSupportedGroupFeatures", "GetSupportedCopyStates",
+        "GetSupportedGroupCopyStates", "GetSupportedWaitForCopyStates", "GetSupportedConsistency",
+        "GetDefaultConsistency", "GetSupportedOperations", "GetSupportedListOperations",
+        "GetSupportedGroupOperations", "GetSupportedReplicationSettingData",
+        "GetDefaultReplicationSettingData", "GetSupportedThinProvisioningFeatures", "GetSupportedMaximum"};
     for (const char* method : needTheType)
     {
         Array<CIMParamValue> out;
@@ -345,7 +372,12 @@ TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
         EXPECT_EQ(out.size(), 0u) << method;
     }
 
-    struct Case { const char* method; Array<CIMParamValue> in; int rc; };
+    struct Case
+    {
+        const char* method;
+        Array<CIMParamValue> in;
+        int rc;
+    };
     const Case cases[] = {
         {"ConvertSyncTypeToReplicationType", params({{"SyncType", 6}, {"Mode", 2}}), 5},
         {"GetSupportedReplicationSettingData", params({{"ReplicationType", 4}}), 5},
@@ -365,14 +397,19 @@ TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
             EXPECT_EQ(outParam(out, "DefaultGroupPersistency"), CIMValue(Uint16(2)));
     }
     Array<CIMParamValue> out;
-    EXPECT_EQ(ask("GetSupportedOperations", params({{"ReplicationType", 11}, {"SynchronizationType", 2}}), out), 0);
+    EXPECT_EQ(
+        ask("GetSupportedOperations", params({{"ReplicationType", 11}, {"SynchronizationType", 2}}), out), 0);
     EXPECT_EQ(uint16sOf(outParam(out, "SupportedOperations")), Ints({14, 8, 9, 2}));
 }
 
 TEST_F(CapabilitiesTest, MaximumsFollowTheArraysVolumeLimits)
 {
     zdasim_system_set_volume_limits(100, 60, 7, 5);
-    struct Case { int component; std::map<int, Uint64> byType; };
+    struct Case
+    {
+        int component;
+        std::map<int, Uint64> byType;
+    };
     const Case cases[] = {
         {2, {{6, 40}, {10, 60}, {11, 60}}},  // snapshots: the smaller of 100 - 60 and 60
         {3, {{6, 60}, {10, 60}, {11, 60}}},
@@ -421,7 +458,13 @@ TEST_F(CapabilitiesTest, RemoteCopyLimitsAreKeptOnceRead)
     EXPECT_EQ(maximum(5, 2), 40u);
     EXPECT_EQ(zdasim_journal_count_of("api_getmvar"), 0u);
 
-    struct Case { int type; int component; int var; Uint32 limit; };
+    struct Case
+    {
+        int type;
+        int component;
+        int var;
+        Uint32 limit;
+    };
     const Case cases[] = {{4, 2, ZDA_RM_MAX_GROUPS_SYNC, 11}, {4, 3, ZDA_RM_GROUP_MAX_VOLUMES, 12},
         {5, 4, ZDA_RM_GROUP_MAX_VOLUMES, 12}, {4, 6, ZDA_RM_MAX_VOLUMES_SYNC, 13},
         {5, 7, ZDA_RM_MAX_VOLUMES_PERIODIC, 14}};
@@ -452,10 +495,10 @@ TEST_F(CapabilitiesTest, MethodsNeedTheCapabilitiesRight)
 
     // The path is checked after the right.
     CIMObjectPath other = capsPath();
-    other.setKeyBindings(Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other",
-        CIMKeyBinding::STRING)));
-    EXPECT_EQ(cimErrorOf([&] { call(as("operator"), other, "GetSupportedFeatures", in, out); }),
-        CIM_ERR_NOT_FOUND);
+    other.setKeyBindings(
+        Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other", CIMKeyBinding::STRING)));
+    EXPECT_EQ(
+        cimErrorOf([&] { call(as("operator"), other, "GetSupportedFeatures", in, out); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] { call(as("viewer"), other, "GetSupportedFeatures", in, out); }),
         CIM_ERR_NOT_SUPPORTED);
 }

@@ -33,8 +33,7 @@ class ServiceWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
     using ZDA_ReplicationServiceProvider::_deleteGroupAndMembers;
-    int createGroup(const char* name, const Array<String>& keys, const Array<String>& values,
-        String& errStr)
+    int createGroup(const char* name, const Array<String>& keys, const Array<String>& values, String& errStr)
     {
         api_evtparam_t event{};
         Array<CIMObjectPath> noMembers;
@@ -56,7 +55,6 @@ protected:
             names.insert(text(get<String>(getInstance(paths[i]), "ElementName")));
         return names;
     }
-
 };
 
 const std::set<std::string> NO_SET = {"<none>"};
@@ -67,15 +65,15 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
     members.append(volume("vol1"));
     members.append(volume("vol3"));
     // Names compare without case; a null value counts as absent.
-    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_new"))},
-        {"members", CIMValue(members)}, {"Persistent", CIMValue(true)},
-        {"DeleteOnEmptyElement", CIMValue()}})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroup",
+                  params({{"GroupName", CIMValue(String("grp_new"))}, {"members", CIMValue(members)},
+                      {"Persistent", CIMValue(true)}, {"DeleteOnEmptyElement", CIMValue()}})),
+        "returned 0");
     CIMObjectPath made;
     outParam(out, "ReplicationGroup").get(made);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(made, setPath("grp_new"))) << made.toString();
     EXPECT_EQ(setMembers("grp_new"), std::set<std::string>({"vol1", "vol3"}));
-    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_empty"))}})),
-        "returned 0");
+    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_empty"))}})), "returned 0");
     EXPECT_EQ(setMembers("grp_empty"), std::set<std::string>());
 
     const CIMValue name(String("grp_refused"));
@@ -84,16 +82,13 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
         // Refused by the return value alone, without a text.
         {params({{"GroupName", name}, {"Persistent", CIMValue(false)}}), "returned 5"},
         {params({{"GroupName", name}, {"DeleteOnEmptyElement", CIMValue(true)}}),
-         "thrown 5: DeleteOnEmptyElement can only be false"},
-        {params({{"GroupName", name},
-             {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
-         "thrown 5: Members parameter contains invalid object path"},
-        {params({{"GroupName", name},
-             {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume("vol1")))}}),
-         "thrown 5: Cannot find one or more of the volumes in Members"},
+            "thrown 5: DeleteOnEmptyElement can only be false"},
+        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
+            "thrown 5: Members parameter contains invalid object path"},
+        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume("vol1")))}}),
+            "thrown 5: Cannot find one or more of the volumes in Members"},
         {params({{"Persistent", CIMValue(true)}}), "thrown 5: GroupName has to be specified"},
-        {params({{"GroupName", CIMValue(String("set1"))}}),
-         "thrown 4: VV set set1 already exists"},
+        {params({{"GroupName", CIMValue(String("set1"))}}), "thrown 4: VV set set1 already exists"},
     };
     for (const auto& r : refusals)
     {
@@ -111,8 +106,7 @@ TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
             in.append(CIMParamValue("RemoveElements", removeElements));
         return outcome("DeleteGroup", in);
     };
-    EXPECT_EQ(deleteGroup("set1", CIMValue(false)),
-        "thrown 6: Cannot remove Group because it is not empty");
+    EXPECT_EQ(deleteGroup("set1", CIMValue(false)), "thrown 6: Cannot remove Group because it is not empty");
     EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol1", "vol2"}));
     EXPECT_EQ(deleteGroup("set_empty", CIMValue(false)), "returned 0");
     EXPECT_EQ(deleteGroup("set1", CIMValue()), "returned 0");  // RemoveElements true by default
@@ -120,8 +114,8 @@ TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
     EXPECT_EQ(setMembers("set_empty"), NO_SET);
     EXPECT_TRUE(volumeExists("vol1") && volumeExists("vol2"));
 
-    EXPECT_EQ(deleteGroup("no_such_set", CIMValue(true)),
-        "thrown 5: Cannot find the specified replication group");
+    EXPECT_EQ(
+        deleteGroup("no_such_set", CIMValue(true)), "thrown 5: Cannot find the specified replication group");
     EXPECT_EQ(outcome("DeleteGroup", params({{"RemoveElements", CIMValue(true)}})),
         "thrown 5: ReplicationGroup has to be specified");
     EXPECT_EQ(outcome("DeleteGroup", params({{"ReplicationGroup", CIMValue(volume("vol3"))}})),
@@ -134,8 +128,9 @@ TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
     Array<CIMObjectPath> mixed;
     mixed.append(volume("vol3"));
     mixed.append(volume("vol1"));  // has snapshots: cannot go
-    ASSERT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("mixed"))},
-        {"Members", CIMValue(mixed)}})), "returned 0");
+    ASSERT_EQ(outcome("CreateGroup",
+                  params({{"GroupName", CIMValue(String("mixed"))}, {"Members", CIMValue(mixed)}})),
+        "returned 0");
 
     api_evtparam_t event{};
     String errStr;
@@ -166,23 +161,26 @@ TEST_F(GroupMethodsTest, OptionTimeOutFailsTheNewSetLikeAnyArrayCall)
 {
     zdasim_fault_sem_timeouts(1);
     String errStr;
-    EXPECT_EQ(directService().createGroup("with_opts", Array<String>(1, "smisCreated"),
-        Array<String>(1, "1"), errStr), 4);
+    EXPECT_EQ(directService().createGroup(
+                  "with_opts", Array<String>(1, "smisCreated"), Array<String>(1, "1"), errStr),
+        4);
     EXPECT_EQ(text(errStr), "Semaphore Timed-Out");
     EXPECT_EQ(setMembers("with_opts"), NO_SET);
     expectLedgersClean("with_opts");
 }
 
 // A GetAvailableTargetElements call: source volume, sync type, the pools.
-Array<CIMParamValue> targetQuery(const CIMObjectPath& source, Uint16 syncType,
-    const char* pool = nullptr)
+Array<CIMParamValue> targetQuery(const CIMObjectPath& source, Uint16 syncType, const char* pool = nullptr)
 {
-    Array<CIMParamValue> in = params({{"SourceElement", CIMValue(source)},
-        {"SyncType", CIMValue(syncType)}, {"Mode", CIMValue(Uint16(2))}});
+    Array<CIMParamValue> in = params({{"SourceElement", CIMValue(source)}, {"SyncType", CIMValue(syncType)},
+        {"Mode", CIMValue(Uint16(2))}});
     if (pool)
-        in.append(CIMParamValue("TargetPools", CIMValue(Array<CIMObjectPath>(1,
-            CIMObjectPath(String("//") + HOST + "/root/zda:ZDA_DeltaReplicaStoragePool"
-                ".InstanceID=\"KX_ORLA:SNAP:" + pool + "\"")))));
+        in.append(CIMParamValue("TargetPools",
+            CIMValue(Array<CIMObjectPath>(1,
+                CIMObjectPath(String("//") + HOST +
+                    "/root/zda:ZDA_DeltaReplicaStoragePool"
+                    ".InstanceID=\"KX_ORLA:SNAP:" +
+                    pool + "\"")))));
     return in;
 }
 
@@ -196,8 +194,7 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     zdasim_log_capture(1);
     for (const char* pool : {(const char*)nullptr, "FC_r1"})
     {
-        EXPECT_EQ(outcome("GetAvailableTargetElements", targetQuery(volume("vol1"), 8, pool)),
-            "returned 0");
+        EXPECT_EQ(outcome("GetAvailableTargetElements", targetQuery(volume("vol1"), 8, pool)), "returned 0");
         Array<CIMObjectPath> candidates;
         outParam(out, "Candidates").get(candidates);
         EXPECT_EQ(volumeNames(candidates), larger);
@@ -224,8 +221,8 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     elsewhere.setHost("elsewhere.example");
     Array<CIMParamValue> noMode = targetQuery(volume("vol1"), 8);
     noMode.remove(2);
-    for (const Array<CIMParamValue>& in : {targetQuery(setPath("set1"), 8),
-             targetQuery(elsewhere, 8), noMode, params({})})
+    for (const Array<CIMParamValue>& in :
+        {targetQuery(setPath("set1"), 8), targetQuery(elsewhere, 8), noMode, params({})})
         EXPECT_EQ(outcome("GetAvailableTargetElements", in).substr(0, 9), "thrown 5:");
 }
 

@@ -60,10 +60,7 @@ protected:
             paths.append(volume(name));
         return CIMValue(paths);
     }
-    CIMObjectPath set(const char* name)
-    {
-        return ZDA_ReplicationGroupProvider::buildObjectPath(host, name);
-    }
+    CIMObjectPath set(const char* name) { return ZDA_ReplicationGroupProvider::buildObjectPath(host, name); }
     CIMObjectPath outPath(const char* name)
     {
         CIMObjectPath path;
@@ -82,8 +79,7 @@ protected:
     }
     static std::string setNameOf(const CIMObjectPath& path)
     {
-        return text(ZDA_Common::extractFromInstanceID(
-            ZDA_Common::getStringProperty(path, "InstanceID")));
+        return text(ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(path, "InstanceID")));
     }
     // The names of the array's vvsets, in its order.
     std::vector<std::string> setNames()
@@ -91,8 +87,8 @@ protected:
         std::vector<std::string> names;
         api_sets_t sets;
         std::memset(&sets, 0, sizeof sets);
-        if (ZDA_CompanionFrame::statusCall(
-                [&] { return api_getVVSets(nullptr, nullptr, 0, &sets); }).code == 0)
+        if (ZDA_CompanionFrame::statusCall([&] { return api_getVVSets(nullptr, nullptr, 0, &sets); }).code ==
+            0)
             for (uint32_t s = 0; s < sets.count; s++)
                 names.push_back(sets.sets[s].name);
         api_freeSets(&sets);
@@ -118,45 +114,50 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
         const char* outcome;
     };
     const CIMObjectPath sap = ZDA_RemoteServiceAccessPointProvider::buildObjectPath(host, "t1");
-    const CIMObjectPath remoteGroup =
-        ZDA_RemoteReplicationGroupProvider::buildObjectPath(host, "rcg1");
+    const CIMObjectPath remoteGroup = ZDA_RemoteReplicationGroupProvider::buildObjectPath(host, "rcg1");
     const Case cases[] = {
-        {"CreateGroupReplica", params({param("SyncType", u16(7)),
-             param("SourceGroup", CIMValue(set("set1"))), param("SourceGroupName", str("set_one"))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(7)), param("SourceGroup", CIMValue(set("set1"))),
+                param("SourceGroupName", str("set_one"))}),
             "thrown 5: SourceGroup and SourceGroupName must not be specified together unless "
             "they refer to the same group."},
-        {"CreateGroupReplicaFromElements", params({param("SyncType", u16(8)),
-             param("SourceGroupName", str("set1")),
-             param("SourceElements", volumes({"vol3"}))}),
+        {"CreateGroupReplicaFromElements",
+            params({param("SyncType", u16(8)), param("SourceGroupName", str("set1")),
+                param("SourceElements", volumes({"vol3"}))}),
             "thrown 5: SourceGroupName for an existing vvset and SourceElements must not be "
             "specified together"},
-        {"CreateGroupReplica", params({param("SyncType", u16(7)),
-             param("SourceGroupName", str("no_such_set"))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(7)), param("SourceGroupName", str("no_such_set"))}),
             "thrown 5: SourceGroup parameter must be specified."},
-        {"CreateGroupReplicaFromElements", params({param("SyncType", u16(7)),
-             param("SourceGroupName", str("no_such_set"))}),
+        {"CreateGroupReplicaFromElements",
+            params({param("SyncType", u16(7)), param("SourceGroupName", str("no_such_set"))}),
             "thrown 5: The SourceGroup or SourceElements parameters must be specified."},
-        {"CreateGroupReplica", params({param("SyncType", u16(8)),
-             param("SourceGroup", CIMValue(set("set1"))), param("TargetAccessPoint", CIMValue(sap))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(8)), param("SourceGroup", CIMValue(set("set1"))),
+                param("TargetAccessPoint", CIMValue(sap))}),
             "thrown 5: The TargetAccessPoint reference is not used with this SyncType"},
-        {"ZDA_CreateGroupReplica", params({param("SyncType", u16(7)),
-             param("Consistency", u16(2)), param("SourceGroup", CIMValue(set("set1")))}),
+        {"ZDA_CreateGroupReplica",
+            params({param("SyncType", u16(7)), param("Consistency", u16(2)),
+                param("SourceGroup", CIMValue(set("set1")))}),
             "thrown 5: Only sequential consistency is supported"},
-        {"CreateGroupReplica", params({param("SyncType", u16(8)),
-             param("SourceGroup", CIMValue(set("set1"))), param("TargetGroup", CIMValue(remoteGroup))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(8)), param("SourceGroup", CIMValue(set("set1"))),
+                param("TargetGroup", CIMValue(remoteGroup))}),
             "thrown 5: TargetGroup contains invalid object path"},
         {"CreateGroupReplica", params({param("SourceGroup", CIMValue(set("missing_set")))}),
             "thrown 5: Cannot find the SourceGroup replication group"},
-        {"CreateGroupReplica", params({param("SyncType", u16(6)),
-             param("SourceGroup", CIMValue(set("set1")))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(6)), param("SourceGroup", CIMValue(set("set1")))}),
             "thrown 5: SyncType/Mode combination not supported"},
         {"ZDA_CreateGroupReplica", params({param("SourceGroup", CIMValue(set("set1")))}),
             "thrown 5: SyncType/Mode combination not supported"},
-        {"CreateGroupReplica", params({param("SyncType", u16(7)), param("WaitForCopyState", u16(8)),
-             param("SourceGroup", CIMValue(set("set1")))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(7)), param("WaitForCopyState", u16(8)),
+                param("SourceGroup", CIMValue(set("set1")))}),
             "thrown 5: Only waitForCopyState sync is supported for virtual copy"},
-        {"CreateGroupReplica", params({param("SyncType", u16(8)), param("WaitForCopyState", u16(3)),
-             param("SourceGroup", CIMValue(set("set1")))}),
+        {"CreateGroupReplica",
+            params({param("SyncType", u16(8)), param("WaitForCopyState", u16(3)),
+                param("SourceGroup", CIMValue(set("set1")))}),
             "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
         {"CreateGroupReplica", Array<CIMParamValue>(), "thrown 5: Invalid number of parameters"},
     };
@@ -166,17 +167,18 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
         EXPECT_EQ(outcome(c.method, c.in), c.outcome) << c.method;
     EXPECT_EQ(setNames(), before);
     EXPECT_EQ(zdasim_journal_count_of("api_createPhysicalCopy") +
-            zdasim_journal_count_of("api_createGroupSV") +
-            zdasim_journal_count_of("api_createVVSet"), 0u);
+            zdasim_journal_count_of("api_createGroupSV") + zdasim_journal_count_of("api_createVVSet"),
+        0u);
     expectLedgersClean("refused group replicas");
 }
 
 TEST_F(GroupReplicaTest, SnapshotOutputsFollowTheMethod)
 {
     // The set's own name given again as SourceGroupName is no conflict.
-    EXPECT_EQ(outcome("CreateGroupReplica", params({param("SyncType", u16(7)),
-        param("SourceGroup", CIMValue(set("set1"))), param("SourceGroupName", str("set1")),
-        param("RelationshipName", str("s1"))})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroupReplica",
+                  params({param("SyncType", u16(7)), param("SourceGroup", CIMValue(set("set1"))),
+                      param("SourceGroupName", str("set1")), param("RelationshipName", str("s1"))})),
+        "returned 0");
     EXPECT_FALSE(outParam(out, "Synchronization").isNull());
     EXPECT_TRUE(outParam(out, "Synchronizations").isNull());
     EXPECT_TRUE(outParam(out, "TargetElements").isNull());
@@ -196,8 +198,9 @@ TEST_F(GroupReplicaTest, SnapshotOutputsFollowTheMethod)
     EXPECT_FALSE(volume("s1_1").getClassName().isNull());
     EXPECT_FALSE(volume("s1_2").getClassName().isNull());
 
-    EXPECT_EQ(outcome("ZDA_CreateGroupReplica", params({param("SyncType", u16(7)),
-        param("SourceGroup", CIMValue(set("set1"))), param("RelationshipName", str("s2"))})),
+    EXPECT_EQ(outcome("ZDA_CreateGroupReplica",
+                  params({param("SyncType", u16(7)), param("SourceGroup", CIMValue(set("set1"))),
+                      param("RelationshipName", str("s2"))})),
         "returned 0");
     Array<CIMObjectPath> syncs;
     Array<CIMObjectPath> targets;
@@ -212,8 +215,9 @@ TEST_F(GroupReplicaTest, SnapshotOutputsFollowTheMethod)
 
 TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
 {
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", params({param("SyncType", u16(7)),
-        param("SourceElements", volumes({"vol1", "vol3"}))})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
+                  params({param("SyncType", u16(7)), param("SourceElements", volumes({"vol1", "vol3"}))})),
+        "returned 0");
     const std::string source = outText("SourceGroupName");
     EXPECT_EQ(source.size(), 25u) << source;
     EXPECT_EQ(source.rfind("smisCreated.", 0), 0u) << source;
@@ -221,15 +225,17 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     EXPECT_TRUE(setExists(source));
 
     // A name no set has yet names the set made of the elements.
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", params({param("SyncType", u16(7)),
-        param("SourceGroupName", str("named_set")), param("SourceElements", volumes({"vol2"}))})),
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
+                  params({param("SyncType", u16(7)), param("SourceGroupName", str("named_set")),
+                      param("SourceElements", volumes({"vol2"}))})),
         "returned 0");
     EXPECT_EQ(outText("SourceGroupName"), "named_set");
     EXPECT_TRUE(setExists("named_set"));
 
     // A clone's target set is named after its source, cut to 20 characters.
-    EXPECT_EQ(outcome("CreateGroupReplica", params({param("SyncType", u16(8)),
-        param("SourceGroup", CIMValue(set("set_dom2")))})), "returned 4096");
+    EXPECT_EQ(outcome("CreateGroupReplica",
+                  params({param("SyncType", u16(8)), param("SourceGroup", CIMValue(set("set_dom2")))})),
+        "returned 4096");
     const std::string target = setNameOf(outPath("TargetGroup"));
     EXPECT_EQ(target.size(), 25u) << target;
     EXPECT_EQ(target.rfind("copyOfset_dom2.", 0), 0u) << target;
@@ -246,9 +252,11 @@ TEST_F(GroupReplicaTest, CloneOutputsAndJobsByMethod)
     };
     for (const Case& c : {Case{"CreateGroupReplica", true}, Case{"ZDA_CreateGroupReplica", false}})
     {
-        EXPECT_EQ(outcome(c.method, params({param("SyncType", u16(8)), param("Mode", u16(2)),
-            param("WaitForCopyState", u16(8)), param("SourceGroup", CIMValue(set("set1")))})),
-            "returned 4096") << c.method;
+        EXPECT_EQ(outcome(c.method,
+                      params({param("SyncType", u16(8)), param("Mode", u16(2)),
+                          param("WaitForCopyState", u16(8)), param("SourceGroup", CIMValue(set("set1")))})),
+            "returned 4096")
+            << c.method;
         Array<CIMObjectPath> jobs;
         outParam(out, "Jobs").get(jobs);
         EXPECT_EQ(jobs.size(), 2u) << c.method;
@@ -260,7 +268,8 @@ TEST_F(GroupReplicaTest, CloneOutputsAndJobsByMethod)
             targetGroups += String::equalNoCase(out[i].getParameterName(), "TargetGroup");
         EXPECT_EQ(targetGroups, 2u) << c.method;
         EXPECT_EQ(lastJournalArgument("api_createPhysicalCopy", "flags"),
-            std::to_string(API_PCOPY_INACTIVE | API_PCOPY_CREATE_TARGET)) << c.method;
+            std::to_string(API_PCOPY_INACTIVE | API_PCOPY_CREATE_TARGET))
+            << c.method;
     }
     expectLedgersClean("group clones");
 }
@@ -283,9 +292,11 @@ TEST_F(GroupReplicaTest, FailedCopiesTakeAwayTheSetsTheyMade)
     {
         const std::vector<std::string> before = setNames();
         zdasim_fault_add(c.fault, 1, c.code, "source busy");
-        EXPECT_EQ(outcome("CreateGroupReplicaFromElements", params({param("SyncType",
-            u16(Uint16(c.syncType))), param("SourceElements", volumes({"vol4", "vol5"}))})),
-            c.outcome) << c.fault;
+        EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
+                      params({param("SyncType", u16(Uint16(c.syncType))),
+                          param("SourceElements", volumes({"vol4", "vol5"}))})),
+            c.outcome)
+            << c.fault;
         EXPECT_EQ(setNames(), before) << c.fault;
         zdasim_faults_clear();
     }
@@ -303,16 +314,17 @@ TEST_F(GroupReplicaTest, AuthorizationKeysFollowTheSyncType)
     const Case cases[] = {
         {"CreateGroupReplica", 7, "zda_replicationservice.creategroupreplica.creategroupsv"},
         {"ZDA_CreateGroupReplica", 8, "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {"CreateGroupReplicaFromElements", 6,
-            "zda_replicationservice.creategroupreplica.createmirror"},
+        {"CreateGroupReplicaFromElements", 6, "zda_replicationservice.creategroupreplica.createmirror"},
     };
     for (const Case& c : cases)
     {
         outcome(c.method, params({param("SyncType", u16(c.syncType)), param("Mode", u16(3))}));
         EXPECT_EQ(lastAuthorizationKey(), c.key) << c.method;
     }
-    EXPECT_EQ(outcome("CreateGroupReplica", params({param("SyncType", u16(7)),
-        param("SourceGroup", CIMValue(set("set1")))}), "viewer").rfind("thrown 2:", 0), 0u);
+    EXPECT_EQ(outcome("CreateGroupReplica",
+                  params({param("SyncType", u16(7)), param("SourceGroup", CIMValue(set("set1")))}), "viewer")
+                  .rfind("thrown 2:", 0),
+        0u);
 }
 
 // ---- remote mirrors ---------------------------------------------------------------------
@@ -324,8 +336,10 @@ protected:
     {
         GroupReplicaTest::SetUp();
         char error[512] = "";
-        ASSERT_EQ(zdasim_load_description_text(zda_test::remoteCopyTestArray(),
-            "remote copy test array", error, sizeof error), 0) << error;
+        ASSERT_EQ(zdasim_load_description_text(
+                      zda_test::remoteCopyTestArray(), "remote copy test array", error, sizeof error),
+            0)
+            << error;
         ZDA_InternalCacheService::destroy();
         for (const char* name : {"mv1", "mv2", "mv3", "mirror_source_volume_with27"})
             ASSERT_EQ(zdasim_volume_add(name, "FC_r5", "", 1024), 0) << name;
@@ -333,13 +347,13 @@ protected:
     }
 
     // A mirror request that passes every check, with `change` applied.
-    Array<CIMParamValue> mirror(std::initializer_list<CIMParamValue> change,
-        std::initializer_list<const char*> drop = {})
+    Array<CIMParamValue> mirror(
+        std::initializer_list<CIMParamValue> change, std::initializer_list<const char*> drop = {})
     {
-        Array<CIMParamValue> base = params({param("SyncType", u16(6)),
-            param("SourceElements", volumes({"mv1", "mv2", "mv3"})),
-            param("TargetPool", CIMValue(ZDA_StoragePoolProvider::buildObjectPath("FC_r5", "peer1"))),
-            param("TargetAccessPoint", CIMValue(sap("tReady")))});
+        Array<CIMParamValue> base = params(
+            {param("SyncType", u16(6)), param("SourceElements", volumes({"mv1", "mv2", "mv3"})),
+                param("TargetPool", CIMValue(ZDA_StoragePoolProvider::buildObjectPath("FC_r5", "peer1"))),
+                param("TargetAccessPoint", CIMValue(sap("tReady")))});
         Array<CIMParamValue> in;
         for (Uint32 i = 0; i < base.size(); i++)
         {
@@ -427,8 +441,7 @@ TEST_F(MirrorTest, RefusalsComeInTheirOrder)
             "mirror."},
         {mirror({param("RelationshipName", str(name27 + "x"))}, {"TargetAccessPoint"}),
             "thrown 5: The TargetAccessPoint reference must be specified for SyncType mirror."},
-        {mirror({param("RelationshipName", str(name27 + "x")),
-             param("ReplicationSettingData", supplier(3))}),
+        {mirror({param("RelationshipName", str(name27 + "x")), param("ReplicationSettingData", supplier(3))}),
             "thrown 5: The size of the RelationshipName must be less than 28"},
         {mirror({param("ReplicationSettingData", supplier(3))}),
             "thrown 5: ReplicationSettingData.TargetElementSupplier must be \"Create New (2)\"must "
@@ -449,8 +462,8 @@ TEST_F(MirrorTest, RefusalsComeInTheirOrder)
 
 TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
 {
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
-        mirror({param("RelationshipName", str("dr"))})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str("dr"))})),
+        "returned 0");
     EXPECT_EQ(outText("SourceGroupName"), "dr");
     EXPECT_EQ(setNameOf(outPath("SourceGroup")), "dr");
     EXPECT_EQ(outPath("SourceGroup").getClassName().getString(), "ZDA_RemoteReplicationGroup");
@@ -477,12 +490,11 @@ TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
 TEST_F(MirrorTest, TheLongestRelationshipNameNamesGroupAndFarVolumes)
 {
     const std::string name(27, 'n');
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
-        mirror({param("RelationshipName", str(name))})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str(name))})),
+        "returned 0");
     const GroupView view = group(name);
     EXPECT_TRUE(view.started);
-    EXPECT_EQ(view.remoteNames,
-        (std::vector<std::string>{name + "_1", name + "_2", name + "_3"}));
+    EXPECT_EQ(view.remoteNames, (std::vector<std::string>{name + "_1", name + "_2", name + "_3"}));
     EXPECT_EQ(outText("TargetGroupName"), name + ".r");
     expectLedgersClean("a mirror with the longest name");
 }
@@ -492,8 +504,8 @@ TEST_F(MirrorTest, ASynchronousMirrorTakesASuitingTargetAndNamesItsVolumes)
     // The asynchronous-only access point gives way to the first target of
     // the same system that names synchronous mirrors.
     EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
-        mirror({param("Mode", u16(2)), param("TargetAccessPoint", CIMValue(sap("tAsyncOnly"))),
-            param("SourceElements", volumes({"mirror_source_volume_with27"}))})),
+                  mirror({param("Mode", u16(2)), param("TargetAccessPoint", CIMValue(sap("tAsyncOnly"))),
+                      param("SourceElements", volumes({"mirror_source_volume_with27"}))})),
         "returned 0");
     const std::string name = outText("SourceGroupName");
     EXPECT_EQ(name.size(), 22u) << name;
@@ -527,8 +539,9 @@ TEST_F(MirrorTest, ArrayFailuresLeaveTheGroupAsFarAsItGot)
     {
         const std::string name = "fail" + std::to_string(++n);
         zdasim_fault_add(c.fault, 1, 22, "array says no");
-        EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
-            mirror({param("RelationshipName", str(name))})), "thrown 4: array says no") << c.fault;
+        EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str(name))})),
+            "thrown 4: array says no")
+            << c.fault;
         zdasim_faults_clear();
         const GroupView view = group(name);
         EXPECT_EQ(view.exists, c.exists) << c.fault;
@@ -541,8 +554,9 @@ TEST_F(MirrorTest, ArrayFailuresLeaveTheGroupAsFarAsItGot)
             std::memset(&del, 0, sizeof del);
             std::strcpy(del.name, name.c_str());
             api_evtparam_t event{};
-            EXPECT_EQ(ZDA_CompanionFrame::statusCall(
-                [&] { return api_deleteRCopyGroup(&event, &del); }).code, 0) << c.fault;
+            EXPECT_EQ(
+                ZDA_CompanionFrame::statusCall([&] { return api_deleteRCopyGroup(&event, &del); }).code, 0)
+                << c.fault;
         }
     }
     expectLedgersClean("failed mirrors");
@@ -566,8 +580,9 @@ TEST_F(MirrorTest, VolumesJoinAnExistingGroup)
 
 TEST_F(MirrorTest, ACloneOfARemoteGroupCopiesItsLocalVolumes)
 {
-    EXPECT_EQ(outcome("CreateGroupReplica", params({param("SyncType", u16(8)),
-        param("SourceGroup", CIMValue(rcg("gTwo")))})), "returned 4096");
+    EXPECT_EQ(outcome("CreateGroupReplica",
+                  params({param("SyncType", u16(8)), param("SourceGroup", CIMValue(rcg("gTwo")))})),
+        "returned 4096");
     Array<CIMObjectPath> jobs;
     outParam(out, "Jobs").get(jobs);
     EXPECT_EQ(jobs.size(), 2u);

@@ -33,8 +33,8 @@ protected:
     }
     std::string setOf(const CIMObjectPath& groupPath)
     {
-        return text(ZDA_Common::extractFromInstanceID(
-            ZDA_Common::getStringProperty(groupPath, "InstanceID")));
+        return text(
+            ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(groupPath, "InstanceID")));
     }
     std::string nameOf(const CIMObjectPath& path)
     {
@@ -61,8 +61,7 @@ protected:
     {
         return server().associatorNames(admin(), ZDA_NS, groupPath, MEMBER_OF, CIMName(), "", "");
     }
-    int modify(const CIMInstance& instance, const CIMPropertyList& list,
-        const char* user = "admin")
+    int modify(const CIMInstance& instance, const CIMPropertyList& list, const char* user = "admin")
     {
         return cimErrorOf([&] { server().modifyInstance(as(user), ZDA_NS, instance, false, list); });
     }
@@ -71,8 +70,7 @@ protected:
     template <class Call>
     void direct(zda_test::RecordingResponseHandler& handler, Call call)
     {
-        directCall<ZDA_MemberOfReplicationGroupProvider>(handler, call,
-            "a direct membership call");
+        directCall<ZDA_MemberOfReplicationGroupProvider>(handler, call, "a direct membership call");
     }
     // A vvset named `name` holding new volumes with these names.
     static void addSet(const char* name, const std::vector<std::string>& volumes)
@@ -85,8 +83,8 @@ protected:
         }
         api_evtparam_t event{};
         ASSERT_EQ(cim_sem_wait(), 0);
-        const api_Status_t status = api_createVVSet(&event, name, members.data(),
-            int(members.size()), 0, "", nullptr);
+        const api_Status_t status = api_createVVSet(
+            &event, name, members.data(), int(members.size()), 0, "", nullptr);
         cim_sem_post();
         ASSERT_EQ(status.code, 0);
     }
@@ -94,8 +92,8 @@ protected:
 
 TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
 {
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, GROUP, true, false,
-        false, false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, GROUP, true, false, false, false, CIMPropertyList());
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP);
     ASSERT_EQ(all.size(), 5u);
     ASSERT_EQ(paths.size(), 5u);
@@ -106,11 +104,9 @@ TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
         EXPECT_TRUE(ZDA_Common::matchObjectPath(all[i].getPath(), paths[i]));
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
     }
-    EXPECT_EQ(order, (std::vector<std::string>{"set1", "set_empty", "set_one", "set_dom2",
-        "set_overlap"}));
+    EXPECT_EQ(order, (std::vector<std::string>{"set1", "set_empty", "set_one", "set_dom2", "set_overlap"}));
     EXPECT_EQ(text(get<String>(all[0], "InstanceID")), "KX_ORLA:set1");
-    EXPECT_EQ(text(get<String>(all[4], "Caption")),
-        "vvset ID " + std::to_string(get<Uint32>(all[4], "ID")));
+    EXPECT_EQ(text(get<String>(all[4], "Caption")), "vvset ID " + std::to_string(get<Uint32>(all[4], "ID")));
     EXPECT_EQ(text(get<String>(all[0], "Description")), "first set");
     EXPECT_TRUE(valueOf(all[1], "Description").isNull());
 }
@@ -119,8 +115,10 @@ TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
 {
     members(group("set1"));  // the providers and the identity cache are up
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(server().enumerateInstances(admin(), ZDA_NS, GROUP, true, false, false, false,
-        CIMPropertyList()).size(), 0u);
+    EXPECT_EQ(server()
+                  .enumerateInstances(admin(), ZDA_NS, GROUP, true, false, false, false, CIMPropertyList())
+                  .size(),
+        0u);
     zdasim_fault_add("api_getVVSets", 1, API_E_INVALID, "broken");
     EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, GROUP).size(), 0u);
     zdasim_fault_sem_timeouts(1);
@@ -132,8 +130,10 @@ TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
     noColon.setKeyBindings(keys);
     EXPECT_EQ(cimErrorOf([&] { getInstance(noColon); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] { getInstance(group("no_such_set")); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { server().getInstance(as("noaccess"), ZDA_NS, group("set1"),
-        false, false, false, CIMPropertyList()); }), CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(cimErrorOf([&] {
+        server().getInstance(as("noaccess"), ZDA_NS, group("set1"), false, false, false, CIMPropertyList());
+    }),
+        CIM_ERR_ACCESS_DENIED);
 }
 
 TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
@@ -158,20 +158,20 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
         size_t arrayCalls;
     };
     const Case cases[] = {
-        {"other properties only", instance("set1", {{"Persistent", CIMValue(Boolean(false))},
-            {"Caption", CIMValue(String("x"))}}), CIMPropertyList(), "admin", -1, 0},
-        {"null ElementName", instance("set1", {{"ElementName", nullText}}), CIMPropertyList(),
-            "admin", 5, 0},
-        {"null Description", instance("set1", {{"Description", nullText}}), CIMPropertyList(),
-            "admin", -1, 0},
+        {"other properties only",
+            instance("set1", {{"Persistent", CIMValue(Boolean(false))}, {"Caption", CIMValue(String("x"))}}),
+            CIMPropertyList(), "admin", -1, 0},
+        {"null ElementName", instance("set1", {{"ElementName", nullText}}), CIMPropertyList(), "admin", 5, 0},
+        {"null Description", instance("set1", {{"Description", nullText}}), CIMPropertyList(), "admin", -1,
+            0},
         {"listed name absent", instance("set1", {{"Description", CIMValue(String("new"))}}),
             CIMPropertyList(onlyName), "admin", -1, 0},
-        {"no such vvset", instance("gone", {{"Description", CIMValue(String("x"))}}),
-            CIMPropertyList(), "admin", CIM_ERR_NOT_FOUND, 0},
-        {"viewer", instance("set1", {{"Description", CIMValue(String("x"))}}),
-            CIMPropertyList(), "viewer", CIM_ERR_ACCESS_DENIED, 0},
-        {"empty comment", instance("set1", {{"Description", CIMValue(String(""))}}),
-            CIMPropertyList(), "operator", -1, 1},
+        {"no such vvset", instance("gone", {{"Description", CIMValue(String("x"))}}), CIMPropertyList(),
+            "admin", CIM_ERR_NOT_FOUND, 0},
+        {"viewer", instance("set1", {{"Description", CIMValue(String("x"))}}), CIMPropertyList(), "viewer",
+            CIM_ERR_ACCESS_DENIED, 0},
+        {"empty comment", instance("set1", {{"Description", CIMValue(String(""))}}), CIMPropertyList(),
+            "operator", -1, 1},
     };
     for (const Case& c : cases)
     {
@@ -184,24 +184,26 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
 
     // Name and comment go in one call; the group is then found by its new name.
     zdasim_journal_clear();
-    EXPECT_EQ(modify(instance("set1", {{"ElementName", CIMValue(String("renamed"))},
-        {"Description", CIMValue(String("moved"))}}), CIMPropertyList()), -1);
+    EXPECT_EQ(modify(instance("set1",
+                         {{"ElementName", CIMValue(String("renamed"))},
+                             {"Description", CIMValue(String("moved"))}}),
+                  CIMPropertyList()),
+        -1);
     EXPECT_EQ(zdasim_journal_count_of("api_setVVSet"), 1u);
     EXPECT_EQ(text(get<String>(getInstance(group("renamed")), "Description")), "moved");
     EXPECT_EQ(names(members(group("renamed"))), (std::set<std::string>{"vol1", "vol2"}));
 
     zdasim_fault_add("api_setVVSet", 1, API_E_INVALID, "no rename today");
-    EXPECT_EQ(modify(instance("renamed", {{"ElementName", CIMValue(String("again"))}}),
-        CIMPropertyList()), CIM_ERR_FAILED);
+    EXPECT_EQ(modify(instance("renamed", {{"ElementName", CIMValue(String("again"))}}), CIMPropertyList()),
+        CIM_ERR_FAILED);
 }
 
 TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
 {
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, MEMBER_OF);
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, MEMBER_OF, true, false,
-        false, false, CIMPropertyList());
-    const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"},
-        {"set_overlap", "vol1"}};
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, MEMBER_OF, true, false, false, false, CIMPropertyList());
+    const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"}, {"set_overlap", "vol1"}};
     EXPECT_EQ(pairs(paths), expected);
     ASSERT_EQ(all.size(), paths.size());
     for (Uint32 i = 0; i < paths.size(); i++)
@@ -217,8 +219,7 @@ TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
     keys.append(CIMKeyBinding("Member", volume("vol4").toString(), CIMKeyBinding::REFERENCE));
     remote.setKeyBindings(keys);
     EXPECT_EQ(cimErrorOf([&] { getInstance(remote); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, paths[0]); }),
-        CIM_ERR_NOT_SUPPORTED);
+    EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, paths[0]); }), CIM_ERR_NOT_SUPPORTED);
 }
 
 TEST_F(GroupsTest, NavigationBothWays)
@@ -243,16 +244,17 @@ TEST_F(GroupsTest, NavigationBothWays)
     {
         SCOPED_TRACE(text(c.object.toString()));
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, c.object, MEMBER_OF,
-            resultClass, c.role, "")), c.expected);
-        Array<CIMObject> objects = server().associators(admin(), ZDA_NS, c.object, MEMBER_OF,
-            resultClass, c.role, "", false, false, CIMPropertyList());
+        EXPECT_EQ(
+            names(server().associatorNames(admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "")),
+            c.expected);
+        Array<CIMObject> objects = server().associators(
+            admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "", false, false, CIMPropertyList());
         EXPECT_EQ(objects.size(), c.expected.size());
-        EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, c.object, MEMBER_OF, c.role).size(),
-            c.expected.size());
+        EXPECT_EQ(
+            server().referenceNames(admin(), ZDA_NS, c.object, MEMBER_OF, c.role).size(), c.expected.size());
     }
-    Array<CIMObject> refs = server().references(admin(), ZDA_NS, volume("vol1"), MEMBER_OF,
-        "", false, false, CIMPropertyList());
+    Array<CIMObject> refs = server().references(
+        admin(), ZDA_NS, volume("vol1"), MEMBER_OF, "", false, false, CIMPropertyList());
     Array<CIMObjectPath> refPaths;
     for (Uint32 i = 0; i < refs.size(); i++)
         refPaths.append(refs[i].getPath());
@@ -286,8 +288,7 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
         {"own role as result role", set1, false, nullptr, "", "Collection", false},
         {"references of another class", set1, true, "ZDA_StorageVolume", "", "", false},
         {"group without a vvset name", noName, false, nullptr, "", "", false},
-        {"object of a third class", CIMObjectPath("ZDA_StoragePool"), false, nullptr, "", "",
-            false},
+        {"object of a third class", CIMObjectPath("ZDA_StoragePool"), false, nullptr, "", "", false},
         {"root class from a group", set1, false, "CIM_ManagedElement", "", "MEMBER", true},
         {"association's parent class", vol1, true, "CIM_MemberOfCollection", "Member", "", true},
     };
@@ -296,16 +297,13 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
         SCOPED_TRACE(c.what);
         zda_test::RecordingResponseHandler handler;
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p,
-                            zda_test::RecordingResponseHandler& h) {
+        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
             if (c.references)
                 p.referenceNames(admin(), c.object, resultClass, c.role, h);
             else
-                p.associatorNames(admin(), c.object, MEMBER_OF, resultClass, c.role,
-                    c.resultRole, h);
+                p.associatorNames(admin(), c.object, MEMBER_OF, resultClass, c.role, c.resultRole, h);
         });
-        EXPECT_EQ(handler.sequence(), c.answered
-            ? "processing deliver(path) deliver(path) complete" : "");
+        EXPECT_EQ(handler.sequence(), c.answered ? "processing deliver(path) deliver(path) complete" : "");
     }
 }
 
@@ -316,14 +314,12 @@ TEST_F(GroupsTest, ArrayFailureAfterProcessingEndsWithoutComplete)
         const char* function;
         bool semaphore;
     };
-    const Case cases[] = {{"api_getVVSets", false}, {"api_getVVs_chunk", false},
-        {nullptr, true}};
+    const Case cases[] = {{"api_getVVSets", false}, {"api_getVVs_chunk", false}, {nullptr, true}};
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.function ? c.function : "semaphore");
         zda_test::SemaphoreCheckingHandler handler;
-        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p,
-                            zda_test::RecordingResponseHandler& h) {
+        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
             if (c.semaphore)
                 zdasim_fault_sem_timeouts(1);
             else
@@ -336,10 +332,8 @@ TEST_F(GroupsTest, ArrayFailureAfterProcessingEndsWithoutComplete)
 
     // Without faults the walk completes and never delivers under the semaphore.
     zda_test::SemaphoreCheckingHandler handler;
-    direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p,
-                        zda_test::RecordingResponseHandler& h) {
-        p.enumerateInstances(admin(), CIMObjectPath(MEMBER_OF), false, false,
-            CIMPropertyList(), h);
+    direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
+        p.enumerateInstances(admin(), CIMObjectPath(MEMBER_OF), false, false, CIMPropertyList(), h);
     });
     EXPECT_EQ(handler.deliveries(), 4);
     EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
@@ -355,7 +349,7 @@ TEST(NamePieces, CutAtTheLastSeparatorWithinTheLimit)
         exactly255 += "|" + a31;  // 8 * 31 + 7
     std::string over = b28;
     for (int i = 1; i < 8; i++)
-        over += "|" + b28;        // 8 * 28 + 7 = 231
+        over += "|" + b28;               // 8 * 28 + 7 = 231
     over += "|" + std::string(24, 'c');  // 256
     std::string barAt256 = std::string(255, 'd') + "|e";
 
@@ -363,8 +357,7 @@ TEST(NamePieces, CutAtTheLastSeparatorWithinTheLimit)
     ASSERT_EQ(over.size(), 256u);
     using ZDA_AssociationFrame::namePieces;
     EXPECT_EQ(namePieces(exactly255), std::vector<std::string>{exactly255});
-    EXPECT_EQ(namePieces(over), (std::vector<std::string>{over.substr(0, 231),
-        std::string(24, 'c')}));
+    EXPECT_EQ(namePieces(over), (std::vector<std::string>{over.substr(0, 231), std::string(24, 'c')}));
     EXPECT_EQ(namePieces(barAt256), (std::vector<std::string>{std::string(255, 'd'), "e"}));
     EXPECT_TRUE(namePieces("").empty());
 }

@@ -37,14 +37,14 @@ struct Row
 };
 
 const Row ROWS[] = {
-    {"ZDA_OrderedMemberOfRemoteReplicationGroup", "Collection", "Member", ClassCheck::All,
-        false, "api_getRCopy"},
-    {"ZDA_MemberOfRemoteReplicationCollection", "Collection", "Member", ClassCheck::Instances,
-        false, "api_getRCopy"},
-    {"ZDA_SAPAvailableForRemoteReplicationGroup", "ManagedElement", "AvailableSAP",
-        ClassCheck::None, false, "api_getFCPorts"},
-    {"ZDA_SAPAvailableForRemoteReplicaVolume", "ManagedElement", "AvailableSAP",
-        ClassCheck::None, true, "api_getRCIPPorts"},
+    {"ZDA_OrderedMemberOfRemoteReplicationGroup", "Collection", "Member", ClassCheck::All, false,
+        "api_getRCopy"},
+    {"ZDA_MemberOfRemoteReplicationCollection", "Collection", "Member", ClassCheck::Instances, false,
+        "api_getRCopy"},
+    {"ZDA_SAPAvailableForRemoteReplicationGroup", "ManagedElement", "AvailableSAP", ClassCheck::None, false,
+        "api_getFCPorts"},
+    {"ZDA_SAPAvailableForRemoteReplicaVolume", "ManagedElement", "AvailableSAP", ClassCheck::None, true,
+        "api_getRCIPPorts"},
     {"ZDA_AffectedJobElement", "AffectingElement", "AffectedElement", ClassCheck::None, false,
         "api_getTasks"},
 };
@@ -63,11 +63,11 @@ protected:
 
     CIMObjectPath remoteGroup(const char* name)
     {
-        return CIMObjectPath("root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" +
-            String(name) + "\"");
+        return CIMObjectPath(
+            "root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" + String(name) + "\"");
     }
-    Array<CIMObjectPath> far(const CIMObjectPath& from, const char* association,
-        const CIMName& resultClass = CIMName())
+    Array<CIMObjectPath> far(
+        const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
     {
         return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
     }
@@ -99,8 +99,8 @@ protected:
     // "<object>-><other>").
     CIMObjectPath job(const std::string& name)
     {
-        Array<CIMInstance> jobs = server().enumerateInstances(admin(), ZDA_NS, "ZDA_ConcreteJob",
-            true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> jobs = server().enumerateInstances(
+            admin(), ZDA_NS, "ZDA_ConcreteJob", true, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < jobs.size(); i++)
             if (text(get<String>(jobs[i], "ElementName")) == name)
                 return jobs[i].getPath();
@@ -114,30 +114,28 @@ TEST_F(MembershipTest, EveryPairIsFoundFromBothEndsAndByItsPath)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        Array<CIMInstance> links = server().enumerateInstances(admin(), ZDA_NS, row.association,
-            true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> links = server().enumerateInstances(
+            admin(), ZDA_NS, row.association, true, false, false, false, CIMPropertyList());
         ASSERT_GT(links.size(), 0u);
         for (Uint32 i = 0; i < links.size() && i < 6; i++)
         {
             const CIMObjectPath first = endOf(links[i].getPath(), row.firstRole);
             const CIMObjectPath second = endOf(links[i].getPath(), row.secondRole);
-            EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(links[i].getPath()).getPath(),
-                links[i].getPath()));
+            EXPECT_TRUE(
+                ZDA_Common::matchObjectPath(getInstance(links[i].getPath()).getPath(), links[i].getPath()));
             const Array<CIMObjectPath> fromFirst = far(first, row.association);
             const Array<CIMObjectPath> fromSecond = far(second, row.association);
-            EXPECT_EQ(labels(fromFirst).count(*labels(Array<CIMObjectPath>(&second, 1)).begin()),
-                1u);
-            EXPECT_EQ(labels(fromSecond).count(*labels(Array<CIMObjectPath>(&first, 1)).begin()),
-                1u);
+            EXPECT_EQ(labels(fromFirst).count(*labels(Array<CIMObjectPath>(&second, 1)).begin()), 1u);
+            EXPECT_EQ(labels(fromSecond).count(*labels(Array<CIMObjectPath>(&first, 1)).begin()), 1u);
             // The instances of the far ends are those the class's own
             // provider serves.
-            Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first,
-                row.association, CIMName(), "", "", false, false, CIMPropertyList());
+            Array<CIMObject> objects = server().associators(
+                admin(), ZDA_NS, first, row.association, CIMName(), "", "", false, false, CIMPropertyList());
             ASSERT_EQ(objects.size(), fromFirst.size());
             const CIMInstance served = getInstance(objects[0].getPath());
             EXPECT_EQ(CIMInstance(objects[0]).getPropertyCount(), served.getPropertyCount());
-            EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, first, row.association,
-                row.firstRole).size(), fromFirst.size());
+            EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, first, row.association, row.firstRole).size(),
+                fromFirst.size());
         }
     }
 }
@@ -147,48 +145,53 @@ TEST_F(MembershipTest, RefusalsAndRequestsThatCannotMatch)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        const CIMObjectPath link =
-            server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
+        const CIMObjectPath link = server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
         const CIMObjectPath first = endOf(link, row.firstRole);
         CIMObjectPath oneKey = link;
         Array<CIMKeyBinding> keys;
         keys.append(CIMKeyBinding(row.firstRole, first.toString(), CIMKeyBinding::REFERENCE));
         oneKey.setKeyBindings(keys);
         EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), CIM_ERR_INVALID_PARAMETER);
-        EXPECT_EQ(cimErrorOf([&] { server().getInstance(as("noaccess"), ZDA_NS, link, false,
-            false, false, CIMPropertyList()); }), CIM_ERR_ACCESS_DENIED);
+        EXPECT_EQ(cimErrorOf([&] {
+            server().getInstance(as("noaccess"), ZDA_NS, link, false, false, false, CIMPropertyList());
+        }),
+            CIM_ERR_ACCESS_DENIED);
         CIMInstance instance(row.association);
         instance.setPath(link);
-        EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }),
-            CIM_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, link); }),
-            CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(
+            cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, link); }), CIM_ERR_NOT_SUPPORTED);
 
         // Another class: refused by the membership family, as its row says.
         const CIMObjectPath other("ZDA_StorageVolume");
-        const auto refused = [&](const std::function<void(CIMInstanceProvider&,
-                                     zda_test::RecordingResponseHandler&)>& call) {
-            return cimErrorOf([&] {
-                direct(row.association, [&](CIMAssociationProvider&, CIMInstanceProvider& p,
-                                            zda_test::RecordingResponseHandler& h) { call(p, h); });
-            }) == CIM_ERR_NOT_SUPPORTED;
-        };
+        const auto refused =
+            [&](const std::function<void(CIMInstanceProvider&, zda_test::RecordingResponseHandler&)>& call) {
+                return cimErrorOf([&] {
+                    direct(row.association,
+                        [&](CIMAssociationProvider&, CIMInstanceProvider& p,
+                            zda_test::RecordingResponseHandler& h) { call(p, h); });
+                }) == CIM_ERR_NOT_SUPPORTED;
+            };
         EXPECT_EQ(refused([&](CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
             p.enumerateInstances(admin(), other, false, false, CIMPropertyList(), h);
-        }), row.classCheck != ClassCheck::None);
+        }),
+            row.classCheck != ClassCheck::None);
         EXPECT_EQ(refused([&](CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
             p.enumerateInstanceNames(admin(), other, h);
-        }), row.classCheck == ClassCheck::All);
+        }),
+            row.classCheck == ClassCheck::All);
 
         // The way back, the far role for the object, and an unknown role
         // answer nothing at all.
         for (const auto& c : std::vector<std::pair<CIMName, String>>{
                  {first.getClassName(), ""}, {CIMName(), row.secondRole}, {CIMName(), "Owner"}})
         {
-            EXPECT_EQ(direct(row.association, [&](CIMAssociationProvider& p,
-                          CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
-                p.associatorNames(admin(), first, row.association, c.first, c.second, "", h);
-            }), "");
+            EXPECT_EQ(direct(row.association,
+                          [&](CIMAssociationProvider& p, CIMInstanceProvider&,
+                              zda_test::RecordingResponseHandler& h) {
+                              p.associatorNames(admin(), first, row.association, c.first, c.second, "", h);
+                          }),
+                "");
         }
     }
 }
@@ -198,23 +201,26 @@ TEST_F(MembershipTest, AnArrayFailureAnswersEmpty)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        const CIMObjectPath first =
-            endOf(server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0],
-                row.firstRole);
+        const CIMObjectPath first = endOf(
+            server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0], row.firstRole);
         // Reading from the array leaves the answer without complete();
         // gathering through the server completes it empty.
         const std::string expected = row.throughServer ? "processing complete" : "processing";
-        EXPECT_EQ(direct(row.association, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
-                      zda_test::RecordingResponseHandler& h) {
-            zdasim_fault_add(row.failingCall, 1, API_E_INVALID, "broken");
-            p.referenceNames(admin(), first, CIMName(), "", h);
-        }), expected);
+        EXPECT_EQ(
+            direct(row.association,
+                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                    zdasim_fault_add(row.failingCall, 1, API_E_INVALID, "broken");
+                    p.referenceNames(admin(), first, CIMName(), "", h);
+                }),
+            expected);
         zdasim_faults_clear();
-        EXPECT_EQ(direct(row.association, [&](CIMAssociationProvider&, CIMInstanceProvider& p,
-                      zda_test::RecordingResponseHandler& h) {
-            zdasim_fault_sem_timeouts(1);
-            p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
-        }), expected);
+        EXPECT_EQ(
+            direct(row.association,
+                [&](CIMAssociationProvider&, CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
+                    zdasim_fault_sem_timeouts(1);
+                    p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
+                }),
+            expected);
         zdasim_faults_clear();
     }
 }
@@ -222,10 +228,9 @@ TEST_F(MembershipTest, AnArrayFailureAnswersEmpty)
 TEST_F(MembershipTest, MembersComeInTheGroupsOrder)
 {
     const char* ordered = "ZDA_OrderedMemberOfRemoteReplicationGroup";
-    Array<CIMObject> links = server().references(admin(), ZDA_NS, remoteGroup("rcg_mixed"),
-        ordered, "", false, false, CIMPropertyList());
-    const std::vector<std::string> order = {"eng_scratch02", "eng_scratch03", "eng_build06",
-        "eng_build04"};
+    Array<CIMObject> links = server().references(
+        admin(), ZDA_NS, remoteGroup("rcg_mixed"), ordered, "", false, false, CIMPropertyList());
+    const std::vector<std::string> order = {"eng_scratch02", "eng_scratch03", "eng_build06", "eng_build04"};
     ASSERT_EQ(links.size(), order.size());
     for (Uint32 i = 0; i < links.size(); i++)
     {
@@ -237,8 +242,7 @@ TEST_F(MembershipTest, MembersComeInTheGroupsOrder)
 
     // Every vvset's members are reached through exactly one membership
     // association: the remote copy ones here, the others by the plain one.
-    Array<CIMObjectPath> sets = server().enumerateInstanceNames(admin(), ZDA_NS,
-        "ZDA_ReplicationGroup");
+    Array<CIMObjectPath> sets = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationGroup");
     std::map<std::string, size_t> members;
     {
         api_sets_t list{};
@@ -252,9 +256,8 @@ TEST_F(MembershipTest, MembersComeInTheGroupsOrder)
     }
     for (Uint32 i = 0; i < sets.size(); i++)
     {
-        const std::string name =
-            text(ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(sets[i],
-                "InstanceID")));
+        const std::string name = text(
+            ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(sets[i], "InstanceID")));
         SCOPED_TRACE(name);
         const size_t plain = far(sets[i], "ZDA_MemberOfReplicationGroup").size();
         const size_t remote = far(sets[i], ordered).size();
@@ -277,15 +280,13 @@ TEST_F(MembershipTest, GroupsReplicateOverTheirTargetsAndLinkPorts)
     // IP links give the IP ports; the port two targets' links share once.
     EXPECT_EQ(labels(far(remoteGroup("rcg_two_targets"), available)),
         (std::multiset<std::string>{"siteB_ip", "0:3:1", "1:3:1", "siteC"}));
-    Array<CIMObject> endpoints = server().associators(admin(), ZDA_NS,
-        remoteGroup("rcg_fin_sync"), available, "ZDA_SCSIProtocolFCEndpoint", "", "", false,
-        false, CIMPropertyList());
+    Array<CIMObject> endpoints = server().associators(admin(), ZDA_NS, remoteGroup("rcg_fin_sync"), available,
+        "ZDA_SCSIProtocolFCEndpoint", "", "", false, false, CIMPropertyList());
     ASSERT_EQ(endpoints.size(), 1u);
     EXPECT_EQ(get<Uint16>(CIMInstance(endpoints[0]), "ConnectionType"), 2);
 
     // A target reached as a collection is one with its access point.
-    const CIMObjectPath collection(
-        "root/zda:ZDA_RemoteReplicationCollection.InstanceID=\"KX_ORLA:siteE\"");
+    const CIMObjectPath collection("root/zda:ZDA_RemoteReplicationCollection.InstanceID=\"KX_ORLA:siteE\"");
     EXPECT_EQ(labels(far(collection, "ZDA_MemberOfRemoteReplicationCollection")),
         (std::multiset<std::string>{"siteE"}));
 
@@ -295,20 +296,17 @@ TEST_F(MembershipTest, GroupsReplicateOverTheirTargetsAndLinkPorts)
         labels(far(remoteGroup("rcg_fin_sync"), available)));
     EXPECT_EQ(far(volume("fin_db01"), volumeAvailable).size(), 0u);
     // Back from the FC port: the volumes of the groups replicating over it.
-    const CIMObjectPath port = far(remoteGroup("rcg_fin_sync"), available,
-        "ZDA_SCSIProtocolFCEndpoint")[0];
-    EXPECT_EQ(labels(far(port, volumeAvailable)),
-        (std::multiset<std::string>{"fin_app01", "fin_app02"}));
+    const CIMObjectPath port = far(remoteGroup("rcg_fin_sync"), available, "ZDA_SCSIProtocolFCEndpoint")[0];
+    EXPECT_EQ(labels(far(port, volumeAvailable)), (std::multiset<std::string>{"fin_app01", "fin_app02"}));
 }
 
 TEST_F(MembershipTest, JobsActOnTheirVolumesAndGroups)
 {
     const char* affected = "ZDA_AffectedJobElement";
     // A physical copy, failed or running, writes its copy.
-    EXPECT_EQ(labels(far(job("eng_build03.clone"), affected)),
-        (std::multiset<std::string>{"eng_build03.clone"}));
-    EXPECT_EQ(labels(far(job("fin_db03.clone"), affected)),
-        (std::multiset<std::string>{"fin_db03.clone"}));
+    EXPECT_EQ(
+        labels(far(job("eng_build03.clone"), affected)), (std::multiset<std::string>{"eng_build03.clone"}));
+    EXPECT_EQ(labels(far(job("fin_db03.clone"), affected)), (std::multiset<std::string>{"fin_db03.clone"}));
     // A restore writes the copy back to its parent.
     api_evtparam_t event{};
     std::strcpy(event.user, "admin");
@@ -317,16 +315,16 @@ TEST_F(MembershipTest, JobsActOnTheirVolumesAndGroups)
     const api_Status_t restore = api_restoreCopy(&event, "fin_db02.clone", &tid);
     cim_sem_post();
     ASSERT_EQ(restore.code, 0);
-    EXPECT_EQ(labels(far(job("fin_db02->fin_db02.clone"), affected)),
-        (std::multiset<std::string>{"fin_db02"}));
+    EXPECT_EQ(
+        labels(far(job("fin_db02->fin_db02.clone"), affected)), (std::multiset<std::string>{"fin_db02"}));
 
     // A synchronization: its group, and the far group on its target, as an
     // entity or, under the no-replication-entity policy, a group of the
     // far system.
     const CIMObjectPath sync = job("rcg_eng_syncing->siteF");
     Array<CIMObjectPath> ends = far(sync, affected);
-    EXPECT_EQ(labels(ends),
-        (std::multiset<std::string>{"rcg_eng_syncing", "RG:rcg_eng_syncing.r:zda-siteF"}));
+    EXPECT_EQ(
+        labels(ends), (std::multiset<std::string>{"rcg_eng_syncing", "RG:rcg_eng_syncing.r:zda-siteF"}));
     zdasim_system_set_policy(API_POLICY_NO_REPLICATION_ENTITY);
     ZDA_InternalCacheService::destroy();
     ends = far(sync, affected, "ZDA_RemoteReplicationGroup");
@@ -338,11 +336,16 @@ TEST_F(MembershipTest, JobsActOnTheirVolumesAndGroups)
     EXPECT_EQ(hosts.count("zda-siteF"), 1u);
     // A group named by no name in its InstanceID is refused before any walk.
     for (const char* association : {affected, "ZDA_OrderedMemberOfRemoteReplicationGroup"})
-        EXPECT_EQ(direct(association, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
-                      zda_test::RecordingResponseHandler& h) {
-            p.associatorNames(admin(), CIMObjectPath("ZDA_RemoteReplicationGroup.InstanceID="
-                "\"rcg_eng_syncing\""), association, CIMName(), "", "", h);
-        }), "") << association;
+        EXPECT_EQ(
+            direct(association,
+                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                    p.associatorNames(admin(),
+                        CIMObjectPath("ZDA_RemoteReplicationGroup.InstanceID="
+                                      "\"rcg_eng_syncing\""),
+                        association, CIMName(), "", "", h);
+                }),
+            "")
+            << association;
     // And back from the group to the job.
     EXPECT_EQ(far(remoteGroup("rcg_eng_syncing"), affected).size(), 1u);
     EXPECT_EQ(far(volume("fin_db01"), affected).size(), 0u);
@@ -363,14 +366,13 @@ TEST_F(MembershipTest, PortEndpointsOfTheArray)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.className);
-        Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, c.className, true,
-            false, false, false, CIMPropertyList());
+        Array<CIMInstance> all = server().enumerateInstances(
+            admin(), ZDA_NS, c.className, true, false, false, false, CIMPropertyList());
         Array<CIMObjectPath> paths;
         for (Uint32 i = 0; i < all.size(); i++)
             paths.append(all[i].getPath());
         EXPECT_EQ(labels(paths), c.names);
-        EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, c.className).size(),
-            all.size());
+        EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, c.className).size(), all.size());
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[0]).getPath(), paths[0]));
         CIMObjectPath missing = paths[0];
         Array<CIMKeyBinding> keys = missing.getKeyBindings();
@@ -385,8 +387,8 @@ TEST_F(MembershipTest, PortEndpointsOfTheArray)
     }
     // An IP port shows its address and whether its link is up.
     std::map<std::string, CIMInstance> ip;
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS,
-        "ZDA_IPProtocolEndpoint", true, false, false, false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, "ZDA_IPProtocolEndpoint", true, false, false, false, CIMPropertyList());
     for (Uint32 i = 0; i < all.size(); i++)
         ip[text(get<String>(all[i], "Name"))] = all[i];
     EXPECT_EQ(text(get<String>(ip["0:3:1"], "IPv4Address")), "198.51.100.10");

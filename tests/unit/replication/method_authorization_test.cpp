@@ -39,11 +39,15 @@ TEST_F(MethodAuthorizationTest, KindsChooseTheirRightAndKindsWithoutOneAskNothin
 
 TEST_F(MethodAuthorizationTest, ResultsBecomeTheirRefusals)
 {
-    struct Case { int result; int code; const char* words; };
+    struct Case
+    {
+        int result;
+        int code;
+        const char* words;
+    };
     const Case cases[] = {{1, CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
         {2, CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
-        {3, CIM_ERR_NOT_SUPPORTED, "Does not support!"},
-        {-7, CIM_ERR_NOT_SUPPORTED, "Does not support!"}};
+        {3, CIM_ERR_NOT_SUPPORTED, "Does not support!"}, {-7, CIM_ERR_NOT_SUPPORTED, "Does not support!"}};
     EXPECT_NO_THROW(requireAuthorized(0, "File", 1));
     for (const Case& c : cases)
     {
@@ -55,8 +59,8 @@ TEST_F(MethodAuthorizationTest, ResultsBecomeTheirRefusals)
         catch (const CIMException& e)
         {
             EXPECT_EQ(e.getCode(), c.code) << c.result;
-            EXPECT_NE(std::string((const char*)e.getMessage().getCString()).find(c.words),
-                std::string::npos) << c.result;
+            EXPECT_NE(std::string((const char*)e.getMessage().getCString()).find(c.words), std::string::npos)
+                << c.result;
         }
     }
 }

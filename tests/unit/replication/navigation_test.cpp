@@ -36,42 +36,39 @@ struct Row
 {
     const char* association;
     Kind kind;
-    const char* firstRole;   // the system's or the service's
+    const char* firstRole;  // the system's or the service's
     const char* secondRole;
-    const char* farClass;    // the class of the second end
-    const char* farSuper;    // a superclass only the second end has
-    const char* backSuper;   // a superclass only the first end has
-    bool remote;             // needs the demo array's remote copy
-    const char* sample;      // one far end the array surely has
+    const char* farClass;            // the class of the second end
+    const char* farSuper;            // a superclass only the second end has
+    const char* backSuper;           // a superclass only the first end has
+    bool remote;                     // needs the demo array's remote copy
+    const char* sample;              // one far end the array surely has
     bool rolesMatchNothing = false;  // no role a request names finds an end
 };
 
 const Row ROWS[] = {
-    {"ZDA_CapabilitiesOfReplicationService", Kind::ThroughCimom, "ManagedElement",
-        "Capabilities", "ZDA_ReplicationServiceCapabilities", "CIM_Capabilities",
-        "CIM_Service", false, "ReplicationServiceCapabilities"},
+    {"ZDA_CapabilitiesOfReplicationService", Kind::ThroughCimom, "ManagedElement", "Capabilities",
+        "ZDA_ReplicationServiceCapabilities", "CIM_Capabilities", "CIM_Service", false,
+        "ReplicationServiceCapabilities"},
     {"ZDA_ReplicationAffectsElement", Kind::Affects, "AffectingElement", "AffectedElement",
         "ZDA_ReplicationGroup", "CIM_Collection", "CIM_LogicalElement", false, "set1"},
     {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", Kind::Affects, "AffectingElement",
-        "AffectedElement", "ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_Service",
-        true, "rcg_fin_sync"},
+        "AffectedElement", "ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", "CIM_Service", true,
+        "rcg_fin_sync"},
     {"ZDA_HostedRemoteReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
-        "ZDA_RemoteReplicationGroup", "CIM_SystemSpecificCollection", "CIM_System", true,
-        "rcg_two_targets"},
-    {"ZDA_ReplicationAffectsRemoteCollection", Kind::Affects, "AffectingElement",
-        "AffectedElement", "ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection",
-        "CIM_ReplicationService", true, "siteB_ip"},
+        "ZDA_RemoteReplicationGroup", "CIM_SystemSpecificCollection", "CIM_System", true, "rcg_two_targets"},
+    {"ZDA_ReplicationAffectsRemoteCollection", Kind::Affects, "AffectingElement", "AffectedElement",
+        "ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection", "CIM_ReplicationService", true,
+        "siteB_ip"},
     {"ZDA_HostedRemoteReplicationCollection", Kind::HostedByWalk, "Antecedent", "Dependent",
-        "ZDA_RemoteReplicationCollection", "CIM_ConnectivityCollection", "CIM_ComputerSystem",
-        true, "siteC"},
+        "ZDA_RemoteReplicationCollection", "CIM_ConnectivityCollection", "CIM_ComputerSystem", true, "siteC"},
     {"ZDA_ReplicationAffectsEntity", Kind::Deliver, "AffectingElement", "AffectedElement",
-        "ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_Service", true,
-        "RG:rcg_fin_sync.r:zda-siteB", true},
-    {"ZDA_HostedRemoteSAP", Kind::HostedByWalk, "Antecedent", "Dependent",
-        "ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint", "CIM_System", true,
-        "siteD"},
-    {"ZDA_HostedReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent",
-        "ZDA_ReplicationGroup", "CIM_ReplicationGroup", "CIM_ComputerSystem", false, "set_one"},
+        "ZDA_ReplicationEntity", "CIM_ReplicationEntity", "CIM_Service", true, "RG:rcg_fin_sync.r:zda-siteB",
+        true},
+    {"ZDA_HostedRemoteSAP", Kind::HostedByWalk, "Antecedent", "Dependent", "ZDA_RemoteServiceAccessPoint",
+        "CIM_RemoteServiceAccessPoint", "CIM_System", true, "siteD"},
+    {"ZDA_HostedReplicationGroup", Kind::ThroughCimom, "Antecedent", "Dependent", "ZDA_ReplicationGroup",
+        "CIM_ReplicationGroup", "CIM_ComputerSystem", false, "set_one"},
 };
 
 String upper(std::string text)
@@ -88,7 +85,7 @@ protected:
     CIMObjectPath firstEnd(const Row& row)
     {
         const char* cls = std::string(row.firstRole) == "Antecedent" ? "ZDA_StorageSystem"
-                                                                      : "ZDA_ReplicationService";
+                                                                     : "ZDA_ReplicationService";
         Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, cls);
         EXPECT_EQ(paths.size(), 1u) << cls;
         return paths.size() ? paths[0] : CIMObjectPath();
@@ -142,28 +139,28 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         SCOPED_TRACE(row.association);
         load(row);
         const CIMObjectPath first = firstEnd(row);
-        const std::set<std::string> every =
-            labels(server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass));
+        const std::set<std::string> every = labels(
+            server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass));
         ASSERT_EQ(every.count(row.sample), 1u);
         const String firstRole = row.rolesMatchNothing ? "" : row.firstRole;
         const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
 
         // From the first end: every object of the far class, as names, as
         // instances and through the association's own instances.
-        Array<CIMObjectPath> far = server().associatorNames(admin(), ZDA_NS, first,
-            row.association, CIMName(), "", "");
+        Array<CIMObjectPath> far = server().associatorNames(
+            admin(), ZDA_NS, first, row.association, CIMName(), "", "");
         EXPECT_EQ(labels(far), every);
         EXPECT_EQ(far.size(), every.size());
-        Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first, row.association,
-            row.farClass, firstRole, secondRole, false, false, CIMPropertyList());
+        Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first, row.association, row.farClass,
+            firstRole, secondRole, false, false, CIMPropertyList());
         ASSERT_EQ(objects.size(), far.size());
         for (Uint32 i = 0; i < objects.size(); i++)
             EXPECT_TRUE(objects[i].getClassName().equal(row.farClass));
-        Array<CIMObjectPath> links = server().referenceNames(admin(), ZDA_NS, first,
-            row.association, firstRole);
+        Array<CIMObjectPath> links = server().referenceNames(
+            admin(), ZDA_NS, first, row.association, firstRole);
         EXPECT_EQ(links.size(), far.size());
-        Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, row.association,
-            true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> all = server().enumerateInstances(
+            admin(), ZDA_NS, row.association, true, false, false, false, CIMPropertyList());
         EXPECT_EQ(all.size(), far.size());
         for (Uint32 i = 0; i < links.size(); i++)
         {
@@ -174,17 +171,23 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         // From a far end: the first end alone, and each far end's one link.
         for (Uint32 i = 0; i < far.size(); i++)
         {
-            Array<CIMObjectPath> back = server().associatorNames(admin(), ZDA_NS, far[i],
-                row.association, CIMName(), secondRole, "");
+            Array<CIMObjectPath> back = server().associatorNames(
+                admin(), ZDA_NS, far[i], row.association, CIMName(), secondRole, "");
             ASSERT_EQ(back.size(), 1u) << label(far[i]);
             EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], first));
-            EXPECT_EQ(server().references(admin(), ZDA_NS, far[i], row.association, "", false,
-                false, CIMPropertyList()).size(), 1u);
+            EXPECT_EQ(
+                server()
+                    .references(admin(), ZDA_NS, far[i], row.association, "", false, false, CIMPropertyList())
+                    .size(),
+                1u);
         }
-        EXPECT_EQ(server().associatorNames(admin(), ZDA_NS, missingFarEnd(row), row.association,
-            CIMName(), "", "").size(), 0u);
-        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, links[0]); }),
-            CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(
+            server()
+                .associatorNames(admin(), ZDA_NS, missingFarEnd(row), row.association, CIMName(), "", "")
+                .size(),
+            0u);
+        EXPECT_EQ(
+            cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, links[0]); }), CIM_ERR_NOT_SUPPORTED);
     }
 }
 
@@ -195,8 +198,8 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         SCOPED_TRACE(row.association);
         load(row);
         const CIMObjectPath first = firstEnd(row);
-        const CIMObjectPath far = server().associatorNames(admin(), ZDA_NS, first,
-            row.association, CIMName(), "", "")[0];
+        const CIMObjectPath far = server().associatorNames(
+            admin(), ZDA_NS, first, row.association, CIMName(), "", "")[0];
         const CIMName none;
         const CIMObjectPath missing = missingFarEnd(row);
         struct Case
@@ -211,8 +214,8 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         };
         const Case cases[] = {
             {"far class", first, false, row.farClass, "", "", true},
-            {"far superclass, roles in capitals", first, false, row.farSuper,
-                upper(row.firstRole), upper(row.secondRole), true},
+            {"far superclass, roles in capitals", first, false, row.farSuper, upper(row.firstRole),
+                upper(row.secondRole), true},
             {"a root shared by both ends", far, false, "CIM_ManagedElement", "", "", true},
             {"association's parent class", far, true, "CIM_ManagedElement", "", "", false},
             {"own class", first, false, first.getClassName(), "", "", false},
@@ -225,14 +228,14 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         for (const Case& c : cases)
         {
             SCOPED_TRACE(c.what);
-            const std::string sequence = direct(row, [&](CIMAssociationProvider& p,
-                CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
-                if (c.references)
-                    p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
-                else
-                    p.associatorNames(admin(), c.object, row.association, c.resultClass, c.role,
-                        c.resultRole, h);
-            });
+            const std::string sequence = direct(row,
+                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                    if (c.references)
+                        p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
+                    else
+                        p.associatorNames(
+                            admin(), c.object, row.association, c.resultClass, c.role, c.resultRole, h);
+                });
             const bool namesRoles = c.role.size() || c.resultRole.size();
             if (c.answered && !(namesRoles && row.rolesMatchNothing))
                 EXPECT_EQ(sequence.rfind("processing deliver(path)", 0), 0u) << sequence;
@@ -250,40 +253,41 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
     {
         SCOPED_TRACE(row.association);
         load(row);
-        const CIMObjectPath link =
-            server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
+        const CIMObjectPath link = server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
         CIMObjectPath oneKey = link;
         Array<CIMKeyBinding> keys;
-        keys.append(CIMKeyBinding(row.firstRole, endOf(link, row.firstRole).toString(),
-            CIMKeyBinding::REFERENCE));
+        keys.append(
+            CIMKeyBinding(row.firstRole, endOf(link, row.firstRole).toString(), CIMKeyBinding::REFERENCE));
         oneKey.setKeyBindings(keys);
         CIMObjectPath elsewhere = link;
-        keys.append(CIMKeyBinding(row.secondRole, missingFarEnd(row).toString(),
-            CIMKeyBinding::REFERENCE));
+        keys.append(CIMKeyBinding(row.secondRole, missingFarEnd(row).toString(), CIMKeyBinding::REFERENCE));
         elsewhere.setKeyBindings(keys);
 
         // A walk that reads the reference's ends answers nothing without
         // both; the server reports too few objects.
         const int oneKeyError = row.kind == Kind::Affects ? int(CIM_ERR_NOT_FOUND)
-            : row.kind == Kind::HostedByWalk             ? int(CIM_ERR_FAILED)
-                                                         : int(CIM_ERR_INVALID_PARAMETER);
+            : row.kind == Kind::HostedByWalk              ? int(CIM_ERR_FAILED)
+                                                          : int(CIM_ERR_INVALID_PARAMETER);
         EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
         EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
-        EXPECT_EQ(cimErrorOf([&] { server().getInstance(as("noaccess"), ZDA_NS, link, false,
-            false, false, CIMPropertyList()); }), CIM_ERR_ACCESS_DENIED);
+        EXPECT_EQ(cimErrorOf([&] {
+            server().getInstance(as("noaccess"), ZDA_NS, link, false, false, false, CIMPropertyList());
+        }),
+            CIM_ERR_ACCESS_DENIED);
 
         CIMInstance instance(row.association);
         instance.setPath(link);
-        EXPECT_EQ(cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false,
-            CIMPropertyList()); }), CIM_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }),
+        EXPECT_EQ(
+            cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); }),
             CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(
+            cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }), CIM_ERR_NOT_SUPPORTED);
 
         // The kinds that check the class enumerate nothing for another one.
-        const std::string other = direct(row, [&](CIMAssociationProvider&,
-            CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
-            p.enumerateInstanceNames(admin(), CIMObjectPath("ZDA_StorageVolume"), h);
-        });
+        const std::string other = direct(
+            row, [&](CIMAssociationProvider&, CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
+                p.enumerateInstanceNames(admin(), CIMObjectPath("ZDA_StorageVolume"), h);
+            });
         const bool checksClass = row.kind == Kind::Affects || row.kind == Kind::HostedByWalk;
         EXPECT_EQ(other.empty(), checksClass) << other;
     }
@@ -331,11 +335,12 @@ TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
     {
         SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
         zdasim_log_clear();
-        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
-                      zda_test::RecordingResponseHandler& h) {
-            p.associatorNames(admin(), service, row.association, CIMName(), c.role,
-                c.resultRole, h);
-        }), "");
+        EXPECT_EQ(
+            direct(row,
+                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                    p.associatorNames(admin(), service, row.association, CIMName(), c.role, c.resultRole, h);
+                }),
+            "");
         EXPECT_EQ(logLinesWith("invalid params"), c.refused ? 1u : 0u);
     }
     zdasim_log_capture(0);
@@ -346,27 +351,29 @@ TEST_F(NavigationTest, AnArrayFailureAnswersEmpty)
     // The walks of the array complete an empty answer, except the one that
     // delivers as it walks, which leaves it without complete().
     for (const char* association :
-        {"ZDA_HostedRemoteReplicationCollection", "ZDA_HostedRemoteSAP",
-            "ZDA_ReplicationAffectsEntity"})
+        {"ZDA_HostedRemoteReplicationCollection", "ZDA_HostedRemoteSAP", "ZDA_ReplicationAffectsEntity"})
     {
         SCOPED_TRACE(association);
         const Row& row = rowOf(association);
         load(row);
         const CIMObjectPath first = firstEnd(row);
-        const std::string expected =
-            row.kind == Kind::Deliver ? "processing" : "processing complete";
-        EXPECT_EQ(direct(row, [&](CIMAssociationProvider& p, CIMInstanceProvider&,
-                      zda_test::RecordingResponseHandler& h) {
-            zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
-            p.referenceNames(admin(), first, CIMName(), "", h);
-        }), expected);
+        const std::string expected = row.kind == Kind::Deliver ? "processing" : "processing complete";
+        EXPECT_EQ(
+            direct(row,
+                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
+                    zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
+                    p.referenceNames(admin(), first, CIMName(), "", h);
+                }),
+            expected);
         zdasim_faults_clear();
         // A busy array: the enumeration's first wait is the walk's.
-        EXPECT_EQ(direct(row, [&](CIMAssociationProvider&, CIMInstanceProvider& p,
-                      zda_test::RecordingResponseHandler& h) {
-            zdasim_fault_sem_timeouts(1);
-            p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
-        }), expected);
+        EXPECT_EQ(
+            direct(row,
+                [&](CIMAssociationProvider&, CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
+                    zdasim_fault_sem_timeouts(1);
+                    p.enumerateInstanceNames(admin(), CIMObjectPath(row.association), h);
+                }),
+            expected);
         zdasim_faults_clear();
     }
 }
@@ -375,11 +382,10 @@ TEST_F(NavigationTest, AccessPointsNameTheSystemByItsHostName)
 {
     const Row& row = rowOf("ZDA_HostedRemoteSAP");
     load(row);
-    Array<CIMInstance> links = server().enumerateInstances(admin(), ZDA_NS, row.association,
-        true, false, false, false, CIMPropertyList());
+    Array<CIMInstance> links = server().enumerateInstances(
+        admin(), ZDA_NS, row.association, true, false, false, false, CIMPropertyList());
     // One per remote copy target, each seen as an access point.
-    ASSERT_EQ(links.size(),
-        server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass).size());
+    ASSERT_EQ(links.size(), server().enumerateInstanceNames(admin(), ZDA_NS, row.farClass).size());
     ASSERT_GT(links.size(), 0u);
     for (Uint32 i = 0; i < links.size(); i++)
     {

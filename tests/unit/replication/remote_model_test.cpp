@@ -71,8 +71,7 @@ struct Snapshot
     {
         rm_group_vv_wrapper* v = volume(group(groupName), volumeName);
         char wwn[API_WWN_TEXT_LEN] = "";
-        api_wwnIntToString(v->maps[target].rm_remote_wwn_re, v->maps[target].rm_remote_wwn, wwn,
-            sizeof wwn);
+        api_wwnIntToString(v->maps[target].rm_remote_wwn_re, v->maps[target].rm_remote_wwn, wwn, sizeof wwn);
         return wwn;
     }
 };
@@ -84,15 +83,17 @@ protected:
     {
         ReplicationTest::SetUp();
         char error[512] = "";
-        ASSERT_EQ(zdasim_load_description_text(zda_test::remoteCopyTestArray(),
-            "remote copy test array", error, sizeof error), 0) << error;
+        ASSERT_EQ(zdasim_load_description_text(
+                      zda_test::remoteCopyTestArray(), "remote copy test array", error, sizeof error),
+            0)
+            << error;
         ZDA_InternalCacheService::destroy();
     }
 
     Array<CIMInstance> all(const char* className)
     {
-        return server().enumerateInstances(admin(), ZDA_NS, className, true, false, false, false,
-            CIMPropertyList());
+        return server().enumerateInstances(
+            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
     }
     // Each instance of the class by the value of `key`.
     std::map<std::string, CIMInstance> byKey(const char* className, const char* key)
@@ -135,8 +136,9 @@ protected:
 
 TEST_F(RemoteModelTest, RemoteCopyGroupsWithTheirCaptionAndDomain)
 {
-    EXPECT_EQ(keysOf(RC_GROUP, "ElementName"), (std::vector<std::string>{"gSync",
-        "gByModeSync", "gByModePeriodic", "gNoDomain", "gNew", "gEmpty", "gTwo", "gUnknown"}));
+    EXPECT_EQ(keysOf(RC_GROUP, "ElementName"),
+        (std::vector<std::string>{
+            "gSync", "gByModeSync", "gByModePeriodic", "gNoDomain", "gNew", "gEmpty", "gTwo", "gUnknown"}));
     std::string caption;
     {
         Snapshot snapshot;
@@ -150,8 +152,7 @@ TEST_F(RemoteModelTest, RemoteCopyGroupsWithTheirCaptionAndDomain)
     EXPECT_EQ(text(get<String>(gSync, "InstanceID")), "KX_ORLA:gSync");
     EXPECT_EQ(text(get<String>(gSync, "Domain")), "dom1");
     EXPECT_TRUE(get<Boolean>(gSync, "Persistent") && get<Boolean>(gSync, "ConsistentPointInTime"));
-    EXPECT_FALSE(get<Boolean>(gSync, "DeleteOnEmptyElement") ||
-        get<Boolean>(gSync, "DeleteOnUnassociated"));
+    EXPECT_FALSE(get<Boolean>(gSync, "DeleteOnEmptyElement") || get<Boolean>(gSync, "DeleteOnUnassociated"));
     EXPECT_TRUE(valueOf(groups["gNoDomain"], "Domain").isNull());
     EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(gSync.getPath()).getPath(),
         ZDA_RemoteReplicationGroupProvider::buildObjectPath("any.host", "gSync")));
@@ -159,18 +160,16 @@ TEST_F(RemoteModelTest, RemoteCopyGroupsWithTheirCaptionAndDomain)
 
     // By name and number: 65535 is no number, and a long name cuts the text.
     CIMClass groupClass = moduleClass(RC_GROUP);
-    CIMInstance unnumbered = ZDA_RemoteReplicationGroupProvider::buildInstance("far", 65535,
-        groupClass, "peer1");
+    CIMInstance unnumbered = ZDA_RemoteReplicationGroupProvider::buildInstance(
+        "far", 65535, groupClass, "peer1");
     EXPECT_EQ(text(get<String>(unnumbered, "Caption")), "RemoteReplicationGroup far");
     EXPECT_TRUE(valueOf(unnumbered, "Domain").isNull());
     EXPECT_EQ(text(unnumbered.getPath().getHost()), "peer1");
     const std::string longName(50, 'n');
-    CIMInstance cut = ZDA_RemoteReplicationGroupProvider::buildInstance(longName.c_str(), 7,
-        groupClass, "h");
+    CIMInstance cut = ZDA_RemoteReplicationGroupProvider::buildInstance(longName.c_str(), 7, groupClass, "h");
     EXPECT_EQ(text(get<String>(cut, "Description")),
         ("RemoteReplicationGroup " + longName + ", ID 7").substr(0, 60));
-    CIMInstance empty = ZDA_RemoteReplicationGroupProvider::buildEmptyInstance("far", groupClass,
-        "peer1");
+    CIMInstance empty = ZDA_RemoteReplicationGroupProvider::buildEmptyInstance("far", groupClass, "peer1");
     EXPECT_EQ(text(get<String>(empty, "InstanceID")), "KX_ORLA:far");
     EXPECT_TRUE(valueOf(empty, "ElementName").isNull());
 }
@@ -214,8 +213,8 @@ TEST_F(RemoteModelTest, EachTargetAsCollectionAndAccessPoint)
     EXPECT_EQ(text(get<String>(collection, "Caption")), "RemoteReplicationCollection tReady");
     EXPECT_EQ(text(get<String>(collection, "InstanceID")), "KX_ORLA:tReady");
     EXPECT_FALSE(get<Boolean>(collection, "DeleteOnUnassociated"));
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(collection.getPath()).getPath(),
-        collection.getPath()));
+    EXPECT_TRUE(
+        ZDA_Common::matchObjectPath(getInstance(collection.getPath()).getPath(), collection.getPath()));
 
     const CIMInstance& sap = accessPoints["tReady"];
     EXPECT_EQ(text(get<String>(sap, "SystemName")), HOST);
@@ -223,8 +222,7 @@ TEST_F(RemoteModelTest, EachTargetAsCollectionAndAccessPoint)
     EXPECT_EQ(get<Uint16>(sap, "InfoFormat"), 2);
     EXPECT_EQ(text(get<String>(sap, "OtherTypeDescription")), "RCopy");
     // Only Name finds the target: another system's keys still lead to it.
-    CIMObjectPath elsewhere = ZDA_RemoteServiceAccessPointProvider::buildObjectPath("other",
-        "tReady");
+    CIMObjectPath elsewhere = ZDA_RemoteServiceAccessPointProvider::buildObjectPath("other", "tReady");
     EXPECT_EQ(text(get<String>(getInstance(elsewhere), "SystemName")), HOST);
 }
 
@@ -241,11 +239,10 @@ TEST_F(RemoteModelTest, EntitiesOfFarGroupsAndVolumes)
         rv5Computed = snapshot.farWWN("gTwo", "rv5", 1);
         rv6 = snapshot.farWWN("gTwo", "rv6", 0);
     }
-    const std::vector<std::string> expected = {
-        "KX_ORLA:RG:gSync.r:peer1", "KX_ORLA:RG:gByModeSync.r:peer1",
-        "KX_ORLA:RG:gByModePeriodic.r:peer1", "KX_ORLA:RG:gNoDomain.r:peer1",
-        "KX_ORLA:RG:gNew.r:peer1", "KX_ORLA:RG:gEmpty.r:peer1", "KX_ORLA:RG:gTwo.r:peer1",
-        "KX_ORLA:RG:gTwo.r:peer9", "KX_ORLA:RG:gUnknown.r:peer10",
+    const std::vector<std::string> expected = {"KX_ORLA:RG:gSync.r:peer1", "KX_ORLA:RG:gByModeSync.r:peer1",
+        "KX_ORLA:RG:gByModePeriodic.r:peer1", "KX_ORLA:RG:gNoDomain.r:peer1", "KX_ORLA:RG:gNew.r:peer1",
+        "KX_ORLA:RG:gEmpty.r:peer1", "KX_ORLA:RG:gTwo.r:peer1", "KX_ORLA:RG:gTwo.r:peer9",
+        "KX_ORLA:RG:gUnknown.r:peer10",
         // Known far WWNs on a known peer WWN; else the far name on the target.
         "KX_ORLA:VV:" + rv1 + ":" + PEER1_WWN, "KX_ORLA:VV:" + rv2 + ":" + PEER1_WWN,
         "KX_ORLA:VV:" + rv3 + ":" + PEER1_WWN, "KX_ORLA:VV:rv4:tReady",
@@ -262,8 +259,8 @@ TEST_F(RemoteModelTest, EntitiesOfFarGroupsAndVolumes)
     const CIMInstance& group = entities["KX_ORLA:RG:gSync.r:peer1"];
     EXPECT_EQ(get<Uint16>(group, "Type"), 11);
     EXPECT_EQ(text(get<String>(group, "Name")), "gSync.r");
-    EXPECT_EQ(text(get<String>(group, "EntityID")),
-        "ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:gSync.r\"");
+    EXPECT_EQ(
+        text(get<String>(group, "EntityID")), "ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:gSync.r\"");
     CIMInstance element = get<CIMInstance>(group, "Element");
     EXPECT_EQ(element.getPropertyCount(), 1u);
 
@@ -276,8 +273,7 @@ TEST_F(RemoteModelTest, EntitiesOfFarGroupsAndVolumes)
 
     // getInstance finds each form only by its own key.
     auto entity = [](const std::string& host, const std::string& name) {
-        return ZDA_ReplicationEntityProvider::buildObjectPath(HOST, host.c_str(), "VV",
-            name.c_str());
+        return ZDA_ReplicationEntityProvider::buildObjectPath(HOST, host.c_str(), "VV", name.c_str());
     };
     EXPECT_EQ(text(get<String>(getInstance(entity(PEER1_WWN, rv1)), "Name")), rv1);
     EXPECT_EQ(text(get<String>(getInstance(entity("tUnknown", "rv7")), "Name")), "rv7");
@@ -305,14 +301,12 @@ TEST_F(RemoteModelTest, EntityInstanceIDsSplitWithTheHostWhole)
     for (const Row& row : rows)
     {
         String type = "x", name = "x", hostName = "x";
-        ZDA_ReplicationEntityProvider::extractFromInstanceID(row.instanceID, type, name,
-            hostName);
+        ZDA_ReplicationEntityProvider::extractFromInstanceID(row.instanceID, type, name, hostName);
         EXPECT_EQ(text(type) + "|" + text(name) + "|" + text(hostName),
             std::string(row.type) + "|" + row.name + "|" + row.host)
             << row.instanceID;
     }
-    EXPECT_EQ(text(ZDA_ReplicationEntityProvider::buildInstanceID("h:1", "VV", "n")),
-        "KX_ORLA:VV:n:h:1");
+    EXPECT_EQ(text(ZDA_ReplicationEntityProvider::buildInstanceID("h:1", "VV", "n")), "KX_ORLA:VV:n:h:1");
 }
 
 TEST_F(RemoteModelTest, LookupsOverARemoteCopySnapshot)
@@ -323,8 +317,7 @@ TEST_F(RemoteModelTest, LookupsOverARemoteCopySnapshot)
     rm_group_wrapper* natural = snapshot.group("gSync");
     // Option 0x400000 decides by mode, not by the natural direction.
     EXPECT_TRUE(ZDA_RemoteGroupSynchronizedProvider::isPrimary(bySync, &bySync->gtargets[0]));
-    EXPECT_FALSE(
-        ZDA_RemoteGroupSynchronizedProvider::isPrimary(byPeriodic, &byPeriodic->gtargets[0]));
+    EXPECT_FALSE(ZDA_RemoteGroupSynchronizedProvider::isPrimary(byPeriodic, &byPeriodic->gtargets[0]));
     EXPECT_TRUE(ZDA_RemoteGroupSynchronizedProvider::isPrimary(natural, &natural->gtargets[0]));
     bySync->gtargets[0].rm_options = 0;
     EXPECT_FALSE(ZDA_RemoteGroupSynchronizedProvider::isPrimary(bySync, &bySync->gtargets[0]));
@@ -332,31 +325,26 @@ TEST_F(RemoteModelTest, LookupsOverARemoteCopySnapshot)
     rm_group_wrapper* two = snapshot.group("gTwo");
     rm_group_target* ready = &two->gtargets[0];
     rm_group_target* computed = &two->gtargets[1];
-    rm_group_vv_map* map = ZDA_RemoteStorageSynchronizedProvider::findVVMap(two, computed,
-        snapshot.volume(two, "rv5"));
+    rm_group_vv_map* map = ZDA_RemoteStorageSynchronizedProvider::findVVMap(
+        two, computed, snapshot.volume(two, "rv5"));
     ASSERT_NE(map, nullptr);
     EXPECT_STREQ(map->rm_target, "tComputed");
-    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findVVMap(two, computed,
-        snapshot.volume(two, "rv6")), nullptr);
-    EXPECT_NE(ZDA_RemoteStorageSynchronizedProvider::findVVMap(two, ready,
-        snapshot.volume(two, "rv6")), nullptr);
-
-    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findTarget(nullptr, snapshot.rcopy),
+    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findVVMap(two, computed, snapshot.volume(two, "rv6")),
         nullptr);
-    rm_target* target = ZDA_RemoteStorageSynchronizedProvider::findTarget(computed,
-        snapshot.rcopy);
+    EXPECT_NE(
+        ZDA_RemoteStorageSynchronizedProvider::findVVMap(two, ready, snapshot.volume(two, "rv6")), nullptr);
+
+    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findTarget(nullptr, snapshot.rcopy), nullptr);
+    rm_target* target = ZDA_RemoteStorageSynchronizedProvider::findTarget(computed, snapshot.rcopy);
     ASSERT_NE(target, nullptr);
     EXPECT_STREQ(target->rm_hdr.rm_name, "tComputed");
-    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy,
-        computed)), PEER9_WWN);
+    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy, computed)),
+        PEER9_WWN);
     rm_group_target* unknown = &snapshot.group("gUnknown")->gtargets[0];
-    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy,
-        unknown)), "");
+    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy, unknown)), "");
     std::strcpy(unknown->rm_target, "removed");
-    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findTarget(unknown, snapshot.rcopy),
-        nullptr);
-    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy,
-        unknown)), "");
+    EXPECT_EQ(ZDA_RemoteStorageSynchronizedProvider::findTarget(unknown, snapshot.rcopy), nullptr);
+    EXPECT_EQ(text(ZDA_RemoteStorageSynchronizedProvider::getRemoteSystemWWN(&snapshot.rcopy, unknown)), "");
 }
 
 TEST_F(RemoteModelTest, AnAccessPointResolvesToATargetForAMode)
@@ -369,7 +357,7 @@ TEST_F(RemoteModelTest, AnAccessPointResolvesToATargetForAMode)
         const char* error;
     };
     const std::vector<Row> rows = {
-        {"tReady", 3, "tReady", nullptr},      // suits any mode
+        {"tReady", 3, "tReady", nullptr},  // suits any mode
         {"tSyncOnly", 2, "tSyncOnly", nullptr},
         // Not for this mode: another target to the same system that is.
         {"tSyncOnly", 3, "tAsyncOnly", nullptr},
@@ -379,8 +367,7 @@ TEST_F(RemoteModelTest, AnAccessPointResolvesToATargetForAMode)
             "The target access point tComputed is not currently available with the requested "
             "synchronization"},
         {"tNew", 0, nullptr, "No remote copy target is configured for provided Service Access Point"},
-        {"tUnusable", 0, nullptr,
-            "No remote copy target is configured for provided Service Access Point"},
+        {"tUnusable", 0, nullptr, "No remote copy target is configured for provided Service Access Point"},
         {"", 0, nullptr, "reference is not valid"},
     };
     for (const Row& row : rows)
@@ -388,21 +375,20 @@ TEST_F(RemoteModelTest, AnAccessPointResolvesToATargetForAMode)
         SCOPED_TRACE(std::string(row.name) + " mode " + std::to_string(row.mode));
         String chosen;
         String errStr;
-        const CIMObjectPath sap = ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST,
-            row.name);
-        const bool ok = ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen, sap,
-            row.mode, errStr);
+        const CIMObjectPath sap = ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, row.name);
+        const bool ok = ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+            chosen, sap, row.mode, errStr);
         EXPECT_EQ(ok, row.chosen != nullptr);
         EXPECT_EQ(text(ok ? chosen : errStr), row.chosen ? row.chosen : row.error);
     }
     String chosen;
     String errStr;
-    EXPECT_TRUE(ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen,
-        ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tSyncOnly"), errStr));
+    EXPECT_TRUE(ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+        chosen, ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tSyncOnly"), errStr));
     EXPECT_EQ(text(chosen), "tSyncOnly");
     zdasim_fault_sem_timeouts(1);
-    EXPECT_FALSE(ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen,
-        ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tReady"), errStr));
+    EXPECT_FALSE(ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+        chosen, ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tReady"), errStr));
     EXPECT_EQ(text(errStr), "Problem getting rcopy information");
     expectLedgersClean("resolving access points");
 }
@@ -431,13 +417,16 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
     // Keys that name nothing.
     EXPECT_EQ(cimErrorOf([&] {
         getInstance(instancePath(ZDA_NS, RC_GROUP, {{"InstanceID", "gSync"}}));
-    }), CIM_ERR_NOT_FOUND);
+    }),
+        CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] {
         getInstance(instancePath(ZDA_NS, ENTITY, {{"InstanceID", "KX_ORLA:RG"}}));
-    }), CIM_ERR_NOT_FOUND);
+    }),
+        CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] {
         getInstance(instancePath(ZDA_NS, SAP, {{"Name", "tReady"}}));
-    }), CIM_ERR_INVALID_PARAMETER);
+    }),
+        CIM_ERR_INVALID_PARAMETER);
 }
 
 // The model is read-only and its classes have no methods.
@@ -468,9 +457,9 @@ TEST_F(RemoteModelTest, ChangesAndObjectPathConstructorsAreRefused)
     {
         SCOPED_TRACE(className);
         CIMInstance instance = all(className)[0];
-        EXPECT_EQ(cimErrorOf([&] {
-            server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList());
-        }), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(
+            cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); }),
+            CIM_ERR_NOT_SUPPORTED);
         EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, instance.getPath()); }),
             CIM_ERR_NOT_SUPPORTED);
     }
@@ -494,9 +483,9 @@ TEST_F(RemoteModelTest, PeerSystemsOncePerNodeWWN)
         const std::string result = outcome("GetPeerSystems", in);
         return result + " " + testing::PrintToString(names("Systems"));
     };
-    const std::string all8 = testing::PrintToString(std::vector<std::string>{PEER1_WWN,
-        "2FF70002AC00000C", "2FF70002AC00000D", "2FF70002AC00000E", "2FF70002AC00000F",
-        "2FF70002AC000010", "2FF70002AC000011", "2FF70002AC000013"});
+    const std::string all8 = testing::PrintToString(
+        std::vector<std::string>{PEER1_WWN, "2FF70002AC00000C", "2FF70002AC00000D", "2FF70002AC00000E",
+            "2FF70002AC00000F", "2FF70002AC000010", "2FF70002AC000011", "2FF70002AC000013"});
     EXPECT_EQ(peers(params({param("Options", CIMValue(Uint16(0)))})), "returned 0 " + all8);
     EXPECT_EQ(peers(params({param("Options", CIMValue(Uint16(2)))})),
         "returned 0 { \"" + std::string(PEER1_WWN) + "\" }");
@@ -505,8 +494,7 @@ TEST_F(RemoteModelTest, PeerSystemsOncePerNodeWWN)
     Array<CIMObjectPath> systems;
     outParam(out, "Systems").get(systems);
     EXPECT_EQ(text(systems[0].getHost()), "peer1");
-    EXPECT_EQ(outcome("GetPeerSystems", Array<CIMParamValue>()),
-        "thrown 5: Invalid number of parameters");
+    EXPECT_EQ(outcome("GetPeerSystems", Array<CIMParamValue>()), "thrown 5: Invalid number of parameters");
     zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
     EXPECT_EQ(peers(params({param("Options", CIMValue(Uint16(0)))})), "returned 0 {}");
 }
@@ -514,45 +502,48 @@ TEST_F(RemoteModelTest, PeerSystemsOncePerNodeWWN)
 TEST_F(RemoteModelTest, ServiceAccessPointsOfOnePeerSystem)
 {
     auto accessPoints = [&](const CIMObjectPath& system) {
-        const std::string result = outcome("GetServiceAccessPoints",
-            params({param("System", CIMValue(system))}));
+        const std::string result = outcome(
+            "GetServiceAccessPoints", params({param("System", CIMValue(system))}));
         return result + " " + testing::PrintToString(names("ServiceAccessPoints"));
     };
-    EXPECT_EQ(accessPoints(peer(PEER1_WWN, "peer1")),
-        "returned 0 { \"tReady\", \"tSyncOnly\", \"tAsyncOnly\" }");
+    EXPECT_EQ(
+        accessPoints(peer(PEER1_WWN, "peer1")), "returned 0 { \"tReady\", \"tSyncOnly\", \"tAsyncOnly\" }");
     // Known by its computed WWN only.
     EXPECT_EQ(accessPoints(peer(PEER9_WWN)), "returned 0 { \"tComputed\" }");
     // Not ready; not usable; this array itself.
     EXPECT_EQ(accessPoints(peer("2FF70002AC00000C")), "returned 0 {}");
     EXPECT_EQ(accessPoints(peer("2FF70002AC000013")), "returned 0 {}");
-    EXPECT_EQ(accessPoints(ZDA_StorageSystemProvider::buildObjectPath(HOST, SYSTEM_NAME)),
-        "returned 0 {}");
+    EXPECT_EQ(accessPoints(ZDA_StorageSystemProvider::buildObjectPath(HOST, SYSTEM_NAME)), "returned 0 {}");
     Array<CIMObjectPath> paths;
     accessPoints(peer(PEER9_WWN));
     outParam(out, "ServiceAccessPoints").get(paths);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(paths[0],
-        ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tComputed")));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(
+        paths[0], ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, "tComputed")));
 
     EXPECT_EQ(outcome("GetServiceAccessPoints", params({param("System", CIMValue(volume("rv1")))})),
         "thrown 5: System parameter contains invalid object path");
     EXPECT_EQ(outcome("GetServiceAccessPoints", params({param("Other", CIMValue(Uint16(1)))})),
         "thrown 5: System parameter contains invalid object path");
-    EXPECT_EQ(outcome("GetServiceAccessPoints", Array<CIMParamValue>()),
-        "thrown 5: Invalid number of parameters");
+    EXPECT_EQ(
+        outcome("GetServiceAccessPoints", Array<CIMParamValue>()), "thrown 5: Invalid number of parameters");
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(accessPoints(peer(PEER1_WWN)), "thrown 4: Problem getting rcopy information {}");
-    EXPECT_EQ(outcome("GetServiceAccessPoints", params({param("System",
-        CIMValue(peer(PEER1_WWN)))}), "viewer").substr(0, 9), "thrown 2:");
-    EXPECT_EQ(outcome("GetPeerSystems", params({param("Options", CIMValue(Uint16(0)))}),
-        "viewer").substr(0, 9), "thrown 2:");
+    EXPECT_EQ(
+        outcome("GetServiceAccessPoints", params({param("System", CIMValue(peer(PEER1_WWN)))}), "viewer")
+            .substr(0, 9),
+        "thrown 2:");
+    EXPECT_EQ(
+        outcome("GetPeerSystems", params({param("Options", CIMValue(Uint16(0)))}), "viewer").substr(0, 9),
+        "thrown 2:");
 }
 
 TEST_F(RemoteModelTest, DeleteGroupRemovesARemoteCopyGroup)
 {
     auto deleteGroup = [&](const char* group, Boolean removeElements) {
-        return outcome("DeleteGroup", params({param("ReplicationGroup",
-            CIMValue(ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, group))),
-            param("RemoveElements", CIMValue(removeElements))}));
+        return outcome("DeleteGroup",
+            params({param("ReplicationGroup",
+                        CIMValue(ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, group))),
+                param("RemoveElements", CIMValue(removeElements))}));
     };
     EXPECT_EQ(deleteGroup("gNew", false), "thrown 6: Cannot remove Group because it is not empty");
     EXPECT_EQ(deleteGroup("gEmpty", false), "returned 0");
@@ -564,8 +555,9 @@ TEST_F(RemoteModelTest, DeleteGroupRemovesARemoteCopyGroup)
         << deletions.back();
     EXPECT_FALSE(volume("rv4").getClassName().isNull());
     EXPECT_EQ(deleteGroup("gNew", true), "thrown 5: Cannot find the specified replication group");
-    EXPECT_EQ(keysOf(RC_GROUP, "ElementName"), (std::vector<std::string>{"gSync",
-        "gByModeSync", "gByModePeriodic", "gNoDomain", "gTwo", "gUnknown"}));
+    EXPECT_EQ(keysOf(RC_GROUP, "ElementName"),
+        (std::vector<std::string>{
+            "gSync", "gByModeSync", "gByModePeriodic", "gNoDomain", "gTwo", "gUnknown"}));
 }
 
 }  // namespace

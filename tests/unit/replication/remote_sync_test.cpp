@@ -40,8 +40,10 @@ protected:
     void load(const std::string& description)
     {
         char error[512] = "";
-        ASSERT_EQ(zdasim_load_description_text(description.c_str(), "remote copy state array",
-            error, sizeof error), 0) << error;
+        ASSERT_EQ(
+            zdasim_load_description_text(description.c_str(), "remote copy state array", error, sizeof error),
+            0)
+            << error;
         ZDA_InternalCacheService::destroy();
     }
     void usePolicy(Uint32 flags)
@@ -62,13 +64,12 @@ protected:
     std::map<std::string, CIMInstance> volumePairs()
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> pairs = server().enumerateInstances(admin(), ZDA_NS, VOLUME_SYNC, true,
-            false, false, false, CIMPropertyList());
+        Array<CIMInstance> pairs = server().enumerateInstances(
+            admin(), ZDA_NS, VOLUME_SYNC, true, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < pairs.size(); i++)
         {
             const std::string source = localName(endOf(pairs[i].getPath(), "SystemElement"));
-            out[source.empty() ? localName(endOf(pairs[i].getPath(), "SyncedElement")) : source] =
-                pairs[i];
+            out[source.empty() ? localName(endOf(pairs[i].getPath(), "SyncedElement")) : source] = pairs[i];
         }
         return out;
     }
@@ -76,8 +77,8 @@ protected:
     std::map<std::string, CIMInstance> groupPairs()
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> pairs = server().enumerateInstances(admin(), ZDA_NS, GROUP_SYNC, true,
-            false, false, false, CIMPropertyList());
+        Array<CIMInstance> pairs = server().enumerateInstances(
+            admin(), ZDA_NS, GROUP_SYNC, true, false, false, false, CIMPropertyList());
         for (Uint32 i = 0; i < pairs.size(); i++)
             out[text(get<String>(pairs[i], "RelationshipName"))] = pairs[i];
         return out;
@@ -86,10 +87,7 @@ protected:
     {
         return server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
     }
-    static std::string classOf(const CIMObjectPath& path)
-    {
-        return text(path.getClassName().getString());
-    }
+    static std::string classOf(const CIMObjectPath& path) { return text(path.getClassName().getString()); }
 
     Array<CIMParamValue> out;
 };
@@ -111,8 +109,7 @@ void PrintTo(const CopyStateRow& row, std::ostream* os)
 }
 
 class CopyStateTest : public RemoteSyncTest, public ::testing::WithParamInterface<CopyStateRow>
-{
-};
+{};
 
 TEST_P(CopyStateTest, EachVolumeStatusMapsToItsRow)
 {
@@ -128,28 +125,24 @@ TEST_P(CopyStateTest, EachVolumeStatusMapsToItsRow)
     EXPECT_EQ(get<Uint16>(pair, "ReplicaType"), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, CopyStateTest, ::testing::Values(
-    CopyStateRow{"cv01", "new, group target new", 7, 4, 18},
-    CopyStateRow{"cv02", "remote, group target stopped", 7, 4, 18},
-    CopyStateRow{"cv03", "new-sync, group target failsafe", 7, 4, 18},
-    CopyStateRow{"cv04", "new-no-sync, group target started", 3, 4, 18},
-    CopyStateRow{"cv05", "syncing against nature while recovering", 3, 10, 8},
-    CopyStateRow{"cv06", "remote syncing against nature, recovered", 3, 10, 8},
-    CopyStateRow{"cv07", "syncing", 3, 5, 6},
-    CopyStateRow{"cv08", "synced, option 0x400000", 11, 4, 3},
-    CopyStateRow{"cv09", "synced, started, restoring against nature", 4, 6, 12},
-    CopyStateRow{"cv10", "synced, started", 4, 6, 2},
-    CopyStateRow{"cv11", "synced, stopped, failing over", 10, 12, 11},
-    CopyStateRow{"cv12", "synced, stopped, failed over", 10, 12, 2},
-    CopyStateRow{"cv13", "synced, stopped, target failed", 5, 12, 2},
-    CopyStateRow{"cv14", "synced, stopped", 7, 14, 18},
-    CopyStateRow{"cv15", "unsynchronized", 5, 12, 2},
-    CopyStateRow{"cv16", "checking", 5, 12, 2},
-    CopyStateRow{"cv17", "stale", 13, 12, 2},
-    CopyStateRow{"cv18", "stopped, target failed", 5, 12, 2},
-    CopyStateRow{"cv19", "stopped, target not failed", 7, 14, 18},
-    CopyStateRow{"cv20", "repairing", 15, 0, 15},
-    CopyStateRow{"cv21", "failsafe", 15, 0, 15}));
+INSTANTIATE_TEST_SUITE_P(Table, CopyStateTest,
+    ::testing::Values(CopyStateRow{"cv01", "new, group target new", 7, 4, 18},
+        CopyStateRow{"cv02", "remote, group target stopped", 7, 4, 18},
+        CopyStateRow{"cv03", "new-sync, group target failsafe", 7, 4, 18},
+        CopyStateRow{"cv04", "new-no-sync, group target started", 3, 4, 18},
+        CopyStateRow{"cv05", "syncing against nature while recovering", 3, 10, 8},
+        CopyStateRow{"cv06", "remote syncing against nature, recovered", 3, 10, 8},
+        CopyStateRow{"cv07", "syncing", 3, 5, 6}, CopyStateRow{"cv08", "synced, option 0x400000", 11, 4, 3},
+        CopyStateRow{"cv09", "synced, started, restoring against nature", 4, 6, 12},
+        CopyStateRow{"cv10", "synced, started", 4, 6, 2},
+        CopyStateRow{"cv11", "synced, stopped, failing over", 10, 12, 11},
+        CopyStateRow{"cv12", "synced, stopped, failed over", 10, 12, 2},
+        CopyStateRow{"cv13", "synced, stopped, target failed", 5, 12, 2},
+        CopyStateRow{"cv14", "synced, stopped", 7, 14, 18}, CopyStateRow{"cv15", "unsynchronized", 5, 12, 2},
+        CopyStateRow{"cv16", "checking", 5, 12, 2}, CopyStateRow{"cv17", "stale", 13, 12, 2},
+        CopyStateRow{"cv18", "stopped, target failed", 5, 12, 2},
+        CopyStateRow{"cv19", "stopped, target not failed", 7, 14, 18},
+        CopyStateRow{"cv20", "repairing", 15, 0, 15}, CopyStateRow{"cv21", "failsafe", 15, 0, 15}));
 
 // ---- the rest of a volume pair ---------------------------------------------------------
 
@@ -169,8 +162,8 @@ TEST_F(RemoteSyncTest, ModeBlockPolicyAndProgress)
         {"rv1", "Synchronous Remote Storage Association", 2, false, false},  // started
         {"cv10", "Periodic Remote Storage Association", 3, true, true},
         {"cv17", "Periodic Remote Storage Association", 3, false, false},  // stale, never synced
-        {"cv15", nullptr, 0, false, false},                                 // async
-        {"cv16", nullptr, 0, false, false},                                 // semi-synchronous
+        {"cv15", nullptr, 0, false, false},                                // async
+        {"cv16", nullptr, 0, false, false},                                // semi-synchronous
     };
     for (const Case& c : cases)
     {
@@ -192,12 +185,11 @@ TEST_F(RemoteSyncTest, ModeBlockPolicyAndProgress)
         EXPECT_EQ(!valueOf(pair, "WhenSynchronized").isNull(), c.whenSynchronized);
         if (c.mode == 3)
         {
-            EXPECT_EQ(get<CIMDateTime>(pair, "SyncInterval"),
-                CIMDateTime(Uint64(300) * 1000000, true));
+            EXPECT_EQ(get<CIMDateTime>(pair, "SyncInterval"), CIMDateTime(Uint64(300) * 1000000, true));
         }
     }
-    EXPECT_EQ(get<CIMDateTime>(pairs["cv10"], "WhenSynced"),
-        get<CIMDateTime>(pairs["cv10"], "WhenSynchronized"));
+    EXPECT_EQ(
+        get<CIMDateTime>(pairs["cv10"], "WhenSynced"), get<CIMDateTime>(pairs["cv10"], "WhenSynchronized"));
     EXPECT_EQ(get<Uint16>(pairs["cv10"], "PercentSynced"), 100);
 
     // The policy bits of the group target with 2 always on.
@@ -219,8 +211,8 @@ TEST_F(RemoteSyncTest, RemoteCopyOffOrInvalidIsNotMaintained)
 {
     const std::string base = zda_test::remoteCopyStateTestArray();
     const std::string on = R"("mode": "on")";
-    for (const std::string& system : {std::string(R"("mode": "none")"),
-             std::string(R"("mode": 51)"), std::string(R"("mode": "on", "status": 16)")})
+    for (const std::string& system : {std::string(R"("mode": "none")"), std::string(R"("mode": 51)"),
+             std::string(R"("mode": "on", "status": 16)")})
     {
         SCOPED_TRACE(system);
         std::string description = base;
@@ -242,9 +234,9 @@ TEST_F(RemoteSyncTest, DirectionAndFarEndUnderEitherPolicy)
     };
     const Case cases[] = {
         {0, "cv10", true, ENTITY, 3},
-        {0, "cv12", false, ENTITY, 2},       // by nature the far side is the source
-        {0, "rv2", true, ENTITY, 3},         // option 0x400000 with a synchronous target
-        {0, "rv7", true, ENTITY, 3},         // far WWN unknown: named by target and name
+        {0, "cv12", false, ENTITY, 2},  // by nature the far side is the source
+        {0, "rv2", true, ENTITY, 3},    // option 0x400000 with a synchronous target
+        {0, "rv7", true, ENTITY, 3},    // far WWN unknown: named by target and name
         {API_POLICY_NO_REPLICATION_ENTITY, "cv10", true, VOLUME, 3},
         {API_POLICY_NO_REPLICATION_ENTITY, "cv12", false, VOLUME, 2},
         {API_POLICY_NO_REPLICATION_ENTITY, "rv7", true, ENTITY, 3},
@@ -262,8 +254,7 @@ TEST_F(RemoteSyncTest, DirectionAndFarEndUnderEitherPolicy)
     }
     usePolicy(0);
     const CIMObjectPath unknown = endOf(volumePairs()["rv7"].getPath(), "SyncedElement");
-    EXPECT_EQ(text(ZDA_Common::getStringProperty(unknown, "InstanceID")),
-        "KX_ORLA:VV:rv7:tUnknown");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(unknown, "InstanceID")), "KX_ORLA:VV:rv7:tUnknown");
 }
 
 TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
@@ -278,20 +269,18 @@ TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
     const CIMObjectPath pair = volumePairs()["cv10"].getPath();
     const CIMObjectPath local = volume("cv10");
     const CIMObjectPath far = endOf(pair, "SyncedElement");
-    Array<CIMObjectPath> fromLocal =
-        server().associatorNames(admin(), ZDA_NS, local, VOLUME_SYNC, CIMName(), "", "");
+    Array<CIMObjectPath> fromLocal = server().associatorNames(
+        admin(), ZDA_NS, local, VOLUME_SYNC, CIMName(), "", "");
     ASSERT_EQ(fromLocal.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(fromLocal[0], far));
-    Array<CIMObjectPath> back =
-        server().associatorNames(admin(), ZDA_NS, far, VOLUME_SYNC, CIMName(), "", "");
+    Array<CIMObjectPath> back = server().associatorNames(
+        admin(), ZDA_NS, far, VOLUME_SYNC, CIMName(), "", "");
     ASSERT_EQ(back.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], local));
-    Array<CIMObjectPath> refs =
-        server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SystemElement");
+    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SystemElement");
     ASSERT_EQ(refs.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(refs[0], pair));
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SyncedElement").size(),
-        0u);
+    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SyncedElement").size(), 0u);
 
     // Three keys are refused; a pair that is not there is not found.
     CIMObjectPath threeKeys = pair;
@@ -320,8 +309,7 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
     };
     const Case cases[] = {
         // Refused by the walk: an empty answer that completes.
-        {"role equal to result role", nullptr, "SystemElement", "systemelement",
-            "processing complete"},
+        {"role equal to result role", nullptr, "SystemElement", "systemelement", "processing complete"},
         // Refused before the walk: nothing at all.
         {"unknown role", nullptr, "Owner", "", ""},
         {"the way back from a volume", "CIM_StorageVolume", "", "", ""},
@@ -331,7 +319,8 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
     {
         SCOPED_TRACE(c.what);
         zda_test::RecordingResponseHandler handler;
-        directCall<ZDA_RemoteStorageSynchronizedProvider>(handler,
+        directCall<ZDA_RemoteStorageSynchronizedProvider>(
+            handler,
             [&](ZDA_RemoteStorageSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
                 p.associatorNames(admin(), local, VOLUME_SYNC,
                     c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
@@ -354,9 +343,9 @@ TEST_F(RemoteSyncTest, GroupPairsFoldTheirVolumes)
         Uint16 percentSynced;
     };
     const Case cases[] = {
-        {"gNew->gNew.r", 11, 19, 0},          // never started, with volumes
-        {"gEmpty->gEmpty.r", 2, 5, 0},        // never started, without
-        {"csMixed->csMixed.r", 14, 14, 50},   // one synced, one new
+        {"gNew->gNew.r", 11, 19, 0},         // never started, with volumes
+        {"gEmpty->gEmpty.r", 2, 5, 0},       // never started, without
+        {"csMixed->csMixed.r", 14, 14, 50},  // one synced, one new
         {"csStoppedSplit->csStoppedSplit.r", 7, 18, 0},
         {"gSync->gSync.r", 4, 2, 100},
         // Started without volumes; the local side is no source by mode.
@@ -394,8 +383,7 @@ TEST_F(RemoteSyncTest, SnapshotSetsOfAGroup)
     EXPECT_EQ(get<Uint16>(pairs["gTwo->gTwo_part"], "CopyState"), 13);
     EXPECT_EQ(get<Uint16>(pairs["gTwo->gTwo_part"], "ProgressStatus"), 15);
     EXPECT_EQ(get<Uint16>(pairs["gTwo->gTwo_part"], "SyncType"), 7);
-    EXPECT_EQ(classOf(endOf(pairs["gTwo->gTwo_part"].getPath(), "SyncedElement")),
-        "ZDA_ReplicationGroup");
+    EXPECT_EQ(classOf(endOf(pairs["gTwo->gTwo_part"].getPath(), "SyncedElement")), "ZDA_ReplicationGroup");
 
     // Nine snapshot names join past 255 characters: two volume queries for
     // the pair, and every member found.
@@ -412,30 +400,30 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
     const CIMObjectPath gTwo = ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, "gTwo");
     auto related = [&](const CIMObjectPath& from, const char* resultClass) {
         std::vector<std::string> out;
-        Array<CIMObjectPath> found = server().associatorNames(admin(), ZDA_NS, from, GROUP_SYNC,
-            resultClass ? CIMName(resultClass) : CIMName(), "", "");
+        Array<CIMObjectPath> found = server().associatorNames(
+            admin(), ZDA_NS, from, GROUP_SYNC, resultClass ? CIMName(resultClass) : CIMName(), "", "");
         for (Uint32 i = 0; i < found.size(); i++)
             out.push_back(text(ZDA_Common::getStringProperty(found[i], "InstanceID")));
         return out;
     };
-    EXPECT_EQ(related(gTwo, nullptr), (std::vector<std::string>{"KX_ORLA:RG:gTwo.r:peer1",
-        "KX_ORLA:RG:gTwo.r:peer9", "KX_ORLA:gTwo_part"}));
+    EXPECT_EQ(related(gTwo, nullptr),
+        (std::vector<std::string>{
+            "KX_ORLA:RG:gTwo.r:peer1", "KX_ORLA:RG:gTwo.r:peer9", "KX_ORLA:gTwo_part"}));
     // A result class only far groups have leaves the snapshot sets out.
     EXPECT_EQ(related(gTwo, "CIM_ManagedSystemElement"),
         (std::vector<std::string>{"KX_ORLA:RG:gTwo.r:peer1", "KX_ORLA:RG:gTwo.r:peer9"}));
     EXPECT_EQ(related(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "gTwo_part"), nullptr),
         std::vector<std::string>{"KX_ORLA:gTwo"});
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "").size(), 3u);
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "SyncedElement").size(),
-        0u);
+    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "SyncedElement").size(), 0u);
 
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP_SYNC);
     for (Uint32 i = 0; i < paths.size(); i++)
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]))
             << text(paths[i].toString());
     // The paths of one group's mirror pairs, as the group replica method takes them.
-    Array<CIMObjectPath> mirrors =
-        ZDA_RemoteGroupSynchronizedProvider::createObjectPaths("gTwo", HOST, false);
+    Array<CIMObjectPath> mirrors = ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(
+        "gTwo", HOST, false);
     ASSERT_EQ(mirrors.size(), 2u);
     for (Uint32 m = 0; m < mirrors.size(); m++)
     {
@@ -464,7 +452,8 @@ TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
                 zdasim_fault_add(c.function, 1, API_E_INVALID, "broken");
         };
         zda_test::SemaphoreCheckingHandler volumes;
-        directCall<ZDA_RemoteStorageSynchronizedProvider>(volumes,
+        directCall<ZDA_RemoteStorageSynchronizedProvider>(
+            volumes,
             [&](ZDA_RemoteStorageSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
                 fault();
                 p.enumerateInstanceNames(admin(), CIMObjectPath(VOLUME_SYNC), h);
@@ -473,7 +462,8 @@ TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
         EXPECT_EQ(volumes.sequence(), "processing complete");
         // The group walk has begun its answer: it ends without complete.
         zda_test::SemaphoreCheckingHandler groups;
-        directCall<ZDA_RemoteGroupSynchronizedProvider>(groups,
+        directCall<ZDA_RemoteGroupSynchronizedProvider>(
+            groups,
             [&](ZDA_RemoteGroupSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
                 fault();
                 p.enumerateInstanceNames(admin(), CIMObjectPath(GROUP_SYNC), h);
@@ -489,10 +479,10 @@ TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
 
     // Without faults neither walk delivers under the semaphore.
     zda_test::SemaphoreCheckingHandler handler;
-    directCall<ZDA_RemoteGroupSynchronizedProvider>(handler,
+    directCall<ZDA_RemoteGroupSynchronizedProvider>(
+        handler,
         [&](ZDA_RemoteGroupSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
-            p.enumerateInstances(admin(), CIMObjectPath(GROUP_SYNC), false, false,
-                CIMPropertyList(), h);
+            p.enumerateInstances(admin(), CIMObjectPath(GROUP_SYNC), false, false, CIMPropertyList(), h);
         },
         "a group pair enumeration");
     EXPECT_GT(handler.deliveries(), 0);
@@ -506,8 +496,7 @@ TEST_F(RemoteSyncTest, RelationshipsFilteredByTheirParameters)
 {
     const size_t volumes = server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME_SYNC).size();
     const size_t groups = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP_SYNC).size();
-    const size_t local =
-        server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized").size();
+    const size_t local = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized").size();
     // Paths in the output, or the refusal.
     auto listed = [&](const char* method, const Array<CIMParamValue>& in) -> std::string {
         try
@@ -537,21 +526,18 @@ TEST_F(RemoteSyncTest, RelationshipsFilteredByTheirParameters)
     auto with = [](const char* name, Uint16 value) { return param(name, CIMValue(value)); };
     const std::string n = " with ";
     const char* GET = "GetReplicationRelationships";
-    EXPECT_EQ(listed(GET, params({})),
-        "returned 0" + n + std::to_string(volumes + groups + local));
+    EXPECT_EQ(listed(GET, params({})), "returned 0" + n + std::to_string(volumes + groups + local));
     EXPECT_EQ(listed(GET, params({with("Type", 3)})), "returned 0" + n + std::to_string(groups));
-    EXPECT_EQ(listed(GET, params({with("Type", 2)})),
-        "returned 0" + n + std::to_string(volumes + local));
-    EXPECT_EQ(listed(GET, params({with("Locality", 3)})),
-        "returned 0" + n + std::to_string(volumes + groups));
+    EXPECT_EQ(listed(GET, params({with("Type", 2)})), "returned 0" + n + std::to_string(volumes + local));
+    EXPECT_EQ(
+        listed(GET, params({with("Locality", 3)})), "returned 0" + n + std::to_string(volumes + groups));
     EXPECT_EQ(listed(GET, params({with("Locality", 2)})), "returned 0" + n + std::to_string(local));
     EXPECT_EQ(listed(GET, params({with("Type", 3), with("Locality", 2)})), "returned 0 with 0");
     EXPECT_EQ(listed(GET, params({with("Type", 4)})), "returned 0 with 0");
     EXPECT_EQ(listed(GET, params({with("Locality", 1), with("CopyState", 1)})), "returned 0 with 0");
     EXPECT_EQ(listed(GET, params({with("CopyState", 1)})), "thrown 5: Invalid copyState");
     EXPECT_EQ(listed(GET, params({with("CopyState", 16)})), "thrown 5: Invalid copyState");
-    EXPECT_EQ(listed(GET, params({with("CopyState", 15), param("Type", CIMValue())})),
-        "returned 0 with 4");
+    EXPECT_EQ(listed(GET, params({with("CopyState", 15), param("Type", CIMValue())})), "returned 0 with 4");
 
     // The instances method gives the instances, each meeting the filters.
     const Array<CIMParamValue> in = params({with("Locality", 3), with("CopyState", 15)});

@@ -57,21 +57,20 @@ CIMValue names(std::initializer_list<const char*> list)
 class SnapshotWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
-    api_Status_t groupSnapshot(const CIMObjectPath& set, String& relationshipName,
-        Array<CIMObjectPath>& targets)
+    api_Status_t groupSnapshot(
+        const CIMObjectPath& set, String& relationshipName, Array<CIMObjectPath>& targets)
     {
         return groupSnapshot(set, relationshipName, targets, syncs, made);
     }
     api_Status_t groupSnapshot(const CIMObjectPath& set, String& relationshipName,
-        Array<CIMObjectPath>& targets, Array<CIMObjectPath>& synchronizations,
-        CIMObjectPath& groupPath)
+        Array<CIMObjectPath>& targets, Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupPath)
     {
         api_evtparam_t event{};
         CIMObjectPath setRef = set;
         CIMObjectPath pool;
         CIMInstance goal;
-        return _createGroupVirtualCopy(&event, OperationContext(), setRef, relationshipName, pool,
-            goal, targets, synchronizations, groupPath);
+        return _createGroupVirtualCopy(&event, OperationContext(), setRef, relationshipName, pool, goal,
+            targets, synchronizations, groupPath);
     }
     Array<CIMObjectPath> syncs;
     CIMObjectPath made;
@@ -85,9 +84,8 @@ protected:
     std::string sequenceDirect(const char* method, const Array<CIMParamValue>& in)
     {
         zda_test::RecordingResponseHandler handler;
-        const int thrown = cimErrorOf([&] {
-            directService().invokeMethod(admin(), service, method, in, handler);
-        });
+        const int thrown = cimErrorOf(
+            [&] { directService().invokeMethod(admin(), service, method, in, handler); });
         expectLedgersClean(method);
         return handler.sequence() + " | " + std::to_string(thrown);
     }
@@ -116,8 +114,8 @@ protected:
     // The synchronization of `copy` as the server lists it.
     CIMObjectPath syncOf(const char* copy)
     {
-        Array<CIMObjectPath> found = server().referenceNames(admin(), ZDA_NS, volume(copy),
-            "ZDA_StorageSynchronized", "SyncedElement");
+        Array<CIMObjectPath> found = server().referenceNames(
+            admin(), ZDA_NS, volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
         EXPECT_EQ(found.size(), 1u) << copy;
         return found.size() ? found[0] : CIMObjectPath();
     }
@@ -131,7 +129,6 @@ protected:
             setting.addProperty(CIMProperty(p.first, p.second));
         return CIMValue(server().createInstance(admin(), ZDA_NS, setting));
     }
-
 };
 
 TEST_F(ReplicaMethodsTest, CreateElementReplicaRefusesBeforeItStarts)
@@ -145,32 +142,32 @@ TEST_F(ReplicaMethodsTest, CreateElementReplicaRefusesBeforeItStarts)
     const std::pair<Array<CIMParamValue>, std::string> cases[] = {
         {params({}), "thrown 5: Invalid number of parameters"},
         {params({{"SyncType", CIMValue()}, {"Mode", CIMValue()}}),
-         "thrown 5: SyncType/Mode combination not supported"},
+            "thrown 5: SyncType/Mode combination not supported"},
         // A mirror has a right only when Mode is given: then it has none.
         {params({{"SyncType", u16(6)}}), "thrown 5: Only SyncType Snapshot and Clone is supported"},
         {params({{"SyncType", u16(6)}, {"Mode", u16(2)}}), "thrown 7: Does not support!"},
         {params({{"SyncType", snapshot}, {"Mode", u16(4)}}),
-         "thrown 5: Only Mode Sync or Async are supported"},
+            "thrown 5: Only Mode Sync or Async are supported"},
         {params({{"SyncType", clone}, {"SourceElement", setRef}}),
-         "thrown 5: SourceElement contains invalid object path"},
+            "thrown 5: SourceElement contains invalid object path"},
         {params({{"SyncType", clone}, {"TargetElement", setRef}, {"SourceElement", setRef}}),
-         "thrown 5: TargetElement contains invalid object path"},
+            "thrown 5: TargetElement contains invalid object path"},
         {params({{"SyncType", clone}, {"TargetPool", foreignPool}}),
-         "thrown 5: TargetPool contains invalid object path"},
+            "thrown 5: TargetPool contains invalid object path"},
         {params({{"SyncType", clone}, {"TargetSettingGoal", source}}),
-         "thrown 5: TargetSettingGoal contains invalid object path"},
+            "thrown 5: TargetSettingGoal contains invalid object path"},
         {params({{"SyncType", clone}, {"TargetSettingGoal", noSetting}}),
-         "thrown 5: TargetSettingGoal not found"},
+            "thrown 5: TargetSettingGoal not found"},
         {params({{"SyncType", clone}, {"WaitForCopyState", u16(5)}}),
-         "thrown 5: Only waitForCopyState Inactive, Unsync and Sync is supported"},
+            "thrown 5: Only waitForCopyState Inactive, Unsync and Sync is supported"},
         {params({{"SyncType", snapshot}, {"SourceElement", source}, {"WaitForCopyState", u16(8)}}),
-         "thrown 5: Only waitForCopyState sync is supported for virtual copy"},
+            "thrown 5: Only waitForCopyState sync is supported for virtual copy"},
         {params({{"SyncType", clone}, {"SourceElement", source}, {"WaitForCopyState", u16(3)}}),
-         "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
+            "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
         {params({{"SyncType", clone}, {"Mode", u16(2)}, {"WaitForCopyState", u16(8)}}),
-         "thrown 5: Invalid Mode and WaitForCopyState combination"},
+            "thrown 5: Invalid Mode and WaitForCopyState combination"},
         {params({{"SyncType", clone}, {"Mode", u16(3)}, {"WaitForCopyState", u16(4)}}),
-         "thrown 5: Invalid Mode and WaitForCopyState combination"},
+            "thrown 5: Invalid Mode and WaitForCopyState combination"},
     };
     const size_t volumesBefore = volumeCount();
     for (const auto& c : cases)
@@ -179,8 +176,8 @@ TEST_F(ReplicaMethodsTest, CreateElementReplicaRefusesBeforeItStarts)
         EXPECT_EQ(out.size(), 0u) << c.second;
     }
     EXPECT_EQ(volumeCount(), volumesBefore);
-    EXPECT_EQ(zdasim_journal_count_of("api_createPhysicalCopy") +
-            zdasim_journal_count_of("api_createGroupSV"), 0u);
+    EXPECT_EQ(
+        zdasim_journal_count_of("api_createPhysicalCopy") + zdasim_journal_count_of("api_createGroupSV"), 0u);
     // A refusal of one volume is thrown before the call is marked as processing.
     EXPECT_EQ(sequenceDirect("CreateElementReplica", params({{"SyncType", u16(6)}})), " | 5");
     EXPECT_EQ(sequenceDirect("CreateElementReplica",
@@ -188,12 +185,10 @@ TEST_F(ReplicaMethodsTest, CreateElementReplicaRefusesBeforeItStarts)
         " | 5");
 
     // The array's refusals: 68 is in use (6), anything else failed (4).
-    for (const auto& failure : {std::make_pair(68, "thrown 6: busy"),
-             std::make_pair(22, "thrown 4: busy")})
+    for (const auto& failure : {std::make_pair(68, "thrown 6: busy"), std::make_pair(22, "thrown 4: busy")})
     {
         zdasim_fault_add("api_createPhysicalCopy", 1, failure.first, "busy");
-        EXPECT_EQ(outcome("CreateElementReplica",
-                      params({{"SyncType", clone}, {"SourceElement", source}})),
+        EXPECT_EQ(outcome("CreateElementReplica", params({{"SyncType", clone}, {"SourceElement", source}})),
             failure.second);
     }
     EXPECT_EQ(volumeCount(), volumesBefore);
@@ -203,9 +198,13 @@ TEST_F(ReplicaMethodsTest, ACloneIsAJobThatFollowsTheArrayClock)
 {
     // Without Mode and WaitForCopyState the clone is kept synchronized; Mode
     // 3 alone or WaitForCopyState 8 alone leave it inactive.
-    struct Case { std::initializer_list<std::pair<const char*, CIMValue>> extra; bool inactive; };
-    const Case defaults[] = {{{}, false}, {{{"Mode", u16(3)}}, true},
-        {{{"WaitForCopyState", u16(8)}}, true}, {{{"Mode", u16(2)}}, false}};
+    struct Case
+    {
+        std::initializer_list<std::pair<const char*, CIMValue>> extra;
+        bool inactive;
+    };
+    const Case defaults[] = {{{}, false}, {{{"Mode", u16(3)}}, true}, {{{"WaitForCopyState", u16(8)}}, true},
+        {{{"Mode", u16(2)}}, false}};
     int n = 0;
     for (const Case& c : defaults)
     {
@@ -214,7 +213,9 @@ TEST_F(ReplicaMethodsTest, ACloneIsAJobThatFollowsTheArrayClock)
         for (const auto& p : c.extra)
             in.append(CIMParamValue(p.first, p.second));
         ASSERT_EQ(outcome("CreateElementReplica", in), "returned 4096");
-        EXPECT_EQ((std::stoul(lastJournalArgument("api_createPhysicalCopy", "flags")) & API_PCOPY_INACTIVE) != 0, c.inactive);
+        EXPECT_EQ(
+            (std::stoul(lastJournalArgument("api_createPhysicalCopy", "flags")) & API_PCOPY_INACTIVE) != 0,
+            c.inactive);
     }
     EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservice.createelementreplica.createvvcopy");
 
@@ -223,8 +224,8 @@ TEST_F(ReplicaMethodsTest, ACloneIsAJobThatFollowsTheArrayClock)
     EXPECT_EQ(text(out[0].getParameterName()), "Job");
     EXPECT_EQ(text(out[1].getParameterName()), "Synchronization");
     EXPECT_EQ(nameOf(outPath("TargetElement")), "vol3.c3");
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(outPath("Synchronization"), "SyncedElement"),
-        outPath("TargetElement")));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(
+        endOf(outPath("Synchronization"), "SyncedElement"), outPath("TargetElement")));
 
     const CIMObjectPath job = outPath("Job");
     Uint16 percent = get<Uint16>(getInstance(job), "PercentComplete");
@@ -245,16 +246,17 @@ TEST_F(ReplicaMethodsTest, ACloneIsAJobThatFollowsTheArrayClock)
 TEST_F(ReplicaMethodsTest, ASnapshotOfOneVolumeNeedsNoJob)
 {
     // Mode is not looked at for a snapshot.
-    ASSERT_EQ(outcome("CreateElementReplica", params({{"SyncType", u16(7)}, {"Mode", u16(3)},
-        {"SourceElement", CIMValue(volume("vol1"))}, {"ElementName", CIMValue(String("vol1.s1"))}})),
+    ASSERT_EQ(outcome("CreateElementReplica",
+                  params({{"SyncType", u16(7)}, {"Mode", u16(3)}, {"SourceElement", CIMValue(volume("vol1"))},
+                      {"ElementName", CIMValue(String("vol1.s1"))}})),
         "returned 0");
     EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservice.createelementreplica.createsv");
     // The copy services' target, then the synchronization and the target again.
     ASSERT_EQ(out.size(), 3u);
     EXPECT_EQ(text(out[1].getParameterName()), "Synchronization");
     EXPECT_EQ(nameOf(outPath("TargetElement")), "vol1.s1");
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(outPath("Synchronization"), "SystemElement"),
-        volume("vol1")));
+    EXPECT_TRUE(
+        ZDA_Common::matchObjectPath(endOf(outPath("Synchronization"), "SystemElement"), volume("vol1")));
     CIMObjectPath again;
     out[2].getValue().get(again);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(again, volume("vol1.s1")));
@@ -264,9 +266,11 @@ TEST_F(ReplicaMethodsTest, AListOfSnapshotsIsTakenAtOneInstant)
 {
     // The second and third names are searched for: vol2.rw is free, and
     // vol1.rw is taken so the third copy of vol1 is vol1.rw0.
-    ASSERT_EQ(outcome("CreateListReplica", params({{"SyncType", u16(7)},
-        {"SourceElements", refs({volume("vol1"), volume("vol2"), volume("vol1")})},
-        {"TargetNames", names({"vol1.first"})}})), "returned 0");
+    ASSERT_EQ(outcome("CreateListReplica",
+                  params({{"SyncType", u16(7)},
+                      {"SourceElements", refs({volume("vol1"), volume("vol2"), volume("vol1")})},
+                      {"TargetNames", names({"vol1.first"})}})),
+        "returned 0");
     EXPECT_EQ(zdasim_journal_count_of("api_createGroupSV"), 1u);
     const Array<CIMObjectPath> targets = outPaths("TargetElements");
     ASSERT_EQ(targets.size(), 3u);
@@ -279,21 +283,21 @@ TEST_F(ReplicaMethodsTest, AListOfSnapshotsIsTakenAtOneInstant)
     const CIMValue setRef(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "set1"));
     const std::pair<Array<CIMParamValue>, std::string> refusals[] = {
         {params({{"SyncType", u16(7)}, {"SourceElements", refs({volume("vol1"), CIMObjectPath()})}}),
-         "thrown 5: SourceElements contains an invalid object path at index position 1"},
+            "thrown 5: SourceElements contains an invalid object path at index position 1"},
         {params({{"SyncType", u16(8)}, {"TargetElements", refs({volume("vol4"), volume("vol5")})},
              {"SourceElements", refs({volume("vol3")})}}),
-         "thrown 5: If specified, the number of elements in TargetElements must match the number "
-         "in SourceElements."},
+            "thrown 5: If specified, the number of elements in TargetElements must match the number "
+            "in SourceElements."},
         {params({{"SyncType", u16(8)}, {"TargetElements", refs({volume("vol4")})},
              {"ElementNames", names({"x"})}}),
-         "thrown 5: Cannot specify both ElementNames and TargetElements."},
+            "thrown 5: Cannot specify both ElementNames and TargetElements."},
         {params({{"SyncType", u16(7)}, {"TargetElements", refs({volume("vol4")})}}),
-         "thrown 5: TargetElements is not supported for virtual copy"},
+            "thrown 5: TargetElements is not supported for virtual copy"},
         {params({{"SyncType", u16(7)}}), "thrown 4: source or target names have to be specified"},
         {params({{"SyncType", u16(7)}, {"SourceElements", refs({volume("vol1")})},
              {"ElementNames", names({"a_name_of_thirty_two_characters_"})}}),
-         "thrown 4: Target volume name a_name_of_thirty_two_characters_ too long, has to be no "
-         "more than 31 characters"},
+            "thrown 4: Target volume name a_name_of_thirty_two_characters_ too long, has to be no "
+            "more than 31 characters"},
     };
     for (const auto& r : refusals)
         EXPECT_EQ(outcome("CreateListReplica", r.first), r.second);
@@ -303,8 +307,8 @@ TEST_F(ReplicaMethodsTest, AListOfSnapshotsIsTakenAtOneInstant)
 
     // All or nothing: vol3 cannot get snapshot space, and no copy is made.
     zdasim_fault_add("api_setSnapCPG", 1, 22, "no space");
-    EXPECT_EQ(outcome("CreateListReplica", params({{"SyncType", u16(7)},
-                  {"SourceElements", refs({volume("vol1"), volume("vol3")})}})),
+    EXPECT_EQ(outcome("CreateListReplica",
+                  params({{"SyncType", u16(7)}, {"SourceElements", refs({volume("vol1"), volume("vol3")})}})),
         "thrown 4: The was a problem assigning Snap space to source volumes.");
     EXPECT_EQ(volumeCount(), volumesBefore);
 }
@@ -313,15 +317,16 @@ TEST_F(ReplicaMethodsTest, ListClonesReportTheirJobsByMethod)
 {
     const std::pair<const char*, const char*> forms[] = {
         {"CreateListReplica", "zda_replicationservice.createelementreplica.createvvcopy"},
-        {"ZDA_CreateConsistentReplicaList",
-         "zda_replicationservice.creategroupreplica.creategroupvvcopy"}};
+        {"ZDA_CreateConsistentReplicaList", "zda_replicationservice.creategroupreplica.creategroupvvcopy"}};
     for (const auto& form : forms)
     {
         // Three sources, two names: the third copy's name is left to the array.
-        ASSERT_EQ(outcome(form.first, params({{"SyncType", u16(8)},
-            {"SourceElements", refs({volume("vol3"), volume("vol4"), volume("vol5")})},
-            {"ElementNames", names({standardForm(form.first) ? "list_a" : "consistent_a",
-                                    standardForm(form.first) ? "list_b" : "consistent_b"})}})),
+        ASSERT_EQ(outcome(form.first,
+                      params({{"SyncType", u16(8)},
+                          {"SourceElements", refs({volume("vol3"), volume("vol4"), volume("vol5")})},
+                          {"ElementNames",
+                              names({standardForm(form.first) ? "list_a" : "consistent_a",
+                                  standardForm(form.first) ? "list_b" : "consistent_b"})}})),
             "returned 4096");
         EXPECT_EQ(lastAuthorizationKey(), form.second);
         const bool standard = standardForm(form.first);
@@ -338,8 +343,10 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
     // gives a generated one of 25 (20 of the set's name, a point, a tail).
     Array<CIMObjectPath> targets;
     String name = "a_relationship_name_24ch";
-    EXPECT_EQ(directService().groupSnapshot(ZDA_ReplicationGroupProvider::buildObjectPath(HOST,
-        "set1"), name, targets).code, 0);
+    EXPECT_EQ(directService()
+                  .groupSnapshot(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "set1"), name, targets)
+                  .code,
+        0);
     ASSERT_EQ(targets.size(), 2u);
     EXPECT_EQ(nameOf(targets[0]), "a_relationship_name_24ch_1");
     name = String("a_relationship_name_25chr");
@@ -351,8 +358,10 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
         "The size of the RelationshipName must be less than 25");
     name.clear();
     targets.clear();
-    EXPECT_EQ(directService().groupSnapshot(ZDA_ReplicationGroupProvider::buildObjectPath(HOST,
-        "set1"), name, targets).code, 0);
+    EXPECT_EQ(directService()
+                  .groupSnapshot(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "set1"), name, targets)
+                  .code,
+        0);
     EXPECT_EQ(name.size(), 25u);
     EXPECT_EQ(text(name).substr(0, 5), "set1.");
     expectLedgersClean("group snapshot");
@@ -360,7 +369,12 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
     // Expiration and retention as points in time, at their bounds. The
     // clock is read before and after: a call that straddles a second is
     // made again.
-    struct Limit { long expiration; long retention; const char* expected; };
+    struct Limit
+    {
+        long expiration;
+        long retention;
+        const char* expected;
+    };
     const Limit limits[] = {
         {3600, 0, "returned 0"},
         {3599, 0, "thrown 4: expiration must be at least 1hr longer"},
@@ -379,9 +393,7 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
             const time_t before = time(nullptr);
             const std::string setting = "limit" + std::to_string(n++);
             std::vector<std::pair<const char*, CIMValue>> props;
-            auto point = [&](long seconds) {
-                return CIMValue(ZDA_Common::getCIMDateTime(before + seconds));
-            };
+            auto point = [&](long seconds) { return CIMValue(ZDA_Common::getCIMDateTime(before + seconds)); };
             CIMInstance goalInstance("ZDA_StorageSetting");
             goalInstance.addProperty(CIMProperty("ElementName", CIMValue(String(setting.c_str()))));
             if (l.expiration)
@@ -389,10 +401,10 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
             if (l.retention)
                 goalInstance.addProperty(CIMProperty("RetentionTime", point(l.retention)));
             const CIMObjectPath goalPath = server().createInstance(admin(), ZDA_NS, goalInstance);
-            result = outcome("CreateListReplica", params({{"SyncType", u16(7)},
-                {"SourceElements", refs({volume("vol1")})},
-                {"ElementNames", names({("vol1.l" + std::to_string(n)).c_str()})},
-                {"TargetSettingGoal", CIMValue(goalPath)}}));
+            result = outcome("CreateListReplica",
+                params({{"SyncType", u16(7)}, {"SourceElements", refs({volume("vol1")})},
+                    {"ElementNames", names({("vol1.l" + std::to_string(n)).c_str()})},
+                    {"TargetSettingGoal", CIMValue(goalPath)}}));
             if (time(nullptr) == before)
                 break;
         }
@@ -404,8 +416,9 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
 {
     zdasim_reset_demo_array();
     auto rcopyGroup = [](const char* name) {
-        return CIMObjectPath(String(("root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" +
-            std::string(name) + "\"").c_str()));
+        return CIMObjectPath(
+            String(("root/zda:ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:" + std::string(name) + "\"")
+                       .c_str()));
     };
     Array<CIMObjectPath> targets;
     Array<CIMObjectPath> syncs;
@@ -413,14 +426,15 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
     // Held here as secondary: the copies of the group's volumes form a new
     // set tied to the group, with one group synchronization.
     String name = "dr_snap";
-    ASSERT_EQ(directService().groupSnapshot(rcopyGroup("rcg_dr_secondary"), name, targets, syncs,
-        groupPath).code, 0);
+    ASSERT_EQ(
+        directService().groupSnapshot(rcopyGroup("rcg_dr_secondary"), name, targets, syncs, groupPath).code,
+        0);
     ASSERT_EQ(targets.size(), 2u);
     EXPECT_EQ(nameOf(targets[0]), "dr_snap_1");
     ASSERT_EQ(syncs.size(), 1u);
     EXPECT_EQ(text(syncs[0].getClassName().getString()), "ZDA_RemoteGroupSynchronized");
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(groupPath,
-        ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "dr_snap")));
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(
+        groupPath, ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "dr_snap")));
     {
         ZDA_AssociationFrame::VVSetList made;
         ASSERT_EQ(made.read("dr_snap").code, 0);
@@ -436,8 +450,8 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
     };
     for (const auto& r : refused)
     {
-        const api_Status_t status = directService().groupSnapshot(rcopyGroup(r.first), name,
-            targets, syncs, groupPath);
+        const api_Status_t status = directService().groupSnapshot(
+            rcopyGroup(r.first), name, targets, syncs, groupPath);
         EXPECT_EQ(status.code, 78);
         EXPECT_STREQ(api_getErrorTextNoNL(refusal, sizeof refusal, &status), r.second);
     }
@@ -447,8 +461,8 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
     targets.clear();
     syncs.clear();
     name = "fin_sync_snap";
-    ASSERT_EQ(directService().groupSnapshot(rcopyGroup("rcg_fin_sync"), name, targets, syncs,
-        groupPath).code, 0);
+    ASSERT_EQ(
+        directService().groupSnapshot(rcopyGroup("rcg_fin_sync"), name, targets, syncs, groupPath).code, 0);
     EXPECT_EQ(targets.size() + syncs.size(), 0u);
     EXPECT_EQ(volumeCount(), volumesBefore + 2);
     expectLedgersClean("remote group snapshot");
@@ -459,24 +473,23 @@ TEST_F(ReplicaMethodsTest, ModifyListSynchronizationRefusals)
     const CIMValue set1(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "set1"));
     const std::pair<Array<CIMParamValue>, std::string> cases[] = {
         {params({}), "thrown 5: Invalid number of parameters"},
-        {params({{"Operation", u16(8)}}),
-         "thrown 5: Synchronization or TargetGroup parameter is required"},
+        {params({{"Operation", u16(8)}}), "thrown 5: Synchronization or TargetGroup parameter is required"},
         {params({{"Operation", u16(8)}, {"TargetGroup", set1}}),
-         "thrown 5: TargetGroup does not require synchronization"},
+            "thrown 5: TargetGroup does not require synchronization"},
         {params({{"Operation", u16(8)}, {"TargetGroup", CIMValue(volume("vol1"))}}),
-         "thrown 5: TargetGroup parameter contains invalid object path"},
+            "thrown 5: TargetGroup parameter contains invalid object path"},
         {params({{"Operation", u16(8)}, {"Synchronization", refs({volume("vol1")})}}),
-         "thrown 5: Synchronization parameter contains invalid object path"},
-        {params({{"Operation", u16(8)},
-             {"Synchronization", refs({syncOf("vol1.rw"), syncOf("vol2.clone")})}}),
-         "thrown 5: All elements of Synchronization array shall have the same SyncType and Mode"},
+            "thrown 5: Synchronization parameter contains invalid object path"},
+        {params(
+             {{"Operation", u16(8)}, {"Synchronization", refs({syncOf("vol1.rw"), syncOf("vol2.clone")})}}),
+            "thrown 5: All elements of Synchronization array shall have the same SyncType and Mode"},
     };
     const size_t volumesBefore = volumeCount();
     for (const auto& c : cases)
         EXPECT_EQ(outcome("ModifyListSynchronization", c.first), c.second);
     // Operation 4 has no right here: refused before the method looks at it.
-    EXPECT_EQ(outcome("ModifyListSynchronization", params({{"Operation", u16(4)}})),
-        "thrown 7: Does not support!");
+    EXPECT_EQ(
+        outcome("ModifyListSynchronization", params({{"Operation", u16(4)}})), "thrown 7: Does not support!");
     EXPECT_EQ(volumeCount(), volumesBefore);
 }
 
@@ -489,19 +502,21 @@ TEST_F(ReplicaMethodsTest, PerElementOperationsReportEveryElement)
     zdasim_fault_add("api_removeVVs", 1, 68, "in use");
     EXPECT_EQ(outcome("ModifyListSynchronization",
                   params({{"Operation", u16(8)}, {"Synchronization", refs({rw, ro})}})),
-        "thrown 6: " + text(rw.toString()) + ": The snapshot vol1.rw could not be removed (68); " + text(ro.toString()) +
-            ": Operation succeeded");
+        "thrown 6: " + text(rw.toString()) + ": The snapshot vol1.rw could not be removed (68); " +
+            text(ro.toString()) + ": Operation succeeded");
     EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservice.modifylistsynchronization.dissolve");
     EXPECT_FALSE(volume("vol1.rw").getClassName().isNull());
     EXPECT_TRUE(volume("vol1.ro").getClassName().isNull());
     // A later plain failure overrides a first success: the second copy is
     // busy and cannot be removed, the first is.
-    ASSERT_EQ(outcome("CreateElementReplica", params({{"SyncType", u16(7)},
-        {"SourceElement", CIMValue(volume("vol1"))}, {"ElementName", CIMValue(String("vol1.s2"))}})),
+    ASSERT_EQ(outcome("CreateElementReplica",
+                  params({{"SyncType", u16(7)}, {"SourceElement", CIMValue(volume("vol1"))},
+                      {"ElementName", CIMValue(String("vol1.s2"))}})),
         "returned 0");
     zdasim_volume_set_busy("vol1.s2", 1);
-    EXPECT_EQ(outcome("ModifyListSynchronization", params({{"Operation", u16(9)},
-                  {"Synchronization", refs({rw, syncOf("vol1.s2")})}})).substr(0, 9),
+    EXPECT_EQ(outcome("ModifyListSynchronization",
+                  params({{"Operation", u16(9)}, {"Synchronization", refs({rw, syncOf("vol1.s2")})}}))
+                  .substr(0, 9),
         "thrown 4:");
     EXPECT_TRUE(volume("vol1.rw").getClassName().isNull());
     EXPECT_FALSE(volume("vol1.s2").getClassName().isNull());
@@ -517,8 +532,10 @@ TEST_F(ReplicaMethodsTest, ListOperationsAndTheReturnToThePool)
     EXPECT_FALSE(outParam(out, "Job").isNull());
     EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservice.modifylistsynchronization.resync");
     zdasim_clock_advance(86400);
-    ASSERT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("clones"))},
-        {"Members", refs({volume("vol2.clone")})}})), "returned 0");
+    ASSERT_EQ(
+        outcome("CreateGroup",
+            params({{"GroupName", CIMValue(String("clones"))}, {"Members", refs({volume("vol2.clone")})}})),
+        "returned 0");
     const CIMValue clones(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "clones"));
     EXPECT_EQ(outcome("ZDA_ModifyGroupReplicaSynchronization",
                   params({{"Operation", u16(14)}, {"TargetGroup", clones}})),
@@ -538,12 +555,14 @@ TEST_F(ReplicaMethodsTest, ListOperationsAndTheReturnToThePool)
                   params({{"Operation", u16(19)}, {"Synchronization", refs({syncOf("vol1.rw")})}})),
         "thrown 32768: The snapshot vol1.rw could not be removed (89)");
     // Returned by group: the set and its copies go, the sources stay.
-    ASSERT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("copies"))},
-        {"Members", refs({volume("vol2.clone"), volume("vol1.rw")})}})), "returned 0");
-    EXPECT_EQ(outcome("ZDA_ModifyGroupReplicaSynchronization",
-                  params({{"Operation", u16(19)},
-                      {"TargetGroup", CIMValue(ZDA_ReplicationGroupProvider::buildObjectPath(HOST,
-                          "copies"))}})),
+    ASSERT_EQ(outcome("CreateGroup",
+                  params({{"GroupName", CIMValue(String("copies"))},
+                      {"Members", refs({volume("vol2.clone"), volume("vol1.rw")})}})),
+        "returned 0");
+    EXPECT_EQ(
+        outcome("ZDA_ModifyGroupReplicaSynchronization",
+            params({{"Operation", u16(19)},
+                {"TargetGroup", CIMValue(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "copies"))}})),
         "returned 0");
     EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservice.deletegroup");
     EXPECT_TRUE(volume("vol2.clone").getClassName().isNull());
@@ -553,12 +572,12 @@ TEST_F(ReplicaMethodsTest, ListOperationsAndTheReturnToThePool)
 
 TEST_F(ReplicaMethodsTest, AViewerIsRefusedEveryMethod)
 {
-    const char* methods[] = {"CreateElementReplica", "CreateListReplica",
-        "ZDA_CreateConsistentReplicaList", "ModifyListSynchronization",
-        "ZDA_ModifyGroupReplicaSynchronization"};
+    const char* methods[] = {"CreateElementReplica", "CreateListReplica", "ZDA_CreateConsistentReplicaList",
+        "ModifyListSynchronization", "ZDA_ModifyGroupReplicaSynchronization"};
     for (const char* method : methods)
         EXPECT_EQ(outcome(method, params({{"Operation", u16(2)}}), "viewer"),
-            "thrown 2: Insufficient privilege for the user") << method;
+            "thrown 2: Insufficient privilege for the user")
+            << method;
 }
 
 }  // namespace

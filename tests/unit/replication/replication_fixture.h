@@ -63,8 +63,8 @@ protected:
     void directCall(zda_test::RecordingResponseHandler& handler, Call call, const char* what)
     {
         CIMOMHandle handle;
-        attachCIMOMHandleBackend(handle,
-            std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+        attachCIMOMHandleBackend(
+            handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
         Provider* provider = new Provider();
         provider->initialize(handle);
         try
@@ -94,8 +94,7 @@ protected:
         EXPECT_TRUE(id.has_value()) << association;
         zda_test::SemaphoreCheckingHandler handler;
         {
-            zda::server::ProviderManager::Lease lease =
-                ServerHostFixture::host().providers().acquire(*id);
+            zda::server::ProviderManager::Lease lease = ServerHostFixture::host().providers().acquire(*id);
             call(dynamic_cast<CIMAssociationProvider&>(lease.provider()),
                 dynamic_cast<CIMInstanceProvider&>(lease.provider()), handler);
         }
@@ -122,8 +121,7 @@ protected:
     // A method of the replication service called as `user`: "returned
     // <value>" or "thrown <code>: <message>"; out receives the output
     // parameters.
-    std::string outcome(const char* method, const Array<CIMParamValue>& in,
-        const char* user = "admin")
+    std::string outcome(const char* method, const Array<CIMParamValue>& in, const char* user = "admin")
     {
         try
         {
@@ -143,8 +141,8 @@ protected:
     {
         if (!_direct)
         {
-            attachCIMOMHandleBackend(_handle,
-                std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+            attachCIMOMHandleBackend(
+                _handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
             _direct = new Service();
             _direct->initialize(_handle);
         }

@@ -69,8 +69,8 @@ protected:
     {
         if (!_provider)
         {
-            attachCIMOMHandleBackend(_handle,
-                std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
+            attachCIMOMHandleBackend(
+                _handle, std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
             _provider = new ServiceUnderTest();
             _provider->initialize(_handle);
         }
@@ -133,14 +133,13 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
     const CIMObjectPath path = servicePath();
     ASSERT_EQ(path.getKeyBindings().size(), 4u);
     EXPECT_EQ(text(path.getNameSpace().getString()), ZDA_NS);
-    EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "SystemCreationClassName")),
-        "ZDA_StorageSystem");
+    EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "SystemCreationClassName")), "ZDA_StorageSystem");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "SystemName")), SYSTEM_NAME);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), SERVICE);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "Name")), SERVICE_NAME);
 
-    Array<CIMInstance> all = server().enumerateInstances(admin(), ZDA_NS, SERVICE, true, false,
-        false, false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        admin(), ZDA_NS, SERVICE, true, false, false, false, CIMPropertyList());
     ASSERT_EQ(all.size(), 1u);
     const CIMInstance got = getInstance(path);
     for (const CIMInstance& service : {all[0], got})
@@ -185,29 +184,32 @@ TEST_F(ReplicationServiceTest, InstanceOperationsRefuseWithTheirWords)
         int code;
         const char* message;
     } cases[] = {
-        {"three keys", [&] { service.getInstance(admin(), threeKeys, false, false,
-                                 CIMPropertyList(), handler); },
+        {"three keys",
+            [&] { service.getInstance(admin(), threeKeys, false, false, CIMPropertyList(), handler); },
             CIM_ERR_INVALID_PARAMETER, "ZDA_ReplicationService Expect four keys."},
-        {"no such name", [&] { service.getInstance(admin(), otherName, false, false,
-                                   CIMPropertyList(), handler); },
+        {"no such name",
+            [&] { service.getInstance(admin(), otherName, false, false, CIMPropertyList(), handler); },
             CIM_ERR_NOT_FOUND, "ZDA_ReplicationService CIM Object not found."},
         {"another class", [&] { service.enumerateInstanceNames(admin(), otherClass, handler); },
             CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService Invalid class nameZDA_StorageSystem"},
-        {"refused user", [&] { service.enumerateInstances(as("noaccess"), path, false, false,
-                                   CIMPropertyList(), handler); },
+        {"refused user",
+            [&] {
+                service.enumerateInstances(as("noaccess"), path, false, false, CIMPropertyList(), handler);
+            },
             CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
         // The refusals come before the array is opened, so even a refused user gets them.
-        {"modify", [&] { service.modifyInstance(as("noaccess"), path, CIMInstance(SERVICE), false,
-                             CIMPropertyList(), handler); },
+        {"modify",
+            [&] {
+                service.modifyInstance(
+                    as("noaccess"), path, CIMInstance(SERVICE), false, CIMPropertyList(), handler);
+            },
             CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support modifyInstance."},
-        {"create", [&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE),
-                             handler); },
+        {"create", [&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE), handler); },
             CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support createInstance."},
-        {"delete", [&] { service.deleteInstance(as("noaccess"), path, handler); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support deleteInstance."},
+        {"delete", [&] { service.deleteInstance(as("noaccess"), path, handler); }, CIM_ERR_NOT_SUPPORTED,
+            "ZDA_ReplicationService does not support deleteInstance."},
         {"path constructor", [] { ZDA_ReplicationServiceProvider byPath((CIMObjectPath())); },
-            CIM_ERR_NOT_SUPPORTED,
-            "ZDA_ReplicationService does not support constructor with object path."},
+            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support constructor with object path."},
     };
     for (const auto& c : cases)
     {
@@ -231,15 +233,14 @@ TEST_F(ReplicationServiceTest, AnUnknownMethodIsAnsweredWithNothing)
     keys[1] = CIMKeyBinding("SystemName", "other-array", CIMKeyBinding::STRING);
     elsewhere.setKeyBindings(keys);
     const auto failure = failureOf([&] {
-        provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", Array<CIMParamValue>(),
-            handler);
+        provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", Array<CIMParamValue>(), handler);
     });
     EXPECT_EQ(failure.first, CIM_ERR_NOT_FOUND);
     EXPECT_EQ(failure.second, "ZDA_ReplicationService CIM Object not found.");
     EXPECT_EQ(cimErrorOf([&] {
-        provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", Array<CIMParamValue>(),
-            handler);
-    }), CIM_ERR_ACCESS_DENIED);
+        provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", Array<CIMParamValue>(), handler);
+    }),
+        CIM_ERR_ACCESS_DENIED);
     EXPECT_EQ(handler.sequence(), "");
 }
 
@@ -271,8 +272,7 @@ TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
         service._authorizeByFuncType(c.funcType, "operator", "192.0.2.7", c.in);
         const auto asked = zda_test::journalOf("api_authorizeCIMUser");
         ASSERT_EQ(asked.size(), 1u) << c.funcType;
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos)
-            << asked[0];
+        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
         EXPECT_NE(asked[0].find("addr=\"192.0.2.7\""), std::string::npos) << asked[0];
 
         const auto refused = failureOf(
@@ -304,13 +304,12 @@ TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
     for (const auto& c : cases)
     {
         zdasim_journal_clear();
-        const auto failure =
-            failureOf([&] { service._authorizeGeneric(c.className, c.method, "operator", ""); });
+        const auto failure = failureOf(
+            [&] { service._authorizeGeneric(c.className, c.method, "operator", ""); });
         EXPECT_EQ(failure, std::make_pair(c.code, std::string(c.message))) << c.method;
         const auto asked = zda_test::journalOf("api_authorizeCIMUser");
         ASSERT_EQ(asked.size(), 1u);
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos)
-            << asked[0];
+        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
     }
 }
 
@@ -347,9 +346,21 @@ TEST(ReplicationServiceTables, CopyStateFitsAndCopyServicesOperations)
         Uint16 op;
         int fits;
     } copyStates[] = {
-        {0, 99, 1}, {0, 8, 1}, {3, 99, -1}, {3, 22, -1}, {9, 0, 1},
-        {4, 4, 1}, {3, 11, 1}, {2, 20, 0}, {4, 14, 1}, {3, 14, 0},
-        {7, 21, 1}, {4, 21, 0}, {10, 10, 1}, {4, 10, 0}, {5, 8, 0},
+        {0, 99, 1},
+        {0, 8, 1},
+        {3, 99, -1},
+        {3, 22, -1},
+        {9, 0, 1},
+        {4, 4, 1},
+        {3, 11, 1},
+        {2, 20, 0},
+        {4, 14, 1},
+        {3, 14, 0},
+        {7, 21, 1},
+        {4, 21, 0},
+        {10, 10, 1},
+        {4, 10, 0},
+        {5, 8, 0},
     };
     for (const auto& c : copyStates)
         EXPECT_EQ(ZDA_ReplicationServiceProvider::validateCopyStateOp(c.state, c.op), c.fits)
@@ -388,8 +399,8 @@ TEST_F(ReplicationServiceTest, OnlyTheFirstTaskOfAStartedGroupIsItsJob)
         EXPECT_EQ(text(params[0].getParameterName()), "Job");
         CIMObjectPath job;
         params[0].getValue().get(job);
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(job, ZDA_ConcreteJobProvider::buildObjectPath(
-            HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(job,
+            ZDA_ConcreteJobProvider::buildObjectPath(HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
     }
 }
 
@@ -416,8 +427,7 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     EXPECT_EQ(zda_test::journalOf("api_removeVVs").size(), 0u);
 
     // A snapshot and a clone among them: the snapshot is detached, the clone removed.
-    Array<CIMObjectPath> syncs = server().enumerateInstanceNames(admin(), ZDA_NS,
-        "ZDA_StorageSynchronized");
+    Array<CIMObjectPath> syncs = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized");
     for (Uint32 i = 0; i < syncs.size(); i++)
     {
         const CIMObjectPath target = endOf(syncs[i], "SyncedElement");
@@ -432,12 +442,10 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
         id.append(CIMKeyBinding("InstanceID", String("KX_ORLA:") + set, CIMKeyBinding::STRING));
         return CIMObjectPath(HOST, ZDA_NS, "ZDA_ReplicationGroup", id);
     };
-    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, group("no_set"), true).code,
-        0);
+    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, group("no_set"), true).code, 0);
     EXPECT_EQ(volumePaths().count("vol1.rw"), 1u);
 
-    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code,
-        0);
+    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code, 0);
     const auto removedSets = zda_test::journalOf("api_removeVVSet");
     ASSERT_EQ(removedSets.size(), 2u);
     EXPECT_NE(removedSets[1].find("set_one"), std::string::npos) << removedSets[1];

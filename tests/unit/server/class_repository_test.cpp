@@ -25,27 +25,35 @@
 using namespace Pegasus;
 using zda::server::ClassRepository;
 
-namespace {
+namespace
+{
 
 const CIMNamespaceName kZda("root/zda");
 
-const ClassRepository& projectRepository() {
+const ClassRepository& projectRepository()
+{
     static std::unique_ptr<ClassRepository> repository = ClassRepository::loadDirectory(ZDA_MOF_DIR);
     return *repository;
 }
 
 using zda_test::text;
 
-std::set<std::string> names(const Array<CIMName>& list) {
+std::set<std::string> names(const Array<CIMName>& list)
+{
     std::set<std::string> out;
-    for (Uint32 i = 0; i < list.size(); ++i) out.insert(text(list[i].getString()));
+    for (Uint32 i = 0; i < list.size(); ++i)
+        out.insert(text(list[i].getString()));
     return out;
 }
 
-CIMStatusCode codeOf(const std::function<void()>& call) {
-    try {
+CIMStatusCode codeOf(const std::function<void()>& call)
+{
+    try
+    {
         call();
-    } catch (const CIMException& e) {
+    }
+    catch (const CIMException& e)
+    {
         return e.getCode();
     }
     return CIM_ERR_SUCCESS;
@@ -53,97 +61,107 @@ CIMStatusCode codeOf(const std::function<void()>& call) {
 
 // ---- the inventory of the array's classes --------------------------------
 
-struct ExpectedProperty {
+struct ExpectedProperty
+{
     const char* name;
     CIMType type;
     bool isArray;
 };
 
-struct ExpectedClass {
+struct ExpectedClass
+{
     const char* name;
     const char* superClass;
     std::vector<const char*> keys;
     std::vector<ExpectedProperty> properties;  // a selection: what the providers set or read
 };
 
-const std::vector<ExpectedClass>& inventory() {
+const std::vector<ExpectedClass>& inventory()
+{
     static const std::vector<ExpectedClass> classes = {
         {"ZDA_ReplicationService", "CIM_ReplicationService",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"},
-         {{"Caption", CIMTYPE_STRING, false}, {"PrimaryOwnerContact", CIMTYPE_STRING, false},
-          {"PrimaryOwnerName", CIMTYPE_STRING, false}, {"Started", CIMTYPE_BOOLEAN, false},
-          {"StartMode", CIMTYPE_STRING, false}}},
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"},
+            {{"Caption", CIMTYPE_STRING, false}, {"PrimaryOwnerContact", CIMTYPE_STRING, false},
+                {"PrimaryOwnerName", CIMTYPE_STRING, false}, {"Started", CIMTYPE_BOOLEAN, false},
+                {"StartMode", CIMTYPE_STRING, false}}},
         {"ZDA_ReplicationServiceCapabilities", "CIM_ReplicationServiceCapabilities", {"InstanceID"},
-         {{"ElementName", CIMTYPE_STRING, false}, {"SupportedSynchronousActions", CIMTYPE_UINT16, true},
-          {"SupportedAsynchronousActions", CIMTYPE_UINT16, true}, {"SupportedReplicationTypes", CIMTYPE_UINT16, true},
-          {"SupportedStorageObjects", CIMTYPE_UINT16, true}}},
+            {{"ElementName", CIMTYPE_STRING, false}, {"SupportedSynchronousActions", CIMTYPE_UINT16, true},
+                {"SupportedAsynchronousActions", CIMTYPE_UINT16, true},
+                {"SupportedReplicationTypes", CIMTYPE_UINT16, true},
+                {"SupportedStorageObjects", CIMTYPE_UINT16, true}}},
         {"ZDA_ReplicationGroup", "CIM_ReplicationGroup", {"InstanceID"},
-         {{"ElementName", CIMTYPE_STRING, false}, {"Caption", CIMTYPE_STRING, false},
-          {"Description", CIMTYPE_STRING, false}, {"Persistent", CIMTYPE_BOOLEAN, false},
-          {"ConsistentPointInTime", CIMTYPE_BOOLEAN, false}, {"DeleteOnEmptyElement", CIMTYPE_BOOLEAN, false},
-          {"DeleteOnUnassociated", CIMTYPE_BOOLEAN, false}, {"ID", CIMTYPE_UINT32, false}}},
+            {{"ElementName", CIMTYPE_STRING, false}, {"Caption", CIMTYPE_STRING, false},
+                {"Description", CIMTYPE_STRING, false}, {"Persistent", CIMTYPE_BOOLEAN, false},
+                {"ConsistentPointInTime", CIMTYPE_BOOLEAN, false},
+                {"DeleteOnEmptyElement", CIMTYPE_BOOLEAN, false},
+                {"DeleteOnUnassociated", CIMTYPE_BOOLEAN, false}, {"ID", CIMTYPE_UINT32, false}}},
         {"ZDA_RemoteReplicationGroup", "CIM_ReplicationGroup", {"InstanceID"},
-         {{"Persistent", CIMTYPE_BOOLEAN, false}, {"Domain", CIMTYPE_STRING, false}}},
+            {{"Persistent", CIMTYPE_BOOLEAN, false}, {"Domain", CIMTYPE_STRING, false}}},
         {"ZDA_RemoteReplicationCollection", "CIM_RemoteReplicationCollection", {"InstanceID"},
-         {{"ConnectivityStatus", CIMTYPE_UINT16, false}, {"Active", CIMTYPE_BOOLEAN, false},
-          {"DeleteOnUnassociated", CIMTYPE_BOOLEAN, false}}},
+            {{"ConnectivityStatus", CIMTYPE_UINT16, false}, {"Active", CIMTYPE_BOOLEAN, false},
+                {"DeleteOnUnassociated", CIMTYPE_BOOLEAN, false}}},
         {"ZDA_ReplicationEntity", "CIM_ReplicationEntity", {"InstanceID"},
-         {{"Type", CIMTYPE_UINT16, false}, {"Element", CIMTYPE_STRING, false}, {"EntityID", CIMTYPE_STRING, false},
-          {"ElementName", CIMTYPE_STRING, false}, {"Name", CIMTYPE_STRING, false}}},
+            {{"Type", CIMTYPE_UINT16, false}, {"Element", CIMTYPE_STRING, false},
+                {"EntityID", CIMTYPE_STRING, false}, {"ElementName", CIMTYPE_STRING, false},
+                {"Name", CIMTYPE_STRING, false}}},
         {"ZDA_RemoteServiceAccessPoint", "CIM_RemoteServiceAccessPoint",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"},
-         {{"AccessInfo", CIMTYPE_STRING, false}, {"InfoFormat", CIMTYPE_UINT16, false},
-          {"ProtocolIFType", CIMTYPE_UINT16, false}, {"OtherTypeDescription", CIMTYPE_STRING, false},
-          {"OperationalStatus", CIMTYPE_UINT16, true}, {"HealthState", CIMTYPE_UINT16, false}}},
-        {"ZDA_StorageVolume", "CIM_StorageVolume", {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID"},
-         {{"ElementName", CIMTYPE_STRING, false}, {"NumberOfBlocks", CIMTYPE_UINT64, false},
-          {"VolumeType", CIMTYPE_UINT16, false}, {"Policy", CIMTYPE_UINT32, false},
-          {"OperationalStatus", CIMTYPE_UINT16, true}, {"NameFormat", CIMTYPE_UINT16, false},
-          {"NameNamespace", CIMTYPE_UINT16, false}, {"Usage", CIMTYPE_UINT16, false},
-          {"OtherIdentifyingInfo", CIMTYPE_STRING, true}, {"IdentifyingDescriptions", CIMTYPE_STRING, true}}},
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"},
+            {{"AccessInfo", CIMTYPE_STRING, false}, {"InfoFormat", CIMTYPE_UINT16, false},
+                {"ProtocolIFType", CIMTYPE_UINT16, false}, {"OtherTypeDescription", CIMTYPE_STRING, false},
+                {"OperationalStatus", CIMTYPE_UINT16, true}, {"HealthState", CIMTYPE_UINT16, false}}},
+        {"ZDA_StorageVolume", "CIM_StorageVolume",
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID"},
+            {{"ElementName", CIMTYPE_STRING, false}, {"NumberOfBlocks", CIMTYPE_UINT64, false},
+                {"VolumeType", CIMTYPE_UINT16, false}, {"Policy", CIMTYPE_UINT32, false},
+                {"OperationalStatus", CIMTYPE_UINT16, true}, {"NameFormat", CIMTYPE_UINT16, false},
+                {"NameNamespace", CIMTYPE_UINT16, false}, {"Usage", CIMTYPE_UINT16, false},
+                {"OtherIdentifyingInfo", CIMTYPE_STRING, true},
+                {"IdentifyingDescriptions", CIMTYPE_STRING, true}}},
         {"ZDA_StorageSetting", "CIM_StorageSetting", {"InstanceID"},
-         {{"BaseID", CIMTYPE_UINT32, false}, {"ExpirationTime", CIMTYPE_DATETIME, false},
-          {"RetentionTime", CIMTYPE_DATETIME, false}, {"Description", CIMTYPE_STRING, false},
-          {"UserDSPName", CIMTYPE_STRING, false}, {"SnapDSPName", CIMTYPE_STRING, false}}},
+            {{"BaseID", CIMTYPE_UINT32, false}, {"ExpirationTime", CIMTYPE_DATETIME, false},
+                {"RetentionTime", CIMTYPE_DATETIME, false}, {"Description", CIMTYPE_STRING, false},
+                {"UserDSPName", CIMTYPE_STRING, false}, {"SnapDSPName", CIMTYPE_STRING, false}}},
         {"ZDA_StorageSynchronized", "CIM_StorageSynchronized", {"SystemElement", "SyncedElement"},
-         {{"SyncType", CIMTYPE_UINT16, false}, {"ReplicaType", CIMTYPE_UINT16, false},
-          {"Mode", CIMTYPE_UINT16, false}, {"CopyState", CIMTYPE_UINT16, false}}},
+            {{"SyncType", CIMTYPE_UINT16, false}, {"ReplicaType", CIMTYPE_UINT16, false},
+                {"Mode", CIMTYPE_UINT16, false}, {"CopyState", CIMTYPE_UINT16, false}}},
         {"ZDA_StorageSystem", "CIM_ComputerSystem", {"CreationClassName", "Name"}, {}},
         {"ZDA_DynamicStoragePool", "CIM_StoragePool", {"InstanceID"}, {}},
         {"ZDA_DeltaReplicaStoragePool", "CIM_StoragePool", {"InstanceID"}, {}},
         {"ZDA_ConcreteJob", "CIM_ConcreteJob", {"InstanceID"}, {}},
         {"ZDA_SCSIProtocolFCEndpoint", "CIM_SCSIProtocolEndpoint",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
         {"ZDA_IPProtocolEndpoint", "CIM_IPProtocolEndpoint",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
         {"ZDA_StorageConfigurationService", "CIM_StorageConfigurationService",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
+            {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}, {}},
         {"ZDA_ReplicaPoolForStorage", "CIM_Dependency", {"Antecedent", "Dependent"}, {}},
         {"ZDA_RemoteStorageSynchronized", "CIM_StorageSynchronized", {"SystemElement", "SyncedElement"},
-         {{"UndiscoveredElement", CIMTYPE_UINT16, false}, {"Caption", CIMTYPE_STRING, false},
-          {"Mode", CIMTYPE_UINT16, false}, {"CopyType", CIMTYPE_UINT16, false},
-          {"DetailedCopyType", CIMTYPE_UINT32, false}, {"CopyMethodology", CIMTYPE_UINT16, false},
-          {"WhenSynced", CIMTYPE_DATETIME, false}, {"SyncInterval", CIMTYPE_DATETIME, false},
-          {"WhenSynchronized", CIMTYPE_DATETIME, false}, {"PercentSynced", CIMTYPE_UINT16, false},
-          {"SyncPolicy", CIMTYPE_UINT32, false}, {"SyncMaintained", CIMTYPE_BOOLEAN, false},
-          {"SyncType", CIMTYPE_UINT16, false}, {"RequestedCopyState", CIMTYPE_UINT16, false},
-          {"CopyState", CIMTYPE_UINT16, false}, {"ProgressStatus", CIMTYPE_UINT16, false},
-          {"SyncState", CIMTYPE_UINT16, false}, {"ReplicaType", CIMTYPE_UINT16, false},
-          {"RoleReversed", CIMTYPE_BOOLEAN, false}}},
+            {{"UndiscoveredElement", CIMTYPE_UINT16, false}, {"Caption", CIMTYPE_STRING, false},
+                {"Mode", CIMTYPE_UINT16, false}, {"CopyType", CIMTYPE_UINT16, false},
+                {"DetailedCopyType", CIMTYPE_UINT32, false}, {"CopyMethodology", CIMTYPE_UINT16, false},
+                {"WhenSynced", CIMTYPE_DATETIME, false}, {"SyncInterval", CIMTYPE_DATETIME, false},
+                {"WhenSynchronized", CIMTYPE_DATETIME, false}, {"PercentSynced", CIMTYPE_UINT16, false},
+                {"SyncPolicy", CIMTYPE_UINT32, false}, {"SyncMaintained", CIMTYPE_BOOLEAN, false},
+                {"SyncType", CIMTYPE_UINT16, false}, {"RequestedCopyState", CIMTYPE_UINT16, false},
+                {"CopyState", CIMTYPE_UINT16, false}, {"ProgressStatus", CIMTYPE_UINT16, false},
+                {"SyncState", CIMTYPE_UINT16, false}, {"ReplicaType", CIMTYPE_UINT16, false},
+                {"RoleReversed", CIMTYPE_BOOLEAN, false}}},
         {"ZDA_RemoteGroupSynchronized", "CIM_GroupSynchronized", {"SystemElement", "SyncedElement"},
-         {{"SyncMaintained", CIMTYPE_BOOLEAN, false}, {"Caption", CIMTYPE_STRING, false},
-          {"Mode", CIMTYPE_UINT16, false}, {"DetailedCopyType", CIMTYPE_UINT32, false},
-          {"SyncInterval", CIMTYPE_DATETIME, false}, {"SyncPolicy", CIMTYPE_UINT32, false},
-          {"RelationshipName", CIMTYPE_STRING, false}, {"ConsistencyEnabled", CIMTYPE_BOOLEAN, false},
-          {"ConsistencyType", CIMTYPE_UINT16, false}, {"ConsistencyState", CIMTYPE_UINT16, false},
-          {"ConsistencyStatus", CIMTYPE_UINT16, false}, {"RoleReversed", CIMTYPE_BOOLEAN, false}}},
+            {{"SyncMaintained", CIMTYPE_BOOLEAN, false}, {"Caption", CIMTYPE_STRING, false},
+                {"Mode", CIMTYPE_UINT16, false}, {"DetailedCopyType", CIMTYPE_UINT32, false},
+                {"SyncInterval", CIMTYPE_DATETIME, false}, {"SyncPolicy", CIMTYPE_UINT32, false},
+                {"RelationshipName", CIMTYPE_STRING, false}, {"ConsistencyEnabled", CIMTYPE_BOOLEAN, false},
+                {"ConsistencyType", CIMTYPE_UINT16, false}, {"ConsistencyState", CIMTYPE_UINT16, false},
+                {"ConsistencyStatus", CIMTYPE_UINT16, false}, {"RoleReversed", CIMTYPE_BOOLEAN, false}}},
     };
     return classes;
 }
 
-TEST(ProjectMof, DefinesEveryInstanceClassWithItsKeysAndProperties) {
+TEST(ProjectMof, DefinesEveryInstanceClassWithItsKeysAndProperties)
+{
     const ClassRepository& repo = projectRepository();
-    for (const ExpectedClass& expected : inventory()) {
+    for (const ExpectedClass& expected : inventory())
+    {
         SCOPED_TRACE(expected.name);
         CIMClass cls = repo.getClass(kZda, expected.name, false, true, false);
         EXPECT_EQ(text(cls.getSuperClassName().getString()), expected.superClass);
@@ -152,7 +170,8 @@ TEST(ProjectMof, DefinesEveryInstanceClassWithItsKeysAndProperties) {
         cls.getKeyNames(keys);
         std::set<std::string> wanted(expected.keys.begin(), expected.keys.end());
         EXPECT_EQ(names(keys), wanted);
-        for (const ExpectedProperty& p : expected.properties) {
+        for (const ExpectedProperty& p : expected.properties)
+        {
             Uint32 at = cls.findProperty(p.name);
             ASSERT_NE(at, PEG_NOT_FOUND) << p.name;
             EXPECT_EQ(cls.getProperty(at).getType(), p.type) << p.name;
@@ -165,7 +184,8 @@ TEST(ProjectMof, DefinesEveryInstanceClassWithItsKeysAndProperties) {
 
 // Every row of the association table: the class, what it answers to, and
 // its two ends with the classes each end takes.
-struct ExpectedAssociation {
+struct ExpectedAssociation
+{
     const char* name;
     const char* answersTo;
     const char* firstRole;
@@ -174,55 +194,59 @@ struct ExpectedAssociation {
     std::vector<const char*> secondClasses;
 };
 
-const std::vector<ExpectedAssociation>& associationTable() {
+const std::vector<ExpectedAssociation>& associationTable()
+{
     static const std::vector<ExpectedAssociation> rows = {
         {"ZDA_MemberOfReplicationGroup", "CIM_MemberOfCollection", "Collection", {"ZDA_ReplicationGroup"},
-         "Member", {"ZDA_StorageVolume"}},
+            "Member", {"ZDA_StorageVolume"}},
         {"ZDA_OrderedMemberOfRemoteReplicationGroup", "CIM_OrderedMemberOfCollection", "Collection",
-         {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup"}, "Member", {"ZDA_StorageVolume"}},
+            {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup"}, "Member", {"ZDA_StorageVolume"}},
         {"ZDA_MemberOfRemoteReplicationCollection", "CIM_MemberOfCollection", "Collection",
-         {"ZDA_RemoteReplicationCollection"}, "Member", {"ZDA_RemoteServiceAccessPoint"}},
+            {"ZDA_RemoteReplicationCollection"}, "Member", {"ZDA_RemoteServiceAccessPoint"}},
         {"ZDA_SAPAvailableForRemoteReplicaVolume", "CIM_SAPAvailableForElement", "ManagedElement",
-         {"ZDA_StorageVolume"}, "AvailableSAP",
-         {"ZDA_SCSIProtocolFCEndpoint", "ZDA_IPProtocolEndpoint", "ZDA_RemoteServiceAccessPoint"}},
+            {"ZDA_StorageVolume"}, "AvailableSAP",
+            {"ZDA_SCSIProtocolFCEndpoint", "ZDA_IPProtocolEndpoint", "ZDA_RemoteServiceAccessPoint"}},
         {"ZDA_SAPAvailableForRemoteReplicationGroup", "CIM_SAPAvailableForElement", "ManagedElement",
-         {"ZDA_RemoteReplicationGroup"}, "AvailableSAP",
-         {"ZDA_SCSIProtocolFCEndpoint", "ZDA_IPProtocolEndpoint", "ZDA_RemoteServiceAccessPoint"}},
-        {"ZDA_HostedReplicationGroup", "CIM_HostedCollection", "Antecedent", {"ZDA_StorageSystem"}, "Dependent",
-         {"ZDA_ReplicationGroup"}},
+            {"ZDA_RemoteReplicationGroup"}, "AvailableSAP",
+            {"ZDA_SCSIProtocolFCEndpoint", "ZDA_IPProtocolEndpoint", "ZDA_RemoteServiceAccessPoint"}},
+        {"ZDA_HostedReplicationGroup", "CIM_HostedCollection", "Antecedent", {"ZDA_StorageSystem"},
+            "Dependent", {"ZDA_ReplicationGroup"}},
         {"ZDA_HostedRemoteReplicationGroup", "CIM_HostedCollection", "Antecedent", {"ZDA_StorageSystem"},
-         "Dependent", {"ZDA_RemoteReplicationGroup"}},
+            "Dependent", {"ZDA_RemoteReplicationGroup"}},
         {"ZDA_HostedRemoteReplicationCollection", "CIM_HostedCollection", "Antecedent", {"ZDA_StorageSystem"},
-         "Dependent", {"ZDA_RemoteReplicationCollection"}},
+            "Dependent", {"ZDA_RemoteReplicationCollection"}},
         {"ZDA_HostedRemoteSAP", "CIM_HostedAccessPoint", "Antecedent", {"ZDA_StorageSystem"}, "Dependent",
-         {"ZDA_RemoteServiceAccessPoint"}},
+            {"ZDA_RemoteServiceAccessPoint"}},
         {"ZDA_ReplicationAffectsElement", "CIM_ServiceAffectsElement", "AffectingElement",
-         {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_ReplicationGroup"}},
-        {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", "CIM_ServiceAffectsElement", "AffectingElement",
-         {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_RemoteReplicationGroup"}},
+            {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_ReplicationGroup"}},
+        {"ZDA_ReplicationServiceAffectsRemoteReplicationGroup", "CIM_ServiceAffectsElement",
+            "AffectingElement", {"ZDA_ReplicationService"}, "AffectedElement",
+            {"ZDA_RemoteReplicationGroup"}},
         {"ZDA_ReplicationAffectsRemoteCollection", "CIM_ServiceAffectsElement", "AffectingElement",
-         {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_RemoteReplicationCollection"}},
+            {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_RemoteReplicationCollection"}},
         {"ZDA_ReplicationAffectsEntity", "CIM_ServiceAffectsElement", "AffectingElement",
-         {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_ReplicationEntity"}},
+            {"ZDA_ReplicationService"}, "AffectedElement", {"ZDA_ReplicationEntity"}},
         {"ZDA_AffectedJobElement", "CIM_AffectedJobElement", "AffectingElement", {"ZDA_ConcreteJob"},
-         "AffectedElement", {"ZDA_StorageVolume", "ZDA_RemoteReplicationGroup", "ZDA_ReplicationEntity"}},
+            "AffectedElement", {"ZDA_StorageVolume", "ZDA_RemoteReplicationGroup", "ZDA_ReplicationEntity"}},
         {"ZDA_RemoteStorageSynchronized", "CIM_StorageSynchronized", "SystemElement",
-         {"ZDA_StorageVolume", "ZDA_ReplicationEntity"}, "SyncedElement",
-         {"ZDA_StorageVolume", "ZDA_ReplicationEntity"}},
+            {"ZDA_StorageVolume", "ZDA_ReplicationEntity"}, "SyncedElement",
+            {"ZDA_StorageVolume", "ZDA_ReplicationEntity"}},
         {"ZDA_RemoteGroupSynchronized", "CIM_GroupSynchronized", "SystemElement",
-         {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "ZDA_ReplicationEntity"}, "SyncedElement",
-         {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "ZDA_ReplicationEntity"}},
+            {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "ZDA_ReplicationEntity"}, "SyncedElement",
+            {"ZDA_RemoteReplicationGroup", "ZDA_ReplicationGroup", "ZDA_ReplicationEntity"}},
         {"ZDA_CapabilitiesOfReplicationService", "CIM_ElementCapabilities", "ManagedElement",
-         {"ZDA_ReplicationService"}, "Capabilities", {"ZDA_ReplicationServiceCapabilities"}},
-        {"ZDA_ReplicaPoolForStorage", "CIM_Dependency", "Antecedent", {"ZDA_DeltaReplicaStoragePool"}, "Dependent",
-         {"ZDA_StorageVolume"}},
+            {"ZDA_ReplicationService"}, "Capabilities", {"ZDA_ReplicationServiceCapabilities"}},
+        {"ZDA_ReplicaPoolForStorage", "CIM_Dependency", "Antecedent", {"ZDA_DeltaReplicaStoragePool"},
+            "Dependent", {"ZDA_StorageVolume"}},
     };
     return rows;
 }
 
-TEST(ProjectMof, EveryAssociationLinksTheClassesOfItsEnds) {
+TEST(ProjectMof, EveryAssociationLinksTheClassesOfItsEnds)
+{
     const ClassRepository& repo = projectRepository();
-    for (const ExpectedAssociation& row : associationTable()) {
+    for (const ExpectedAssociation& row : associationTable())
+    {
         SCOPED_TRACE(row.name);
         CIMClass cls = repo.getClass(kZda, row.name, false);
         EXPECT_TRUE(cls.isAssociation());
@@ -231,8 +255,10 @@ TEST(ProjectMof, EveryAssociationLinksTheClassesOfItsEnds) {
         cls.getKeyNames(keys);
         EXPECT_EQ(names(keys), (std::set<std::string>{row.firstRole, row.secondRole}));
         for (const auto& [role, ends] : {std::make_pair(row.firstRole, row.firstClasses),
-                                         std::make_pair(row.secondRole, row.secondClasses)}) {
-            for (const char* end : ends) {
+                 std::make_pair(row.secondRole, row.secondClasses)})
+        {
+            for (const char* end : ends)
+            {
                 std::set<std::string> linking = names(repo.getAssociationClassNames(kZda, end, role));
                 EXPECT_TRUE(linking.count(row.name)) << end << " as " << role;
                 EXPECT_TRUE(linking.count(row.answersTo)) << end << " as " << role;
@@ -241,11 +267,13 @@ TEST(ProjectMof, EveryAssociationLinksTheClassesOfItsEnds) {
     }
     // CIM_Synchronized enumerations reach both remote kinds and the local one.
     std::set<std::string> synchronized = names(repo.enumerateClassNames(kZda, "CIM_Synchronized", true));
-    for (const char* cls : {"ZDA_StorageSynchronized", "ZDA_RemoteStorageSynchronized", "ZDA_RemoteGroupSynchronized"})
+    for (const char* cls :
+        {"ZDA_StorageSynchronized", "ZDA_RemoteStorageSynchronized", "ZDA_RemoteGroupSynchronized"})
         EXPECT_TRUE(synchronized.count(cls)) << cls;
 }
 
-TEST(ProjectMof, AssociationQueriesFollowReferenceClassesAndRoles) {
+TEST(ProjectMof, AssociationQueriesFollowReferenceClassesAndRoles)
+{
     const ClassRepository& repo = projectRepository();
     std::set<std::string> ofVolume = names(repo.getAssociationClassNames(kZda, "ZDA_StorageVolume"));
     // Through the volume's own class and through its superclasses ...
@@ -258,11 +286,11 @@ TEST(ProjectMof, AssociationQueriesFollowReferenceClassesAndRoles) {
     EXPECT_FALSE(ofVolume.count("ZDA_HostedReplicationGroup"));
     EXPECT_FALSE(ofVolume.count("ZDA_CapabilitiesOfReplicationService"));
 
-    std::set<std::string> asCollection =
-        names(repo.getAssociationClassNames(kZda, "zda_replicationgroup", "COLLECTION"));
-    EXPECT_EQ(asCollection, (std::set<std::string>{"CIM_MemberOfCollection", "CIM_OrderedMemberOfCollection",
-                                                   "ZDA_MemberOfReplicationGroup",
-                                                   "ZDA_OrderedMemberOfRemoteReplicationGroup"}));
+    std::set<std::string> asCollection = names(
+        repo.getAssociationClassNames(kZda, "zda_replicationgroup", "COLLECTION"));
+    EXPECT_EQ(asCollection,
+        (std::set<std::string>{"CIM_MemberOfCollection", "CIM_OrderedMemberOfCollection",
+            "ZDA_MemberOfReplicationGroup", "ZDA_OrderedMemberOfRemoteReplicationGroup"}));
     EXPECT_FALSE(names(repo.getAssociationClassNames(kZda, "ZDA_ReplicationGroup", "Antecedent"))
                      .count("ZDA_HostedReplicationGroup"));
     EXPECT_TRUE(names(repo.getAssociationClassNames(kZda, "ZDA_ReplicationGroup", "Dependent"))
@@ -270,10 +298,11 @@ TEST(ProjectMof, AssociationQueriesFollowReferenceClassesAndRoles) {
     EXPECT_EQ(codeOf([&] { repo.getAssociationClassNames(kZda, "ZDA_Nothing"); }), CIM_ERR_INVALID_CLASS);
 }
 
-TEST(ProjectMof, SubclassQueriesAreDeepOrShallow) {
+TEST(ProjectMof, SubclassQueriesAreDeepOrShallow)
+{
     const ClassRepository& repo = projectRepository();
     EXPECT_EQ(names(repo.enumerateClassNames(kZda, "CIM_ReplicationGroup", false)),
-              (std::set<std::string>{"ZDA_ReplicationGroup", "ZDA_RemoteReplicationGroup"}));
+        (std::set<std::string>{"ZDA_ReplicationGroup", "ZDA_RemoteReplicationGroup"}));
     Array<CIMName> deep = repo.enumerateClassNames(kZda, "CIM_ManagedElement", true);
     std::set<std::string> all = names(deep);
     EXPECT_TRUE(all.count("ZDA_StorageVolume"));
@@ -283,7 +312,8 @@ TEST(ProjectMof, SubclassQueriesAreDeepOrShallow) {
     // Superclasses come before their subclasses.
     auto position = [&](const char* name) {
         for (Uint32 i = 0; i < deep.size(); ++i)
-            if (deep[i].equal(name)) return i;
+            if (deep[i].equal(name))
+                return i;
         return PEG_NOT_FOUND;
     };
     EXPECT_LT(position("CIM_StorageExtent"), position("CIM_StorageVolume"));
@@ -293,26 +323,29 @@ TEST(ProjectMof, SubclassQueriesAreDeepOrShallow) {
     EXPECT_TRUE(roots.count("CIM_ManagedElement"));
     EXPECT_TRUE(roots.count("CIM_Synchronized"));
     EXPECT_FALSE(roots.count("CIM_LogicalElement"));
-    EXPECT_EQ(repo.enumerateClassNames(kZda, CIMName(), true).size(), repo.enumerateClasses(kZda, CIMName(), true).size());
+    EXPECT_EQ(repo.enumerateClassNames(kZda, CIMName(), true).size(),
+        repo.enumerateClasses(kZda, CIMName(), true).size());
 
     EXPECT_EQ(names(repo.getSuperClassNames(kZda, "ZDA_ReplicationEntity")),
-              (std::set<std::string>{"CIM_ReplicationEntity", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
-                                     "CIM_ManagedSystemElement", "CIM_ManagedElement"}));
+        (std::set<std::string>{"CIM_ReplicationEntity", "CIM_EnabledLogicalElement", "CIM_LogicalElement",
+            "CIM_ManagedSystemElement", "CIM_ManagedElement"}));
     EXPECT_TRUE(repo.isSubclassOf(kZda, "ZDA_ReplicationGroup", "CIM_Collection"));
     EXPECT_FALSE(repo.isSubclassOf(kZda, "CIM_Collection", "ZDA_ReplicationGroup"));
     EXPECT_EQ(codeOf([&] { repo.enumerateClassNames(kZda, "Nope", true); }), CIM_ERR_INVALID_CLASS);
 }
 
-TEST(ProjectMof, MethodsCarryTheParametersTheProvidersRead) {
+TEST(ProjectMof, MethodsCarryTheParametersTheProvidersRead)
+{
     const ClassRepository& repo = projectRepository();
     CIMClass service = repo.getClass(kZda, "ZDA_ReplicationService", false);
-    for (const char* method : {"CreateElementReplica", "CreateListReplica", "ZDA_CreateConsistentReplicaList",
-                               "ModifyReplicaSynchronization", "ModifyListSynchronization",
-                               "ZDA_ModifyGroupReplicaSynchronization", "CreateGroup", "DeleteGroup", "AddMembers",
-                               "RemoveMembers", "CreateGroupReplica", "ZDA_CreateGroupReplica",
-                               "CreateGroupReplicaFromElements", "GetReplicationRelationships",
-                               "GetReplicationRelationshipInstances", "GetAvailableTargetElements", "GetPeerSystems",
-                               "GetServiceAccessPoints"}) {
+    for (const char* method :
+        {"CreateElementReplica", "CreateListReplica", "ZDA_CreateConsistentReplicaList",
+            "ModifyReplicaSynchronization", "ModifyListSynchronization",
+            "ZDA_ModifyGroupReplicaSynchronization", "CreateGroup", "DeleteGroup", "AddMembers",
+            "RemoveMembers", "CreateGroupReplica", "ZDA_CreateGroupReplica", "CreateGroupReplicaFromElements",
+            "GetReplicationRelationships", "GetReplicationRelationshipInstances",
+            "GetAvailableTargetElements", "GetPeerSystems", "GetServiceAccessPoints"})
+    {
         Uint32 at = service.findMethod(method);
         ASSERT_NE(at, PEG_NOT_FOUND) << method;
         EXPECT_EQ(service.getMethod(at).getType(), CIMTYPE_UINT32) << method;
@@ -337,7 +370,8 @@ TEST(ProjectMof, MethodsCarryTheParametersTheProvidersRead) {
     CIMClass caps = repo.getClass(kZda, "ZDA_ReplicationServiceCapabilities", false);
     EXPECT_EQ(caps.getMethodCount(), 18u);
     EXPECT_EQ(parameter(caps, "GetSupportedMaximum", "MaxValue").getType(), CIMTYPE_UINT64);
-    EXPECT_EQ(parameter(caps, "GetSupportedReplicationSettingData", "SupportedValues").getType(), CIMTYPE_UINT64);
+    EXPECT_EQ(
+        parameter(caps, "GetSupportedReplicationSettingData", "SupportedValues").getType(), CIMTYPE_UINT64);
     EXPECT_EQ(parameter(caps, "GetSupportedCopyStates", "HostAccessible").getType(), CIMTYPE_BOOLEAN);
 
     const CIMNamespaceName internal("root/PG_Internal");
@@ -354,7 +388,8 @@ TEST(ProjectMof, MethodsCarryTheParametersTheProvidersRead) {
 
 // ---- GetClass semantics ---------------------------------------------------
 
-TEST(ClassRepository, GetClassHonoursItsFlags) {
+TEST(ClassRepository, GetClassHonoursItsFlags)
+{
     const ClassRepository& repo = projectRepository();
     // localOnly: only what the class itself defines or overrides.
     CIMClass local = repo.getClass(kZda, "ZDA_ReplicationGroup");
@@ -375,13 +410,15 @@ TEST(ClassRepository, GetClassHonoursItsFlags) {
     CIMClass plain = repo.getClass(kZda, "ZDA_ReplicationGroup", false, false, false);
     EXPECT_EQ(plain.getPropertyCount(), full.getPropertyCount());
     EXPECT_TRUE(plain.getProperty(0).getClassOrigin().isNull());
-    for (Uint32 i = 0; i < plain.getPropertyCount(); ++i) EXPECT_EQ(plain.getProperty(i).getQualifierCount(), 0u);
+    for (Uint32 i = 0; i < plain.getPropertyCount(); ++i)
+        EXPECT_EQ(plain.getProperty(i).getQualifierCount(), 0u);
     EXPECT_EQ(plain.getQualifierCount(), 0u);
 
     Array<CIMName> wanted;
     wanted.append("elementname");
     wanted.append("NoSuchProperty");
-    CIMClass listed = repo.getClass(kZda, "ZDA_ReplicationService", false, false, false, CIMPropertyList(wanted));
+    CIMClass listed = repo.getClass(
+        kZda, "ZDA_ReplicationService", false, false, false, CIMPropertyList(wanted));
     ASSERT_EQ(listed.getPropertyCount(), 1u);
     EXPECT_GT(listed.getMethodCount(), 10u);  // a property list leaves methods alone
     CIMConstMethod method = listed.getMethod(0);
@@ -393,7 +430,8 @@ TEST(ClassRepository, GetClassHonoursItsFlags) {
     EXPECT_EQ(codeOf([&] { repo.getClass(kZda, "ZDA_None"); }), CIM_ERR_NOT_FOUND);
 }
 
-TEST(ClassRepository, ReturnedClassesAreTheCallersOwn) {
+TEST(ClassRepository, ReturnedClassesAreTheCallersOwn)
+{
     const ClassRepository& repo = projectRepository();
     CIMClass first = repo.getClass(kZda, "ZDA_ReplicationService", false);
     first.removeProperty(0);
@@ -409,25 +447,32 @@ TEST(ClassRepository, ReturnedClassesAreTheCallersOwn) {
     EXPECT_THROW(started.setValue(CIMValue(String("yes"))), TypeMismatchException);
 }
 
-TEST(ClassRepository, ConcurrentReadersSeeTheSameClasses) {
+TEST(ClassRepository, ConcurrentReadersSeeTheSameClasses)
+{
     const ClassRepository& repo = projectRepository();
     const Uint32 expected = repo.getClass(kZda, "ZDA_RemoteStorageSynchronized", false).getPropertyCount();
     std::vector<std::thread> readers;
     std::atomic<int> mismatches{0};
-    for (int t = 0; t < 4; ++t) {
+    for (int t = 0; t < 4; ++t)
+    {
         readers.emplace_back([&] {
-            for (int i = 0; i < 200; ++i) {
+            for (int i = 0; i < 200; ++i)
+            {
                 CIMClass cls = repo.getClass(kZda, "ZDA_RemoteStorageSynchronized", false, true, true);
-                if (cls.getPropertyCount() != expected) ++mismatches;
-                if (repo.getAssociationClassNames(kZda, "ZDA_StorageVolume").size() == 0) ++mismatches;
+                if (cls.getPropertyCount() != expected)
+                    ++mismatches;
+                if (repo.getAssociationClassNames(kZda, "ZDA_StorageVolume").size() == 0)
+                    ++mismatches;
             }
         });
     }
-    for (std::thread& t : readers) t.join();
+    for (std::thread& t : readers)
+        t.join();
     EXPECT_EQ(mismatches.load(), 0);
 }
 
-TEST(ClassRepository, QualifierDeclarationsKeepScopeAndFlavor) {
+TEST(ClassRepository, QualifierDeclarationsKeepScopeAndFlavor)
+{
     const ClassRepository& repo = projectRepository();
     CIMQualifierDecl key = repo.getQualifier(kZda, "key");
     EXPECT_EQ(key.getType(), CIMTYPE_BOOLEAN);
@@ -441,21 +486,26 @@ TEST(ClassRepository, QualifierDeclarationsKeepScopeAndFlavor) {
     EXPECT_EQ(codeOf([&] { repo.getQualifier(kZda, "Colour"); }), CIM_ERR_NOT_FOUND);
     std::set<std::string> spaces;
     Array<CIMNamespaceName> all = repo.enumerateNamespaces();
-    for (Uint32 i = 0; i < all.size(); ++i) spaces.insert(text(all[i].getString()));
+    for (Uint32 i = 0; i < all.size(); ++i)
+        spaces.insert(text(all[i].getString()));
     EXPECT_EQ(spaces, (std::set<std::string>{"root/zda", "root/PG_Internal", "root/PG_InterOp"}));
 }
 
 // ---- static instances -----------------------------------------------------
 
-std::unique_ptr<ClassRepository> interopWith(const std::string& registrations) {
+std::unique_ptr<ClassRepository> interopWith(const std::string& registrations)
+{
     using namespace zda::mof;
-    std::vector<Declaration> all = parseMofFile(std::string(ZDA_MOF_DIR) + "/root_PG_InterOp.mof", "root/cimv2");
-    std::vector<Declaration> extra = parseMof(registrations, "registrations.mof", "root/PG_InterOp", fileSystemReader());
+    std::vector<Declaration> all = parseMofFile(
+        std::string(ZDA_MOF_DIR) + "/root_PG_InterOp.mof", "root/cimv2");
+    std::vector<Declaration> extra = parseMof(
+        registrations, "registrations.mof", "root/PG_InterOp", fileSystemReader());
     all.insert(all.end(), extra.begin(), extra.end());
     return std::make_unique<ClassRepository>(all);
 }
 
-TEST(ClassRepository, HoldsStaticInstancesWithTheirPaths) {
+TEST(ClassRepository, HoldsStaticInstancesWithTheirPaths)
+{
     auto repo = interopWith(R"(
         instance of PG_ProviderModule as $module {
             Name = "ZDA_Example"; Vendor = "v"; Version = "1.0.0";
@@ -471,10 +521,12 @@ TEST(ClassRepository, HoldsStaticInstancesWithTheirPaths) {
     // The project's own registrations are there too: look at this test's only.
     Array<CIMInstance> all = repo->enumerateInstances(interop, "PG_Capabilities", true);
     Array<CIMInstance> capabilities;
-    for (Uint32 i = 0; i < all.size(); ++i) {
+    for (Uint32 i = 0; i < all.size(); ++i)
+    {
         String module;
         all[i].getProperty(all[i].findProperty("ProviderModuleName")).getValue().get(module);
-        if (module == "ZDA_Example") capabilities.append(all[i]);
+        if (module == "ZDA_Example")
+            capabilities.append(all[i]);
     }
     ASSERT_EQ(capabilities.size(), 1u);
     EXPECT_EQ(repo->enumerateInstances(interop, "PG_Capabilities", false).size(), 0u);
@@ -500,22 +552,27 @@ TEST(ClassRepository, HoldsStaticInstancesWithTheirPaths) {
     EXPECT_EQ(codeOf([&] { repo->enumerateInstances(interop, "PG_Nothing"); }), CIM_ERR_INVALID_CLASS);
 }
 
-TEST(ClassRepository, ValuesTheObjectModelRefusesAreCompileErrors) {
+TEST(ClassRepository, ValuesTheObjectModelRefusesAreCompileErrors)
+{
     auto expectRefusal = [](const std::string& text, unsigned column, const char* message) {
-        try {
+        try
+        {
             interopWith(text);
             ADD_FAILURE() << "accepted: " << text;
-        } catch (const zda::mof::MofError& e) {
+        }
+        catch (const zda::mof::MofError& e)
+        {
             EXPECT_EQ(e.where().file, "registrations.mof");
             EXPECT_EQ(e.where().column, column) << e.what();
             EXPECT_NE(e.message().find(message), std::string::npos) << e.what();
         }
     };
-    expectRefusal("instance of PG_ProviderModule { Name = \"m\"; InstallDate = \"20241301000000.000000+000\"; };", 59,
-                  "not a valid date-time");
+    expectRefusal(
+        "instance of PG_ProviderModule { Name = \"m\"; InstallDate = \"20241301000000.000000+000\"; };", 59,
+        "not a valid date-time");
     expectRefusal("instance of PG_ProviderModuleElements { GroupComponent = \"no path at all\"; "
                   "PartComponent = \"PG_Provider.Name=\\\"p\\\",ProviderModuleName=\\\"m\\\"\"; };",
-                  58, "not a valid object path");
+        58, "not a valid object path");
     EXPECT_THROW(ClassRepository::loadDirectory("/nonexistent/mof"), zda::mof::MofError);
 }
 

@@ -15,45 +15,58 @@ using namespace std::chrono_literals;
 using Pegasus::CIMException;
 using Pegasus::CIMStatusCode;
 
-namespace {
+namespace
+{
 
 using Items = std::vector<std::string>;
 
 // Produces "0", "1", ... "count-1", then fails with `failure` if set;
 // counts what it produced.
-struct Numbers {
+struct Numbers
+{
     explicit Numbers(int count, std::optional<CIMStatusCode> failure = std::nullopt)
-        : count(count), failure(failure) {}
+        : count(count), failure(failure)
+    {}
 
     int count;
     std::shared_ptr<std::atomic<int>> produced = std::make_shared<std::atomic<int>>(0);
     std::optional<CIMStatusCode> failure;
 
-    EnumerationContexts::Producer producer() const {
-        return [count = count, produced = produced, failure = failure](const EnumerationContexts::Emit& emit) {
-            for (int i = 0; i < count; ++i) {
-                emit(std::to_string(i));
-                ++*produced;
-            }
-            if (failure) throw CIMException(*failure, "the producer failed");
-        };
+    EnumerationContexts::Producer producer() const
+    {
+        return
+            [count = count, produced = produced, failure = failure](const EnumerationContexts::Emit& emit) {
+                for (int i = 0; i < count; ++i)
+                {
+                    emit(std::to_string(i));
+                    ++*produced;
+                }
+                if (failure)
+                    throw CIMException(*failure, "the producer failed");
+            };
     }
 };
 
 template <class Call>
-CIMStatusCode cimErrorOf(Call&& call) {
-    try {
+CIMStatusCode cimErrorOf(Call&& call)
+{
+    try
+    {
         call();
-    } catch (const CIMException& e) {
+    }
+    catch (const CIMException& e)
+    {
         return e.getCode();
     }
     ADD_FAILURE() << "no CIMException";
     return Pegasus::CIM_ERR_SUCCESS;
 }
 
-class EnumerationContextsTest : public ::testing::Test {
+class EnumerationContextsTest : public ::testing::Test
+{
 protected:
-    static PullLimits limits() {
+    static PullLimits limits()
+    {
         PullLimits l;
         l.defaultTimeout = 10s;
         l.maxContexts = 3;
@@ -63,18 +76,21 @@ protected:
     }
 
     EnumerationContexts::Opened open(const std::string& user, const Numbers& numbers, Pegasus::Uint32 first,
-                                     Items& into, std::chrono::milliseconds timeout = 10s) {
+        Items& into, std::chrono::milliseconds timeout = 10s)
+    {
         return table.open(user, false, timeout, numbers.producer(), first,
-                          [&](const std::string& item) { into.push_back(item); });
+            [&](const std::string& item) { into.push_back(item); });
     }
-    bool pull(const std::string& user, const std::string& name, Pegasus::Uint32 count, Items& into) {
+    bool pull(const std::string& user, const std::string& name, Pegasus::Uint32 count, Items& into)
+    {
         return table.pull(user, name, false, count, [&](const std::string& item) { into.push_back(item); });
     }
 
     EnumerationContexts table{limits()};
 };
 
-TEST_F(EnumerationContextsTest, PiecesComeInOrderAndTheLastOneEndsTheSequence) {
+TEST_F(EnumerationContextsTest, PiecesComeInOrderAndTheLastOneEndsTheSequence)
+{
     Items got;
     Numbers twenty{20};
     auto opened = open("alice", twenty, 7, got);
@@ -85,10 +101,12 @@ TEST_F(EnumerationContextsTest, PiecesComeInOrderAndTheLastOneEndsTheSequence) {
     // further pull.
     EXPECT_TRUE(pull("alice", opened.name, 7, got));
     Items expected;
-    for (int i = 0; i < 20; ++i) expected.push_back(std::to_string(i));
+    for (int i = 0; i < 20; ++i)
+        expected.push_back(std::to_string(i));
     EXPECT_EQ(got, expected);
     EXPECT_EQ(table.openCount(), 0u);
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }),
+        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
 
     // A sequence that fits the open's piece leaves no context.
     Items few;
@@ -98,7 +116,8 @@ TEST_F(EnumerationContextsTest, PiecesComeInOrderAndTheLastOneEndsTheSequence) {
     EXPECT_EQ(few.size(), 3u);
 }
 
-TEST_F(EnumerationContextsTest, TheProducerStaysAtMostABufferAheadOfThePulls) {
+TEST_F(EnumerationContextsTest, TheProducerStaysAtMostABufferAheadOfThePulls)
+{
     Items got;
     Numbers many{1000};
     auto opened = open("alice", many, 0, got);
@@ -111,27 +130,33 @@ TEST_F(EnumerationContextsTest, TheProducerStaysAtMostABufferAheadOfThePulls) {
     EXPECT_EQ(table.openCount(), 0u);
 }
 
-TEST_F(EnumerationContextsTest, ContextsBelongToTheirUserAndTheirPullOperation) {
+TEST_F(EnumerationContextsTest, ContextsBelongToTheirUserAndTheirPullOperation)
+{
     Items got;
     auto opened = open("alice", Numbers{50}, 1, got);
-    EXPECT_EQ(cimErrorOf([&] { pull("bob", opened.name, 1, got); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
-    EXPECT_EQ(cimErrorOf([&] { table.close("bob", opened.name); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(
+        cimErrorOf([&] { pull("bob", opened.name, 1, got); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(
+        cimErrorOf([&] { table.close("bob", opened.name); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
     EXPECT_EQ(cimErrorOf([&] { table.pull("alice", opened.name, true, 1, [](const std::string&) {}); }),
-              Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
     EXPECT_EQ(cimErrorOf([&] { pull("alice", "zda-enum-1-0", 1, got); }),
-              Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
     // Refusals leave the context usable by its owner.
     EXPECT_FALSE(pull("alice", opened.name, 1, got));
     EXPECT_EQ(got, (Items{"0", "1"}));
 }
 
-TEST_F(EnumerationContextsTest, LimitsPerUserAndPerServerRefuseFurtherOpens) {
+TEST_F(EnumerationContextsTest, LimitsPerUserAndPerServerRefuseFurtherOpens)
+{
     Items got;
     auto a1 = open("alice", Numbers{50}, 0, got);
     auto a2 = open("alice", Numbers{50}, 0, got);
-    EXPECT_EQ(cimErrorOf([&] { open("alice", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(
+        cimErrorOf([&] { open("alice", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
     auto b1 = open("bob", Numbers{50}, 0, got);
-    EXPECT_EQ(cimErrorOf([&] { open("carol", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(
+        cimErrorOf([&] { open("carol", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
     EXPECT_EQ(table.openCount(), 3u);
     // Closing one makes room again.
     table.close("alice", a1.name);
@@ -142,7 +167,8 @@ TEST_F(EnumerationContextsTest, LimitsPerUserAndPerServerRefuseFurtherOpens) {
     EXPECT_EQ(table.openCount(), 0u);
 }
 
-TEST_F(EnumerationContextsTest, AContextNotPulledInTimeIsClosedAndFreed) {
+TEST_F(EnumerationContextsTest, AContextNotPulledInTimeIsClosedAndFreed)
+{
     Items got;
     Numbers endless{1000000};
     auto opened = open("alice", endless, 1, got, 200ms);
@@ -154,7 +180,8 @@ TEST_F(EnumerationContextsTest, AContextNotPulledInTimeIsClosedAndFreed) {
     EXPECT_EQ(table.openCount(), 1u);
     std::this_thread::sleep_for(400ms);
     EXPECT_EQ(table.openCount(), 0u);
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }),
+        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
     // Its producer was stopped, not left running.
     const int produced = endless.produced->load();
     std::this_thread::sleep_for(50ms);
@@ -162,7 +189,8 @@ TEST_F(EnumerationContextsTest, AContextNotPulledInTimeIsClosedAndFreed) {
     EXPECT_LT(produced, 10);
 }
 
-TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext) {
+TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext)
+{
     Items got;
     auto opened = open("alice", Numbers{50}, 0, got);
     std::promise<void> inside;
@@ -170,7 +198,8 @@ TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext) {
     std::thread first([&] {
         Items mine;
         table.pull("alice", opened.name, false, 2, [&](const std::string&) {
-            if (mine.empty()) {
+            if (mine.empty())
+            {
                 inside.set_value();
                 leave.get_future().wait();
             }
@@ -178,8 +207,10 @@ TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext) {
         });
     });
     inside.get_future().wait();
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
-    EXPECT_EQ(cimErrorOf([&] { table.close("alice", opened.name); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(
+        cimErrorOf([&] { pull("alice", opened.name, 1, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(
+        cimErrorOf([&] { table.close("alice", opened.name); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
     leave.set_value();
     first.join();
     EXPECT_FALSE(pull("alice", opened.name, 1, got));
@@ -187,7 +218,8 @@ TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext) {
     table.close("alice", opened.name);
 }
 
-TEST_F(EnumerationContextsTest, AProducerFailureAnswersThePullThatMeetsItAndEndsTheContext) {
+TEST_F(EnumerationContextsTest, AProducerFailureAnswersThePullThatMeetsItAndEndsTheContext)
+{
     Items got;
     Numbers failing{5, Pegasus::CIM_ERR_ACCESS_DENIED};
     auto opened = open("alice", failing, 3, got);
@@ -196,7 +228,8 @@ TEST_F(EnumerationContextsTest, AProducerFailureAnswersThePullThatMeetsItAndEnds
     EXPECT_EQ(table.openCount(), 0u);
 }
 
-TEST_F(EnumerationContextsTest, TimeoutAndCountLimits) {
+TEST_F(EnumerationContextsTest, TimeoutAndCountLimits)
+{
     EXPECT_EQ(table.timeoutFor(std::nullopt), 10s);
     EXPECT_EQ(table.timeoutFor(5), 5s);
     EXPECT_EQ(cimErrorOf([&] { table.timeoutFor(0); }), Pegasus::CIM_ERR_INVALID_OPERATION_TIMEOUT);

@@ -56,7 +56,8 @@ TEST(LoginChecksTest, UnknownUsersCostWhatKnownUsersCost)
     };
     auto cheapest = [&](const std::string& user) {
         std::int64_t best = INT64_MAX;
-        for (int i = 0; i < 3; i++) {
+        for (int i = 0; i < 3; i++)
+        {
             std::int64_t start = threadCpuNanos();
             EXPECT_FALSE(users.verify(user, "not-the-password"));
             best = std::min(best, threadCpuNanos() - start);
@@ -73,7 +74,8 @@ TEST(LoginChecksTest, FailuresFromOneAddressEarnGrowingWaits)
     LoginThrottle::Settings settings;  // 3 free failures, 250 ms doubling to 8 s, at most 30 s ahead
     LoginThrottle throttle(settings);
     const auto t0 = LoginThrottle::Clock::time_point() + 1h;
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; i++)
+    {
         EXPECT_EQ(throttle.admit("10.0.0.1", t0), t0) << i;
         throttle.failed("10.0.0.1", "admin", t0);
     }
@@ -84,7 +86,8 @@ TEST(LoginChecksTest, FailuresFromOneAddressEarnGrowingWaits)
     };
     const Step steps[] = {{250ms}, {500ms}, {1000ms}, {2000ms}, {4000ms}, {8000ms}, {8000ms}};
     auto now = t0;
-    for (const Step& s : steps) {
+    for (const Step& s : steps)
+    {
         EXPECT_EQ(throttle.admit("10.0.0.1", now), now + s.wait) << s.wait.count();
         now += s.wait;
         throttle.failed("10.0.0.1", "admin", now);

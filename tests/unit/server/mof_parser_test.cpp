@@ -9,27 +9,33 @@
 
 using namespace zda::mof;
 
-namespace {
+namespace
+{
 
 // Files held in memory, so that includes can be tested without a disk.
-FileReader memoryReader(std::map<std::string, std::string> files) {
+FileReader memoryReader(std::map<std::string, std::string> files)
+{
     return [files](const std::string& path, const SourceLocation& from) {
         auto it = files.find(path);
-        if (it == files.end()) throw MofError(from, "cannot open \"" + path + "\"");
+        if (it == files.end())
+            throw MofError(from, "cannot open \"" + path + "\"");
         return it->second;
     };
 }
 
-std::vector<Declaration> parse(const std::string& text) {
+std::vector<Declaration> parse(const std::string& text)
+{
     return parseMof(text, "test.mof", "root/test", memoryReader({}));
 }
 
 template <typename T>
-const T& body(const Declaration& d) {
+const T& body(const Declaration& d)
+{
     return std::get<T>(d.body);
 }
 
-TEST(MofParser, BuildsClassesWithTheirFeatures) {
+TEST(MofParser, BuildsClassesWithTheirFeatures)
+{
     auto decls = parse(R"(
         Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass);
         Qualifier ValueMap : string[], Scope(property, method, parameter);
@@ -88,7 +94,8 @@ TEST(MofParser, BuildsClassesWithTheirFeatures) {
     EXPECT_EQ(cls.methods[1].returnType, DataType::DateTime);
 }
 
-TEST(MofParser, BuildsInstancesWithAliases) {
+TEST(MofParser, BuildsInstancesWithAliases)
+{
     auto decls = parse(R"(
         instance of Test_Thing as $first { Id = "a\x41\n"; Count = -9223372036854775808; On = TRUE; };
         instance of Test_Link { Left = $first; Names = {"x", null}; Nothing = NULL; };)");
@@ -107,9 +114,11 @@ TEST(MofParser, BuildsInstancesWithAliases) {
     EXPECT_EQ(link.values[2].where.line, 3u);
 }
 
-TEST(MofParser, IncludesAreRelativeAndKeepTheirNamespaceToThemselves) {
+TEST(MofParser, IncludesAreRelativeAndKeepTheirNamespaceToThemselves)
+{
     auto reader = memoryReader({
-        {"top/main.mof", "#pragma namespace(\"root/a\")\n#pragma include(\"sub/one.mof\")\nclass A_After {};"},
+        {"top/main.mof",
+            "#pragma namespace(\"root/a\")\n#pragma include(\"sub/one.mof\")\nclass A_After {};"},
         {"top/sub/one.mof", "class A_One {};\n#pragma namespace(\"/root/b\")\n#pragma include(\"two.mof\")"},
         {"top/sub/two.mof", "class B_Two {};"},
     });
@@ -125,43 +134,56 @@ TEST(MofParser, IncludesAreRelativeAndKeepTheirNamespaceToThemselves) {
     EXPECT_EQ(body<ClassDeclaration>(decls[1]).where.file, "top/sub/two.mof");
 }
 
-TEST(MofParser, IncludeFaultsPointAtThePragma) {
+TEST(MofParser, IncludeFaultsPointAtThePragma)
+{
     auto reader = memoryReader({
         {"a.mof", "class X {};\n  #pragma include(\"b.mof\")"},
         {"b.mof", "#pragma include(\"a.mof\")"},
         {"c.mof", "\n\n #pragma include(\"missing.mof\")"},
     });
-    try {
+    try
+    {
         parseMofFile("a.mof", "root", reader);
         FAIL() << "an include cycle was accepted";
-    } catch (const MofError& e) {
+    }
+    catch (const MofError& e)
+    {
         EXPECT_EQ(e.where().file, "b.mof");
         EXPECT_NE(e.message().find("includes itself"), std::string::npos) << e.what();
     }
-    try {
+    try
+    {
         parseMofFile("c.mof", "root", reader);
         FAIL() << "a missing include was accepted";
-    } catch (const MofError& e) {
+    }
+    catch (const MofError& e)
+    {
         EXPECT_EQ(e.where().toString(), "c.mof:3:2");
         EXPECT_NE(e.message().find("missing.mof"), std::string::npos);
     }
 }
 
-struct BadMof {
+struct BadMof
+{
     const char* text;
     unsigned line;
     unsigned column;
     const char* message;  // a part of the message
 };
 
-class MofParserError : public ::testing::TestWithParam<BadMof> {};
+class MofParserError : public ::testing::TestWithParam<BadMof>
+{};
 
-TEST_P(MofParserError, NamesPositionAndWhatWasExpected) {
+TEST_P(MofParserError, NamesPositionAndWhatWasExpected)
+{
     const BadMof& bad = GetParam();
-    try {
+    try
+    {
         parse(bad.text);
         FAIL() << "accepted: " << bad.text;
-    } catch (const MofError& e) {
+    }
+    catch (const MofError& e)
+    {
         EXPECT_EQ(e.where().file, "test.mof");
         EXPECT_EQ(e.where().line, bad.line) << e.what();
         EXPECT_EQ(e.where().column, bad.column) << e.what();
@@ -170,10 +192,9 @@ TEST_P(MofParserError, NamesPositionAndWhatWasExpected) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, MofParserError,
-    ::testing::Values(
-        BadMof{"class A {\n  string Name\n};", 3, 1, "expected ';' after the property declaration, found '}'"},
+INSTANTIATE_TEST_SUITE_P(Faults, MofParserError,
+    ::testing::Values(BadMof{"class A {\n  string Name\n};", 3, 1,
+                          "expected ';' after the property declaration, found '}'"},
         BadMof{"class A {};\nclas B {};", 2, 1, "expected 'class', 'instance', 'qualifier' or '#pragma'"},
         BadMof{"class A : {};", 1, 11, "expected a superclass name after ':'"},
         BadMof{"class A { strin Name; };", 1, 11, "expected a data type or '<class> REF'"},
@@ -192,7 +213,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadMof{"class A { uint8 X[0]; };", 1, 19, "array size"},
         BadMof{"class A { uint8 X = {{1}}; };", 1, 22, "arrays cannot be nested"},
         BadMof{"[Key, key] class A {};", 1, 7, "qualifier 'key' given twice"},
-        BadMof{"[Key] qualifier Q : boolean;", 1, 7, "expected 'class' or 'instance' after the qualifier list"},
+        BadMof{
+            "[Key] qualifier Q : boolean;", 1, 7, "expected 'class' or 'instance' after the qualifier list"},
         BadMof{"Qualifier Q : boolean = false;", 1, 30, "expected ',' before 'Scope'"},
         BadMof{"Qualifier Q : boolean, Scope(klass);", 1, 30, "expected a scope"},
         BadMof{"Qualifier Q : boolean, Scope(any), Flavor(Sticky);", 1, 43, "expected a flavor"},
@@ -206,8 +228,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadMof{"class A { char16 C = 'ab'; };", 1, 22, "more than one character"},
         BadMof{"class A {}; @", 1, 13, "unexpected character '@'"}));
 
-TEST(MofParser, ReadsTheProjectMof) {
-    for (const char* entry : {"root_zda.mof", "root_PG_Internal.mof", "root_PG_InterOp.mof"}) {
+TEST(MofParser, ReadsTheProjectMof)
+{
+    for (const char* entry : {"root_zda.mof", "root_PG_Internal.mof", "root_PG_InterOp.mof"})
+    {
         std::string path = std::string(ZDA_MOF_DIR) + "/" + entry;
         std::vector<Declaration> decls;
         ASSERT_NO_THROW(decls = parseMofFile(path, "root/cimv2")) << path;

@@ -8,7 +8,8 @@
 
 using namespace zda::mof;
 
-namespace {
+namespace
+{
 
 const char* const kQualifiers = R"(
 Qualifier Abstract : boolean = false, Scope(class, association), Flavor(EnableOverride, Restricted);
@@ -26,7 +27,8 @@ Qualifier Values : string[], Scope(property, method, parameter), Flavor(EnableOv
 
 // The qualifier block takes lines 1 to 12, so positions in `text` start at
 // line 13.
-NamespaceSchema resolve(const std::string& text) {
+NamespaceSchema resolve(const std::string& text)
+{
     auto reader = [](const std::string& path, const SourceLocation& from) -> std::string {
         throw MofError(from, "no file " + path);
     };
@@ -35,22 +37,27 @@ NamespaceSchema resolve(const std::string& text) {
     return schemas.at(0);
 }
 
-const ResolvedClass& cls(const NamespaceSchema& s, const char* name) {
+const ResolvedClass& cls(const NamespaceSchema& s, const char* name)
+{
     auto index = s.findClass(name);
     EXPECT_TRUE(index.has_value()) << name;
     return s.classes.at(index.value_or(0));
 }
 
-const ResolvedProperty& prop(const ResolvedClass& c, const char* name) {
+const ResolvedProperty& prop(const ResolvedClass& c, const char* name)
+{
     for (const ResolvedProperty& p : c.properties)
-        if (equalNoCase(p.name, name)) return p;
+        if (equalNoCase(p.name, name))
+            return p;
     ADD_FAILURE() << c.name << " has no " << name;
     return c.properties.at(0);
 }
 
-const ResolvedQualifier* qual(const std::vector<ResolvedQualifier>& list, const char* name) {
+const ResolvedQualifier* qual(const std::vector<ResolvedQualifier>& list, const char* name)
+{
     for (const ResolvedQualifier& q : list)
-        if (equalNoCase(q.name, name)) return &q;
+        if (equalNoCase(q.name, name))
+            return &q;
     return nullptr;
 }
 
@@ -72,7 +79,8 @@ class t_leaf : T_MIDDLE {
 };
 )";
 
-TEST(MofSchema, InheritsPropertiesWithClassOriginAndPropagation) {
+TEST(MofSchema, InheritsPropertiesWithClassOriginAndPropagation)
+{
     NamespaceSchema s = resolve(kHierarchy);
     ASSERT_EQ(s.classes.size(), 3u);
     EXPECT_EQ(s.classes[0].name, "T_Base");  // superclasses come first
@@ -115,7 +123,8 @@ TEST(MofSchema, InheritsPropertiesWithClassOriginAndPropagation) {
     EXPECT_TRUE(leaf.methods[0].propagated);
 }
 
-TEST(MofSchema, QualifierFlavorsDecideWhatPropagates) {
+TEST(MofSchema, QualifierFlavorsDecideWhatPropagates)
+{
     NamespaceSchema s = resolve(kHierarchy);
     const ResolvedClass& base = cls(s, "T_Base");
     const ResolvedClass& middle = cls(s, "T_Middle");
@@ -136,7 +145,8 @@ TEST(MofSchema, QualifierFlavorsDecideWhatPropagates) {
     EXPECT_EQ(qual(cls(t, "B").qualifiers, "Description"), nullptr);
 }
 
-TEST(MofSchema, AssociationsNarrowTheirReferences) {
+TEST(MofSchema, AssociationsNarrowTheirReferences)
+{
     NamespaceSchema s = resolve(R"(
         class T_Thing {};
         class T_Special : T_Thing {};
@@ -149,7 +159,8 @@ TEST(MofSchema, AssociationsNarrowTheirReferences) {
     EXPECT_TRUE(prop(narrow, "Right").isKey);
 }
 
-TEST(MofSchema, InstancesTakeDefaultsAndAliasPaths) {
+TEST(MofSchema, InstancesTakeDefaultsAndAliasPaths)
+{
     NamespaceSchema s = resolve(R"(
         class T_Thing { [Key] string Id; [Key] uint8 N; string Note = "n"; boolean On; };
         [Association] class T_Link { [Key] T_Thing REF Left; [Key] T_Thing REF Right; };
@@ -168,36 +179,42 @@ TEST(MofSchema, InstancesTakeDefaultsAndAliasPaths) {
     EXPECT_EQ(link.values[1].second.text, "T_Thing.Id=\"b\",N=2");
 }
 
-TEST(MofSchema, DeclarationOrderDoesNotMatterWithinANamespace) {
+TEST(MofSchema, DeclarationOrderDoesNotMatterWithinANamespace)
+{
     NamespaceSchema s = resolve("class C : B {}; class B : A {}; class A { [Key] string K; };");
     EXPECT_EQ(s.classes[0].name, "A");
     EXPECT_EQ(s.classes[2].name, "C");
     EXPECT_TRUE(prop(cls(s, "C"), "K").isKey);
 }
 
-struct BadSchema {
+struct BadSchema
+{
     const char* text;
     unsigned line;  // counted from the first line of `text` (1-based)
     unsigned column;
     const char* message;
 };
 
-class MofSchemaError : public ::testing::TestWithParam<BadSchema> {};
+class MofSchemaError : public ::testing::TestWithParam<BadSchema>
+{};
 
-TEST_P(MofSchemaError, PointsAtTheDeclarationAtFault) {
+TEST_P(MofSchemaError, PointsAtTheDeclarationAtFault)
+{
     const BadSchema& bad = GetParam();
-    try {
+    try
+    {
         resolve(bad.text);
         FAIL() << "accepted: " << bad.text;
-    } catch (const MofError& e) {
+    }
+    catch (const MofError& e)
+    {
         EXPECT_EQ(e.where().line, bad.line + 12) << e.what();
         EXPECT_EQ(e.where().column, bad.column) << e.what();
         EXPECT_NE(e.message().find(bad.message), std::string::npos) << e.what();
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, MofSchemaError,
+INSTANTIATE_TEST_SUITE_P(Faults, MofSchemaError,
     ::testing::Values(
         BadSchema{"class A {};\nclass a {};", 2, 1, "class 'a' is already defined at t.mof:13:1"},
         BadSchema{"class B : A {};", 1, 1, "superclass 'A' of class 'B' is not defined"},
@@ -206,20 +223,22 @@ INSTANTIATE_TEST_SUITE_P(
         BadSchema{"class A { [Association] string S; };", 1, 12, "cannot be used on a property"},
         BadSchema{"class A { [MaxLen] string S; };", 1, 12, "needs a value of type uint32"},
         BadSchema{"class A { [MaxLen(\"x\")] string S; };", 1, 19, "must be an integer"},
-        BadSchema{"class A { [Key] string K; };\nclass B : A { [Key(false), Override(\"K\")] string K; };", 2, 16,
-                  "(its flavor is DisableOverride)"},
+        BadSchema{"class A { [Key] string K; };\nclass B : A { [Key(false), Override(\"K\")] string K; };", 2,
+            16, "(its flavor is DisableOverride)"},
         BadSchema{"class A { string S; };\nclass B : A { string s; };", 2, 22,
-                  "already defined in superclass 'A'; write Override(\"s\")"},
+            "already defined in superclass 'A'; write Override(\"s\")"},
         BadSchema{"class A {};\nclass B : A { [Override(\"S\")] string S; };", 2, 16, "overrides nothing"},
         BadSchema{"class A { string S; };\nclass B : A { [Override(\"S\")] uint8 S; };", 2, 37,
-                  "must keep the type of the property it overrides (string)"},
-        BadSchema{"class A { [Key] string K; };\nclass B : A { [Key] string K2; };", 2, 28,
-                  "cannot add key 'K2'"},
+            "must keep the type of the property it overrides (string)"},
+        BadSchema{
+            "class A { [Key] string K; };\nclass B : A { [Key] string K2; };", 2, 28, "cannot add key 'K2'"},
         BadSchema{"class A { [Key] string K[]; };", 1, 24, "cannot be an array"},
         BadSchema{"class A { A REF R; };", 1, 17, "only allowed in an association"},
-        BadSchema{"[Association] class L { Nowhere REF R; };", 1, 37, "referenced class 'Nowhere' is not defined"},
-        BadSchema{"class T {}; class U {};\n[Association] class L { T REF R; };\n[Association] class M : L { [Override(\"R\")] U REF R; };",
-                  3, 51, "must refer to 'T' or one of its subclasses"},
+        BadSchema{
+            "[Association] class L { Nowhere REF R; };", 1, 37, "referenced class 'Nowhere' is not defined"},
+        BadSchema{
+            "class T {}; class U {};\n[Association] class L { T REF R; };\n[Association] class M : L { [Override(\"R\")] U REF R; };",
+            3, 51, "must refer to 'T' or one of its subclasses"},
         BadSchema{"class A {};\n[Association] class L : A {};", 2, 15, "which is not an association"},
         BadSchema{"class A { uint8 N = 256; };", 1, 21, "out of the range of uint8"},
         BadSchema{"class A { sint8 N = -129; };", 1, 21, "out of the range of sint8"},
@@ -230,31 +249,39 @@ INSTANTIATE_TEST_SUITE_P(
         BadSchema{"class A { uint8 N[2] = {1, 2, 3}; };", 1, 24, "more than 2 elements"},
         BadSchema{"class A { datetime D = \"2024\"; };", 1, 24, "must be a date-time"},
         BadSchema{"class A { uint32 M(); uint32 m(); };", 1, 30, "declared twice"},
-        BadSchema{"class A { uint32 M(); };\nclass B : A { uint8 M(); };", 2, 21, "already defined in superclass"},
+        BadSchema{
+            "class A { uint32 M(); };\nclass B : A { uint8 M(); };", 2, 21, "already defined in superclass"},
         BadSchema{"class A { uint32 M(); };\nclass B : A { [Override(\"M\")] uint8 M(); };", 2, 37,
-                  "must keep the return type"},
+            "must keep the return type"},
         BadSchema{"class A { uint32 M([Key] string P); };", 1, 21, "cannot be used on a parameter"},
         BadSchema{"class A { [ValueMap{\"1\", \"2\"}, Values{\"One\"}] uint16 C; };", 1, 12,
-                  "ValueMap and Values differ in length (2 and 1)"},
+            "ValueMap and Values differ in length (2 and 1)"},
         BadSchema{"class A { [ValueMap{\"1\"}, Values{\"One\"}] uint16 C; };\n"
                   "class B : A { [Override(\"C\"), Values{\"One\", \"Two\"}] uint16 C; };",
-                  2, 31, "ValueMap and Values differ in length (1 and 2)"},
+            2, 31, "ValueMap and Values differ in length (1 and 2)"},
         BadSchema{"instance of Nothing { };", 1, 1, "class 'Nothing' of the instance is not defined"},
         BadSchema{"[Abstract] class A {};\ninstance of A { };", 2, 1, "is abstract"},
-        BadSchema{"class A { [Key] string K; };\ninstance of A { k = null; };", 2, 1, "no value for key property 'K'"},
+        BadSchema{"class A { [Key] string K; };\ninstance of A { k = null; };", 2, 1,
+            "no value for key property 'K'"},
         BadSchema{"class A { [Key] string K; };\ninstance of A { K = \"x\"; Other = 1; };", 2, 26,
-                  "class 'A' has no property 'Other'"},
-        BadSchema{"class A { [Key] string K; };\ninstance of A { K = \"x\"; };\ninstance of A { K = \"x\"; };", 3, 1,
-                  "already defined"},
-        BadSchema{"class A { [Key] string K; };\n[Association] class L { [Key] A REF R; };\ninstance of L { R = $x; };",
-                  3, 21, "alias $x is not defined"},
+            "class 'A' has no property 'Other'"},
+        BadSchema{
+            "class A { [Key] string K; };\ninstance of A { K = \"x\"; };\ninstance of A { K = \"x\"; };", 3,
+            1, "already defined"},
+        BadSchema{
+            "class A { [Key] string K; };\n[Association] class L { [Key] A REF R; };\ninstance of L { R = $x; };",
+            3, 21, "alias $x is not defined"},
         BadSchema{"class A { [Key] string K; };\ninstance of A { K = 5; };", 2, 21, "must be a string"}));
 
-TEST(MofSchema, RejectsIllegalNamesAndNamespaces) {
+TEST(MofSchema, RejectsIllegalNamesAndNamespaces)
+{
     EXPECT_THROW(resolve("class A { string \xC3\x28; };"), MofError);
-    auto reader = [](const std::string&, const SourceLocation& from) -> std::string { throw MofError(from, "none"); };
-    EXPECT_THROW(resolveSchema(parseMof("#pragma namespace(\"root//x\") class A {};", "n.mof", "root", reader)),
-                 MofError);
+    auto reader = [](const std::string&, const SourceLocation& from) -> std::string {
+        throw MofError(from, "none");
+    };
+    EXPECT_THROW(
+        resolveSchema(parseMof("#pragma namespace(\"root//x\") class A {};", "n.mof", "root", reader)),
+        MofError);
 }
 
 }  // namespace

@@ -13,11 +13,13 @@
 
 using namespace zda::cimserver;
 
-namespace {
+namespace
+{
 
 // A connection that records what it is given, optionally slowly, and
 // fails on the send numbered `failAt` (from 1; 0: never).
-class RecordingConnection : public ResponseStream {
+class RecordingConnection : public ResponseStream
+{
 public:
     explicit RecordingConnection(unsigned failAt = 0, int delayMs = 0) : _failAt(failAt), _delayMs(delayMs) {}
 
@@ -52,7 +54,10 @@ private:
     std::vector<std::string> _events;
 };
 
-std::string piece(int n) { return "piece-" + std::to_string(n) + std::string(std::size_t(n % 7) * 1000, 'x'); }
+std::string piece(int n)
+{
+    return "piece-" + std::to_string(n) + std::string(std::size_t(n % 7) * 1000, 'x');
+}
 
 }  // namespace
 
@@ -61,10 +66,11 @@ TEST(QueuedStreamTest, PiecesArriveWholeAndInOrderBeforeTheEnd)
     RecordingConnection connection(0, 1);
     {
         QueuedStream queued(connection, 2, 1);  // each send is a piece of its own
-        queued.send("before", 6);  // not begun yet: written at once
+        queued.send("before", 6);               // not begun yet: written at once
         HttpResponseHead head;
         queued.begin(head);
-        for (int i = 0; i < 50; i++) {
+        for (int i = 0; i < 50; i++)
+        {
             std::string p = piece(i);
             queued.send(p.data(), p.size());
             p.assign(p.size(), '?');  // the caller's buffer is reused at once
@@ -88,7 +94,8 @@ TEST(QueuedStreamTest, SendsAfterTheFirstAreGatheredIntoPiecesOfAtLeastThePieceS
         QueuedStream queued(connection, 2, 10000);
         HttpResponseHead head;
         queued.begin(head);
-        for (int i = 0; i < 200; i++) {
+        for (int i = 0; i < 200; i++)
+        {
             std::string p = piece(i);
             expected += p;
             queued.send(p.data(), p.size());
@@ -101,8 +108,10 @@ TEST(QueuedStreamTest, SendsAfterTheFirstAreGatheredIntoPiecesOfAtLeastThePieceS
     EXPECT_EQ(events[1], piece(0));  // at once, as it came
     EXPECT_EQ(events.back(), "end");
     std::string body;
-    for (std::size_t i = 1; i + 1 < events.size(); i++) {
-        if (i > 1 && i + 2 < events.size()) {  // the gathered ones, but the last, are full
+    for (std::size_t i = 1; i + 1 < events.size(); i++)
+    {
+        if (i > 1 && i + 2 < events.size())
+        {  // the gathered ones, but the last, are full
             EXPECT_GE(events[i].size(), 10000u);
         }
         body += events[i];
@@ -118,13 +127,17 @@ TEST(QueuedStreamTest, AFailedConnectionStopsTheAnswerAtTheCaller)
     HttpResponseHead head;
     queued.begin(head);
     bool lost = false;
-    try {
-        for (int i = 0; i < 1000; i++) {
+    try
+    {
+        for (int i = 0; i < 1000; i++)
+        {
             std::string p = piece(i);
             queued.send(p.data(), p.size());
         }
         queued.end(boost::beast::http::fields());
-    } catch (const ConnectionLost&) {
+    }
+    catch (const ConnectionLost&)
+    {
         lost = true;
     }
     EXPECT_TRUE(lost);
@@ -143,7 +156,8 @@ TEST(QueuedStreamTest, AnAbandonedAnswerReleasesItsCallerPromptly)
         QueuedStream queued(connection, 3, 1);
         HttpResponseHead head;
         queued.begin(head);
-        for (int i = 0; i < 4; i++) {
+        for (int i = 0; i < 4; i++)
+        {
             std::string p = piece(i);
             queued.send(p.data(), p.size());
         }

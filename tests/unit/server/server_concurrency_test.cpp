@@ -15,8 +15,7 @@ namespace
 {
 
 class ConcurrencyTest : public TestModuleFixture
-{
-};
+{};
 
 TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProviderOnce)
 {
@@ -25,8 +24,8 @@ TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProvide
     std::atomic<int> ready{0};
     std::atomic<int> failures{0};
     auto worker = [&](int n) {
-        const OperationContext context =
-            zda::server::InProcessHost::contextFor(("user" + std::to_string(n)).c_str());
+        const OperationContext context = zda::server::InProcessHost::contextFor(
+            ("user" + std::to_string(n)).c_str());
         // Start together, so that first requests race for initialization.
         ++ready;
         while (ready.load() < threads)
@@ -35,11 +34,15 @@ TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProvide
         {
             try
             {
-                if (server().enumerateInstances(context, TEST_NS, "Test_Element", true, false, false, false,
-                        CIMPropertyList()).size() != 5)
+                if (server()
+                        .enumerateInstances(
+                            context, TEST_NS, "Test_Element", true, false, false, false, CIMPropertyList())
+                        .size() != 5)
                     ++failures;
-                if (server().associatorNames(context, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(), CIMName(),
-                        String(), String()).size() != 3)
+                if (server()
+                        .associatorNames(context, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(), CIMName(),
+                            String(), String())
+                        .size() != 3)
                     ++failures;
                 Array<CIMParamValue> out;
                 server().invokeMethod(context, TEST_NS, service(), "Upcalls", Array<CIMParamValue>(), out);
@@ -47,7 +50,8 @@ TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProvide
                     ++failures;
                 CIMClient client;
                 client.connectLocal();
-                if (client.getInstance(TEST_NS, disk("Fast1", "Test_FastDisk"), false).getPropertyCount() != 5)
+                if (client.getInstance(TEST_NS, disk("Fast1", "Test_FastDisk"), false).getPropertyCount() !=
+                    5)
                     ++failures;
             }
             catch (const Exception& e)
@@ -64,7 +68,7 @@ TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProvide
         t.join();
     EXPECT_EQ(failures.load(), 0);
     for (const char* provider :
-         {"Test_DiskProvider", "Test_FastDiskProvider", "Test_ComponentProvider", "Test_ServiceProvider"})
+        {"Test_DiskProvider", "Test_FastDiskProvider", "Test_ComponentProvider", "Test_ServiceProvider"})
         EXPECT_EQ(zda_test_providers::initializeCount(provider), 1) << provider;
 }
 
@@ -85,8 +89,10 @@ TEST_F(ConcurrencyTest, ProvidersReachingEachOtherFromInitializeDoNotDeadlock)
     std::sort(outcomes.begin(), outcomes.end());
     ASSERT_EQ(outcomes.size(), 2u);
     const bool aRefused = outcomes[0] == "Test_CycleAProvider other failed 1";
-    EXPECT_EQ(outcomes[0], aRefused ? "Test_CycleAProvider other failed 1" : "Test_CycleAProvider other ok 1");
-    EXPECT_EQ(outcomes[1], aRefused ? "Test_CycleBProvider other ok 1" : "Test_CycleBProvider other failed 1");
+    EXPECT_EQ(
+        outcomes[0], aRefused ? "Test_CycleAProvider other failed 1" : "Test_CycleAProvider other ok 1");
+    EXPECT_EQ(
+        outcomes[1], aRefused ? "Test_CycleBProvider other ok 1" : "Test_CycleBProvider other failed 1");
     EXPECT_EQ(zda_test_providers::initializeCount("Test_CycleAProvider"), 1);
     EXPECT_EQ(zda_test_providers::initializeCount("Test_CycleBProvider"), 1);
 }

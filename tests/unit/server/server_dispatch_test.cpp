@@ -41,8 +41,8 @@ protected:
 
 TEST_F(DispatchTest, DeepEnumerationAsksEveryProviderForItsOwnClassAndAddsStaticInstances)
 {
-    Array<CIMInstance> all = server().enumerateInstances(alice, TEST_NS, "Test_Element", true, false, false,
-        false, CIMPropertyList());
+    Array<CIMInstance> all = server().enumerateInstances(
+        alice, TEST_NS, "Test_Element", true, false, false, false, CIMPropertyList());
     EXPECT_THAT(idsOf(all), ElementsAre("Disk1", "Disk2", "Fast1", "Tape1", "Tape2"));
     for (Uint32 i = 0; i < all.size(); ++i)
     {
@@ -56,7 +56,8 @@ TEST_F(DispatchTest, DeepEnumerationAsksEveryProviderForItsOwnClassAndAddsStatic
 
     EXPECT_THAT(ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk")),
         ElementsAre("Disk1", "Disk2", "Fast1"));
-    EXPECT_THAT(ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Tape")), ElementsAre("Tape1", "Tape2"));
+    EXPECT_THAT(
+        ids(server().enumerateInstanceNames(alice, TEST_NS, "Test_Tape")), ElementsAre("Tape1", "Tape2"));
 }
 
 TEST_F(DispatchTest, PropertiesFollowDeepInheritanceAndThePropertyListButNotLocalOnly)
@@ -82,14 +83,15 @@ TEST_F(DispatchTest, PropertiesFollowDeepInheritanceAndThePropertyListButNotLoca
             {"Id", "Name", "Size", "Speed", "Tier"}},
         {"local, deep", "Test_Disk", true, true, CIMPropertyList(), {"Id", "Name", "Size", "Speed"},
             {"Id", "Name", "Size", "Speed", "Tier"}},
-        {"listed", "Test_Disk", true, false, propertyList({"name", "Tier", "NoSuch"}), {"Name"}, {"Name", "Tier"}},
+        {"listed", "Test_Disk", true, false, propertyList({"name", "Tier", "NoSuch"}), {"Name"},
+            {"Name", "Tier"}},
         {"empty list", "Test_Disk", true, false, propertyList({}), {"-"}, {"-"}},
     };
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.what);
-        Array<CIMInstance> found =
-            server().enumerateInstances(alice, TEST_NS, c.className, c.deep, c.localOnly, false, false, c.list);
+        Array<CIMInstance> found = server().enumerateInstances(
+            alice, TEST_NS, c.className, c.deep, c.localOnly, false, false, c.list);
         for (Uint32 i = 0; i < found.size(); ++i)
         {
             const std::string id = idsOf(Array<CIMInstance>(&found[i], 1))[0];
@@ -136,13 +138,15 @@ TEST_F(DispatchTest, QualifiersAndClassOriginsAreReturnedOnlyWhenAsked)
     for (bool asked : {false, true})
     {
         SCOPED_TRACE(asked);
-        CIMInstance d = server().getInstance(alice, TEST_NS, disk("Disk1"), false, asked, asked, CIMPropertyList());
+        CIMInstance d = server().getInstance(
+            alice, TEST_NS, disk("Disk1"), false, asked, asked, CIMPropertyList());
         CIMConstProperty name = d.getProperty(d.findProperty("Name"));
         EXPECT_EQ(name.getQualifierCount(), asked ? 1u : 0u);
         EXPECT_EQ(name.getClassOrigin().getString(), asked ? "Test_Element" : "");
     }
     // The provider's own objects are left alone.
-    CIMInstance again = server().getInstance(alice, TEST_NS, disk("Disk1"), false, true, true, CIMPropertyList());
+    CIMInstance again = server().getInstance(
+        alice, TEST_NS, disk("Disk1"), false, true, true, CIMPropertyList());
     EXPECT_EQ(again.getProperty(again.findProperty("Name")).getQualifierCount(), 1u);
 }
 
@@ -162,14 +166,16 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
         ::testing::HasSubstr("pl=Size"));
 
     server().deleteInstance(alice, TEST_NS, disk("Disk3"));
-    EXPECT_EQ(cimErrorOf([&] { server().getInstance(alice, TEST_NS, disk("Disk3"), false, false, false,
-                                   CIMPropertyList()); }),
+    EXPECT_EQ(cimErrorOf([&] {
+        server().getInstance(alice, TEST_NS, disk("Disk3"), false, false, false, CIMPropertyList());
+    }),
         CIM_ERR_NOT_FOUND);
 
-    CIMInstance tape = server().getInstance(alice, TEST_NS, disk("Tape1", "Test_Tape"), false, false, false,
-        CIMPropertyList());
+    CIMInstance tape = server().getInstance(
+        alice, TEST_NS, disk("Tape1", "Test_Tape"), false, false, false, CIMPropertyList());
     EXPECT_EQ(tape.getProperty(tape.findProperty("Label")).getValue(), CIMValue(String("L1")));
-    EXPECT_EQ(server().getProperty(alice, TEST_NS, disk("Tape2", "Test_Tape"), "Label"), CIMValue(String("L2")));
+    EXPECT_EQ(
+        server().getProperty(alice, TEST_NS, disk("Tape2", "Test_Tape"), "Label"), CIMValue(String("L2")));
 
     CIMInstance keyless("Test_Disk");
     keyless.addProperty(CIMProperty("Size", Uint32(1)));
@@ -182,23 +188,37 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
         CIMStatusCode code;
     };
     const Case cases[] = {
-        {"unknown namespace", [&] { server().enumerateInstances(alice, "root/none", "Test_Disk", true, false,
-                                        false, false, CIMPropertyList()); }, CIM_ERR_INVALID_NAMESPACE},
+        {"unknown namespace",
+            [&] {
+                server().enumerateInstances(
+                    alice, "root/none", "Test_Disk", true, false, false, false, CIMPropertyList());
+            },
+            CIM_ERR_INVALID_NAMESPACE},
         {"unknown class", [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Nothing"); },
             CIM_ERR_INVALID_CLASS},
-        {"no such disk", [&] { server().getInstance(alice, TEST_NS, disk("Disk9"), false, false, false,
-                                   CIMPropertyList()); }, CIM_ERR_NOT_FOUND},
-        {"no such tape", [&] { server().getInstance(alice, TEST_NS, disk("Tape9", "Test_Tape"), false, false,
-                                   false, CIMPropertyList()); }, CIM_ERR_NOT_FOUND},
+        {"no such disk",
+            [&] {
+                server().getInstance(alice, TEST_NS, disk("Disk9"), false, false, false, CIMPropertyList());
+            },
+            CIM_ERR_NOT_FOUND},
+        {"no such tape",
+            [&] {
+                server().getInstance(
+                    alice, TEST_NS, disk("Tape9", "Test_Tape"), false, false, false, CIMPropertyList());
+            },
+            CIM_ERR_NOT_FOUND},
         {"undeclared property", [&] { server().getProperty(alice, TEST_NS, disk("Disk1"), "Colour"); },
             CIM_ERR_NO_SUCH_PROPERTY},
-        {"wrong property type", [&] { server().setProperty(alice, TEST_NS, disk("Disk1"), "Size",
-                                          CIMValue(String("big"))); }, CIM_ERR_TYPE_MISMATCH},
-        {"modify without keys", [&] { server().modifyInstance(alice, TEST_NS, keyless, false,
-                                          CIMPropertyList()); }, CIM_ERR_INVALID_PARAMETER},
+        {"wrong property type",
+            [&] { server().setProperty(alice, TEST_NS, disk("Disk1"), "Size", CIMValue(String("big"))); },
+            CIM_ERR_TYPE_MISMATCH},
+        {"modify without keys",
+            [&] { server().modifyInstance(alice, TEST_NS, keyless, false, CIMPropertyList()); },
+            CIM_ERR_INVALID_PARAMETER},
         {"create a static instance", [&] { server().createInstance(alice, TEST_NS, newTape); },
             CIM_ERR_NOT_SUPPORTED},
-        {"delete a static instance", [&] { server().deleteInstance(alice, TEST_NS, disk("Tape1", "Test_Tape")); },
+        {"delete a static instance",
+            [&] { server().deleteInstance(alice, TEST_NS, disk("Tape1", "Test_Tape")); },
             CIM_ERR_NOT_SUPPORTED},
         {"create a class", [&] { server().createClass(alice, TEST_NS, CIMClass("Test_New")); },
             CIM_ERR_NOT_SUPPORTED},
@@ -214,11 +234,11 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
 
 TEST_F(DispatchTest, ResultsAreReturnedEvenWithoutComplete)
 {
-    EXPECT_THAT(idsOf(server().enumerateInstances(alice, TEST_NS, "Test_Pool", true, false, false, false,
-                    CIMPropertyList())),
+    EXPECT_THAT(idsOf(server().enumerateInstances(
+                    alice, TEST_NS, "Test_Pool", true, false, false, false, CIMPropertyList())),
         ElementsAre("Pool1"));
-    CIMInstance pool = server().getInstance(alice, TEST_NS, disk("Pool1", "Test_Pool"), false, false, false,
-        CIMPropertyList());
+    CIMInstance pool = server().getInstance(
+        alice, TEST_NS, disk("Pool1", "Test_Pool"), false, false, false, CIMPropertyList());
     EXPECT_EQ(pool.getPath().toString(), "//testhost/root/test:Test_Pool.Id=\"Pool1\"");
 
     Array<CIMParamValue> out;
@@ -242,10 +262,10 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
         const char* message;
     };
     const Case cases[] = {
-        {params({param("Code", CIMValue(Uint32(4096))), param("Text", CIMValue(String("job started")))}), "Fail",
-            4096, "job started"},
-        {params({param("Code", CIMValue(Uint32(5))), param("Text", CIMValue(String("bad volume")))}), "Fail", 5,
-            "bad volume"},
+        {params({param("Code", CIMValue(Uint32(4096))), param("Text", CIMValue(String("job started")))}),
+            "Fail", 4096, "job started"},
+        {params({param("Code", CIMValue(Uint32(5))), param("Text", CIMValue(String("bad volume")))}), "Fail",
+            5, "bad volume"},
         {params({param("Kind", CIMValue(String("notfound")))}), "Throw", CIM_ERR_NOT_FOUND, "gone away"},
         {params({param("Kind", CIMValue(String("std")))}), "Throw", CIM_ERR_FAILED, "a standard failure"},
         {params({param("Kind", CIMValue(String("pegasus")))}), "Throw", CIM_ERR_FAILED,
@@ -263,16 +283,22 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
     }
     // Failures that are not CIM errors are provider faults and are logged.
     std::vector<std::string> logged = log();
-    EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [](const std::string& line) {
-        return line.rfind("2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception", 0) == 0;
-    }), 3);
+    EXPECT_EQ(
+        std::count_if(logged.begin(), logged.end(),
+            [](const std::string& line) {
+                return line.rfind(
+                           "2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception",
+                           0) == 0;
+            }),
+        3);
 
     // A client sees the code and the description text.
     CIMClient client;
     client.connectLocal();
     Array<CIMParamValue> out;
     std::string message;
-    EXPECT_EQ(cimErrorOf([&] { client.invokeMethod(TEST_NS, service(), "Fail", cases[0].in, out); }, &message),
+    EXPECT_EQ(
+        cimErrorOf([&] { client.invokeMethod(TEST_NS, service(), "Fail", cases[0].in, out); }, &message),
         4096);
     EXPECT_EQ(message, "Unrecognized CIM status code \"4096\": job started");
     EXPECT_EQ(cimErrorOf([&] { client.getInstance(TEST_NS, disk("Disk9")); }, &message), CIM_ERR_NOT_FOUND);
@@ -285,8 +311,7 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
 TEST_F(DispatchTest, AFailingConsumerEndsAStreamedOperationWithItsOwnException)
 {
     struct ConsumerGaveUp
-    {
-    };
+    {};
     std::size_t consumed = 0;
     auto giveUpAtTen = [&](const auto&...) {
         if (++consumed == 10)
@@ -294,8 +319,8 @@ TEST_F(DispatchTest, AFailingConsumerEndsAStreamedOperationWithItsOwnException)
     };
     const std::function<void()> operations[] = {
         [&] {
-            server().enumerateInstances(alice, TEST_NS, "Test_Bulk", true, false, false, false, CIMPropertyList(),
-                giveUpAtTen);
+            server().enumerateInstances(
+                alice, TEST_NS, "Test_Bulk", true, false, false, false, CIMPropertyList(), giveUpAtTen);
         },
         [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Bulk", giveUpAtTen); },
     };
@@ -309,9 +334,11 @@ TEST_F(DispatchTest, AFailingConsumerEndsAStreamedOperationWithItsOwnException)
     EXPECT_THAT(zda_test_providers::notesStartingWith("Test_BulkProvider"),
         ElementsAre("Test_BulkProvider refused 2991", "Test_BulkProvider refused 2991"));
     std::vector<std::string> logged = log();
-    EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [](const std::string& line) {
-        return line.find("failed with a non-CIM exception") != std::string::npos;
-    }), 0);
+    EXPECT_EQ(std::count_if(logged.begin(), logged.end(),
+                  [](const std::string& line) {
+                      return line.find("failed with a non-CIM exception") != std::string::npos;
+                  }),
+        0);
 
     // Results come finished, as the Array forms return them.
     std::vector<std::string> paths;
@@ -331,7 +358,8 @@ TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
     const Case cases[] = {
         {"Test_Broken", "ZdaMissingModule/Test_BrokenProvider", "libZdaNoSuchLibrary.so"},
         {"Test_Nameless", "ZdaTestModule/Test_NoSuchProvider", "creates no provider of that name"},
-        {"Test_FailInit", "ZdaTestModule/Test_FailInitProvider", "its initialize failed: the device is not ready"},
+        {"Test_FailInit", "ZdaTestModule/Test_FailInitProvider",
+            "its initialize failed: the device is not ready"},
     };
     for (const Case& c : cases)
     {
@@ -339,15 +367,18 @@ TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
         for (int attempt = 0; attempt < 2; ++attempt)
         {
             std::string message;
-            EXPECT_EQ(cimErrorOf([&] { server().enumerateInstanceNames(alice, TEST_NS, c.className); }, &message),
+            EXPECT_EQ(
+                cimErrorOf([&] { server().enumerateInstanceNames(alice, TEST_NS, c.className); }, &message),
                 CIM_ERR_FAILED);
             EXPECT_THAT(message, ::testing::HasSubstr(c.provider));
             EXPECT_THAT(message, ::testing::HasSubstr(c.why));
         }
         std::vector<std::string> logged = log();
-        EXPECT_EQ(std::count_if(logged.begin(), logged.end(), [&](const std::string& line) {
-            return line.rfind("2 The provider " + std::string(c.provider), 0) == 0;
-        }), 1);
+        EXPECT_EQ(std::count_if(logged.begin(), logged.end(),
+                      [&](const std::string& line) {
+                          return line.rfind("2 The provider " + std::string(c.provider), 0) == 0;
+                      }),
+            1);
     }
     EXPECT_EQ(zda_test_providers::initializeCount("Test_FailInitProvider"), 1);
     EXPECT_EQ(zda_test_providers::terminateCount("Test_FailInitProvider"), 1);
@@ -355,8 +386,12 @@ TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
     // A provider without the interface a class is registered for.
     std::string message;
     Array<CIMParamValue> out;
-    EXPECT_EQ(cimErrorOf([&] { server().invokeMethod(alice, TEST_NS, disk("Pool1", "Test_Pool"), "Reset",
-                                   Array<CIMParamValue>(), out); }, &message),
+    EXPECT_EQ(cimErrorOf(
+                  [&] {
+                      server().invokeMethod(
+                          alice, TEST_NS, disk("Pool1", "Test_Pool"), "Reset", Array<CIMParamValue>(), out);
+                  },
+                  &message),
         CIM_ERR_NOT_SUPPORTED);
     EXPECT_EQ(message, "Invalid provider interface.");
 }
@@ -381,8 +416,9 @@ TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
     String summary;
     paramNamed(out, "Summary").get(summary);
     const std::string text = (const char*)summary.getCString();
-    for (const char* expected : {"small=uint16:7 ", "Big=sint64[]:", "Flag=boolean:", "When=datetime:20240102",
-             "Item=reference:", "Text=string:hi ", "Ratio=real64:", "Setting=instance:"})
+    for (const char* expected :
+        {"small=uint16:7 ", "Big=sint64[]:", "Flag=boolean:", "When=datetime:20240102",
+            "Item=reference:", "Text=string:hi ", "Ratio=real64:", "Setting=instance:"})
         EXPECT_THAT(text, ::testing::HasSubstr(expected));
     EXPECT_THAT(text, ::testing::Not(::testing::HasSubstr("?")));
 
@@ -413,7 +449,8 @@ TEST_F(DispatchTest, UntypedParametersAreTypedFromTheMethodDeclaration)
     paramNamed(out, "Summary").get(summary);
     EXPECT_THAT((const char*)summary.getCString(), ::testing::HasSubstr("Setting=instance:"));
     Array<CIMParamValue> ignored;
-    EXPECT_EQ(cimErrorOf([&] { invoke("Launch", Array<CIMParamValue>(), ignored); }), CIM_ERR_METHOD_NOT_FOUND);
+    EXPECT_EQ(
+        cimErrorOf([&] { invoke("Launch", Array<CIMParamValue>(), ignored); }), CIM_ERR_METHOD_NOT_FOUND);
 }
 
 // ---- associations -------------------------------------------------------------------
@@ -446,7 +483,8 @@ TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
     {
         SCOPED_TRACE(std::string(c.assocClass) + "|" + c.resultClass + "|" + c.role + "|" + c.resultRole);
         const size_t askedBefore = zda_test_providers::notesStartingWith("Test_ComponentProvider").size();
-        EXPECT_EQ(ids(associatorNames(disk("Disk1"), c.assocClass, c.resultClass, c.role, c.resultRole)), c.found);
+        EXPECT_EQ(
+            ids(associatorNames(disk("Disk1"), c.assocClass, c.resultClass, c.role, c.resultRole)), c.found);
         EXPECT_EQ(zda_test_providers::notesStartingWith("Test_ComponentProvider").size() > askedBefore,
             c.providerAsked);
     }
@@ -457,13 +495,13 @@ TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
     EXPECT_EQ(zda_test_providers::notesStartingWith("Test_ComponentProvider").back(),
         "Test_ComponentProvider.associatorNames assoc=Test_Component result=Test_Disk role= resultRole= user=alice");
 
-    Array<CIMObjectPath> references =
-        server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), String());
+    Array<CIMObjectPath> references = server().referenceNames(
+        alice, TEST_NS, disk("Disk1"), CIMName(), String());
     EXPECT_EQ(references.size(), 3u);
     EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), "Test_Backup", String()).size(), 2u);
     EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), "Part").size(), 1u);
-    Array<CIMObject> links = server().references(alice, TEST_NS, disk("Disk1"), "Test_Component", String(), false,
-        false, CIMPropertyList());
+    Array<CIMObject> links = server().references(
+        alice, TEST_NS, disk("Disk1"), "Test_Component", String(), false, false, CIMPropertyList());
     ASSERT_EQ(links.size(), 1u);
     EXPECT_EQ(links[0].getPath().getHost(), "testhost");
 
@@ -484,7 +522,8 @@ TEST_F(DispatchTest, AssociationOperationsOnAClassAnswerWithClasses)
     const CIMObjectPath diskClass("Test_Disk");
     EXPECT_THAT(names(associatorNames(diskClass)),
         ElementsAre("//testhost/root/test:Test_Pool", "//testhost/root/test:Test_Tape"));
-    EXPECT_THAT(names(associatorNames(diskClass, "", "", "Source")), ElementsAre("//testhost/root/test:Test_Tape"));
+    EXPECT_THAT(
+        names(associatorNames(diskClass, "", "", "Source")), ElementsAre("//testhost/root/test:Test_Tape"));
     EXPECT_THAT(names(server().referenceNames(alice, TEST_NS, diskClass, CIMName(), "Part")),
         ElementsAre("//testhost/root/test:Test_Component"));
     Array<CIMObject> classes = server().associators(alice, TEST_NS, CIMObjectPath("Test_Pool"), CIMName(),
@@ -497,8 +536,8 @@ TEST_F(DispatchTest, AssociationOperationsOnAClassAnswerWithClasses)
 
 TEST_F(DispatchTest, AssociatorsReturnCompleteFilteredInstancesAndSkipDanglingLinks)
 {
-    Array<CIMObject> parts = server().associators(alice, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(), CIMName(),
-        String(), String(), false, false, propertyList({"Name"}));
+    Array<CIMObject> parts = server().associators(alice, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(),
+        CIMName(), String(), String(), false, false, propertyList({"Name"}));
     EXPECT_THAT(idsOf(parts), ElementsAre("Disk1", "Fast1", "Tape1"));
     for (Uint32 i = 0; i < parts.size(); ++i)
     {
@@ -589,9 +628,11 @@ TEST_F(DispatchTest, UnusableRegistrationsAreReportedAndLeftOut)
     EXPECT_THAT(problems[0], ::testing::HasSubstr("registers a class that already has a provider"));
     EXPECT_THAT(problems[1], ::testing::HasSubstr("names a provider without a PG_Provider instance"));
     EXPECT_THAT(problems[2], ::testing::HasSubstr("provider type 4 is not served"));
-    EXPECT_THAT(problems[3], ::testing::HasSubstr("Test_OrphanProvider names the unknown module ZdaUnknownModule"));
+    EXPECT_THAT(
+        problems[3], ::testing::HasSubstr("Test_OrphanProvider names the unknown module ZdaUnknownModule"));
     // The first registration of a class stays in force.
-    EXPECT_EQ(withBad.registry().find(TEST_NS, "Test_Disk", zda::server::ProviderType::Instance)->providerName,
+    EXPECT_EQ(
+        withBad.registry().find(TEST_NS, "Test_Disk", zda::server::ProviderType::Instance)->providerName,
         "Test_DiskProvider");
     EXPECT_FALSE(withBad.registry().find(TEST_NS, "Test_Tape", zda::server::ProviderType::Instance));
 }
@@ -602,8 +643,9 @@ TEST_F(DispatchTest, TheObserverHearsOfOutermostOperationsOnly)
     server().setOperationObserver([&](const char* operation) { heard.push_back(operation); });
     Array<CIMParamValue> out;
     invoke("Upcalls", Array<CIMParamValue>(), out, alice);
-    EXPECT_EQ(cimErrorOf([&] { server().getClass(alice, TEST_NS, "Test_Nothing", false, false, false,
-                                   CIMPropertyList()); }),
+    EXPECT_EQ(cimErrorOf([&] {
+        server().getClass(alice, TEST_NS, "Test_Nothing", false, false, false, CIMPropertyList());
+    }),
         CIM_ERR_NOT_FOUND);
     EXPECT_THAT(heard, ElementsAre("InvokeMethod", "GetClass"));
 }
@@ -620,15 +662,19 @@ TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
         const char* message;
     };
     const Case cases[] = {
-        {"second instance for getInstance", [&] {
-             zda::server::InstanceCollector c(true);
-             c.deliver(one);
-             c.deliver(one);
-         }, "Too many objects delivered."},
-        {"complete without an instance", [&] {
-             zda::server::InstanceCollector c(true);
-             c.complete();
-         }, "Too few objects delivered."},
+        {"second instance for getInstance",
+            [&] {
+                zda::server::InstanceCollector c(true);
+                c.deliver(one);
+                c.deliver(one);
+            },
+            "Too many objects delivered."},
+        {"complete without an instance",
+            [&] {
+                zda::server::InstanceCollector c(true);
+                c.complete();
+            },
+            "Too few objects delivered."},
         {"uninitialized instance", [&] { zda::server::InstanceCollector(false).deliver(CIMInstance()); },
             "The object is not initialized."},
         {"path without a class", [&] { zda::server::ObjectPathCollector().deliver(CIMObjectPath()); },

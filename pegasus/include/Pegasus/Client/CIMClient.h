@@ -52,10 +52,8 @@ public:
 
     // Already connected: AlreadyConnectedException. No network transport
     // available or the server cannot be reached: CannotConnectException.
-    void connect(const String& host, const Uint32 portNumber,
-        const String& userName, const String& password);
-    void connect(const String& host, const Uint32 portNumber,
-        const SSLContext& sslContext,
+    void connect(const String& host, const Uint32 portNumber, const String& userName, const String& password);
+    void connect(const String& host, const Uint32 portNumber, const SSLContext& sslContext,
         const String& userName, const String& password);
 
     // Connects to the server of this machine, as described above. Already
@@ -66,23 +64,16 @@ public:
     // Closes the connection; does nothing when not connected.
     void disconnect();
 
-    CIMClass getClass(const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = true,
-        Boolean includeClassOrigin = false,
+    CIMClass getClass(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly = true,
+        Boolean includeQualifiers = true, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    Array<CIMClass> enumerateClasses(const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(),
-        Boolean deepInheritance = false,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = true,
+    Array<CIMClass> enumerateClasses(const CIMNamespaceName& nameSpace, const CIMName& className = CIMName(),
+        Boolean deepInheritance = false, Boolean localOnly = true, Boolean includeQualifiers = true,
         Boolean includeClassOrigin = false);
 
     Array<CIMName> enumerateClassNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className = CIMName(),
-        Boolean deepInheritance = false);
+        const CIMName& className = CIMName(), Boolean deepInheritance = false);
 
     void createClass(const CIMNamespaceName& nameSpace, const CIMClass& newClass);
 
@@ -90,84 +81,54 @@ public:
 
     void deleteClass(const CIMNamespaceName& nameSpace, const CIMName& className);
 
-    CIMInstance getInstance(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
+    CIMInstance getInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        Boolean localOnly = true, Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance = true,
-        Boolean localOnly = true,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
+    Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean deepInheritance = true, Boolean localOnly = true, Boolean includeQualifiers = false,
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList());
+
+    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& nameSpace, const CIMName& className);
+
+    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace, const CIMInstance& newInstance);
+
+    void modifyInstance(const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers = true, const CIMPropertyList& propertyList = CIMPropertyList());
+
+    void deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName);
+
+    Array<CIMObject> execQuery(
+        const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query);
+
+    Array<CIMObject> associators(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY,
+        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className);
+    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String::EMPTY, const String& resultRole = String::EMPTY);
 
-    CIMObjectPath createInstance(const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance);
-
-    void modifyInstance(const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers = true,
+    Array<CIMObject> references(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY,
+        Boolean includeQualifiers = false, Boolean includeClassOrigin = false,
         const CIMPropertyList& propertyList = CIMPropertyList());
 
-    void deleteInstance(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName);
+    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String::EMPTY);
 
-    Array<CIMObject> execQuery(const CIMNamespaceName& nameSpace,
-        const String& queryLanguage,
-        const String& query);
+    CIMValue getProperty(
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName, const CIMName& propertyName);
 
-    Array<CIMObject> associators(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        const String& resultRole = String::EMPTY);
-
-    Array<CIMObject> references(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY,
-        Boolean includeQualifiers = false,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList());
-
-    Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String::EMPTY);
-
-    CIMValue getProperty(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName);
-
-    void setProperty(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName,
-        const CIMValue& newValue = CIMValue());
+    void setProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& propertyName, const CIMValue& newValue = CIMValue());
 
     // Returns the method's return value and appends its output parameters
     // to outParameters.
-    CIMValue invokeMethod(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+    CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters);
 
     // Pulled enumerations. An open starts one on the server and returns its
@@ -175,100 +136,56 @@ public:
     // the pulls return the next ones, and closeEnumeration() ends it early.
     // enumerationContext is filled by the open and cleared when the
     // sequence ends. Instances come with their paths.
-    Array<CIMInstance> openEnumerateInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance = true,
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList(),
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
+    Array<CIMInstance> openEnumerateInstances(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean deepInheritance = true, Boolean includeClassOrigin = false,
+        const CIMPropertyList& propertyList = CIMPropertyList(), const String& filterQueryLanguage = String(),
+        const String& filterQuery = String(), const Uint32Arg& operationTimeout = Uint32Arg(),
+        Boolean continueOnError = false, Uint32 maxObjectCount = 0);
+
+    Array<CIMObjectPath> openEnumerateInstancePaths(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMName& className,
+        const String& filterQueryLanguage = String(), const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(), Boolean continueOnError = false,
         Uint32 maxObjectCount = 0);
 
-    Array<CIMObjectPath> openEnumerateInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
+    Array<CIMInstance> openReferenceInstances(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String(),
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String(), const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(), Boolean continueOnError = false,
         Uint32 maxObjectCount = 0);
 
-    Array<CIMInstance> openReferenceInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String(),
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList(),
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
+    Array<CIMObjectPath> openReferenceInstancePaths(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass = CIMName(), const String& role = String(),
+        const String& filterQueryLanguage = String(), const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(), Boolean continueOnError = false,
         Uint32 maxObjectCount = 0);
 
-    Array<CIMObjectPath> openReferenceInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass = CIMName(),
-        const String& role = String(),
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
+    Array<CIMInstance> openAssociatorInstances(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String(), const String& resultRole = String(),
+        Boolean includeClassOrigin = false, const CIMPropertyList& propertyList = CIMPropertyList(),
+        const String& filterQueryLanguage = String(), const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(), Boolean continueOnError = false,
         Uint32 maxObjectCount = 0);
 
-    Array<CIMInstance> openAssociatorInstances(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String(),
-        const String& resultRole = String(),
-        Boolean includeClassOrigin = false,
-        const CIMPropertyList& propertyList = CIMPropertyList(),
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
-        Uint32 maxObjectCount = 0);
-
-    Array<CIMObjectPath> openAssociatorInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass = CIMName(),
-        const CIMName& resultClass = CIMName(),
-        const String& role = String(),
-        const String& resultRole = String(),
-        const String& filterQueryLanguage = String(),
-        const String& filterQuery = String(),
-        const Uint32Arg& operationTimeout = Uint32Arg(),
-        Boolean continueOnError = false,
+    Array<CIMObjectPath> openAssociatorInstancePaths(CIMEnumerationContext& enumerationContext,
+        Boolean& endOfSequence, const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass = CIMName(), const CIMName& resultClass = CIMName(),
+        const String& role = String(), const String& resultRole = String(),
+        const String& filterQueryLanguage = String(), const String& filterQuery = String(),
+        const Uint32Arg& operationTimeout = Uint32Arg(), Boolean continueOnError = false,
         Uint32 maxObjectCount = 0);
 
     Array<CIMInstance> pullInstancesWithPath(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        Uint32 maxObjectCount);
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount);
 
     Array<CIMObjectPath> pullInstancePaths(
-        CIMEnumerationContext& enumerationContext,
-        Boolean& endOfSequence,
-        Uint32 maxObjectCount);
+        CIMEnumerationContext& enumerationContext, Boolean& endOfSequence, Uint32 maxObjectCount);
 
     void closeEnumeration(CIMEnumerationContext& enumerationContext);
 

@@ -25,10 +25,8 @@ public:
 class PEGASUS_CLIENT_LINKAGE CIMClientHTTPErrorException : public Exception
 {
 public:
-    CIMClientHTTPErrorException(Uint32 httpStatus,
-        const String& reasonPhrase,
-        const String& cimError,
-        const String& cimErrorDetail);
+    CIMClientHTTPErrorException(
+        Uint32 httpStatus, const String& reasonPhrase, const String& cimError, const String& cimErrorDetail);
     CIMClientHTTPErrorException(const CIMClientHTTPErrorException& httpError);
     virtual ~CIMClientHTTPErrorException();
     CIMClientHTTPErrorException& operator=(const CIMClientHTTPErrorException& httpError);

@@ -47,82 +47,68 @@ public:
     // client's timeout changes.
     virtual void setTimeout(Uint32 timeoutMilliseconds) = 0;
 
-    virtual CIMClass getClass(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean localOnly, Boolean includeQualifiers,
-        Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
+    virtual CIMClass getClass(const CIMNamespaceName& nameSpace, const CIMName& className, Boolean localOnly,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMClass> enumerateClasses(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin) = 0;
+    virtual Array<CIMClass> enumerateClasses(const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin) = 0;
 
-    virtual Array<CIMName> enumerateClassNames(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance) = 0;
+    virtual Array<CIMName> enumerateClassNames(
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance) = 0;
 
-    virtual void createClass(const CIMNamespaceName& nameSpace,
-        const CIMClass& newClass) = 0;
+    virtual void createClass(const CIMNamespaceName& nameSpace, const CIMClass& newClass) = 0;
 
-    virtual void modifyClass(const CIMNamespaceName& nameSpace,
-        const CIMClass& modifiedClass) = 0;
+    virtual void modifyClass(const CIMNamespaceName& nameSpace, const CIMClass& modifiedClass) = 0;
 
-    virtual void deleteClass(const CIMNamespaceName& nameSpace,
-        const CIMName& className) = 0;
+    virtual void deleteClass(const CIMNamespaceName& nameSpace, const CIMName& className) = 0;
 
-    virtual CIMInstance getInstance(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
+    virtual CIMInstance getInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace,
-        const CIMName& className, Boolean deepInheritance, Boolean localOnly,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
+    virtual Array<CIMInstance> enumerateInstances(const CIMNamespaceName& nameSpace, const CIMName& className,
+        Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
     virtual Array<CIMObjectPath> enumerateInstanceNames(
         const CIMNamespaceName& nameSpace, const CIMName& className) = 0;
 
-    virtual CIMObjectPath createInstance(const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance) = 0;
+    virtual CIMObjectPath createInstance(
+        const CIMNamespaceName& nameSpace, const CIMInstance& newInstance) = 0;
 
-    virtual void modifyInstance(const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance, Boolean includeQualifiers,
-        const CIMPropertyList& propertyList) = 0;
+    virtual void modifyInstance(const CIMNamespaceName& nameSpace, const CIMInstance& modifiedInstance,
+        Boolean includeQualifiers, const CIMPropertyList& propertyList) = 0;
 
-    virtual void deleteInstance(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName) = 0;
+    virtual void deleteInstance(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName) = 0;
 
-    virtual Array<CIMObject> execQuery(const CIMNamespaceName& nameSpace,
-        const String& queryLanguage, const String& query) = 0;
+    virtual Array<CIMObject> execQuery(
+        const CIMNamespaceName& nameSpace, const String& queryLanguage, const String& query) = 0;
 
-    virtual Array<CIMObject> associators(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass,
-        const CIMName& resultClass, const String& role, const String& resultRole,
-        Boolean includeQualifiers, Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) = 0;
+    virtual Array<CIMObject> associators(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& assocClass, const CIMName& resultClass, const String& role, const String& resultRole,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
 
     virtual Array<CIMObjectPath> associatorNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& assocClass,
-        const CIMName& resultClass, const String& role, const String& resultRole) = 0;
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole) = 0;
 
-    virtual Array<CIMObject> references(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass,
-        const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
+    virtual Array<CIMObject> references(const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
     virtual Array<CIMObjectPath> referenceNames(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName, const CIMName& resultClass,
-        const String& role) = 0;
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role) = 0;
 
-    virtual CIMValue getProperty(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName) = 0;
+    virtual CIMValue getProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& propertyName) = 0;
 
-    virtual void setProperty(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName,
-        const CIMValue& newValue) = 0;
+    virtual void setProperty(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& propertyName, const CIMValue& newValue) = 0;
 
     // Appends the output parameters to outParameters; returns the return value.
-    virtual CIMValue invokeMethod(const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
+    virtual CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
+        const CIMName& methodName, const Array<CIMParamValue>& inParameters,
         Array<CIMParamValue>& outParameters) = 0;
 
     // The pull operations, by name ("OpenEnumerateInstances", ...,
@@ -130,9 +116,8 @@ public:
     // (Array<CIMInstance> with paths, or Array<CIMObjectPath>) and appends
     // EnumerationContext and EndOfSequence to outParameters. Transports
     // without them refuse with CIM_ERR_NOT_SUPPORTED.
-    virtual CIMValue invokePullOperation(const CIMNamespaceName& nameSpace,
-        const String& operation, const Array<CIMParamValue>& inParameters,
-        Array<CIMParamValue>& outParameters);
+    virtual CIMValue invokePullOperation(const CIMNamespaceName& nameSpace, const String& operation,
+        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters);
 };
 
 // What CIMClient::connect() was asked for. sslContext is null for plain

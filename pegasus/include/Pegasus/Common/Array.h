@@ -20,9 +20,10 @@ PEGASUS_NAMESPACE_BEGIN
 // not depend on Exception.h, which itself uses Array).
 PEGASUS_COMMON_LINKAGE void ArrayThrowIndexOutOfBoundsException();
 
-template<class T> struct ArrayRep;
+template <class T>
+struct ArrayRep;
 
-template<class T>
+template <class T>
 class Array
 {
 public:
@@ -71,7 +72,7 @@ private:
     void _unshare();
     void _insert(Uint32 index, const T* items, Uint32 n);
 
-    ArrayRep<T>* _rep;   // null while empty and never allocated
+    ArrayRep<T>* _rep;  // null while empty and never allocated
 };
 
 PEGASUS_NAMESPACE_END

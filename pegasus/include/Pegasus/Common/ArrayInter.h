@@ -11,19 +11,17 @@
 
 PEGASUS_NAMESPACE_BEGIN
 
-template<class T>
+template <class T>
 struct ArrayRep
 {
     std::atomic<Uint32> refs;
     Uint32 size;
     Uint32 capacity;
-    T* items;   // raw storage for capacity elements; the first size are live
+    T* items;  // raw storage for capacity elements; the first size are live
 
     static ArrayRep* create(Uint32 capacity)
     {
-        T* items = capacity
-            ? static_cast<T*>(::operator new(sizeof(T) * size_t(capacity)))
-            : nullptr;
+        T* items = capacity ? static_cast<T*>(::operator new(sizeof(T) * size_t(capacity))) : nullptr;
         ArrayRep* rep;
         try
         {
@@ -71,23 +69,24 @@ struct ArrayRep
     }
 };
 
-template<class T>
-Array<T>::Array() : _rep(nullptr) {}
+template <class T>
+Array<T>::Array() : _rep(nullptr)
+{}
 
-template<class T>
+template <class T>
 Array<T>::Array(const Array<T>& x) : _rep(x._rep)
 {
     if (_rep)
         _rep->refs.fetch_add(1, std::memory_order_relaxed);
 }
 
-template<class T>
+template <class T>
 Array<T>::Array(Array<T>&& x) noexcept : _rep(x._rep)
 {
     x._rep = nullptr;
 }
 
-template<class T>
+template <class T>
 Array<T>::Array(Uint32 size) : _rep(nullptr)
 {
     if (size == 0)
@@ -108,7 +107,7 @@ Array<T>::Array(Uint32 size) : _rep(nullptr)
     }
 }
 
-template<class T>
+template <class T>
 Array<T>::Array(Uint32 size, const T& x) : _rep(nullptr)
 {
     if (size == 0)
@@ -125,7 +124,7 @@ Array<T>::Array(Uint32 size, const T& x) : _rep(nullptr)
     }
 }
 
-template<class T>
+template <class T>
 Array<T>::Array(const T* items, Uint32 size) : _rep(nullptr)
 {
     if (size == 0)
@@ -142,24 +141,25 @@ Array<T>::Array(const T* items, Uint32 size) : _rep(nullptr)
     }
 }
 
-template<class T>
+template <class T>
 Array<T>::~Array()
 {
     _release();
 }
 
-template<class T>
+template <class T>
 void Array<T>::_release()
 {
     // A sole owner frees without a locked update: nobody else can add a
     // reference meanwhile.
-    if (_rep && (_rep->refs.load(std::memory_order_acquire) == 1 ||
-                 _rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
+    if (_rep &&
+        (_rep->refs.load(std::memory_order_acquire) == 1 ||
+            _rep->refs.fetch_sub(1, std::memory_order_acq_rel) == 1))
         ArrayRep<T>::destroy(_rep);
     _rep = nullptr;
 }
 
-template<class T>
+template <class T>
 Array<T>& Array<T>::operator=(const Array<T>& x)
 {
     if (_rep != x._rep)
@@ -173,7 +173,7 @@ Array<T>& Array<T>::operator=(const Array<T>& x)
     return *this;
 }
 
-template<class T>
+template <class T>
 Array<T>& Array<T>::operator=(Array<T>&& x) noexcept
 {
     if (this != &x)
@@ -186,7 +186,7 @@ Array<T>& Array<T>::operator=(Array<T>&& x) noexcept
 }
 
 // Gives this array a representation of its own before a modification.
-template<class T>
+template <class T>
 void Array<T>::_unshare()
 {
     if (!_rep || _rep->refs.load(std::memory_order_acquire) == 1)
@@ -205,13 +205,13 @@ void Array<T>::_unshare()
     _rep = rep;
 }
 
-template<class T>
+template <class T>
 void Array<T>::clear()
 {
     _release();
 }
 
-template<class T>
+template <class T>
 void Array<T>::reserveCapacity(Uint32 capacity)
 {
     if (capacity <= getCapacity() && (!_rep || _rep->refs.load() == 1))
@@ -232,7 +232,7 @@ void Array<T>::reserveCapacity(Uint32 capacity)
     _rep = rep;
 }
 
-template<class T>
+template <class T>
 void Array<T>::grow(Uint32 size, const T& x)
 {
     if (size == 0)
@@ -243,31 +243,31 @@ void Array<T>::grow(Uint32 size, const T& x)
     _rep->appendFill(size, copy);
 }
 
-template<class T>
+template <class T>
 void Array<T>::swap(Array<T>& x)
 {
     std::swap(_rep, x._rep);
 }
 
-template<class T>
+template <class T>
 Uint32 Array<T>::size() const
 {
     return _rep ? _rep->size : 0;
 }
 
-template<class T>
+template <class T>
 Uint32 Array<T>::getCapacity() const
 {
     return _rep ? _rep->capacity : 0;
 }
 
-template<class T>
+template <class T>
 const T* Array<T>::getData() const
 {
     return _rep ? _rep->items : nullptr;
 }
 
-template<class T>
+template <class T>
 T& Array<T>::operator[](Uint32 index)
 {
     if (index >= size())
@@ -276,7 +276,7 @@ T& Array<T>::operator[](Uint32 index)
     return _rep->items[index];
 }
 
-template<class T>
+template <class T>
 const T& Array<T>::operator[](Uint32 index) const
 {
     if (index >= size())
@@ -287,7 +287,7 @@ const T& Array<T>::operator[](Uint32 index) const
 // Inserts n copies of items[] at index. Appending to an unshared array with
 // room is done in place; everything else builds a new representation, which
 // also keeps items[] valid when it points into this array.
-template<class T>
+template <class T>
 void Array<T>::_insert(Uint32 index, const T* items, Uint32 n)
 {
     Uint32 oldSize = size();
@@ -299,10 +299,10 @@ void Array<T>::_insert(Uint32 index, const T* items, Uint32 n)
         throw std::bad_alloc();
     Uint32 newSize = oldSize + n;
 
-    bool inPlace = _rep && index == oldSize && newSize <= _rep->capacity
-        && _rep->refs.load(std::memory_order_acquire) == 1
-        && !(std::less_equal<const T*>()(_rep->items, items)
-             && std::less<const T*>()(items, _rep->items + oldSize));
+    bool inPlace = _rep && index == oldSize && newSize <= _rep->capacity &&
+        _rep->refs.load(std::memory_order_acquire) == 1 &&
+        !(std::less_equal<const T*>()(_rep->items, items) &&
+            std::less<const T*>()(items, _rep->items + oldSize));
     if (inPlace)
     {
         // Keep the array unchanged if a copy throws.
@@ -340,56 +340,56 @@ void Array<T>::_insert(Uint32 index, const T* items, Uint32 n)
     _rep = rep;
 }
 
-template<class T>
+template <class T>
 void Array<T>::append(const T& x)
 {
     _insert(size(), &x, 1);
 }
 
-template<class T>
+template <class T>
 void Array<T>::append(const T* x, Uint32 size)
 {
     _insert(this->size(), x, size);
 }
 
-template<class T>
+template <class T>
 void Array<T>::appendArray(const Array<T>& x)
 {
     Array<T> keep(x);  // x may be *this
     _insert(size(), keep.getData(), keep.size());
 }
 
-template<class T>
+template <class T>
 void Array<T>::prepend(const T& x)
 {
     _insert(0, &x, 1);
 }
 
-template<class T>
+template <class T>
 void Array<T>::prepend(const T* x, Uint32 size)
 {
     _insert(0, x, size);
 }
 
-template<class T>
+template <class T>
 void Array<T>::insert(Uint32 index, const T& x)
 {
     _insert(index, &x, 1);
 }
 
-template<class T>
+template <class T>
 void Array<T>::insert(Uint32 index, const T* x, Uint32 size)
 {
     _insert(index, x, size);
 }
 
-template<class T>
+template <class T>
 void Array<T>::remove(Uint32 index)
 {
     remove(index, 1);
 }
 
-template<class T>
+template <class T>
 void Array<T>::remove(Uint32 index, Uint32 size)
 {
     Uint32 oldSize = this->size();

@@ -90,8 +90,8 @@ public:
     // propagated flag are copied; qualifiers (of the class and of each
     // property) only with includeQualifiers; class origins only with
     // includeClassOrigin.
-    CIMInstance buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-                              const CIMPropertyList& propertyList) const;
+    CIMInstance buildInstance(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) const;
 
 private:
     explicit CIMClass(CIMObjectRep* rep);
@@ -148,8 +148,8 @@ public:
     Boolean identical(const CIMConstClass& x) const;
     CIMClass clone() const;
 
-    CIMInstance buildInstance(Boolean includeQualifiers, Boolean includeClassOrigin,
-                              const CIMPropertyList& propertyList) const;
+    CIMInstance buildInstance(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) const;
 
 private:
     CIMObjectRep* _rep;

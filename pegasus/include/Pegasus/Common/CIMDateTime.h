@@ -38,11 +38,10 @@ public:
     // numSignificantMicrosecondDigits (0-6) leading microsecond digits are
     // kept, the rest are wildcards; any field may be WILDCARD, which makes
     // every less significant field a wildcard too.
-    CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours,
-        Uint32 minutes, Uint32 seconds, Uint32 microseconds,
-        Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
-    CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits);
+    CIMDateTime(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
+    CIMDateTime(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
+        Uint32 numSignificantMicrosecondDigits);
 #endif
     ~CIMDateTime();
 
@@ -59,11 +58,10 @@ public:
     void clear();
 
 #ifdef PEGASUS_USE_EXPERIMENTAL_INTERFACES
-    void setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours,
-        Uint32 minutes, Uint32 seconds, Uint32 microseconds,
-        Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
-    void setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds,
-        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits);
+    void setTimeStamp(Uint32 year, Uint32 month, Uint32 day, Uint32 hours, Uint32 minutes, Uint32 seconds,
+        Uint32 microseconds, Uint32 numSignificantMicrosecondDigits, Sint32 utcOffset);
+    void setInterval(Uint32 days, Uint32 hours, Uint32 minutes, Uint32 seconds, Uint32 microseconds,
+        Uint32 numSignificantMicrosecondDigits);
     Boolean isTimeStamp() const;
 #endif
     Boolean isInterval() const;
@@ -106,8 +104,8 @@ public:
 private:
     Sint64 _utcMicroSeconds() const;
 
-    Uint64 _usec;          // interval length, or local time as written
-    Sint32 _utcOffset;     // minutes east of UTC; 0 for intervals
+    Uint64 _usec;       // interval length, or local time as written
+    Sint32 _utcOffset;  // minutes east of UTC; 0 for intervals
     Boolean _interval;
     Uint32 _numWildcards;  // trailing digit positions printed as '*'
 };

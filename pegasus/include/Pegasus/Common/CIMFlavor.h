@@ -32,7 +32,7 @@ public:
 
     static const CIMFlavor NONE;
     static const CIMFlavor OVERRIDABLE;
-    static const CIMFlavor ENABLEOVERRIDE;   // same as OVERRIDABLE
+    static const CIMFlavor ENABLEOVERRIDE;  // same as OVERRIDABLE
     static const CIMFlavor DISABLEOVERRIDE;
     static const CIMFlavor TOSUBCLASS;
     static const CIMFlavor RESTRICTED;

@@ -66,12 +66,11 @@ public:
     // non-null empty list removes all of them), clears class origins unless
     // includeClassOrigin, and removes the qualifiers of the instance and its
     // properties unless includeQualifiers.
-    void instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                        const CIMPropertyList& propertyList);
+    void instanceFilter(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
     // Same as instanceFilter. Always declared and always effective, so
     // providers that call it really return only the requested properties.
-    void filter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                const CIMPropertyList& propertyList);
+    void filter(Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
 private:
     explicit CIMInstance(CIMObjectRep* rep);

@@ -34,8 +34,8 @@ public:
     // Takes over x's object; x is left uninitialized.
     CIMMethod(CIMMethod&& x) noexcept;
     // A null name throws UninitializedObjectException.
-    CIMMethod(const CIMName& name, CIMType type,
-              const CIMName& classOrigin = CIMName(), Boolean propagated = false);
+    CIMMethod(const CIMName& name, CIMType type, const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
     ~CIMMethod();
     CIMMethod& operator=(const CIMMethod& x);
     CIMMethod& operator=(CIMMethod&& x) noexcept;
@@ -91,8 +91,8 @@ public:
     // Takes over x's object; x is left uninitialized.
     CIMConstMethod(CIMConstMethod&& x) noexcept;
     CIMConstMethod(const CIMMethod& x);
-    CIMConstMethod(const CIMName& name, CIMType type,
-                   const CIMName& classOrigin = CIMName(), Boolean propagated = false);
+    CIMConstMethod(const CIMName& name, CIMType type, const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
     ~CIMConstMethod();
     CIMConstMethod& operator=(const CIMConstMethod& x);
     CIMConstMethod& operator=(CIMConstMethod&& x) noexcept;

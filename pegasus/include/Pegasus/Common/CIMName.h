@@ -33,8 +33,14 @@ public:
     CIMName& operator=(const char* name);
 #endif
 
-    const String& getString() const { return cimName; }
-    Boolean isNull() const { return cimName.size() == 0; }
+    const String& getString() const
+    {
+        return cimName;
+    }
+    Boolean isNull() const
+    {
+        return cimName.size() == 0;
+    }
     void clear();
 
     // Case-insensitive (ASCII letters).
@@ -61,7 +67,8 @@ public:
     CIMNamespaceName(const CIMNamespaceName& name) : cimNamespaceName(name.cimNamespaceName) {}
     // Takes over name's text; name is left null.
     CIMNamespaceName(CIMNamespaceName&& name) noexcept
-        : cimNamespaceName(static_cast<String&&>(name.cimNamespaceName)) {}
+        : cimNamespaceName(static_cast<String&&>(name.cimNamespaceName))
+    {}
     // One or more legal names separated by '/', optionally with a leading
     // '/' that is not stored. Anything else, including "", throws
     // InvalidNamespaceNameException.
@@ -75,8 +82,14 @@ public:
     CIMNamespaceName& operator=(const char* name);
 #endif
 
-    const String& getString() const { return cimNamespaceName; }
-    Boolean isNull() const { return cimNamespaceName.size() == 0; }
+    const String& getString() const
+    {
+        return cimNamespaceName;
+    }
+    Boolean isNull() const
+    {
+        return cimNamespaceName.size() == 0;
+    }
     void clear();
 
     // Case-insensitive (ASCII letters).

@@ -101,8 +101,8 @@ public:
     // Removes the properties not named in a non-null list (ignoring case),
     // clears class origins unless includeClassOrigin, and removes the
     // qualifiers of the object and its properties unless includeQualifiers.
-    void instanceFilter(Boolean includeQualifiers, Boolean includeClassOrigin,
-                        const CIMPropertyList& propertyList);
+    void instanceFilter(
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
 private:
     explicit CIMObject(CIMObjectRep* rep);

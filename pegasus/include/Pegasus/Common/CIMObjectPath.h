@@ -23,7 +23,13 @@ class CIMValue;
 class PEGASUS_COMMON_LINKAGE CIMKeyBinding
 {
 public:
-    enum Type { BOOLEAN = 0, STRING = 1, NUMERIC = 2, REFERENCE = 3 };
+    enum Type
+    {
+        BOOLEAN = 0,
+        STRING = 1,
+        NUMERIC = 2,
+        REFERENCE = 3
+    };
 
     // Empty name and value; the type is STRING.
     CIMKeyBinding();
@@ -75,10 +81,7 @@ public:
     CIMObjectPath(CIMObjectPath&& x) noexcept;
     // Parses objectName; malformed text throws MalformedObjectNameException.
     CIMObjectPath(const String& objectName);
-    CIMObjectPath(
-        const String& host,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
+    CIMObjectPath(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
         const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());
     ~CIMObjectPath();
 
@@ -91,10 +94,7 @@ public:
     // A non-empty host must be valid; a REFERENCE key whose value is not a
     // path throws. Both throw MalformedObjectNameException, and the path
     // is then left unchanged.
-    void set(
-        const String& host,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
+    void set(const String& host, const CIMNamespaceName& nameSpace, const CIMName& className,
         const Array<CIMKeyBinding>& keyBindings = Array<CIMKeyBinding>());
     void set(const String& objectName);
 

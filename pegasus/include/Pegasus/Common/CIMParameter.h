@@ -35,8 +35,8 @@ public:
     // A null name throws UninitializedObjectException; a reference class
     // name on a non-reference type, or an array size on a scalar, throws
     // TypeMismatchException.
-    CIMParameter(const CIMName& name, CIMType type, Boolean isArray = false,
-                 Uint32 arraySize = 0, const CIMName& referenceClassName = CIMName());
+    CIMParameter(const CIMName& name, CIMType type, Boolean isArray = false, Uint32 arraySize = 0,
+        const CIMName& referenceClassName = CIMName());
     ~CIMParameter();
     CIMParameter& operator=(const CIMParameter& x);
     CIMParameter& operator=(CIMParameter&& x) noexcept;
@@ -78,8 +78,8 @@ public:
     // Takes over x's object; x is left uninitialized.
     CIMConstParameter(CIMConstParameter&& x) noexcept;
     CIMConstParameter(const CIMParameter& x);
-    CIMConstParameter(const CIMName& name, CIMType type, Boolean isArray = false,
-                      Uint32 arraySize = 0, const CIMName& referenceClassName = CIMName());
+    CIMConstParameter(const CIMName& name, CIMType type, Boolean isArray = false, Uint32 arraySize = 0,
+        const CIMName& referenceClassName = CIMName());
     ~CIMConstParameter();
     CIMConstParameter& operator=(const CIMConstParameter& x);
     CIMConstParameter& operator=(CIMConstParameter&& x) noexcept;

@@ -45,8 +45,8 @@ public:
     // arraySize that the value contradicts (a scalar, or a non-null array of
     // another size).
     CIMProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize = 0,
-                const CIMName& referenceClassName = CIMName(),
-                const CIMName& classOrigin = CIMName(), Boolean propagated = false);
+        const CIMName& referenceClassName = CIMName(), const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
     ~CIMProperty();
     CIMProperty& operator=(const CIMProperty& x);
     CIMProperty& operator=(CIMProperty&& x) noexcept;
@@ -108,8 +108,8 @@ public:
     CIMConstProperty(CIMConstProperty&& x) noexcept;
     CIMConstProperty(const CIMProperty& x);
     CIMConstProperty(const CIMName& name, const CIMValue& value, Uint32 arraySize = 0,
-                     const CIMName& referenceClassName = CIMName(),
-                     const CIMName& classOrigin = CIMName(), Boolean propagated = false);
+        const CIMName& referenceClassName = CIMName(), const CIMName& classOrigin = CIMName(),
+        Boolean propagated = false);
     ~CIMConstProperty();
     CIMConstProperty& operator=(const CIMConstProperty& x);
     CIMConstProperty& operator=(CIMConstProperty&& x) noexcept;

@@ -38,8 +38,8 @@ public:
     // Takes over x's object; x is left uninitialized.
     CIMQualifier(CIMQualifier&& x) noexcept;
     // A null name throws UninitializedObjectException.
-    CIMQualifier(const CIMName& name, const CIMValue& value,
-                 const CIMFlavor& flavor = CIMFlavor(), Boolean propagated = false);
+    CIMQualifier(const CIMName& name, const CIMValue& value, const CIMFlavor& flavor = CIMFlavor(),
+        Boolean propagated = false);
     ~CIMQualifier();
     CIMQualifier& operator=(const CIMQualifier& x);
     CIMQualifier& operator=(CIMQualifier&& x) noexcept;
@@ -82,8 +82,8 @@ public:
     // Takes over x's object; x is left uninitialized.
     CIMConstQualifier(CIMConstQualifier&& x) noexcept;
     CIMConstQualifier(const CIMQualifier& x);
-    CIMConstQualifier(const CIMName& name, const CIMValue& value,
-                      const CIMFlavor& flavor = CIMFlavor(), Boolean propagated = false);
+    CIMConstQualifier(const CIMName& name, const CIMValue& value, const CIMFlavor& flavor = CIMFlavor(),
+        Boolean propagated = false);
     ~CIMConstQualifier();
     CIMConstQualifier& operator=(const CIMConstQualifier& x);
     CIMConstQualifier& operator=(CIMConstQualifier&& x) noexcept;

@@ -41,7 +41,7 @@ public:
     // value, or with an array value of another size, throws
     // TypeMismatchException.
     CIMQualifierDecl(const CIMName& name, const CIMValue& value, const CIMScope& scope,
-                     const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
+        const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
     ~CIMQualifierDecl();
     CIMQualifierDecl& operator=(const CIMQualifierDecl& x);
     CIMQualifierDecl& operator=(CIMQualifierDecl&& x) noexcept;
@@ -79,7 +79,7 @@ public:
     CIMConstQualifierDecl(CIMConstQualifierDecl&& x) noexcept;
     CIMConstQualifierDecl(const CIMQualifierDecl& x);
     CIMConstQualifierDecl(const CIMName& name, const CIMValue& value, const CIMScope& scope,
-                          const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
+        const CIMFlavor& flavor = CIMFlavor::DEFAULTS, Uint32 arraySize = 0);
     ~CIMConstQualifierDecl();
     CIMConstQualifierDecl& operator=(const CIMConstQualifierDecl& x);
     CIMConstQualifierDecl& operator=(CIMConstQualifierDecl&& x) noexcept;

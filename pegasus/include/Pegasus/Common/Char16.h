@@ -13,20 +13,46 @@ public:
     Char16() : _code(0) {}
     Char16(Uint16 x) : _code(x) {}
     Char16(const Char16& x) : _code(x._code) {}
-    Char16& operator=(Uint16 x) { _code = x; return *this; }
-    Char16& operator=(const Char16& x) { _code = x._code; return *this; }
+    Char16& operator=(Uint16 x)
+    {
+        _code = x;
+        return *this;
+    }
+    Char16& operator=(const Char16& x)
+    {
+        _code = x._code;
+        return *this;
+    }
     operator Uint16() const { return _code; }
 
 private:
     Uint16 _code;
 };
 
-inline bool operator==(const Char16& x, const Char16& y) { return Uint16(x) == Uint16(y); }
-inline bool operator==(const Char16& x, char y) { return Uint16(x) == Uint16(Uint8(y)); }
-inline bool operator==(char x, const Char16& y) { return Uint16(Uint8(x)) == Uint16(y); }
-inline bool operator!=(const Char16& x, const Char16& y) { return !(x == y); }
-inline bool operator!=(const Char16& x, char y) { return !(x == y); }
-inline bool operator!=(char x, const Char16& y) { return !(x == y); }
+inline bool operator==(const Char16& x, const Char16& y)
+{
+    return Uint16(x) == Uint16(y);
+}
+inline bool operator==(const Char16& x, char y)
+{
+    return Uint16(x) == Uint16(Uint8(y));
+}
+inline bool operator==(char x, const Char16& y)
+{
+    return Uint16(Uint8(x)) == Uint16(y);
+}
+inline bool operator!=(const Char16& x, const Char16& y)
+{
+    return !(x == y);
+}
+inline bool operator!=(const Char16& x, char y)
+{
+    return !(x == y);
+}
+inline bool operator!=(char x, const Char16& y)
+{
+    return !(x == y);
+}
 
 PEGASUS_NAMESPACE_END
 

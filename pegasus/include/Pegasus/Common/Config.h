@@ -7,16 +7,18 @@
 #define Pegasus_Config_h
 
 #if !defined(PEGASUS_PLATFORM_LINUX_X86_64_GNU)
-#  if defined(__x86_64__) || defined(__aarch64__) || defined(__LP64__)
-#    define PEGASUS_PLATFORM_LINUX_X86_64_GNU
-#  else
-#    error "<Pegasus/Common/Config.h>: Unsupported Platform"
-#  endif
+#if defined(__x86_64__) || defined(__aarch64__) || defined(__LP64__)
+#define PEGASUS_PLATFORM_LINUX_X86_64_GNU
+#else
+#error "<Pegasus/Common/Config.h>: Unsupported Platform"
+#endif
 #endif
 
 #include <cstddef>
 
-#define PEGASUS_NAMESPACE_BEGIN namespace Pegasus {
+#define PEGASUS_NAMESPACE_BEGIN                                                                              \
+    namespace Pegasus                                                                                        \
+    {
 #define PEGASUS_NAMESPACE_END }
 #define PEGASUS_NAMESPACE(X) Pegasus::X
 #define PEGASUS_USING_PEGASUS using namespace Pegasus
@@ -24,13 +26,13 @@
 #define PEGASUS_STD(X) std::X
 
 #if defined(__GNUC__) && __GNUC__ >= 4
-#  define PEGASUS_EXPORT __attribute__((visibility("default")))
-#  define PEGASUS_IMPORT __attribute__((visibility("default")))
-#  define PEGASUS_HIDDEN_LINKAGE __attribute__((visibility("hidden")))
+#define PEGASUS_EXPORT __attribute__((visibility("default")))
+#define PEGASUS_IMPORT __attribute__((visibility("default")))
+#define PEGASUS_HIDDEN_LINKAGE __attribute__((visibility("hidden")))
 #else
-#  define PEGASUS_EXPORT
-#  define PEGASUS_IMPORT
-#  define PEGASUS_HIDDEN_LINKAGE
+#define PEGASUS_EXPORT
+#define PEGASUS_IMPORT
+#define PEGASUS_HIDDEN_LINKAGE
 #endif
 
 #define PEGASUS_UINT64 unsigned long long

@@ -185,20 +185,10 @@ public:
 class PEGASUS_COMMON_LINKAGE CIMException : public Exception
 {
 public:
-    CIMException(
-        CIMStatusCode code = CIM_ERR_SUCCESS,
-        const String& message = String::EMPTY);
-    CIMException(
-        CIMStatusCode code,
-        const String& message,
-        const CIMInstance& instance);
-    CIMException(
-        CIMStatusCode code,
-        const String& message,
-        const Array<CIMInstance>& instances);
-    CIMException(
-        CIMStatusCode code,
-        const MessageLoaderParms& msgParms);
+    CIMException(CIMStatusCode code = CIM_ERR_SUCCESS, const String& message = String::EMPTY);
+    CIMException(CIMStatusCode code, const String& message, const CIMInstance& instance);
+    CIMException(CIMStatusCode code, const String& message, const Array<CIMInstance>& instances);
+    CIMException(CIMStatusCode code, const MessageLoaderParms& msgParms);
     CIMException(const CIMException& cimException);
     CIMException& operator=(const CIMException& cimException);
     virtual ~CIMException();
@@ -216,7 +206,7 @@ protected:
     CIMStatusCode _code;
     // Error instances, shared between copies and replaced on addError, so
     // that copying an exception never needs the complete CIMInstance type.
-    std::shared_ptr<const Array<CIMInstance> > _errors;
+    std::shared_ptr<const Array<CIMInstance>> _errors;
 };
 
 PEGASUS_NAMESPACE_END

@@ -15,7 +15,17 @@ public:
     class PEGASUS_COMMON_LINKAGE Arg
     {
     public:
-        enum Type { VOIDT, STRING, BOOLEAN, INTEGER, UINTEGER, LINTEGER, ULINTEGER, REAL };
+        enum Type
+        {
+            VOIDT,
+            STRING,
+            BOOLEAN,
+            INTEGER,
+            UINTEGER,
+            LINTEGER,
+            ULINTEGER,
+            REAL
+        };
 
         Arg() : _type(VOIDT), _integer(0) {}
         Arg(const String& x) : _string(x), _type(STRING), _integer(0) {}
@@ -46,12 +56,9 @@ public:
     };
 
     // Replaces $0..$9 by the arguments' texts; "\x" gives x literally.
-    static String format(
-        const String& formatString,
-        const Arg& arg0 = Arg(), const Arg& arg1 = Arg(), const Arg& arg2 = Arg(),
-        const Arg& arg3 = Arg(), const Arg& arg4 = Arg(), const Arg& arg5 = Arg(),
-        const Arg& arg6 = Arg(), const Arg& arg7 = Arg(), const Arg& arg8 = Arg(),
-        const Arg& arg9 = Arg());
+    static String format(const String& formatString, const Arg& arg0 = Arg(), const Arg& arg1 = Arg(),
+        const Arg& arg2 = Arg(), const Arg& arg3 = Arg(), const Arg& arg4 = Arg(), const Arg& arg5 = Arg(),
+        const Arg& arg6 = Arg(), const Arg& arg7 = Arg(), const Arg& arg8 = Arg(), const Arg& arg9 = Arg());
 };
 
 PEGASUS_NAMESPACE_END

@@ -32,22 +32,11 @@ public:
 class PEGASUS_COMMON_LINKAGE TraceableCIMException : public CIMException
 {
 public:
+    TraceableCIMException(CIMStatusCode code, const String& message, const String& file, Uint32 line);
     TraceableCIMException(
-        CIMStatusCode code,
-        const String& message,
-        const String& file,
-        Uint32 line);
-    TraceableCIMException(
-        CIMStatusCode code,
-        const MessageLoaderParms& parms,
-        const String& file,
-        Uint32 line);
-    TraceableCIMException(
-        const ContentLanguageList& langs,
-        CIMStatusCode code,
-        const String& message,
-        const String& file,
-        Uint32 line);
+        CIMStatusCode code, const MessageLoaderParms& parms, const String& file, Uint32 line);
+    TraceableCIMException(const ContentLanguageList& langs, CIMStatusCode code, const String& message,
+        const String& file, Uint32 line);
     TraceableCIMException(const CIMException& cimException);
 
     // "<CIM_ERR_NAME>: <message>", or just the name when the message is
@@ -68,13 +57,13 @@ private:
     Uint32 _line;
 };
 
-#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE) \
+#define PEGASUS_CIM_EXCEPTION(CODE, EXTRA_MESSAGE)                                                           \
     TraceableCIMException(CODE, EXTRA_MESSAGE, String(__FILE__), __LINE__)
 
-#define PEGASUS_CIM_EXCEPTION_LANG(LANGS, CODE, EXTRA_MESSAGE) \
+#define PEGASUS_CIM_EXCEPTION_LANG(LANGS, CODE, EXTRA_MESSAGE)                                               \
     TraceableCIMException(LANGS, CODE, EXTRA_MESSAGE, String(__FILE__), __LINE__)
 
-#define PEGASUS_CIM_EXCEPTION_L(CODE, MSG_PARMS) \
+#define PEGASUS_CIM_EXCEPTION_L(CODE, MSG_PARMS)                                                             \
     TraceableCIMException(CODE, MSG_PARMS, String(__FILE__), __LINE__)
 
 PEGASUS_NAMESPACE_END

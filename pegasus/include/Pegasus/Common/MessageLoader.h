@@ -16,8 +16,8 @@ PEGASUS_NAMESPACE_BEGIN
 class PEGASUS_COMMON_LINKAGE MessageLoaderParms
 {
 public:
-    String msg_id;          // identifier of the message in a catalogue
-    String default_msg;     // text used when no catalogue has the message
+    String msg_id;       // identifier of the message in a catalogue
+    String default_msg;  // text used when no catalogue has the message
     const char* msg_src_path;
     Boolean useProcessLocale;
     Boolean useThreadLocale;
@@ -25,31 +25,17 @@ public:
     Formatter::Arg arg0, arg1, arg2, arg3, arg4, arg5, arg6, arg7, arg8, arg9;
 
     MessageLoaderParms();
-    MessageLoaderParms(
-        const String& id,
-        const String& msg,
-        const Formatter::Arg& arg0 = Formatter::Arg(),
-        const Formatter::Arg& arg1 = Formatter::Arg(),
-        const Formatter::Arg& arg2 = Formatter::Arg(),
-        const Formatter::Arg& arg3 = Formatter::Arg(),
-        const Formatter::Arg& arg4 = Formatter::Arg(),
-        const Formatter::Arg& arg5 = Formatter::Arg(),
-        const Formatter::Arg& arg6 = Formatter::Arg(),
-        const Formatter::Arg& arg7 = Formatter::Arg(),
-        const Formatter::Arg& arg8 = Formatter::Arg(),
+    MessageLoaderParms(const String& id, const String& msg, const Formatter::Arg& arg0 = Formatter::Arg(),
+        const Formatter::Arg& arg1 = Formatter::Arg(), const Formatter::Arg& arg2 = Formatter::Arg(),
+        const Formatter::Arg& arg3 = Formatter::Arg(), const Formatter::Arg& arg4 = Formatter::Arg(),
+        const Formatter::Arg& arg5 = Formatter::Arg(), const Formatter::Arg& arg6 = Formatter::Arg(),
+        const Formatter::Arg& arg7 = Formatter::Arg(), const Formatter::Arg& arg8 = Formatter::Arg(),
         const Formatter::Arg& arg9 = Formatter::Arg());
-    MessageLoaderParms(
-        const char* id,
-        const char* msg,
-        const Formatter::Arg& arg0 = Formatter::Arg(),
-        const Formatter::Arg& arg1 = Formatter::Arg(),
-        const Formatter::Arg& arg2 = Formatter::Arg(),
-        const Formatter::Arg& arg3 = Formatter::Arg(),
-        const Formatter::Arg& arg4 = Formatter::Arg(),
-        const Formatter::Arg& arg5 = Formatter::Arg(),
-        const Formatter::Arg& arg6 = Formatter::Arg(),
-        const Formatter::Arg& arg7 = Formatter::Arg(),
-        const Formatter::Arg& arg8 = Formatter::Arg(),
+    MessageLoaderParms(const char* id, const char* msg, const Formatter::Arg& arg0 = Formatter::Arg(),
+        const Formatter::Arg& arg1 = Formatter::Arg(), const Formatter::Arg& arg2 = Formatter::Arg(),
+        const Formatter::Arg& arg3 = Formatter::Arg(), const Formatter::Arg& arg4 = Formatter::Arg(),
+        const Formatter::Arg& arg5 = Formatter::Arg(), const Formatter::Arg& arg6 = Formatter::Arg(),
+        const Formatter::Arg& arg7 = Formatter::Arg(), const Formatter::Arg& arg8 = Formatter::Arg(),
         const Formatter::Arg& arg9 = Formatter::Arg());
 
     String toString();

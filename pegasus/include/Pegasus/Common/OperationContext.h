@@ -65,8 +65,7 @@ protected:
 
 // The identity of the client a request comes from: the authenticated user
 // name and, as an extension of this SDK, the client's network address.
-class PEGASUS_COMMON_LINKAGE IdentityContainer
-    : virtual public OperationContext::Container
+class PEGASUS_COMMON_LINKAGE IdentityContainer : virtual public OperationContext::Container
 {
 public:
     static const String NAME;  // "IdentityContainer"
@@ -101,8 +100,7 @@ private:
 };
 
 // The role the authenticated user acts in, when the host knows one.
-class PEGASUS_COMMON_LINKAGE UserRoleContainer
-    : virtual public OperationContext::Container
+class PEGASUS_COMMON_LINKAGE UserRoleContainer : virtual public OperationContext::Container
 {
 public:
     static const String NAME;  // "UserRoleContainer"
@@ -127,8 +125,7 @@ private:
 };
 
 // The languages the client accepts in responses, in order of preference.
-class PEGASUS_COMMON_LINKAGE AcceptLanguageListContainer
-    : virtual public OperationContext::Container
+class PEGASUS_COMMON_LINKAGE AcceptLanguageListContainer : virtual public OperationContext::Container
 {
 public:
     static const String NAME;  // "AcceptLanguageListContainer"
@@ -153,8 +150,7 @@ private:
 };
 
 // The languages of the content of a request or response.
-class PEGASUS_COMMON_LINKAGE ContentLanguageListContainer
-    : virtual public OperationContext::Container
+class PEGASUS_COMMON_LINKAGE ContentLanguageListContainer : virtual public OperationContext::Container
 {
 public:
     static const String NAME;  // "ContentLanguageListContainer"

@@ -16,7 +16,7 @@ PEGASUS_NAMESPACE_BEGIN
 class SSLCertificateInfo;
 
 // Decides whether a peer certificate is acceptable; true accepts it.
-typedef Boolean (SSLCertificateVerifyFunction)(SSLCertificateInfo& certInfo);
+typedef Boolean(SSLCertificateVerifyFunction)(SSLCertificateInfo& certInfo);
 
 class PEGASUS_COMMON_LINKAGE SSLContext
 {
@@ -24,16 +24,12 @@ public:
     // trustStore: a file or folder of CA certificates that verify the server
     // (empty: no verification beyond verifyCert). verifyCert may be null.
     // randomFile: seed file for the random generator, if the platform needs one.
-    SSLContext(const String& trustStore,
-        SSLCertificateVerifyFunction* verifyCert,
+    SSLContext(const String& trustStore, SSLCertificateVerifyFunction* verifyCert,
         const String& randomFile = String::EMPTY);
 
     // As above, with a client certificate and its private key (PEM files).
-    SSLContext(const String& trustStore,
-        const String& certPath,
-        const String& keyPath,
-        SSLCertificateVerifyFunction* verifyCert,
-        const String& randomFile);
+    SSLContext(const String& trustStore, const String& certPath, const String& keyPath,
+        SSLCertificateVerifyFunction* verifyCert, const String& randomFile);
 
     SSLContext(const SSLContext& sslContext);
     ~SSLContext();

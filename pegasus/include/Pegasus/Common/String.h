@@ -28,7 +28,7 @@ struct StringRep
     std::atomic<Uint32> refs;  // the shared empty buffer is never counted
     Uint32 size;
     Uint32 capacity;
-    Uint32 unshareable;        // a writable reference to a unit is out
+    Uint32 unshareable;  // a writable reference to a unit is out
     Char16* data() { return reinterpret_cast<Char16*>(this + 1); }
     const Char16* data() const { return reinterpret_cast<const Char16*>(this + 1); }
 };
@@ -86,7 +86,10 @@ public:
 
     void clear();
     void reserveCapacity(Uint32 capacity);
-    Uint32 size() const { return _rep->size; }
+    Uint32 size() const
+    {
+        return _rep->size;
+    }
 
     // NUL-terminated; valid until the string is next modified.
     const Char16* getChar16Data() const;
@@ -125,8 +128,7 @@ public:
     void toUpper();
 #endif
 
-    void appendPrintf(const char* format, ...)
-        __attribute__((format(printf, 2, 3)));
+    void appendPrintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
     // Code-unit order: negative, zero or positive.
     static int compare(const String& s1, const String& s2);
@@ -145,9 +147,12 @@ private:
     // Makes the buffer this string's own, with room for `capacity` units.
     void _own(Uint32 capacity);
     void _append(const Char16* s, Uint32 n);
-    const Char16* _chars() const { return _rep->data(); }
+    const Char16* _chars() const
+    {
+        return _rep->data();
+    }
 
-    StringRep* _rep;   // NUL-terminated at size
+    StringRep* _rep;  // NUL-terminated at size
 };
 
 PEGASUS_COMMON_LINKAGE Boolean operator==(const String& s1, const String& s2);

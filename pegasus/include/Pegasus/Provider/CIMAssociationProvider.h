@@ -24,43 +24,22 @@ public:
     CIMAssociationProvider();
     virtual ~CIMAssociationProvider();
 
-    virtual void associators(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
+    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
+        const CIMPropertyList& propertyList, ObjectResponseHandler& handler) = 0;
+
+    virtual void associatorNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& associationClass, const CIMName& resultClass, const String& role,
+        const String& resultRole, ObjectPathResponseHandler& handler) = 0;
+
+    virtual void references(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList,
         ObjectResponseHandler& handler) = 0;
 
-    virtual void associatorNames(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& associationClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        ObjectPathResponseHandler& handler) = 0;
-
-    virtual void references(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        const Boolean includeQualifiers,
-        const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList,
-        ObjectResponseHandler& handler) = 0;
-
-    virtual void referenceNames(
-        const OperationContext& context,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        ObjectPathResponseHandler& handler) = 0;
+    virtual void referenceNames(const OperationContext& context, const CIMObjectPath& objectName,
+        const CIMName& resultClass, const String& role, ObjectPathResponseHandler& handler) = 0;
 };
 
 PEGASUS_NAMESPACE_END

@@ -47,154 +47,78 @@ public:
     virtual ~CIMOMHandle();
     CIMOMHandle& operator=(const CIMOMHandle& handle);
 
-    CIMClass getClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+    CIMClass getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
-    Array<CIMClass> enumerateClasses(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
+    Array<CIMClass> enumerateClasses(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
         Boolean includeClassOrigin);
 
-    Array<CIMName> enumerateClassNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance);
+    Array<CIMName> enumerateClassNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance);
 
     void createClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMClass& newClass);
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& newClass);
 
     void modifyClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMClass& modifiedClass);
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& modifiedClass);
 
     void deleteClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className);
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className);
 
     // localOnly is not passed on: instances come back as the provider built them.
-    CIMInstance getInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+    CIMInstance getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     // Covers the class and all its subclasses in nameSpace.
-    Array<CIMInstance> enumerateInstances(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+    Array<CIMInstance> enumerateInstances(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean deepInheritance, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
     Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className);
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className);
 
     CIMObjectPath createInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& newInstance);
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMInstance& newInstance);
 
-    void modifyInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers,
-        const CIMPropertyList& propertyList);
+    void modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance, Boolean includeQualifiers, const CIMPropertyList& propertyList);
 
-    void deleteInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
+    void deleteInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName);
 
-    Array<CIMObject> execQuery(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const String& queryLanguage,
-        const String& query);
+    Array<CIMObject> execQuery(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const String& queryLanguage, const String& query);
 
-    Array<CIMObject> associators(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+    Array<CIMObject> associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList);
 
-    Array<CIMObjectPath> associatorNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole);
+    Array<CIMObjectPath> associatorNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole);
 
-    Array<CIMObject> references(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList);
+    Array<CIMObject> references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList);
 
-    Array<CIMObjectPath> referenceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role);
+    Array<CIMObjectPath> referenceNames(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role);
 
-    CIMValue getProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName);
+    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName);
 
-    void setProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName,
-        const CIMValue& newValue);
+    void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName, const CIMValue& newValue);
 
     // Returns the method's return value and appends its output parameters
     // to outParameters (entries already there are kept).
-    CIMValue invokeMethod(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
-        Array<CIMParamValue>& outParameters);
+    CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters);
 
     // Pins the provider in memory until a matching allowProviderUnload().
     // Calls nest; they work with or without a host attached.

@@ -32,154 +32,81 @@ class PEGASUS_PROVIDER_LINKAGE CIMOMHandleBackend
 public:
     virtual ~CIMOMHandleBackend();
 
-    virtual CIMClass getClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+    virtual CIMClass getClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMName& className, Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMClass> enumerateClasses(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin) = 0;
+    virtual Array<CIMClass> enumerateClasses(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin) = 0;
 
-    virtual Array<CIMName> enumerateClassNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance) = 0;
+    virtual Array<CIMName> enumerateClassNames(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance) = 0;
 
     virtual void createClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMClass& newClass) = 0;
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMClass& newClass) = 0;
 
-    virtual void modifyClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
+    virtual void modifyClass(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMClass& modifiedClass) = 0;
 
     virtual void deleteClass(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className) = 0;
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className) = 0;
 
     // The handle passes localOnly through; a server that follows the
     // reference behaviour ignores it.
-    virtual CIMInstance getInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) = 0;
+    virtual CIMInstance getInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, Boolean localOnly, Boolean includeQualifiers,
+        Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMInstance> enumerateInstances(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className,
-        Boolean deepInheritance,
-        Boolean localOnly,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+    virtual Array<CIMInstance> enumerateInstances(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMName& className, Boolean deepInheritance,
+        Boolean localOnly, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
     virtual Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMName& className) = 0;
+        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className) = 0;
 
-    virtual CIMObjectPath createInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
+    virtual CIMObjectPath createInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMInstance& newInstance) = 0;
 
-    virtual void modifyInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMInstance& modifiedInstance,
-        Boolean includeQualifiers,
+    virtual void modifyInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMInstance& modifiedInstance, Boolean includeQualifiers,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual void deleteInstance(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
+    virtual void deleteInstance(const OperationContext& context, const CIMNamespaceName& nameSpace,
         const CIMObjectPath& instanceName) = 0;
 
-    virtual Array<CIMObject> execQuery(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const String& queryLanguage,
-        const String& query) = 0;
+    virtual Array<CIMObject> execQuery(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const String& queryLanguage, const String& query) = 0;
 
-    virtual Array<CIMObject> associators(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
+    virtual Array<CIMObject> associators(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& assocClass, const CIMName& resultClass,
+        const String& role, const String& resultRole, Boolean includeQualifiers, Boolean includeClassOrigin,
         const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMObjectPath> associatorNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& assocClass,
-        const CIMName& resultClass,
-        const String& role,
-        const String& resultRole) = 0;
+    virtual Array<CIMObjectPath> associatorNames(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& assocClass,
+        const CIMName& resultClass, const String& role, const String& resultRole) = 0;
 
-    virtual Array<CIMObject> references(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
-        const String& role,
-        Boolean includeQualifiers,
-        Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList) = 0;
+    virtual Array<CIMObject> references(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& objectName, const CIMName& resultClass, const String& role,
+        Boolean includeQualifiers, Boolean includeClassOrigin, const CIMPropertyList& propertyList) = 0;
 
-    virtual Array<CIMObjectPath> referenceNames(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& objectName,
-        const CIMName& resultClass,
+    virtual Array<CIMObjectPath> referenceNames(const OperationContext& context,
+        const CIMNamespaceName& nameSpace, const CIMObjectPath& objectName, const CIMName& resultClass,
         const String& role) = 0;
 
-    virtual CIMValue getProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName) = 0;
+    virtual CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName) = 0;
 
-    virtual void setProperty(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& propertyName,
-        const CIMValue& newValue) = 0;
+    virtual void setProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName, const CIMValue& newValue) = 0;
 
     // Appends the output parameters to outParameters without removing what
     // is already there, and returns the return value.
-    virtual CIMValue invokeMethod(
-        const OperationContext& context,
-        const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName,
-        const CIMName& methodName,
-        const Array<CIMParamValue>& inParameters,
-        Array<CIMParamValue>& outParameters) = 0;
+    virtual CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& methodName,
+        const Array<CIMParamValue>& inParameters, Array<CIMParamValue>& outParameters) = 0;
 
     // The response context of the last operation the calling thread made
     // through this backend.
@@ -197,8 +124,7 @@ PEGASUS_PROVIDER_LINKAGE void attachCIMOMHandleBackend(
     CIMOMHandle& handle, std::shared_ptr<CIMOMHandleBackend> backend);
 
 // The backend attached to handle, or null.
-PEGASUS_PROVIDER_LINKAGE std::shared_ptr<CIMOMHandleBackend> getCIMOMHandleBackend(
-    const CIMOMHandle& handle);
+PEGASUS_PROVIDER_LINKAGE std::shared_ptr<CIMOMHandleBackend> getCIMOMHandleBackend(const CIMOMHandle& handle);
 
 // False while the provider holding handle (or a copy) has called
 // disallowProviderUnload() more often than allowProviderUnload(): a host
