@@ -10,7 +10,7 @@ packages=(
   libboost-dev libssl-dev libpugixml-dev nlohmann-json3-dev libcli11-dev
   libcrypt-dev libgoogle-perftools-dev
   sblim-wbemcli curl openssl
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev clang-format-14
 )
 
 missing=()
