@@ -579,15 +579,12 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
 {
     TemporaryFolder folder;
     std::string users = folder.path() + "/users";
-    CommandResult added = runCommand(
-        {serverProgram(), "--users", users, "--add-user", "alice"}, 60000, "alice-secret\n");
-    ASSERT_EQ(added.exitCode, 0) << added.output;
-    CommandResult again = runCommand(
-        {serverProgram(), "--users", users, "--add-user", "bob"}, 60000, "bob-pw\n");
-    ASSERT_EQ(again.exitCode, 0) << again.output;
-    CommandResult noPassword = runCommand(
-        {serverProgram(), "--users", users, "--add-user", "carol"}, 60000, "");
-    EXPECT_NE(noPassword.exitCode, 0);
+    auto addUser = [&](const char* name, const char* password) {
+        return runCommand({serverProgram(), "--users", users, "--add-user", name}, 60000, password).exitCode;
+    };
+    ASSERT_EQ(addUser("alice", "alice-secret\n"), 0);
+    ASSERT_EQ(addUser("bob", "bob-pw\n"), 0);
+    EXPECT_NE(addUser("carol", ""), 0) << "no password";
 
     std::ifstream in(users);
     std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -601,22 +598,16 @@ TEST(CimServerUsersTest, UsersFileReplacesTheDemoUsers)
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_NE(refused.output.find("broken-users:2:"), std::string::npos) << refused.output;
 
+    // In order: a credential that verified is remembered; a near miss of it
+    // is not.
     ServerProcess server(folder.path(), {"--users", users, "--https-port", "off"});
-    CommandResult alice = runCommand(
-        {"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
-    EXPECT_EQ(alice.exitCode, 0) << alice.output;
-    CommandResult bob = runCommand({"wbemcli", "ein", server.url("bob:bob-pw", "root/test") + "Test_Disk"});
-    EXPECT_EQ(bob.exitCode, 0) << bob.output;
-    CommandResult demo = runCommand(
-        {"wbemcli", "ein", server.url("admin:admin-demo", "root/test") + "Test_Disk"});
-    EXPECT_NE(demo.exitCode, 0) << demo.output;
-    // A credential that verified is remembered; a near miss of it is not.
-    CommandResult nearMiss = runCommand(
-        {"wbemcli", "ein", server.url("alice:alice-secreT", "root/test") + "Test_Disk"});
-    EXPECT_NE(nearMiss.exitCode, 0) << nearMiss.output;
-    CommandResult aliceAgain = runCommand(
-        {"wbemcli", "ein", server.url("alice:alice-secret", "root/test") + "Test_Disk"});
-    EXPECT_EQ(aliceAgain.exitCode, 0) << aliceAgain.output;
+    const std::pair<const char*, bool> logins[] = {{"alice:alice-secret", true}, {"bob:bob-pw", true},
+        {"admin:admin-demo", false}, {"alice:alice-secreT", false}, {"alice:alice-secret", true}};
+    for (const auto& [user, admitted] : logins)
+    {
+        CommandResult r = runCommand({"wbemcli", "ein", server.url(user, "root/test") + "Test_Disk"});
+        EXPECT_EQ(r.exitCode == 0, admitted) << user << ": " << r.output;
+    }
 }
 
 TEST(CimServerStateTest, PersistedStateSurvivesARestart)
