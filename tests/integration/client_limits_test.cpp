@@ -24,11 +24,6 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-std::string enumerateBody(const char* operation, const char* className)
-{
-    return zda_it::enumerateBody(operation, className, "root/zda");
-}
-
 // A kept-alive POST of `body` (an enumeration in root/zda), with
 // `extraHeaders` (each ending in CRLF) and `length` as its Content-Length
 // (the body's own size when negative).
@@ -46,7 +41,7 @@ std::string post(const std::string& authorization, const std::string& body,
         "Content-Length: " + std::to_string(length < 0 ? long(body.size()) : length) + "\r\n\r\n" + body;
 }
 
-const std::string kSystemNames = enumerateBody("EnumerateInstanceNames", "ZDA_StorageSystem");
+const std::string kSystemNames = enumerateBody("EnumerateInstanceNames", "ZDA_StorageSystem", "root/zda");
 const std::string kAdmin = basicAuthorization("admin", "admin-demo");
 
 std::string statusOf(const std::string& response)
@@ -57,14 +52,6 @@ std::string statusOf(const std::string& response)
 int millisSince(Clock::time_point start)
 {
     return int(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-}
-
-std::size_t count(const std::string& text, const std::string& what)
-{
-    std::size_t n = 0;
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += what.size())
-        n++;
-    return n;
 }
 
 // A fresh CIMClient connection asking for the storage system's name: what
@@ -112,7 +99,7 @@ TEST(ClientLimitsTest, ClientsThatStopReadingDoNotHoldTheServer)
     timedLegitimateRequest(server.httpPort());  // the credential is remembered from here on
 
     const std::string volumes = post(basicAuthorization("viewer", "viewer-demo"),
-        enumerateBody("EnumerateInstances", "ZDA_StorageVolume"));
+        enumerateBody("EnumerateInstances", "ZDA_StorageVolume", "root/zda"));
     std::vector<std::unique_ptr<RawConnection>> stalled;
     for (int i = 0; i < kStalledClients; i++)
     {
@@ -133,9 +120,10 @@ TEST(ClientLimitsTest, ClientsThatStopReadingDoNotHoldTheServer)
 
     // Dropped: each stalled connection is closed by the server.
     auto deadline = Clock::now() + std::chrono::seconds(60);
-    while (count(server.log(), "stopped reading its answer") < stalled.size() && Clock::now() < deadline)
+    while (countOccurrences(server.log(), "stopped reading its answer") < stalled.size() &&
+        Clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_EQ(count(server.log(), "stopped reading its answer"), stalled.size()) << server.log();
+    EXPECT_EQ(countOccurrences(server.log(), "stopped reading its answer"), stalled.size()) << server.log();
     stalled.clear();
     EXPECT_LT(timedLegitimateRequest(server.httpPort()), 5000);
     EXPECT_EQ(server.stop(), 0) << server.log();
@@ -266,10 +254,10 @@ TEST_F(ClientLimitsServerTest, UnauthenticatedConnectionsGetASmallerShare)
             std::this_thread::sleep_for(std::chrono::milliseconds(3000));
         authenticated.send(post(kAdmin, kSystemNames));
         auto deadline = Clock::now() + std::chrono::seconds(10);
-        while (count(authenticated.readUntil("", 100), "</CIM>") < round && Clock::now() < deadline &&
-            !authenticated.closedByServer())
+        while (countOccurrences(authenticated.readUntil("", 100), "</CIM>") < round &&
+            Clock::now() < deadline && !authenticated.closedByServer())
         {}
-        EXPECT_EQ(count(authenticated.readUntil("", 0), "HTTP/1.1 200 OK"), round);
+        EXPECT_EQ(countOccurrences(authenticated.readUntil("", 0), "HTTP/1.1 200 OK"), round);
     }
 }
 
@@ -303,7 +291,7 @@ TEST_F(ClientLimitsServerTest, RepeatedFailuresAreSlowedAndLoggedAtABoundedRate)
         c.send(wrong);
         EXPECT_EQ(statusOf(c.readUntil("", 20000)), "HTTP/1.1 401 Unauthorized") << i;
     }
-    const std::size_t logged = count(server->log().substr(logBefore), "refused a login");
+    const std::size_t logged = countOccurrences(server->log().substr(logBefore), "refused a login");
     EXPECT_GE(logged, 1u);
     EXPECT_LE(logged, 20u);
 }

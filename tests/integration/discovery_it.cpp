@@ -2,19 +2,9 @@
 // namespace (under each of its names) to the server, its namespaces and the
 // registered profiles, from each profile to the elements in root/zda and
 // back; and classes whose codes explain themselves.
-#include "SdkText.h"
-#include "ServerProcess.h"
-
-#include <cimxml/ClientTransport.h>
-
-#include <Pegasus/Client/CIMClient.h>
-#include <Pegasus/Common/Exception.h>
-
-#include <gtest/gtest.h>
+#include "DemoArrayTest.h"
 
 #include <set>
-#include <string>
-#include <vector>
 
 using namespace zda_it;
 using zda_test::text;
@@ -22,16 +12,6 @@ PEGASUS_USING_PEGASUS;
 
 namespace
 {
-
-template <class T>
-T valueOf(const CIMInstance& instance, const char* name)
-{
-    T out = T();
-    Uint32 at = instance.findProperty(name);
-    if (at != PEG_NOT_FOUND && !instance.getProperty(at).getValue().isNull())
-        instance.getProperty(at).getValue().get(out);
-    return out;
-}
 
 class DiscoveryIT : public SharedServerTest
 {

@@ -25,14 +25,9 @@ namespace
 constexpr std::size_t kBulkCount = 3000;
 constexpr std::size_t kBrokenAfter = 2000;
 
-std::string enumerateBody(const char* operation, const char* className)
-{
-    return zda_it::enumerateBody(operation, className, "root/test");
-}
-
 std::string enumerateRequest(const char* operation, const char* className, const char* httpVersion = "1.1")
 {
-    std::string body = enumerateBody(operation, className);
+    std::string body = enumerateBody(operation, className, "root/test");
     return std::string("POST /cimom HTTP/") + httpVersion +
         "\r\nHost: 127.0.0.1\r\nConnection: close\r\nAuthorization: " +
         basicAuthorization("admin", "admin-demo") +
@@ -100,14 +95,6 @@ bool endsWith(const std::string& text, const std::string& tail)
     return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
 
-std::size_t count(const std::string& text, const std::string& what)
-{
-    std::size_t n = 0;
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += what.size())
-        n++;
-    return n;
-}
-
 }  // namespace
 
 class StreamingTest : public SharedServerTest
@@ -140,7 +127,7 @@ TEST_F(StreamingTest, LongAnswersArriveWholeInPieces)
         ASSERT_EQ(r.head.rfind(std::string("HTTP/") + c.httpVersion + " 200 OK\r\n", 0), 0u)
             << what << ": " << r.head;
         ASSERT_TRUE(r.wellFormed) << what;
-        EXPECT_EQ(count(r.body, c.element), kBulkCount) << what;
+        EXPECT_EQ(countOccurrences(r.body, c.element), kBulkCount) << what;
         EXPECT_TRUE(endsWith(r.body, "</IRETURNVALUE></IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>\n"))
             << what << ": " << r.body.substr(r.body.size() - std::min<std::size_t>(r.body.size(), 200));
         EXPECT_EQ(r.trailer, "") << what;
@@ -194,7 +181,8 @@ TEST_F(StreamingTest, ClientsReadStreamedAnswersOnAKeptAliveConnection)
             arguments.insert(arguments.begin() + 1, "-noverify");
         CommandResult wbemcli = runCommand(arguments);
         EXPECT_EQ(wbemcli.exitCode, 0) << (secure ? "https: " : "http: ") << wbemcli.output.substr(0, 2000);
-        EXPECT_EQ(count(wbemcli.output, "Test_Bulk.Id="), kBulkCount) << (secure ? "https" : "http");
+        EXPECT_EQ(countOccurrences(wbemcli.output, "Test_Bulk.Id="), kBulkCount)
+            << (secure ? "https" : "http");
     }
 }
 
@@ -215,7 +203,7 @@ TEST_F(StreamingTest, AProviderFailingMidwayGivesAFailingAnswer)
         std::string::npos)
         << raw.trailer;
     EXPECT_EQ(raw.body.find("</CIM>"), std::string::npos);
-    EXPECT_LT(count(raw.body, "<VALUE.NAMEDINSTANCE>"), kBrokenAfter + 1);
+    EXPECT_LT(countOccurrences(raw.body, "<VALUE.NAMEDINSTANCE>"), kBrokenAfter + 1);
 
     CIMClient client;
     client.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "viewer-demo");
@@ -246,5 +234,5 @@ TEST_F(StreamingTest, AProviderFailingMidwayGivesAFailingAnswer)
         early.body.find("<ERROR CODE=\"1\" DESCRIPTION=\"CIM_ERR_FAILED: The bulk source broke after 10"),
         std::string::npos)
         << early.body;
-    EXPECT_EQ(count(early.body, "<INSTANCENAME "), 0u);
+    EXPECT_EQ(countOccurrences(early.body, "<INSTANCENAME "), 0u);
 }

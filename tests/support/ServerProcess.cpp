@@ -47,6 +47,21 @@ std::vector<char*> cArgs(const std::vector<std::string>& argv)
     return out;
 }
 
+// Waits until the deadline for data on `fd` and appends what arrives: 1
+// when some did, 0 at the end of the data, -1 when the deadline came first.
+int readSome(int fd, std::string& into, Clock::time_point deadline)
+{
+    pollfd p{fd, POLLIN, 0};
+    if (::poll(&p, 1, millisLeft(deadline)) <= 0)
+        return -1;
+    char buffer[4096];
+    const ssize_t n = ::read(fd, buffer, sizeof buffer);
+    if (n <= 0)
+        return 0;
+    into.append(buffer, std::size_t(n));
+    return 1;
+}
+
 // Waits for the child to exit until the deadline; the exit status, or -2
 // when it is still running.
 int waitUntil(pid_t pid, Clock::time_point deadline)
@@ -96,22 +111,14 @@ CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs, co
     ::close(in[1]);
 
     CommandResult result;
-    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    char buffer[4096];
-    for (;;)
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    int got;
+    while ((got = readSome(out[0], result.output, deadline)) > 0)
+    {}
+    if (got < 0)
     {
-        pollfd p{out[0], POLLIN, 0};
-        int ready = ::poll(&p, 1, millisLeft(deadline));
-        if (ready <= 0)
-        {
-            result.timedOut = true;
-            ::kill(pid, SIGKILL);
-            break;
-        }
-        ssize_t n = ::read(out[0], buffer, sizeof buffer);
-        if (n <= 0)
-            break;
-        result.output.append(buffer, std::size_t(n));
+        result.timedOut = true;
+        ::kill(pid, SIGKILL);
     }
     ::close(out[0]);
     int status = waitUntil(pid, Clock::now() + std::chrono::seconds(10));
@@ -190,18 +197,9 @@ ServerProcess::ServerProcess(
 
     // The ready line names the URLs; until then the server writes nothing
     // on stdout.
-    auto deadline = Clock::now() + std::chrono::seconds(60);
-    char buffer[1024];
-    while (_stdout.find('\n') == std::string::npos)
-    {
-        pollfd p{_stdoutFd, POLLIN, 0};
-        if (::poll(&p, 1, millisLeft(deadline)) <= 0)
-            break;
-        ssize_t n = ::read(_stdoutFd, buffer, sizeof buffer);
-        if (n <= 0)
-            break;
-        _stdout.append(buffer, std::size_t(n));
-    }
+    const auto deadline = Clock::now() + std::chrono::seconds(60);
+    while (_stdout.find('\n') == std::string::npos && readSome(_stdoutFd, _stdout, deadline) > 0)
+    {}
     std::smatch m;
     std::string firstLine = _stdout.substr(0, _stdout.find('\n'));
     if (!std::regex_search(firstLine, std::regex("^zda-cimserver ready:")))
@@ -236,10 +234,8 @@ int ServerProcess::stop()
     }
     if (_stdoutFd >= 0)
     {
-        char buffer[1024];
-        ssize_t n;
-        while ((n = ::read(_stdoutFd, buffer, sizeof buffer)) > 0)
-            _stdout.append(buffer, std::size_t(n));
+        while (readSome(_stdoutFd, _stdout, Clock::now() + std::chrono::seconds(10)) > 0)
+        {}
         ::close(_stdoutFd);
         _stdoutFd = -1;
     }
@@ -292,18 +288,13 @@ void RawConnection::send(const std::string& data)
 
 const std::string& RawConnection::readUntil(const std::string& until, int timeoutMs)
 {
-    auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    char buffer[4096];
+    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
     while (!_closed && (until.empty() || _received.find(until) == std::string::npos))
     {
-        pollfd p{_fd, POLLIN, 0};
-        if (::poll(&p, 1, millisLeft(deadline)) <= 0)
+        const int got = readSome(_fd, _received, deadline);
+        if (got < 0)
             break;
-        ssize_t n = ::recv(_fd, buffer, sizeof buffer, 0);
-        if (n <= 0)
-            _closed = true;
-        else
-            _received.append(buffer, std::size_t(n));
+        _closed = got == 0;
     }
     return _received;
 }
