@@ -1,5 +1,7 @@
 // The enumeration-context table of the pull operations: pieces, limits,
 // time-outs, one request at a time per context, producers paced by pulls.
+#include "cim_error_of.h"
+
 #include <EnumerationContexts.h>
 
 #include <Pegasus/Common/Exception.h>
@@ -14,6 +16,7 @@ using namespace zda::server;
 using namespace std::chrono_literals;
 using Pegasus::CIMException;
 using Pegasus::CIMStatusCode;
+using zda_test::cimErrorOf;
 
 namespace
 {
@@ -46,21 +49,6 @@ struct Numbers
             };
     }
 };
-
-template <class Call>
-CIMStatusCode cimErrorOf(Call&& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const CIMException& e)
-    {
-        return e.getCode();
-    }
-    ADD_FAILURE() << "no CIMException";
-    return Pegasus::CIM_ERR_SUCCESS;
-}
 
 class EnumerationContextsTest : public ::testing::Test
 {

@@ -228,15 +228,4 @@ INSTANTIATE_TEST_SUITE_P(Faults, MofParserError,
         BadMof{"class A { char16 C = 'ab'; };", 1, 22, "more than one character"},
         BadMof{"class A {}; @", 1, 13, "unexpected character '@'"}));
 
-TEST(MofParser, ReadsTheProjectMof)
-{
-    for (const char* entry : {"root_zda.mof", "root_PG_Internal.mof", "root_PG_InterOp.mof"})
-    {
-        std::string path = std::string(ZDA_MOF_DIR) + "/" + entry;
-        std::vector<Declaration> decls;
-        ASSERT_NO_THROW(decls = parseMofFile(path, "root/cimv2")) << path;
-        EXPECT_GT(decls.size(), 10u) << path;
-    }
-}
-
 }  // namespace

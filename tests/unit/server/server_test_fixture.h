@@ -5,6 +5,7 @@
 #define ZDA_TESTS_SERVER_TEST_FIXTURE_H
 
 #include "CimBuilders.h"
+#include "cim_error_of.h"
 #include "ServerHostFixture.h"
 #include "TestProviderControl.h"
 
@@ -97,25 +98,6 @@ private:
     mutable std::mutex _logMutex;
     mutable std::vector<std::string> _log;
 };
-
-// Runs `call` and returns the code of the CIMException it throws (and its
-// message through `message`); fails the test when it throws nothing.
-template <class Call>
-int cimErrorOf(Call&& call, std::string* message = nullptr)
-{
-    try
-    {
-        call();
-    }
-    catch (const CIMException& e)
-    {
-        if (message)
-            *message = (const char*)e.getMessage().getCString();
-        return int(e.getCode());
-    }
-    ADD_FAILURE() << "no CIMException was thrown";
-    return -1;
-}
 
 }  // namespace zda_test
 
