@@ -30,6 +30,12 @@ protected:
             *resultClass ? CIMName(resultClass) : CIMName(), role, resultRole);
     }
 
+    // GetInstance as alice, with qualifiers and class origins when `full`.
+    CIMInstance get(const CIMObjectPath& path, bool full = false)
+    {
+        return server().getInstance(alice, TEST_NS, path, false, full, full, CIMPropertyList());
+    }
+
     CIMValue invoke(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out,
         const OperationContext& context = OperationContext())
     {
@@ -138,15 +144,13 @@ TEST_F(DispatchTest, QualifiersAndClassOriginsAreReturnedOnlyWhenAsked)
     for (bool asked : {false, true})
     {
         SCOPED_TRACE(asked);
-        CIMInstance d = server().getInstance(
-            alice, TEST_NS, disk("Disk1"), false, asked, asked, CIMPropertyList());
+        CIMInstance d = get(disk("Disk1"), asked);
         CIMConstProperty name = d.getProperty(d.findProperty("Name"));
         EXPECT_EQ(name.getQualifierCount(), asked ? 1u : 0u);
         EXPECT_EQ(name.getClassOrigin().getString(), asked ? "Test_Element" : "");
     }
     // The provider's own objects are left alone.
-    CIMInstance again = server().getInstance(
-        alice, TEST_NS, disk("Disk1"), false, true, true, CIMPropertyList());
+    CIMInstance again = get(disk("Disk1"), true);
     EXPECT_EQ(again.getProperty(again.findProperty("Name")).getQualifierCount(), 1u);
 }
 
@@ -166,13 +170,9 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
         ::testing::HasSubstr("pl=Size"));
 
     server().deleteInstance(alice, TEST_NS, disk("Disk3"));
-    EXPECT_EQ(cimErrorOf([&] {
-        server().getInstance(alice, TEST_NS, disk("Disk3"), false, false, false, CIMPropertyList());
-    }),
-        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { get(disk("Disk3")); }), CIM_ERR_NOT_FOUND);
 
-    CIMInstance tape = server().getInstance(
-        alice, TEST_NS, disk("Tape1", "Test_Tape"), false, false, false, CIMPropertyList());
+    CIMInstance tape = get(disk("Tape1", "Test_Tape"));
     EXPECT_EQ(tape.getProperty(tape.findProperty("Label")).getValue(), CIMValue(String("L1")));
     EXPECT_EQ(
         server().getProperty(alice, TEST_NS, disk("Tape2", "Test_Tape"), "Label"), CIMValue(String("L2")));
@@ -196,17 +196,8 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
             CIM_ERR_INVALID_NAMESPACE},
         {"unknown class", [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Nothing"); },
             CIM_ERR_INVALID_CLASS},
-        {"no such disk",
-            [&] {
-                server().getInstance(alice, TEST_NS, disk("Disk9"), false, false, false, CIMPropertyList());
-            },
-            CIM_ERR_NOT_FOUND},
-        {"no such tape",
-            [&] {
-                server().getInstance(
-                    alice, TEST_NS, disk("Tape9", "Test_Tape"), false, false, false, CIMPropertyList());
-            },
-            CIM_ERR_NOT_FOUND},
+        {"no such disk", [&] { get(disk("Disk9")); }, CIM_ERR_NOT_FOUND},
+        {"no such tape", [&] { get(disk("Tape9", "Test_Tape")); }, CIM_ERR_NOT_FOUND},
         {"undeclared property", [&] { server().getProperty(alice, TEST_NS, disk("Disk1"), "Colour"); },
             CIM_ERR_NO_SUCH_PROPERTY},
         {"wrong property type",
@@ -237,8 +228,7 @@ TEST_F(DispatchTest, ResultsAreReturnedEvenWithoutComplete)
     EXPECT_THAT(idsOf(server().enumerateInstances(
                     alice, TEST_NS, "Test_Pool", true, false, false, false, CIMPropertyList())),
         ElementsAre("Pool1"));
-    CIMInstance pool = server().getInstance(
-        alice, TEST_NS, disk("Pool1", "Test_Pool"), false, false, false, CIMPropertyList());
+    CIMInstance pool = get(disk("Pool1", "Test_Pool"));
     EXPECT_EQ(pool.getPath().toString(), "//testhost/root/test:Test_Pool.Id=\"Pool1\"");
 
     Array<CIMParamValue> out;
@@ -599,7 +589,7 @@ TEST_F(DispatchTest, ProvidersMayCallBackDuringTheirOwnInitialize)
 TEST_F(DispatchTest, ProvidersAreInitializedOnceAndTerminatedAtShutdown)
 {
     for (int i = 0; i < 3; ++i)
-        server().getInstance(alice, TEST_NS, disk("Disk1"), false, false, false, CIMPropertyList());
+        get(disk("Disk1"));
     server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk");
     EXPECT_EQ(zda_test_providers::initializeCount("Test_DiskProvider"), 1);
     EXPECT_EQ(zda_test_providers::initializeCount("Test_FastDiskProvider"), 1);
