@@ -46,10 +46,13 @@ protected:
         return o;
     }
 
-    std::vector<std::string> log() const
+    // How many of the host's log lines hold `text`, at their start when `atStart`.
+    int logLines(const std::string& text, bool atStart = false) const
     {
         std::lock_guard<std::mutex> lock(_logMutex);
-        return _log;
+        return int(std::count_if(_log.begin(), _log.end(), [&](const std::string& line) {
+            return atStart ? line.rfind(text, 0) == 0 : line.find(text) != std::string::npos;
+        }));
     }
 
     static CIMObjectPath disk(const std::string& id, const char* cls = "Test_Disk")
