@@ -59,6 +59,18 @@ std::string piece(int n)
     return "piece-" + std::to_string(n) + std::string(std::size_t(n % 7) * 1000, 'x');
 }
 
+// Begins the answer and sends pieces 0 to count - 1.
+void beginAndSend(QueuedStream& queued, int count)
+{
+    HttpResponseHead head;
+    queued.begin(head);
+    for (int i = 0; i < count; i++)
+    {
+        std::string p = piece(i);
+        queued.send(p.data(), p.size());
+    }
+}
+
 }  // namespace
 
 // With a piece size of 1 every send is a piece of its own; with a larger
@@ -115,23 +127,12 @@ TEST(QueuedStreamTest, AFailedConnectionStopsTheAnswerAtTheCaller)
 {
     RecordingConnection connection(3);
     QueuedStream queued(connection, 2, 1);
-    HttpResponseHead head;
-    queued.begin(head);
-    bool lost = false;
-    try
-    {
-        for (int i = 0; i < 1000; i++)
+    EXPECT_THROW(
         {
-            std::string p = piece(i);
-            queued.send(p.data(), p.size());
-        }
-        queued.end(boost::beast::http::fields());
-    }
-    catch (const ConnectionLost&)
-    {
-        lost = true;
-    }
-    EXPECT_TRUE(lost);
+            beginAndSend(queued, 1000);
+            queued.end(boost::beast::http::fields());
+        },
+        ConnectionLost);
     std::vector<std::string> events = connection.events();
     // The head and the two pieces before the failure; nothing after it,
     // and no end.
@@ -145,13 +146,7 @@ TEST(QueuedStreamTest, AnAbandonedAnswerReleasesItsCallerPromptly)
     const auto start = std::chrono::steady_clock::now();
     {
         QueuedStream queued(connection, 3, 1);
-        HttpResponseHead head;
-        queued.begin(head);
-        for (int i = 0; i < 4; i++)
-        {
-            std::string p = piece(i);
-            queued.send(p.data(), p.size());
-        }
+        beginAndSend(queued, 4);
     }  // destroyed without end(): what still waits is dropped
     const auto elapsed = std::chrono::steady_clock::now() - start;
     std::vector<std::string> events = connection.events();
