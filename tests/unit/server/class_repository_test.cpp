@@ -408,12 +408,6 @@ TEST(ClassRepository, ReturnedClassesAreTheCallersOwn)
     CIMClass second = repo.getClass(kZda, "ZDA_ReplicationService", false);
     EXPECT_EQ(second.findProperty("Extra"), PEG_NOT_FOUND);
     EXPECT_EQ(second.getPropertyCount(), first.getPropertyCount());
-
-    // The skeleton a provider builds from the class carries the typed keys.
-    CIMInstance skeleton = second.buildInstance(false, false, CIMPropertyList());
-    CIMProperty started = skeleton.getProperty(skeleton.findProperty("Started"));
-    EXPECT_NO_THROW(started.setValue(CIMValue(Boolean(true))));
-    EXPECT_THROW(started.setValue(CIMValue(String("yes"))), TypeMismatchException);
 }
 
 TEST(ClassRepository, QualifierDeclarationsKeepScopeAndFlavor)
