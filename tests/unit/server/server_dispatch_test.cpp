@@ -719,6 +719,7 @@ TEST_F(ConcurrencyTest, ProvidersReachingEachOtherFromInitializeDoNotDeadlock)
 
 TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
 {
+    using namespace zda::server;
     const CIMInstance one = CIMInstance("Test_Disk");
     struct Case
     {
@@ -729,24 +730,24 @@ TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
     const Case cases[] = {
         {"second instance for getInstance",
             [&] {
-                zda::server::InstanceCollector c(true);
+                InstanceCollector c(true);
                 c.deliver(one);
                 c.deliver(one);
             },
             "Too many objects delivered."},
         {"complete without an instance",
             [&] {
-                zda::server::InstanceCollector c(true);
+                InstanceCollector c(true);
                 c.complete();
             },
             "Too few objects delivered."},
-        {"uninitialized instance", [&] { zda::server::InstanceCollector(false).deliver(CIMInstance()); },
+        {"uninitialized instance", [&] { InstanceCollector(false).deliver(CIMInstance()); },
             "The object is not initialized."},
-        {"path without a class", [&] { zda::server::ObjectPathCollector().deliver(CIMObjectPath()); },
+        {"path without a class", [&] { ObjectPathCollector().deliver(CIMObjectPath()); },
             "The object is not initialized."},
-        {"uninitialized object", [&] { zda::server::ObjectCollector().deliver(CIMObject()); },
+        {"uninitialized object", [&] { ObjectCollector().deliver(CIMObject()); },
             "The object is not initialized."},
-        {"null return value", [&] { zda::server::MethodResultCollector().deliver(CIMValue()); },
+        {"null return value", [&] { MethodResultCollector().deliver(CIMValue()); },
             "The object is not initialized."},
     };
     for (const Case& c : cases)
@@ -757,7 +758,7 @@ TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
         EXPECT_EQ(message, c.message);
     }
 
-    zda::server::InstanceCollector many(false);
+    InstanceCollector many(false);
     many.deliver(one);
     Array<CIMInstance> two;
     two.append(one);
