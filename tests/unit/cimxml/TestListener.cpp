@@ -1,5 +1,6 @@
 #include "TestListener.h"
 
+#include <cimxml/Codec.h>
 #include <cimxml/Http.h>
 #include <cimxml/OperationCalls.h>
 
@@ -11,13 +12,8 @@
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
 
-#include <openssl/pem.h>
-#include <openssl/x509v3.h>
-
 #include <atomic>
-#include <cstdio>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
 
 namespace cimxml_test
@@ -30,8 +26,11 @@ namespace beast = boost::beast;
 namespace bhttp = boost::beast::http;
 using boost::system::error_code;
 
-// ---- dispatch ----
+namespace
+{
 
+// Runs the request against the backend and packs the result or the CIM
+// error into a response.
 OperationResponse dispatch(CIMOMHandleBackend& b, const OperationRequest& r)
 {
     try
@@ -44,37 +43,25 @@ OperationResponse dispatch(CIMOMHandleBackend& b, const OperationRequest& r)
     }
 }
 
-// ---- the listener ----
+}  // namespace
 
 class TestListener::Impl
 {
 public:
     Impl(std::shared_ptr<CIMOMHandleBackend> backend, Options options)
         : backend(std::move(backend)), options(std::move(options)), tls(asio::ssl::context::tls_server),
-          tcpAcceptor(io), localAcceptor(io)
+          tcpAcceptor(io)
     {
-        if (this->options.kind == Kind::Unix)
+        if (https())
         {
-            std::remove(this->options.socketPath.c_str());
-            asio::local::stream_protocol::endpoint where(this->options.socketPath);
-            localAcceptor.open(where.protocol());
-            localAcceptor.bind(where);
-            localAcceptor.listen();
-            acceptLocal();
+            tls.use_certificate_chain_file(this->options.certFile);
+            tls.use_private_key_file(this->options.keyFile, asio::ssl::context::pem);
         }
-        else
-        {
-            if (this->options.kind == Kind::Https)
-            {
-                tls.use_certificate_chain_file(this->options.certFile);
-                tls.use_private_key_file(this->options.keyFile, asio::ssl::context::pem);
-            }
-            asio::ip::tcp::endpoint where(asio::ip::make_address("127.0.0.1"), 0);
-            tcpAcceptor.open(where.protocol());
-            tcpAcceptor.bind(where);
-            tcpAcceptor.listen();
-            acceptTcp();
-        }
+        asio::ip::tcp::endpoint where(asio::ip::make_address("127.0.0.1"), 0);
+        tcpAcceptor.open(where.protocol());
+        tcpAcceptor.bind(where);
+        tcpAcceptor.listen();
+        acceptTcp();
         thread = std::thread([this] { io.run(); });
     }
 
@@ -82,9 +69,9 @@ public:
     {
         io.stop();
         thread.join();
-        if (options.kind == Kind::Unix)
-            std::remove(options.socketPath.c_str());
     }
+
+    bool https() const { return !options.certFile.empty(); }
 
     template <class Stream>
     struct Session : std::enable_shared_from_this<Session<Stream>>
@@ -141,7 +128,7 @@ public:
             if (ec)
                 return;
             accepted++;
-            if (options.kind == Kind::Https)
+            if (https())
             {
                 auto s = std::make_shared<Session<asio::ssl::stream<asio::ip::tcp::socket>>>(
                     *this, std::move(socket), tls);
@@ -153,17 +140,6 @@ public:
             else
                 std::make_shared<Session<asio::ip::tcp::socket>>(*this, std::move(socket))->read();
             acceptTcp();
-        });
-    }
-
-    void acceptLocal()
-    {
-        localAcceptor.async_accept([this](error_code ec, asio::local::stream_protocol::socket socket) {
-            if (ec)
-                return;
-            accepted++;
-            std::make_shared<Session<asio::local::stream_protocol::socket>>(*this, std::move(socket))->read();
-            acceptLocal();
         });
     }
 
@@ -226,7 +202,6 @@ public:
     asio::io_context io;
     asio::ssl::context tls;
     asio::ip::tcp::acceptor tcpAcceptor;
-    asio::local::stream_protocol::acceptor localAcceptor;
     std::vector<std::shared_ptr<void>> keepAlive;
     std::atomic<unsigned> accepted{0};
     mutable std::mutex mutex;
@@ -254,46 +229,6 @@ std::vector<std::string> TestListener::cimHeaders() const
 unsigned TestListener::connectionsAccepted() const
 {
     return _impl->accepted;
-}
-
-// ---- certificates ----
-
-std::pair<std::string, std::string> makeSelfSignedCertificate(
-    const std::string& folder, const std::string& name)
-{
-    EVP_PKEY* key = EVP_EC_gen("P-256");
-    X509* cert = X509_new();
-    if (!key || !cert)
-        throw std::runtime_error("cannot make a key or certificate");
-    X509_set_version(cert, 2);
-    ASN1_INTEGER_set(X509_get_serialNumber(cert), long(std::time(nullptr) & 0x7FFFFFFF));
-    X509_gmtime_adj(X509_getm_notBefore(cert), -60);
-    X509_gmtime_adj(X509_getm_notAfter(cert), 3600);
-    X509_set_pubkey(cert, key);
-    X509_NAME* subject = X509_get_subject_name(cert);
-    X509_NAME_add_entry_by_txt(
-        subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
-    X509_set_issuer_name(cert, subject);
-    X509V3_CTX ctx;
-    X509V3_set_ctx_nodb(&ctx);
-    X509V3_set_ctx(&ctx, cert, cert, nullptr, nullptr, 0);
-    X509_EXTENSION* san = X509V3_EXT_conf_nid(
-        nullptr, &ctx, NID_subject_alt_name, "IP:127.0.0.1,DNS:localhost");
-    X509_add_ext(cert, san, -1);
-    X509_EXTENSION_free(san);
-    X509_sign(cert, key, EVP_sha256());
-
-    std::string certFile = folder + "/" + name + ".crt";
-    std::string keyFile = folder + "/" + name + ".key";
-    FILE* f = std::fopen(certFile.c_str(), "w");
-    PEM_write_X509(f, cert);
-    std::fclose(f);
-    f = std::fopen(keyFile.c_str(), "w");
-    PEM_write_PrivateKey(f, key, nullptr, nullptr, 0, nullptr, nullptr);
-    std::fclose(f);
-    X509_free(cert);
-    EVP_PKEY_free(key);
-    return {certFile, keyFile};
 }
 
 }  // namespace cimxml_test

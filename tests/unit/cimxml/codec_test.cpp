@@ -112,10 +112,11 @@ std::vector<std::pair<std::string, CIMValue>> everyValue()
     strings.append("");
     strings.append("  spaced  ");
     strings.append("line1\r\nline2\ttab <&> \"q\" 'a' \xC3\xA9 \xF0\x9F\x98\x80");
+    // Shortest round-trip precision, subnormals, extremes and infinities.
     Array<Real64> reals;
-    reals.append(0.1);
-    reals.append(-1.5e300);
-    reals.append(std::numeric_limits<Real64>::infinity());
+    for (Real64 x : {0.1, -1.5e300, 1e-310, -0.0, 1.7976931348623157e308,
+             std::numeric_limits<Real64>::infinity(), -std::numeric_limits<Real64>::infinity()})
+        reals.append(x);
 
     return {
         {"boolean", CIMValue(true)},
@@ -210,6 +211,12 @@ std::string response(const std::string& rsp)
 
 const char kZda[] = "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"zda\"/>"
                     "</LOCALNAMESPACEPATH>";
+
+// A request with one intrinsic call in root/zda.
+std::string imethod(const std::string& name, const std::string& parameters = "")
+{
+    return request("<IMETHODCALL NAME=\"" + name + "\">" + kZda + parameters + "</IMETHODCALL>");
+}
 
 DecodeFailure failureOf(
     const std::string& xml, bool asRequest = true, const DecodeLimits& limits = DecodeLimits())
@@ -339,18 +346,8 @@ TEST(CimXmlValues, TextSurvivesWhereverItsSpecialCharactersStand)
             }
 }
 
-TEST(CimXmlValues, RealsKeepSpecialValuesAndPrecision)
+TEST(CimXmlValues, NotANumberSurvives)
 {
-    for (Real64 x : {0.1, 1e-310, -0.0, 1.7976931348623157e308, -std::numeric_limits<Real64>::infinity()})
-    {
-        OperationResponse r;
-        r.intrinsic = false;
-        r.methodName = CIMName("M");
-        r.returnValue = CIMValue(x);
-        Real64 back;
-        responseRoundTrip(r).returnValue.get(back);
-        EXPECT_EQ(x, back);
-    }
     OperationResponse nan;
     nan.intrinsic = false;
     nan.methodName = CIMName("M");
@@ -387,81 +384,38 @@ OperationRequest intrinsic(Intrinsic op)
     return r;
 }
 
-// Every intrinsic operation with every parameter set to a non-default value.
-std::vector<OperationRequest> everyIntrinsicRequest()
+// The intrinsic requests whose parameters carry whole classes and instances
+// (or an empty property list). Every other parameter of every operation is
+// sent by CIMClient over the wire in the client's test and compared there.
+std::vector<OperationRequest> objectCarryingRequests()
 {
-    CIMInstance modified = namedVolume();
-    Array<String> props;
-    props.append("Name");
-    props.append("Percent");
-    auto with = [](OperationRequest r, std::initializer_list<std::pair<const char*, CIMValue>> ps) {
+    auto with = [](Intrinsic op, std::initializer_list<std::pair<const char*, CIMValue>> ps) {
+        OperationRequest r = intrinsic(op);
         for (const auto& p : ps)
             r.parameters.append(CIMParamValue(p.first, p.second));
         return r;
     };
-    CIMObjectPath classOnly;
-    classOnly.setClassName("ZDA_StorageVolume");
     return {
-        with(intrinsic(Intrinsic::GetClass),
-            {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
-                {"IncludeQualifiers", CIMValue(false)}, {"IncludeClassOrigin", CIMValue(true)},
-                {"PropertyList", CIMValue(props)}}),
-        with(intrinsic(Intrinsic::EnumerateClasses),
-            {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)},
-                {"LocalOnly", CIMValue(false)}, {"IncludeQualifiers", CIMValue(false)},
-                {"IncludeClassOrigin", CIMValue(true)}}),
-        with(intrinsic(Intrinsic::EnumerateClassNames),
-            {{"ClassName", CIMValue(String("ZDA_A"))}, {"DeepInheritance", CIMValue(true)}}),
-        with(intrinsic(Intrinsic::CreateClass), {{"NewClass", CIMValue(CIMObject(sampleClass()))}}),
-        with(intrinsic(Intrinsic::ModifyClass), {{"ModifiedClass", CIMValue(CIMObject(sampleClass()))}}),
-        with(intrinsic(Intrinsic::DeleteClass), {{"ClassName", CIMValue(String("ZDA_A"))}}),
-        with(intrinsic(Intrinsic::GetInstance),
+        with(Intrinsic::CreateClass, {{"NewClass", CIMValue(CIMObject(sampleClass()))}}),
+        with(Intrinsic::ModifyClass, {{"ModifiedClass", CIMValue(CIMObject(sampleClass()))}}),
+        with(Intrinsic::GetInstance,
             {{"InstanceName", CIMValue(volumePath())}, {"LocalOnly", CIMValue(false)},
                 {"IncludeQualifiers", CIMValue(true)}, {"IncludeClassOrigin", CIMValue(true)},
                 {"PropertyList", CIMValue(Array<String>())}}),
-        with(intrinsic(Intrinsic::EnumerateInstances),
-            {{"ClassName", CIMValue(String("ZDA_A"))}, {"LocalOnly", CIMValue(false)},
-                {"DeepInheritance", CIMValue(false)}, {"IncludeQualifiers", CIMValue(true)},
-                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
-        with(intrinsic(Intrinsic::EnumerateInstanceNames), {{"ClassName", CIMValue(String("ZDA_A"))}}),
-        with(intrinsic(Intrinsic::CreateInstance), {{"NewInstance", CIMValue(embeddedInstance())}}),
-        with(intrinsic(Intrinsic::ModifyInstance),
-            {{"ModifiedInstance", CIMValue(modified)}, {"IncludeQualifiers", CIMValue(false)},
-                {"PropertyList", CIMValue(props)}}),
-        with(intrinsic(Intrinsic::DeleteInstance), {{"InstanceName", CIMValue(volumePath())}}),
-        with(intrinsic(Intrinsic::ExecQuery),
-            {{"QueryLanguage", CIMValue(String("WQL"))},
-                {"Query", CIMValue(String("SELECT * FROM ZDA_A WHERE X < 3"))}}),
-        with(intrinsic(Intrinsic::Associators),
-            {{"ObjectName", CIMValue(volumePath())}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
-                {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
-                {"ResultRole", CIMValue(String("Dependent"))}, {"IncludeQualifiers", CIMValue(true)},
-                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
-        with(intrinsic(Intrinsic::AssociatorNames),
-            {{"ObjectName", CIMValue(classOnly)}, {"AssocClass", CIMValue(String("ZDA_Assoc"))},
-                {"ResultClass", CIMValue(String("ZDA_B"))}, {"Role", CIMValue(String("Antecedent"))},
-                {"ResultRole", CIMValue(String("Dependent"))}}),
-        with(intrinsic(Intrinsic::References),
-            {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
-                {"Role", CIMValue(String("Antecedent"))}, {"IncludeQualifiers", CIMValue(true)},
-                {"IncludeClassOrigin", CIMValue(true)}, {"PropertyList", CIMValue(props)}}),
-        with(intrinsic(Intrinsic::ReferenceNames),
-            {{"ObjectName", CIMValue(volumePath())}, {"ResultClass", CIMValue(String("ZDA_Assoc"))},
-                {"Role", CIMValue(String("Antecedent"))}}),
-        with(intrinsic(Intrinsic::GetProperty),
-            {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))}}),
-        with(intrinsic(Intrinsic::SetProperty),
+        with(Intrinsic::CreateInstance, {{"NewInstance", CIMValue(embeddedInstance())}}),
+        with(Intrinsic::ModifyInstance,
+            {{"ModifiedInstance", CIMValue(namedVolume())}, {"IncludeQualifiers", CIMValue(false)},
+                {"PropertyList", CIMValue(Array<String>(1, "Name"))}}),
+        with(Intrinsic::SetProperty,
             {{"InstanceName", CIMValue(volumePath())}, {"PropertyName", CIMValue(String("Name"))},
                 {"NewValue", CIMValue(volumePath("other"))}}),
     };
 }
 }  // namespace
 
-TEST(CimXmlOperations, EveryIntrinsicRequestSurvivesWithEveryParameter)
+TEST(CimXmlOperations, IntrinsicRequestsCarryWholeObjects)
 {
-    std::vector<OperationRequest> requests = everyIntrinsicRequest();
-    ASSERT_EQ(19u, requests.size());
-    for (const OperationRequest& sent : requests)
+    for (const OperationRequest& sent : objectCarryingRequests())
     {
         SCOPED_TRACE(str(sent.name()));
         OperationRequest got = requestRoundTrip(sent);
@@ -491,18 +445,17 @@ TEST(CimXmlOperations, EveryIntrinsicRequestSurvivesWithEveryParameter)
 
 TEST(CimXmlOperations, AbsentParametersTakeTheOperationsDefaults)
 {
-    OperationRequest got = decodeRequestText(
-        request(std::string("<IMETHODCALL NAME=\"EnumerateInstances\">") + kZda +
-            "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE>"
-            "<IPARAMVALUE NAME=\"LocalOnly\"/></IMETHODCALL>"));
+    OperationRequest got = decodeRequestText(imethod("EnumerateInstances",
+        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE>"
+        "<IPARAMVALUE NAME=\"LocalOnly\"/>"));
     EXPECT_EQ("ZDA_A", str(got.className("ClassName").getString()));
     EXPECT_TRUE(got.flag("DeepInheritance"));
     EXPECT_TRUE(got.flag("LocalOnly"));  // a null value is the default too
     EXPECT_FALSE(got.flag("IncludeQualifiers"));
     EXPECT_TRUE(got.propertyList().isNull());
 
-    OperationRequest getClass = decodeRequestText(request(std::string("<IMETHODCALL NAME=\"GetClass\">") +
-        kZda + "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE></IMETHODCALL>"));
+    OperationRequest getClass = decodeRequestText(
+        imethod("GetClass", "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZDA_A\"/></IPARAMVALUE>"));
     EXPECT_TRUE(getClass.flag("IncludeQualifiers"));
     EXPECT_FALSE(getClass.flag("IncludeClassOrigin"));
     EXPECT_THROW(getClass.objectPath("ClassName"), CIMException);  // typed access checks types
@@ -582,27 +535,18 @@ TEST(CimXmlOperations, EveryResultShapeSurvives)
         EXPECT_EQ("9", got.messageId);
         EXPECT_EQ(c.op, got.operation);
         EXPECT_FALSE(got.isError());
+        // identical() leaves the paths out: they are compared too.
+        auto samePaths = [&](auto sent, auto back) {
+            c.result.get(sent);
+            got.returnValue.get(back);
+            ASSERT_EQ(sent.size(), back.size());
+            for (Uint32 i = 0; i < sent.size(); i++)
+                EXPECT_TRUE(sent[i].identical(back[i]) && sent[i].getPath() == back[i].getPath()) << i;
+        };
         if (c.result.getType() == CIMTYPE_OBJECT && c.result.isArray())
-        {
-            Array<CIMObject> a, b;
-            c.result.get(a);
-            got.returnValue.get(b);
-            ASSERT_EQ(a.size(), b.size());
-            for (Uint32 i = 0; i < a.size(); i++)
-            {
-                EXPECT_TRUE(a[i].identical(b[i]));
-                EXPECT_TRUE(a[i].getPath() == b[i].getPath()) << str(b[i].getPath().toString());
-            }
-        }
+            samePaths(Array<CIMObject>(), Array<CIMObject>());
         else if (c.result.getType() == CIMTYPE_INSTANCE && c.result.isArray())
-        {
-            Array<CIMInstance> a, b;
-            c.result.get(a);
-            got.returnValue.get(b);
-            ASSERT_EQ(a.size(), b.size());
-            for (Uint32 i = 0; i < a.size(); i++)
-                EXPECT_TRUE(a[i].identical(b[i]) && a[i].getPath() == b[i].getPath());
-        }
+            samePaths(Array<CIMInstance>(), Array<CIMInstance>());
         else
             EXPECT_TRUE(got.returnValue == c.result) << encode(r);
     }
@@ -645,46 +589,6 @@ TEST(CimXmlOperations, ErrorsCarryAnyCodeAndDescriptionUnchanged)
         }
 }
 
-TEST(CimXmlOperations, RefusedRequestsBecomeCimErrorsForTheSameMessage)
-{
-    struct Case
-    {
-        std::string call;
-        Uint32 code;
-    };
-    std::vector<Case> cases = {
-        {std::string("<IMETHODCALL NAME=\"Frobnicate\">") + kZda + "</IMETHODCALL>", CIM_ERR_NOT_SUPPORTED},
-        {std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda + "</IMETHODCALL>", CIM_ERR_INVALID_PARAMETER},
-        {std::string("<IMETHODCALL NAME=\"DeleteClass\">") + kZda +
-                "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
-                "<IPARAMVALUE NAME=\"Colour\"><VALUE>red</VALUE></IPARAMVALUE></IMETHODCALL>",
-            CIM_ERR_INVALID_PARAMETER},
-        {std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-                "<IPARAMVALUE NAME=\"InstanceName\"><VALUE>x</VALUE></IPARAMVALUE></IMETHODCALL>",
-            CIM_ERR_INVALID_PARAMETER},
-        {std::string("<IMETHODCALL NAME=\"GetClass\">") + kZda +
-                "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>"
-                "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE></IMETHODCALL>",
-            CIM_ERR_INVALID_PARAMETER},
-    };
-    for (const Case& c : cases)
-    {
-        try
-        {
-            decodeRequestText(request(c.call));
-            ADD_FAILURE() << "accepted " << c.call;
-        }
-        catch (const RequestRefused& refused)
-        {
-            EXPECT_EQ(c.code, refused.code) << refused.what();
-            OperationResponse r = refused.response();
-            EXPECT_EQ("77", r.messageId);
-            EXPECT_EQ(c.code, r.errorCode);
-            EXPECT_FALSE(std::string(refused.what()).empty());
-        }
-    }
-}
-
 TEST(CimXmlOperations, StreamingWriterBoundsItsBufferAndChecksShapes)
 {
     struct ChunkSink : Sink
@@ -724,20 +628,19 @@ TEST(CimXmlTolerance, FieldVariationsAreUnderstood)
     auto keyOf = [](const CIMObjectPath& p, Uint32 i) { return p.getKeyBindings()[i]; };
 
     // KEYVALUE without VALUETYPE/TYPE, with an empty TYPE, and typed only by TYPE.
-    OperationRequest got = decodeRequestText(
-        request(std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-            "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"ZDA_V\">"
-            "<KEYBINDING NAME=\"A\"><KEYVALUE>one</KEYVALUE></KEYBINDING>"
-            "<KEYBINDING NAME=\"B\"><KEYVALUE TYPE=\"\">two</KEYVALUE></KEYBINDING>"
-            "<KEYBINDING NAME=\"C\"><KEYVALUE TYPE=\"uint16\"> 3 </KEYVALUE></KEYBINDING>"
-            "<KEYBINDING NAME=\"D\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
-            kZda +
-            "<INSTANCENAME CLASSNAME=\"ZDA_S\"><KEYBINDING NAME=\"N\"><KEYVALUE>s</KEYVALUE>"
-            "</KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH></VALUE.REFERENCE></KEYBINDING>"
-            "<KEYBINDING NAME=\"E\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"ZDA_S\">"
-            "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"string\">t</KEYVALUE></KEYBINDING>"
-            "</INSTANCENAME></VALUE.REFERENCE></KEYBINDING>"
-            "</INSTANCENAME></IPARAMVALUE></IMETHODCALL>"));
+    const std::string keys = "<KEYBINDING NAME=\"A\"><KEYVALUE>one</KEYVALUE></KEYBINDING>"
+                             "<KEYBINDING NAME=\"B\"><KEYVALUE TYPE=\"\">two</KEYVALUE></KEYBINDING>"
+                             "<KEYBINDING NAME=\"C\"><KEYVALUE TYPE=\"uint16\"> 3 </KEYVALUE></KEYBINDING>"
+                             "<KEYBINDING NAME=\"D\"><VALUE.REFERENCE><LOCALINSTANCEPATH>" +
+        std::string(kZda) +
+        "<INSTANCENAME CLASSNAME=\"ZDA_S\"><KEYBINDING NAME=\"N\"><KEYVALUE>s</KEYVALUE>"
+        "</KEYBINDING></INSTANCENAME></LOCALINSTANCEPATH></VALUE.REFERENCE></KEYBINDING>"
+        "<KEYBINDING NAME=\"E\"><VALUE.REFERENCE><INSTANCENAME CLASSNAME=\"ZDA_S\">"
+        "<KEYBINDING NAME=\"N\"><KEYVALUE VALUETYPE=\"string\">t</KEYVALUE></KEYBINDING>"
+        "</INSTANCENAME></VALUE.REFERENCE></KEYBINDING>";
+    OperationRequest got = decodeRequestText(imethod("GetInstance",
+        "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"ZDA_V\">" + keys +
+            "</INSTANCENAME></IPARAMVALUE>"));
     CIMObjectPath p = got.objectPath("InstanceName");
     ASSERT_EQ(5u, p.getKeyBindings().size());
     EXPECT_EQ("one", str(keyOf(p, 0).getValue()));
@@ -808,26 +711,30 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         EXPECT_NE(str(name), "") << fine;
     }
 
-    std::string valid = request(std::string("<IMETHODCALL NAME=\"DeleteClass\">") + kZda +
-        "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/>"
-        "</IPARAMVALUE></IMETHODCALL>");
+    std::string valid = imethod(
+        "DeleteClass", "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>");
     decodeRequestText(valid);  // the base line is accepted
     const std::string call = valid.substr(
         valid.find("<IMETHODCALL"), valid.find("</SIMPLEREQ>") - valid.find("<IMETHODCALL"));
 
-    std::string withNuls = request("<IMETHODCALL NAME=\"DeleteClass\">" + std::string(kZda) +
-        std::string(100000, '\0') + "</IMETHODCALL>");
+    std::string withNuls = imethod("DeleteClass", std::string(100000, '\0'));
     std::string nest;
     for (int i = 0; i < 100000; i++)
         nest += "<VALUE.ARRAY>";
     for (int i = 0; i < 100000; i++)
         nest += "</VALUE.ARRAY>";
 
+    // Well-formed messages that ask for the impossible are refused with a
+    // CIM error (`code`) answering the same message.
+    const std::string classA = "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"A\"/></IPARAMVALUE>";
+    const DecodeFailure cimError = DecodeFailure::NotValid;
+
     struct Case
     {
         const char* label;
         std::string xml;
         DecodeFailure failure;
+        Uint32 code = 0;
     };
     std::vector<Case> cases = {
         {"empty", "", DecodeFailure::NotWellFormed},
@@ -862,9 +769,8 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         {"multiple requests", std::string(kHead) + "<MULTIREQ/>" + kTail, DecodeFailure::MultipleRequests},
         {"no namespace", request("<IMETHODCALL NAME=\"DeleteClass\"/>"), DecodeFailure::NotValid},
         {"bad class name",
-            request(std::string("<IMETHODCALL NAME=\"GetInstance\">") + kZda +
-                "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"9 bad\"/>"
-                "</IPARAMVALUE></IMETHODCALL>"),
+            imethod("GetInstance",
+                "<IPARAMVALUE NAME=\"InstanceName\"><INSTANCENAME CLASSNAME=\"9 bad\"/></IPARAMVALUE>"),
             DecodeFailure::NotValid},
         {"nul bytes", withNuls, DecodeFailure::NotWellFormed},
         {"not utf-8",
@@ -888,6 +794,18 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         {"second MESSAGE",
             valid.substr(0, valid.find("</CIM>")) + "<MESSAGE ID=\"2\" PROTOCOLVERSION=\"1.0\"/></CIM>",
             DecodeFailure::NotValid},
+        {"unknown operation", imethod("Frobnicate"), cimError, CIM_ERR_NOT_SUPPORTED},
+        {"missing parameter", imethod("GetClass"), cimError, CIM_ERR_INVALID_PARAMETER},
+        {"unknown parameter",
+            imethod("DeleteClass", classA + "<IPARAMVALUE NAME=\"Colour\"><VALUE>red</VALUE></IPARAMVALUE>"),
+            cimError, CIM_ERR_INVALID_PARAMETER},
+        {"value for a path",
+            imethod("GetInstance", "<IPARAMVALUE NAME=\"InstanceName\"><VALUE>x</VALUE></IPARAMVALUE>"),
+            cimError, CIM_ERR_INVALID_PARAMETER},
+        {"flag that is not a boolean",
+            imethod(
+                "GetClass", classA + "<IPARAMVALUE NAME=\"LocalOnly\"><VALUE>maybe</VALUE></IPARAMVALUE>"),
+            cimError, CIM_ERR_INVALID_PARAMETER},
     };
     for (const Case& c : cases)
     {
@@ -900,12 +818,19 @@ TEST(CimXmlRefusal, BrokenAndHostileDocumentsAreRefusedWithTheirReason)
         catch (const DecodeError& e)
         {
             EXPECT_EQ(int(c.failure), int(e.failure)) << e.what();
+            EXPECT_EQ(0u, c.code) << "not a CIM error: " << e.what();
             EXPECT_STRNE("", e.what());
         }
         catch (const RequestRefused& e)
         {
-            // A well-formed message asking for the impossible is a CIM error.
-            EXPECT_EQ(int(c.failure), int(DecodeFailure::NotValid)) << e.what();
+            EXPECT_EQ(int(c.failure), int(cimError)) << e.what();
+            EXPECT_STRNE("", e.what());
+            if (c.code)
+            {
+                EXPECT_EQ(c.code, e.code) << e.what();
+                EXPECT_EQ("77", e.response().messageId);
+                EXPECT_EQ(c.code, e.response().errorCode);
+            }
         }
     }
 }

@@ -1,5 +1,7 @@
 // The enumeration-context table of the pull operations: pieces, limits,
 // time-outs, one request at a time per context, producers paced by pulls.
+#include "cim_error_of.h"
+
 #include <EnumerationContexts.h>
 
 #include <Pegasus/Common/Exception.h>
@@ -14,11 +16,15 @@ using namespace zda::server;
 using namespace std::chrono_literals;
 using Pegasus::CIMException;
 using Pegasus::CIMStatusCode;
+using zda_test::cimErrorOf;
 
 namespace
 {
 
 using Items = std::vector<std::string>;
+
+constexpr int kNoContext = Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT;
+constexpr int kLimits = Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED;
 
 // Produces "0", "1", ... "count-1", then fails with `failure` if set;
 // counts what it produced.
@@ -46,21 +52,6 @@ struct Numbers
             };
     }
 };
-
-template <class Call>
-CIMStatusCode cimErrorOf(Call&& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const CIMException& e)
-    {
-        return e.getCode();
-    }
-    ADD_FAILURE() << "no CIMException";
-    return Pegasus::CIM_ERR_SUCCESS;
-}
 
 class EnumerationContextsTest : public ::testing::Test
 {
@@ -105,8 +96,7 @@ TEST_F(EnumerationContextsTest, PiecesComeInOrderAndTheLastOneEndsTheSequence)
         expected.push_back(std::to_string(i));
     EXPECT_EQ(got, expected);
     EXPECT_EQ(table.openCount(), 0u);
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }),
-        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), kNoContext);
 
     // A sequence that fits the open's piece leaves no context.
     Items few;
@@ -134,14 +124,11 @@ TEST_F(EnumerationContextsTest, ContextsBelongToTheirUserAndTheirPullOperation)
 {
     Items got;
     auto opened = open("alice", Numbers{50}, 1, got);
-    EXPECT_EQ(
-        cimErrorOf([&] { pull("bob", opened.name, 1, got); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
-    EXPECT_EQ(
-        cimErrorOf([&] { table.close("bob", opened.name); }), Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { pull("bob", opened.name, 1, got); }), kNoContext);
+    EXPECT_EQ(cimErrorOf([&] { table.close("bob", opened.name); }), kNoContext);
     EXPECT_EQ(cimErrorOf([&] { table.pull("alice", opened.name, true, 1, [](const std::string&) {}); }),
-        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", "zda-enum-1-0", 1, got); }),
-        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+        kNoContext);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", "zda-enum-1-0", 1, got); }), kNoContext);
     // Refusals leave the context usable by its owner.
     EXPECT_FALSE(pull("alice", opened.name, 1, got));
     EXPECT_EQ(got, (Items{"0", "1"}));
@@ -152,11 +139,9 @@ TEST_F(EnumerationContextsTest, LimitsPerUserAndPerServerRefuseFurtherOpens)
     Items got;
     auto a1 = open("alice", Numbers{50}, 0, got);
     auto a2 = open("alice", Numbers{50}, 0, got);
-    EXPECT_EQ(
-        cimErrorOf([&] { open("alice", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(cimErrorOf([&] { open("alice", Numbers{50}, 0, got); }), kLimits);
     auto b1 = open("bob", Numbers{50}, 0, got);
-    EXPECT_EQ(
-        cimErrorOf([&] { open("carol", Numbers{50}, 0, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(cimErrorOf([&] { open("carol", Numbers{50}, 0, got); }), kLimits);
     EXPECT_EQ(table.openCount(), 3u);
     // Closing one makes room again.
     table.close("alice", a1.name);
@@ -180,8 +165,7 @@ TEST_F(EnumerationContextsTest, AContextNotPulledInTimeIsClosedAndFreed)
     EXPECT_EQ(table.openCount(), 1u);
     std::this_thread::sleep_for(400ms);
     EXPECT_EQ(table.openCount(), 0u);
-    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }),
-        Pegasus::CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), kNoContext);
     // Its producer was stopped, not left running.
     const int produced = endless.produced->load();
     std::this_thread::sleep_for(50ms);
@@ -207,10 +191,8 @@ TEST_F(EnumerationContextsTest, OneRequestAtATimePerContext)
         });
     });
     inside.get_future().wait();
-    EXPECT_EQ(
-        cimErrorOf([&] { pull("alice", opened.name, 1, got); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
-    EXPECT_EQ(
-        cimErrorOf([&] { table.close("alice", opened.name); }), Pegasus::CIM_ERR_SERVER_LIMITS_EXCEEDED);
+    EXPECT_EQ(cimErrorOf([&] { pull("alice", opened.name, 1, got); }), kLimits);
+    EXPECT_EQ(cimErrorOf([&] { table.close("alice", opened.name); }), kLimits);
     leave.set_value();
     first.join();
     EXPECT_FALSE(pull("alice", opened.name, 1, got));

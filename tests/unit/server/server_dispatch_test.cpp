@@ -1,5 +1,6 @@
 // The dispatcher, provider manager, CIMOMHandle backend and loopback, driven
-// through the in-process host with the test provider module.
+// through the in-process host with the test provider module, from one
+// thread and from many.
 #include "server_test_fixture.h"
 
 #include "SemaphoreCheckingHandler.h"
@@ -10,6 +11,9 @@
 #include <Pegasus/Common/CIMProperty.h>
 
 #include <zdasim_control.h>
+
+#include <atomic>
+#include <thread>
 
 using namespace Pegasus;
 using namespace zda_test;
@@ -28,6 +32,12 @@ protected:
     {
         return server().associatorNames(alice, TEST_NS, object, *assocClass ? CIMName(assocClass) : CIMName(),
             *resultClass ? CIMName(resultClass) : CIMName(), role, resultRole);
+    }
+
+    // GetInstance as alice, with qualifiers and class origins when `full`.
+    CIMInstance get(const CIMObjectPath& path, bool full = false)
+    {
+        return server().getInstance(alice, TEST_NS, path, false, full, full, CIMPropertyList());
     }
 
     CIMValue invoke(const char* method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out,
@@ -138,15 +148,13 @@ TEST_F(DispatchTest, QualifiersAndClassOriginsAreReturnedOnlyWhenAsked)
     for (bool asked : {false, true})
     {
         SCOPED_TRACE(asked);
-        CIMInstance d = server().getInstance(
-            alice, TEST_NS, disk("Disk1"), false, asked, asked, CIMPropertyList());
+        CIMInstance d = get(disk("Disk1"), asked);
         CIMConstProperty name = d.getProperty(d.findProperty("Name"));
         EXPECT_EQ(name.getQualifierCount(), asked ? 1u : 0u);
         EXPECT_EQ(name.getClassOrigin().getString(), asked ? "Test_Element" : "");
     }
     // The provider's own objects are left alone.
-    CIMInstance again = server().getInstance(
-        alice, TEST_NS, disk("Disk1"), false, true, true, CIMPropertyList());
+    CIMInstance again = get(disk("Disk1"), true);
     EXPECT_EQ(again.getProperty(again.findProperty("Name")).getQualifierCount(), 1u);
 }
 
@@ -166,13 +174,9 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
         ::testing::HasSubstr("pl=Size"));
 
     server().deleteInstance(alice, TEST_NS, disk("Disk3"));
-    EXPECT_EQ(cimErrorOf([&] {
-        server().getInstance(alice, TEST_NS, disk("Disk3"), false, false, false, CIMPropertyList());
-    }),
-        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { get(disk("Disk3")); }), CIM_ERR_NOT_FOUND);
 
-    CIMInstance tape = server().getInstance(
-        alice, TEST_NS, disk("Tape1", "Test_Tape"), false, false, false, CIMPropertyList());
+    CIMInstance tape = get(disk("Tape1", "Test_Tape"));
     EXPECT_EQ(tape.getProperty(tape.findProperty("Label")).getValue(), CIMValue(String("L1")));
     EXPECT_EQ(
         server().getProperty(alice, TEST_NS, disk("Tape2", "Test_Tape"), "Label"), CIMValue(String("L2")));
@@ -196,17 +200,8 @@ TEST_F(DispatchTest, InstanceOperationsReachTheProviderAndStaticInstancesAreRead
             CIM_ERR_INVALID_NAMESPACE},
         {"unknown class", [&] { server().enumerateInstanceNames(alice, TEST_NS, "Test_Nothing"); },
             CIM_ERR_INVALID_CLASS},
-        {"no such disk",
-            [&] {
-                server().getInstance(alice, TEST_NS, disk("Disk9"), false, false, false, CIMPropertyList());
-            },
-            CIM_ERR_NOT_FOUND},
-        {"no such tape",
-            [&] {
-                server().getInstance(
-                    alice, TEST_NS, disk("Tape9", "Test_Tape"), false, false, false, CIMPropertyList());
-            },
-            CIM_ERR_NOT_FOUND},
+        {"no such disk", [&] { get(disk("Disk9")); }, CIM_ERR_NOT_FOUND},
+        {"no such tape", [&] { get(disk("Tape9", "Test_Tape")); }, CIM_ERR_NOT_FOUND},
         {"undeclared property", [&] { server().getProperty(alice, TEST_NS, disk("Disk1"), "Colour"); },
             CIM_ERR_NO_SUCH_PROPERTY},
         {"wrong property type",
@@ -237,8 +232,7 @@ TEST_F(DispatchTest, ResultsAreReturnedEvenWithoutComplete)
     EXPECT_THAT(idsOf(server().enumerateInstances(
                     alice, TEST_NS, "Test_Pool", true, false, false, false, CIMPropertyList())),
         ElementsAre("Pool1"));
-    CIMInstance pool = server().getInstance(
-        alice, TEST_NS, disk("Pool1", "Test_Pool"), false, false, false, CIMPropertyList());
+    CIMInstance pool = get(disk("Pool1", "Test_Pool"));
     EXPECT_EQ(pool.getPath().toString(), "//testhost/root/test:Test_Pool.Id=\"Pool1\"");
 
     Array<CIMParamValue> out;
@@ -282,15 +276,8 @@ TEST_F(DispatchTest, ProviderFailuresBecomeTheResponsesCIMError)
         EXPECT_EQ(out.size(), 0u);
     }
     // Failures that are not CIM errors are provider faults and are logged.
-    std::vector<std::string> logged = log();
     EXPECT_EQ(
-        std::count_if(logged.begin(), logged.end(),
-            [](const std::string& line) {
-                return line.rfind(
-                           "2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception",
-                           0) == 0;
-            }),
-        3);
+        logLines("2 provider ZdaTestModule/Test_ServiceProvider failed with a non-CIM exception", true), 3);
 
     // A client sees the code and the description text.
     CIMClient client;
@@ -333,12 +320,7 @@ TEST_F(DispatchTest, AFailingConsumerEndsAStreamedOperationWithItsOwnException)
     // The provider met a failed delivery for each of the other 2,991 objects.
     EXPECT_THAT(zda_test_providers::notesStartingWith("Test_BulkProvider"),
         ElementsAre("Test_BulkProvider refused 2991", "Test_BulkProvider refused 2991"));
-    std::vector<std::string> logged = log();
-    EXPECT_EQ(std::count_if(logged.begin(), logged.end(),
-                  [](const std::string& line) {
-                      return line.find("failed with a non-CIM exception") != std::string::npos;
-                  }),
-        0);
+    EXPECT_EQ(logLines("failed with a non-CIM exception"), 0);
 
     // Results come finished, as the Array forms return them.
     std::vector<std::string> paths;
@@ -373,12 +355,7 @@ TEST_F(DispatchTest, ProvidersThatCannotBeLoadedFailClearlyAndStayFailed)
             EXPECT_THAT(message, ::testing::HasSubstr(c.provider));
             EXPECT_THAT(message, ::testing::HasSubstr(c.why));
         }
-        std::vector<std::string> logged = log();
-        EXPECT_EQ(std::count_if(logged.begin(), logged.end(),
-                      [&](const std::string& line) {
-                          return line.rfind("2 The provider " + std::string(c.provider), 0) == 0;
-                      }),
-            1);
+        EXPECT_EQ(logLines("2 The provider " + std::string(c.provider), true), 1);
     }
     EXPECT_EQ(zda_test_providers::initializeCount("Test_FailInitProvider"), 1);
     EXPECT_EQ(zda_test_providers::terminateCount("Test_FailInitProvider"), 1);
@@ -599,7 +576,7 @@ TEST_F(DispatchTest, ProvidersMayCallBackDuringTheirOwnInitialize)
 TEST_F(DispatchTest, ProvidersAreInitializedOnceAndTerminatedAtShutdown)
 {
     for (int i = 0; i < 3; ++i)
-        server().getInstance(alice, TEST_NS, disk("Disk1"), false, false, false, CIMPropertyList());
+        get(disk("Disk1"));
     server().enumerateInstanceNames(alice, TEST_NS, "Test_Disk");
     EXPECT_EQ(zda_test_providers::initializeCount("Test_DiskProvider"), 1);
     EXPECT_EQ(zda_test_providers::initializeCount("Test_FastDiskProvider"), 1);
@@ -650,10 +627,99 @@ TEST_F(DispatchTest, TheObserverHearsOfOutermostOperationsOnly)
     EXPECT_THAT(heard, ElementsAre("InvokeMethod", "GetClass"));
 }
 
+// ---- concurrency -------------------------------------------------------------------
+// Requests from many threads at once, first requests racing to initialize
+// the providers, and providers whose initializations wait for each other
+// (worth running under ThreadSanitizer).
+
+class ConcurrencyTest : public TestModuleFixture
+{};
+
+TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProviderOnce)
+{
+    constexpr int threads = 6;
+    constexpr int rounds = 15;
+    std::atomic<int> ready{0};
+    std::atomic<int> failures{0};
+    auto worker = [&](int n) {
+        const OperationContext context = zda::server::InProcessHost::contextFor(
+            ("user" + std::to_string(n)).c_str());
+        // Start together, so that first requests race for initialization.
+        ++ready;
+        while (ready.load() < threads)
+            std::this_thread::yield();
+        for (int round = 0; round < rounds; ++round)
+        {
+            try
+            {
+                if (server()
+                        .enumerateInstances(
+                            context, TEST_NS, "Test_Element", true, false, false, false, CIMPropertyList())
+                        .size() != 5)
+                    ++failures;
+                if (server()
+                        .associatorNames(context, TEST_NS, disk("Pool1", "Test_Pool"), CIMName(), CIMName(),
+                            String(), String())
+                        .size() != 3)
+                    ++failures;
+                Array<CIMParamValue> out;
+                server().invokeMethod(context, TEST_NS, service(), "Upcalls", Array<CIMParamValue>(), out);
+                if (paramNamed(out, "HandleUser") != CIMValue(String(("user" + std::to_string(n)).c_str())))
+                    ++failures;
+                CIMClient client;
+                client.connectLocal();
+                if (client.getInstance(TEST_NS, disk("Fast1", "Test_FastDisk"), false).getPropertyCount() !=
+                    5)
+                    ++failures;
+            }
+            catch (const Exception& e)
+            {
+                ADD_FAILURE() << (const char*)e.getMessage().getCString();
+                ++failures;
+            }
+        }
+    };
+    std::vector<std::thread> pool;
+    for (int n = 0; n < threads; ++n)
+        pool.emplace_back(worker, n);
+    for (std::thread& t : pool)
+        t.join();
+    EXPECT_EQ(failures.load(), 0);
+    for (const char* provider :
+        {"Test_DiskProvider", "Test_FastDiskProvider", "Test_ComponentProvider", "Test_ServiceProvider"})
+        EXPECT_EQ(zda_test_providers::initializeCount(provider), 1) << provider;
+}
+
+TEST_F(ConcurrencyTest, ProvidersReachingEachOtherFromInitializeDoNotDeadlock)
+{
+    zda_test_providers::setCycleRendezvous(true);
+    const OperationContext context = zda::server::InProcessHost::contextFor("alice");
+    Uint32 a = 0, b = 0;
+    std::thread first([&] { a = server().enumerateInstanceNames(context, TEST_NS, "Test_CycleA").size(); });
+    std::thread second([&] { b = server().enumerateInstanceNames(context, TEST_NS, "Test_CycleB").size(); });
+    first.join();
+    second.join();
+    EXPECT_EQ(a, 1u);
+    EXPECT_EQ(b, 1u);
+    // Both initializations ran at once: one waited for the other, whose own
+    // request for the first was refused instead of waiting in a cycle.
+    std::vector<std::string> outcomes = zda_test_providers::notesStartingWith("Test_Cycle");
+    std::sort(outcomes.begin(), outcomes.end());
+    ASSERT_EQ(outcomes.size(), 2u);
+    const bool aRefused = outcomes[0] == "Test_CycleAProvider other failed 1";
+    EXPECT_EQ(
+        outcomes[0], aRefused ? "Test_CycleAProvider other failed 1" : "Test_CycleAProvider other ok 1");
+    EXPECT_EQ(
+        outcomes[1], aRefused ? "Test_CycleBProvider other ok 1" : "Test_CycleBProvider other failed 1");
+    EXPECT_EQ(zda_test_providers::initializeCount("Test_CycleAProvider"), 1);
+    EXPECT_EQ(zda_test_providers::initializeCount("Test_CycleBProvider"), 1);
+}
+
 // ---- response handlers ----------------------------------------------------------------
 
 TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
 {
+    using namespace zda::server;
     const CIMInstance one = CIMInstance("Test_Disk");
     struct Case
     {
@@ -664,24 +730,24 @@ TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
     const Case cases[] = {
         {"second instance for getInstance",
             [&] {
-                zda::server::InstanceCollector c(true);
+                InstanceCollector c(true);
                 c.deliver(one);
                 c.deliver(one);
             },
             "Too many objects delivered."},
         {"complete without an instance",
             [&] {
-                zda::server::InstanceCollector c(true);
+                InstanceCollector c(true);
                 c.complete();
             },
             "Too few objects delivered."},
-        {"uninitialized instance", [&] { zda::server::InstanceCollector(false).deliver(CIMInstance()); },
+        {"uninitialized instance", [&] { InstanceCollector(false).deliver(CIMInstance()); },
             "The object is not initialized."},
-        {"path without a class", [&] { zda::server::ObjectPathCollector().deliver(CIMObjectPath()); },
+        {"path without a class", [&] { ObjectPathCollector().deliver(CIMObjectPath()); },
             "The object is not initialized."},
-        {"uninitialized object", [&] { zda::server::ObjectCollector().deliver(CIMObject()); },
+        {"uninitialized object", [&] { ObjectCollector().deliver(CIMObject()); },
             "The object is not initialized."},
-        {"null return value", [&] { zda::server::MethodResultCollector().deliver(CIMValue()); },
+        {"null return value", [&] { MethodResultCollector().deliver(CIMValue()); },
             "The object is not initialized."},
     };
     for (const Case& c : cases)
@@ -692,7 +758,7 @@ TEST(ResponseCollectorTest, RefusesWhatAServerRefusesAndKeepsEverythingElse)
         EXPECT_EQ(message, c.message);
     }
 
-    zda::server::InstanceCollector many(false);
+    InstanceCollector many(false);
     many.deliver(one);
     Array<CIMInstance> two;
     two.append(one);

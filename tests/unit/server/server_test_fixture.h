@@ -5,6 +5,7 @@
 #define ZDA_TESTS_SERVER_TEST_FIXTURE_H
 
 #include "CimBuilders.h"
+#include "cim_error_of.h"
 #include "ServerHostFixture.h"
 #include "TestProviderControl.h"
 
@@ -45,10 +46,13 @@ protected:
         return o;
     }
 
-    std::vector<std::string> log() const
+    // How many of the host's log lines hold `text`, at their start when `atStart`.
+    int logLines(const std::string& text, bool atStart = false) const
     {
         std::lock_guard<std::mutex> lock(_logMutex);
-        return _log;
+        return int(std::count_if(_log.begin(), _log.end(), [&](const std::string& line) {
+            return atStart ? line.rfind(text, 0) == 0 : line.find(text) != std::string::npos;
+        }));
     }
 
     static CIMObjectPath disk(const std::string& id, const char* cls = "Test_Disk")
@@ -97,25 +101,6 @@ private:
     mutable std::mutex _logMutex;
     mutable std::vector<std::string> _log;
 };
-
-// Runs `call` and returns the code of the CIMException it throws (and its
-// message through `message`); fails the test when it throws nothing.
-template <class Call>
-int cimErrorOf(Call&& call, std::string* message = nullptr)
-{
-    try
-    {
-        call();
-    }
-    catch (const CIMException& e)
-    {
-        if (message)
-            *message = (const char*)e.getMessage().getCString();
-        return int(e.getCode());
-    }
-    ADD_FAILURE() << "no CIMException was thrown";
-    return -1;
-}
 
 }  // namespace zda_test
 
