@@ -43,6 +43,20 @@ protected:
 
     static OperationContext admin() { return zda::server::InProcessHost::contextFor("admin"); }
 
+    // The operations as a client of the namespace asks them, as "admin".
+    Array<CIMInstance> instancesOf(const char* className, const CIMPropertyList& list = CIMPropertyList())
+    {
+        return server().enumerateInstances(admin(), ZDA_NS, className, true, false, false, false, list);
+    }
+    Array<CIMObjectPath> namesOf(const char* className)
+    {
+        return server().enumerateInstanceNames(admin(), ZDA_NS, className);
+    }
+    CIMInstance getInstance(const CIMObjectPath& path, const CIMPropertyList& list = CIMPropertyList())
+    {
+        return server().getInstance(admin(), ZDA_NS, path, false, false, false, list);
+    }
+
     // The status code of the CIMException `call` throws, -1 for none.
     static int cimErrorOf(const std::function<void()>& call)
     {

@@ -24,19 +24,10 @@ const std::set<std::string> TEST_ARRAY_VOLUMES = {
 class StorageVolumeTest : public CompanionsTest
 {
 protected:
-    Array<CIMInstance> volumes(const CIMPropertyList& list = CIMPropertyList())
-    {
-        return server().enumerateInstances(admin(), ZDA_NS, VOLUME, true, false, false, false, list);
-    }
-    Array<CIMObjectPath> volumeNames() { return server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME); }
-    CIMInstance getVolume(const CIMObjectPath& path, const CIMPropertyList& list = CIMPropertyList())
-    {
-        return server().getInstance(admin(), ZDA_NS, path, false, false, false, list);
-    }
     std::map<std::string, CIMInstance> volumesByName()
     {
         std::map<std::string, CIMInstance> byName;
-        Array<CIMInstance> all = volumes();
+        Array<CIMInstance> all = instancesOf(VOLUME);
         for (Uint32 i = 0; i < all.size(); i++)
             byName[text(get<String>(all[i], "ElementName"))] = all[i];
         return byName;
@@ -46,8 +37,8 @@ protected:
 
 TEST_F(StorageVolumeTest, EveryVolumeOnceWithThePathTheBuildersGive)
 {
-    Array<CIMObjectPath> names = volumeNames();
-    Array<CIMInstance> all = volumes();
+    Array<CIMObjectPath> names = namesOf(VOLUME);
+    Array<CIMInstance> all = instancesOf(VOLUME);
     ASSERT_EQ(names.size(), TEST_ARRAY_VOLUMES.size());
     ASSERT_EQ(all.size(), names.size());
     CIMClass cls = volumeClass();
@@ -64,7 +55,7 @@ TEST_F(StorageVolumeTest, EveryVolumeOnceWithThePathTheBuildersGive)
             path, ZDA_StorageVolumeProvider::createObjectPath(wwn, "zda-sim", "elsewhere")));
         EXPECT_TRUE(ZDA_Common::matchObjectPath(
             path, ZDA_StorageVolumeProvider::buildVVInstance(name, "zda-sim", "h", cls, false).getPath()));
-        CIMInstance got = getVolume(names[i]);
+        CIMInstance got = getInstance(names[i]);
         EXPECT_TRUE(ZDA_Common::matchObjectPath(got.getPath(), path));
         EXPECT_EQ(text(get<String>(got, "ElementName")), text(name));
     }
@@ -113,10 +104,10 @@ TEST_F(StorageVolumeTest, GetInstanceFindsOnlyWhatAllKeysNameAndKeepsThePath)
 {
     const CIMObjectPath vol1 = volumesByName().at("vol1").getPath();
     const String wwn = ZDA_Common::getStringProperty(vol1, "DeviceID");
-    CIMInstance some = getVolume(vol1, zda_test::propertyList({"NumberOfBlocks", "VolumeType"}));
+    CIMInstance some = getInstance(vol1, zda_test::propertyList({"NumberOfBlocks", "VolumeType"}));
     EXPECT_EQ(some.getPropertyCount(), 2u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(some.getPath(), vol1));
-    EXPECT_EQ(volumes(zda_test::propertyList({}))[0].getPropertyCount(), 0u);
+    EXPECT_EQ(instancesOf(VOLUME, zda_test::propertyList({}))[0].getPropertyCount(), 0u);
 
     const std::pair<CIMObjectPath, int> cases[] = {
         {ZDA_StorageVolumeProvider::createObjectPath(wwn, "zda-siteB", ""), CIM_ERR_NOT_FOUND},
@@ -127,7 +118,7 @@ TEST_F(StorageVolumeTest, GetInstanceFindsOnlyWhatAllKeysNameAndKeepsThePath)
             CIM_ERR_INVALID_PARAMETER},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(cimErrorOf([&] { getVolume(c.first); }), c.second) << text(c.first.toString());
+        EXPECT_EQ(cimErrorOf([&] { getInstance(c.first); }), c.second) << text(c.first.toString());
 }
 
 TEST_F(StorageVolumeTest, BuildersForOtherProviders)
@@ -160,8 +151,8 @@ TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
 {
     const CIMObjectPath vol1 = volumesByName().at("vol1").getPath();  // fills the identity cache
     auto fail = [](const char* call) { zdasim_fault_add(call, 1, API_E_INVALID, "read error"); };
-    auto noNames = [&] { EXPECT_EQ(volumeNames().size(), 0u); };
-    auto notFound = [&] { EXPECT_EQ(cimErrorOf([&] { getVolume(vol1); }), CIM_ERR_NOT_FOUND); };
+    auto noNames = [&] { EXPECT_EQ(namesOf(VOLUME).size(), 0u); };
+    auto notFound = [&] { EXPECT_EQ(cimErrorOf([&] { getInstance(vol1); }), CIM_ERR_NOT_FOUND); };
     const struct
     {
         const char* what;
@@ -169,7 +160,8 @@ TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
     } cases[] = {
         {"names, busy", [] { zdasim_fault_sem_timeouts(1); }, noNames},
         {"names, failing read", [&] { fail("api_getVVs_chunk"); }, noNames},
-        {"instances, busy", [] { zdasim_fault_sem_timeouts(2); }, [&] { EXPECT_EQ(volumes().size(), 0u); }},
+        {"instances, busy", [] { zdasim_fault_sem_timeouts(2); },
+            [&] { EXPECT_EQ(instancesOf(VOLUME).size(), 0u); }},
         {"get, busy", [] { zdasim_fault_sem_timeouts(2); }, notFound},
         {"get, failing read", [&] { fail("api_getVVs"); }, notFound},
         {"identity not read yet",
@@ -180,7 +172,7 @@ TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
             noNames},
         {"no CPG list", [&] { fail("api_getCPGs"); },
             [&] {
-                Array<CIMInstance> all = volumes();
+                Array<CIMInstance> all = instancesOf(VOLUME);
                 ASSERT_EQ(all.size(), TEST_ARRAY_VOLUMES.size());
                 EXPECT_TRUE(valueOf(all[0], "PackageRedundancy").isNull());
             }},
@@ -191,7 +183,7 @@ TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)
         c.inject();
         c.check();
         zdasim_faults_clear();
-        EXPECT_EQ(volumeNames().size(), TEST_ARRAY_VOLUMES.size());
+        EXPECT_EQ(namesOf(VOLUME).size(), TEST_ARRAY_VOLUMES.size());
     }
 }
 
