@@ -72,14 +72,6 @@ TEST_F(EventParamTest, NullRecordIsLoggedAndNothingElseHappens)
 class TimeZoneTest : public CommonSimTest
 {
 protected:
-    void SetUp() override
-    {
-        CommonSimTest::SetUp();
-        const char* tz = std::getenv("TZ");
-        hadTz_ = tz != nullptr;
-        if (tz)
-            savedTz_ = tz;
-    }
     void TearDown() override
     {
         if (hadTz_)
@@ -96,8 +88,8 @@ protected:
     }
 
 private:
-    bool hadTz_ = false;
-    std::string savedTz_;
+    const bool hadTz_ = std::getenv("TZ") != nullptr;
+    const std::string savedTz_ = hadTz_ ? std::getenv("TZ") : "";
 };
 
 TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack)
@@ -136,12 +128,9 @@ TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero)
     EXPECT_EQ(ZDA_Common::_formatDateTime("20260001000000.000000+000", &fields), -1);
     EXPECT_EQ(ZDA_Common::_formatDateTime("-123", &fields), -1);
     EXPECT_EQ(ZDA_Common::_formatDateTime("20260315123456.000000+000", &fields), 1);
-    EXPECT_EQ(fields.tm_year, 126);
-    EXPECT_EQ(fields.tm_mday, 15);
-    EXPECT_EQ(fields.tm_hour, 12);
-    EXPECT_EQ(fields.tm_min, 34);
-    EXPECT_EQ(fields.tm_sec, 56);
-    EXPECT_EQ(fields.tm_isdst, -1);
+    EXPECT_EQ((std::vector<int>{fields.tm_year, fields.tm_mon, fields.tm_mday, fields.tm_hour, fields.tm_min,
+                  fields.tm_sec, fields.tm_isdst}),
+        (std::vector<int>{126, 2, 15, 12, 34, 56, -1}));
 }
 
 class ConversionTest : public CommonSimTest

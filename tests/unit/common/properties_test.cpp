@@ -1,11 +1,8 @@
-// Reading and writing properties and parameters, and the dispatch of the
-// shared delivery routine to the handler of the operation served.
+// Reading and writing properties and parameters.
 #include "common_sim_fixture.h"
 
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
-
-#include "RecordingResponseHandler.h"
 
 using namespace Pegasus;
 using namespace zda_common_test;
@@ -148,50 +145,6 @@ TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas)
     ZDA_Common::setPropertyValue(inst, "Setting", setting);
     EXPECT_NE(inst.findProperty("Setting"), PEG_NOT_FOUND);
     EXPECT_EQ(inst.getPropertyCount(), 4u);
-}
-
-TEST_F(PropertiesTest, HandlerDispatchFollowsTheOperation)
-{
-    CIMInstance inst("ZDA_ReplicationGroup");
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", "KX_ORLA:set1", CIMKeyBinding::STRING));
-    inst.setPath(CIMObjectPath("", "root/zda", "ZDA_ReplicationGroup", keys));
-
-    const struct
-    {
-        cim_method_e method;
-        const char* sequence;
-    } cases[] = {
-        {CIM_ASSOCIATORS, "processing deliver(object) complete"},
-        {CIM_ASSOCIATOR_NAMES, "processing deliver(path) complete"},
-        {CIM_REFERENCES, "processing deliver(object) complete"},
-        {CIM_REFERENCE_NAMES, "processing deliver(path) complete"},
-        {CIM_GET_INSTANCE, "processing deliver(instance) complete"},
-        {CIM_ENUMERATE_INSTANCES, "processing deliver(instance) complete"},
-        {CIM_ENUMERATE_INSTANCE_NAMES, "processing deliver(path) complete"},
-        {static_cast<cim_method_e>(7), ""},
-    };
-    for (const auto& c : cases)
-    {
-        zda_test::RecordingResponseHandler handler;
-        cim_handler_u u;
-        switch (c.method)
-        {
-        case CIM_ASSOCIATORS:
-        case CIM_REFERENCES: u.objectHandler = &handler; break;
-        case CIM_GET_INSTANCE:
-        case CIM_ENUMERATE_INSTANCES: u.instanceHandler = &handler; break;
-        default: u.objectPathHandler = &handler; break;
-        }
-        ZDA_Common::handleProcessing(u, c.method);
-        ZDA_Common::handleDeliver(u, c.method, inst);
-        ZDA_Common::handleComplete(u, c.method);
-        EXPECT_EQ(handler.sequence(), c.sequence) << "method " << c.method;
-        if (!handler.objectPaths().empty())
-        {
-            EXPECT_TRUE(handler.objectPaths()[0].identical(inst.getPath()));
-        }
-    }
 }
 
 }  // namespace
