@@ -16,6 +16,7 @@ namespace
 
 typedef std::function<int(const String& user, const String& addr)> AuthCall;
 typedef int (*ParamsAuth)(const String&, const String&, const Array<CIMParamValue>&);
+const ParamsAuth MRS = authorize_ModifyReplicaSynchronization;
 
 struct Case
 {
@@ -33,28 +34,22 @@ CIMParamValue ref(const char* name, const CIMObjectPath& p)
 {
     return CIMParamValue(name, CIMValue(p));
 }
-CIMParamValue refs(const char* name, const std::vector<CIMObjectPath>& ps)
+CIMParamValue refs(const char* name, std::initializer_list<CIMObjectPath> ps)
 {
-    return CIMParamValue(name, CIMValue(Array<CIMObjectPath>(ps.data(), Uint32(ps.size()))));
-}
-
-Array<CIMParamValue> params(std::initializer_list<CIMParamValue> list)
-{
-    return Array<CIMParamValue>(list.begin(), Uint32(list.size()));
+    return CIMParamValue(name, CIMValue(arrayOf(ps)));
 }
 
 // A synchronization whose SyncedElement is the volume of that WWN.
 CIMObjectPath syncOf(const std::string& wwn)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("SyncedElement", volumePath(wwn).toString(), CIMKeyBinding::REFERENCE));
-    keys.append(
-        CIMKeyBinding("SystemElement", volumePath(wwnOf("vol1")).toString(), CIMKeyBinding::REFERENCE));
-    return CIMObjectPath("", "root/zda", "ZDA_StorageSynchronized", keys);
+    return keyedPath("ZDA_StorageSynchronized",
+        {{"SyncedElement", volumePath(wwn).toString()},
+            {"SystemElement", volumePath(wwnOf("vol1")).toString()}});
 }
 
-AuthCall with(ParamsAuth fn, Array<CIMParamValue> in)
+AuthCall with(ParamsAuth fn, std::initializer_list<CIMParamValue> list)
 {
+    const Array<CIMParamValue> in = arrayOf(list);
     return [fn, in](const String& user, const String& addr) { return fn(user, addr, in); };
 }
 
@@ -82,7 +77,6 @@ protected:
         const std::string mrs = rs + "modifyreplicasynchronization.", mls = rs + "modifylistsynchronization.";
         const std::string del = scs + "returntostoragepool.", pools = scs + "deletestoragepool.";
         const ParamsAuth CER = authorize_CreateElementReplica, CGR = authorize_CreateGroupReplica;
-        const ParamsAuth MRS = authorize_ModifyReplicaSynchronization;
         const ParamsAuth MLS = authorize_ModifyListSynchronization;
         const ParamsAuth ELEM = authorize_CreateOrModifyElemFromStoragePool;
         const CIMObjectPath vol1 = volumePath(wwnOf("vol1"));
@@ -91,86 +85,72 @@ protected:
             return ref("Pool", CIMObjectPath((cls + std::string(".InstanceID=\"p\"")).c_str()));
         };
         auto afsp = [](const char* dependentClass) {
-            Array<CIMKeyBinding> keys;
-            keys.append(CIMKeyBinding(
-                "Antecedent", "root/zda:ZDA_DynamicStoragePool.InstanceID=\"p1\"", CIMKeyBinding::REFERENCE));
-            keys.append(CIMKeyBinding("Dependent",
-                (std::string("root/zda:") + dependentClass + ".DeviceID=\"x\"").c_str(),
-                CIMKeyBinding::REFERENCE));
-            const CIMObjectPath path("", "root/zda", "ZDA_AllocatedFromStoragePool", keys);
+            const CIMObjectPath path = keyedPath("ZDA_AllocatedFromStoragePool",
+                {{"Antecedent", "root/zda:ZDA_DynamicStoragePool.InstanceID=\"p1\""},
+                    {"Dependent", String("root/zda:") + dependentClass + ".DeviceID=\"x\""}});
             return [path](const String& u, const String& a) {
                 return authorize_AllocatedFromStoragePoolModifyInstance(u, a, path);
             };
         };
         std::vector<Case> all = {
-            {"CER without SyncType and Mode", with(CER, params({})), {cer + "createvvcopy"}, 0},
-            {"CER snapshot", with(CER, params({u16("SyncType", 7), u16("mode", 2)})), {cer + "createsv"}, 0},
-            {"CER clone", with(CER, params({u16("synctype", 8), u16("Mode", 2)})), {cer + "createvvcopy"}, 0},
+            {"CER without SyncType and Mode", with(CER, {}), {cer + "createvvcopy"}, 0},
+            {"CER snapshot", with(CER, {u16("SyncType", 7), u16("mode", 2)}), {cer + "createsv"}, 0},
+            {"CER clone", with(CER, {u16("synctype", 8), u16("Mode", 2)}), {cer + "createvvcopy"}, 0},
             {"CER null SyncType counts as unset",
-                with(CER,
-                    params({CIMParamValue("SyncType", CIMValue(CIMTYPE_UINT16, false)), u16("Mode", 2)})),
+                with(CER, {CIMParamValue("SyncType", CIMValue(CIMTYPE_UINT16, false)), u16("Mode", 2)}),
                 {cer + "createvvcopy"}, 0},
-            {"CER mirror has no right", with(CER, params({u16("SyncType", 6), u16("Mode", 2)})), {}, 3},
-            {"CGR mirror", with(CGR, params({u16("SyncType", 6), u16("Mode", 2)})), {cgr + "createmirror"},
-                0},
-            {"CGR snapshot", with(CGR, params({u16("SyncType", 7), u16("Mode", 1)})), {cgr + "creategroupsv"},
-                0},
-            {"CGR unset", with(CGR, params({u16("SyncType", 7)})), {cgr + "creategroupvvcopy"}, 0},
-            {"CGR other", with(CGR, params({u16("SyncType", 9), u16("Mode", 1)})), {}, 3},
-            {"MRS without Operation asks a copy right", with(MRS, params({})), {cer + "createvvcopy"}, 0},
+            {"CER mirror has no right", with(CER, {u16("SyncType", 6), u16("Mode", 2)}), {}, 3},
+            {"CGR mirror", with(CGR, {u16("SyncType", 6), u16("Mode", 2)}), {cgr + "createmirror"}, 0},
+            {"CGR snapshot", with(CGR, {u16("SyncType", 7), u16("Mode", 1)}), {cgr + "creategroupsv"}, 0},
+            {"CGR unset", with(CGR, {u16("SyncType", 7)}), {cgr + "creategroupvvcopy"}, 0},
+            {"CGR other", with(CGR, {u16("SyncType", 9), u16("Mode", 1)}), {}, 3},
+            {"MRS without Operation asks a copy right", with(MRS, {}), {cer + "createvvcopy"}, 0},
             {"MRS delete of a virtual copy",
-                with(MRS, params({u16("Operation", 19), ref("Synchronization", syncOf(wwnOf("vol1.rw")))})),
+                with(MRS, {u16("Operation", 19), ref("Synchronization", syncOf(wwnOf("vol1.rw")))}),
                 {del + "virtcopyvv"}, 0},
-            {"MLS without Operation", with(MLS, params({})), {mls + "resync"}, 0},
+            {"MLS without Operation", with(MLS, {}), {mls + "resync"}, 0},
             {"MLS delete of a group",
                 with(MLS,
-                    params({u16("Operation", 19),
+                    {u16("Operation", 19),
                         ref("TargetGroup",
-                            CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\""))})),
+                            CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\""))}),
                 {rs + "deletegroup"}, 0},
             {"MLS delete of a physical copy",
                 with(MLS,
-                    params({u16("Operation", 19),
-                        refs("Synchronization", {syncOf(wwnOf("vol2.clone")), syncOf(wwnOf("vol1.rw"))})})),
+                    {u16("Operation", 19),
+                        refs("Synchronization", {syncOf(wwnOf("vol2.clone")), syncOf(wwnOf("vol1.rw"))})}),
                 {del + "physcopyvv"}, 0},
             {"Delete volumes, each by type",
                 with(authorize_DeleteStorageVolume,
-                    params({ref("TheElement", vol1),
-                        refs("TheElements",
-                            {volumePath(wwnOf("vol1.rw")), volumePath(wwnOf("vol2.clone"))})})),
+                    {ref("TheElement", vol1),
+                        refs(
+                            "TheElements", {volumePath(wwnOf("vol1.rw")), volumePath(wwnOf("vol2.clone"))})}),
                 {del + "basevv", del + "virtcopyvv", del + "physcopyvv"}, 0},
             {"Delete a volume that is not there",
-                with(authorize_DeleteStorageVolume,
-                    params({ref("TheElement", volumePath("60002D1A0000FFFF"))})),
+                with(authorize_DeleteStorageVolume, {ref("TheElement", volumePath("60002D1A0000FFFF"))}),
                 {scs + "returntostoragepool"}, 0},
-            {"Create a volume", with(ELEM, params({named})), {elem + "createvolume"}, 0},
+            {"Create a volume", with(ELEM, {named}), {elem + "createvolume"}, 0},
             {"Grow and rename a volume",
-                with(ELEM,
-                    params(
-                        {ref("TheElement", vol1), CIMParamValue("Size", CIMValue(Uint64(1) << 30)), named})),
+                with(
+                    ELEM, {ref("TheElement", vol1), CIMParamValue("Size", CIMValue(Uint64(1) << 30)), named}),
                 {elem + "growvolume", elem + "setvolume"}, 0},
-            {"Rename a volume", with(ELEM, params({ref("TheElement", vol1), named})), {elem + "setvolume"},
-                0},
-            {"Create a pool", with(authorize_CreateOrModifyStoragePool, params({})),
+            {"Rename a volume", with(ELEM, {ref("TheElement", vol1), named}), {elem + "setvolume"}, 0},
+            {"Create a pool", with(authorize_CreateOrModifyStoragePool, {}),
                 {scs + "createormodifystoragepool.createcpg"}, 0},
-            {"Change a pool",
-                with(authorize_CreateOrModifyStoragePool, params({pool("ZDA_DynamicStoragePool")})),
+            {"Change a pool", with(authorize_CreateOrModifyStoragePool, {pool("ZDA_DynamicStoragePool")}),
                 {scs + "createormodifystoragepool.setcpg"}, 0},
-            {"Delete a dynamic pool",
-                with(authorize_DeleteStoragePool, params({pool("ZDA_DynamicStoragePool")})),
+            {"Delete a dynamic pool", with(authorize_DeleteStoragePool, {pool("ZDA_DynamicStoragePool")}),
                 {pools + "deletedynamicstoragepool"}, 0},
-            {"Delete a delta pool",
-                with(authorize_DeleteStoragePool, params({pool("ZDA_DeltaReplicaStoragePool")})),
+            {"Delete a delta pool", with(authorize_DeleteStoragePool, {pool("ZDA_DeltaReplicaStoragePool")}),
                 {pools + "deletedeltareplicastoragepool"}, 0},
-            {"Delete another pool", with(authorize_DeleteStoragePool, params({pool("CIM_StoragePool")})), {},
-                3},
+            {"Delete another pool", with(authorize_DeleteStoragePool, {pool("CIM_StoragePool")}), {}, 3},
             {"Move a volume", afsp("ZDA_StorageVolume"),
                 {"zda_allocatedfromstoragepool.modifyinstance.setvv"}, 0},
             {"Move a pool", afsp("ZDA_DynamicStoragePool"),
                 {"zda_allocatedfromstoragepool.modifyinstance.setcpg"}, 0},
-            {"Transient setting", with(authorize_ModifyStorageSetting_Transient, params({})),
-                {elem + "setvolume"}, 0},
-            {"Persistent setting", with(authorize_ModifyStorageSetting_Persistent, params({})),
+            {"Transient setting", with(authorize_ModifyStorageSetting_Transient, {}), {elem + "setvolume"},
+                0},
+            {"Persistent setting", with(authorize_ModifyStorageSetting_Persistent, {}),
                 {"zda_storagesetting.modifyinstance"}, 0},
         };
         // Requests told apart by their Operation alone: the right each asks,
@@ -193,7 +173,7 @@ protected:
         for (const auto& r : byOperation)
             for (const auto& op : r.rights)
                 all.push_back({r.prefix + " operation " + std::to_string(op.first),
-                    with(r.fn, params({u16("Operation", op.first)})),
+                    with(r.fn, {u16("Operation", op.first)}),
                     op.second ? std::vector<std::string>{r.prefix + op.second} : std::vector<std::string>{},
                     op.second ? 0 : 3});
         return all;
@@ -237,11 +217,11 @@ TEST_F(AuthorizationTest, DeletingAVolumeThatIsNotThereAsksNoRight)
 {
     // The synced element is a WWN the array does not know.
     const CIMObjectPath missing = volumePath("60002D1A0000FFFF");
-    Array<CIMParamValue> in = params(
-        {u16("Operation", 19), ref("Synchronization", syncOf("60002D1A0000FFFF"))});
+    const AuthCall call = with(
+        MRS, {u16("Operation", 19), ref("Synchronization", syncOf("60002D1A0000FFFF"))});
     zdasim_journal_clear();
 
-    EXPECT_EQ(authorize_ModifyReplicaSynchronization("viewer", "::1", in), 0);
+    EXPECT_EQ(call("viewer", "::1"), 0);
     EXPECT_TRUE(journalOf("api_authorizeCIMUser").empty());
     EXPECT_EQ(journalOf("api_getVVs").size(), 1u);
     EXPECT_TRUE(logged(2, "Cannot find the volume referenced to in " + text(missing.toString())));

@@ -111,7 +111,6 @@ protected:
         unsetenv(CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE);
         upcalls_ = std::make_shared<Upcalls>();
         attachCIMOMHandleBackend(cimom_, upcalls_);
-        log_ = std::make_shared<std::vector<std::string>>();
     }
     void TearDown() override
     {
@@ -121,16 +120,15 @@ protected:
     }
     void serveLocally(bool failEnumerations = false)
     {
-        auto log = log_;
-        CIMClientTransports::setLoopbackTransportFactory([log, failEnumerations](Uint32) {
-            return std::unique_ptr<CIMClientTransport>(new LocalServer(log, failEnumerations));
+        CIMClientTransports::setLoopbackTransportFactory([failEnumerations](Uint32) {
+            return std::unique_ptr<CIMClientTransport>(
+                new LocalServer(std::make_shared<std::vector<std::string>>(), failEnumerations));
         });
     }
     size_t upcallCount() const { return upcalls_->calls().size(); }
 
     CIMOMHandle cimom_;
     std::shared_ptr<Upcalls> upcalls_;
-    zda_test::RecordingClientTransport::Log log_;
 };
 
 TEST_F(IdentityTest, FactsComeOverTheLocalConnectionWithoutUpcalls)

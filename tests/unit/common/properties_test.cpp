@@ -20,10 +20,7 @@ protected:
         inst.addProperty(CIMProperty("Unset64", CIMValue(CIMTYPE_UINT64, false)));
         inst.addProperty(CIMProperty("Usage", CIMValue(Uint16(2))));
         inst.addProperty(CIMProperty("Primordial", CIMValue(true)));
-        Array<String> names;
-        names.append("a");
-        names.append("b");
-        inst.addProperty(CIMProperty("Names", CIMValue(names)));
+        inst.addProperty(CIMProperty("Names", CIMValue(arrayOf<String>({"a", "b"}))));
         inst.addProperty(
             CIMProperty("Pool", CIMValue(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"p1\""))));
         inst.addProperty(CIMProperty("ElementName", CIMValue(String("vol1"))));
@@ -64,13 +61,10 @@ TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent
 
 TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames)
 {
-    Array<CIMParamValue> params;
-    params.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
-    params.append(CIMParamValue("Mode", CIMValue(CIMTYPE_UINT16, false)));
-    params.append(CIMParamValue("WaitForCopyState", CIMValue(CIMTYPE_UINT16, false)));
-    params.append(CIMParamValue("waitforcopystate", CIMValue(Uint16(4))));
-    params.append(CIMParamValue("ElementName", CIMValue(String("copy1"))));
-    params.append(CIMParamValue("ElementName", CIMValue(CIMTYPE_STRING, false)));
+    const CIMValue nullU16(CIMTYPE_UINT16, false);
+    Array<CIMParamValue> params = arrayOf<CIMParamValue>({{"SyncType", CIMValue(Uint16(8))},
+        {"Mode", nullU16}, {"WaitForCopyState", nullU16}, {"waitforcopystate", CIMValue(Uint16(4))},
+        {"ElementName", CIMValue(String("copy1"))}, {"ElementName", CIMValue(CIMTYPE_STRING, false)}});
 
     Uint16 value = 99;
     EXPECT_EQ(ZDA_Common::getParameter(params, "Absent", value), 3);
@@ -107,10 +101,7 @@ TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths)
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, ""), CIMValue(String()));
 
     // Key bindings: names compare without case; the last match wins.
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("DeviceID", "first", CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("SystemName", "zda-sim", CIMKeyBinding::STRING));
-    CIMObjectPath path("", "root/zda", "ZDA_StorageVolume", keys);
+    CIMObjectPath path = volumePath("first");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "deviceid")), "first");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), "");
 }
