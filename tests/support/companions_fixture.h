@@ -5,6 +5,7 @@
 #define ZDA_COMPANIONS_FIXTURE_H
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,28 @@ namespace zda_companions_test
 using namespace Pegasus;
 
 const char ZDA_NS[] = "root/zda";
+
+inline CIMValue valueOf(const CIMInstance& instance, const char* name)
+{
+    const Uint32 at = instance.findProperty(name);
+    return at == PEG_NOT_FOUND ? CIMValue() : instance.getProperty(at).getValue();
+}
+
+template <class T>
+T get(const CIMInstance& instance, const char* name)
+{
+    T value = T();
+    valueOf(instance, name).get(value);
+    return value;
+}
+
+inline std::vector<int> uint16s(const CIMInstance& instance, const char* name)
+{
+    Array<Uint16> values = get<Array<Uint16>>(instance, name);
+    return std::vector<int>(values.getData(), values.getData() + values.size());
+}
+
+using zda_test::text;
 
 class CompanionsTest : public zda_test::ServerHostFixture
 {
@@ -56,6 +79,37 @@ protected:
     {
         return server().getInstance(admin(), ZDA_NS, path, false, false, false, list);
     }
+    // The association operations from `from` over the association class.
+    Array<CIMObjectPath> assocNames(const CIMObjectPath& from, const char* assocClass, const char* role = "",
+        const char* resultRole = "", const CIMName& resultClass = CIMName())
+    {
+        return server().associatorNames(admin(), ZDA_NS, from, assocClass, resultClass, role, resultRole);
+    }
+    Array<CIMObject> assocObjects(const CIMObjectPath& from, const char* assocClass, const char* role = "",
+        const char* resultRole = "", const CIMName& resultClass = CIMName())
+    {
+        return server().associators(admin(), ZDA_NS, from, assocClass, resultClass, role, resultRole, false,
+            false, CIMPropertyList());
+    }
+    Array<CIMObject> refObjects(const CIMObjectPath& from, const char* assocClass, const char* role = "")
+    {
+        return server().references(admin(), ZDA_NS, from, assocClass, role, false, false, CIMPropertyList());
+    }
+    Array<CIMObjectPath> refNames(const CIMObjectPath& from, const char* assocClass, const char* role = "")
+    {
+        return server().referenceNames(admin(), ZDA_NS, from, assocClass, role);
+    }
+    // The ElementName of each object or path's instance, in a set.
+    template <class Objects>
+    std::set<std::string> elementNamesOf(const Objects& objects)
+    {
+        std::set<std::string> names;
+        for (Uint32 i = 0; i < objects.size(); i++)
+            names.insert(text(get<String>(getInstance(pathOf(objects[i])), "ElementName")));
+        return names;
+    }
+    static CIMObjectPath pathOf(const CIMObjectPath& path) { return path; }
+    static CIMObjectPath pathOf(const CIMObject& object) { return object.getPath(); }
 
     // The status code of the CIMException `call` throws, -1 for none.
     static int cimErrorOf(const std::function<void()>& call)
@@ -71,28 +125,6 @@ protected:
         return -1;
     }
 };
-
-inline CIMValue valueOf(const CIMInstance& instance, const char* name)
-{
-    const Uint32 at = instance.findProperty(name);
-    return at == PEG_NOT_FOUND ? CIMValue() : instance.getProperty(at).getValue();
-}
-
-template <class T>
-T get(const CIMInstance& instance, const char* name)
-{
-    T value = T();
-    valueOf(instance, name).get(value);
-    return value;
-}
-
-inline std::vector<int> uint16s(const CIMInstance& instance, const char* name)
-{
-    Array<Uint16> values = get<Array<Uint16>>(instance, name);
-    return std::vector<int>(values.getData(), values.getData() + values.size());
-}
-
-using zda_test::text;
 
 // A CIMOMHandle backend answering getClass from the host's repository, for
 // tests that drive a provider object directly.

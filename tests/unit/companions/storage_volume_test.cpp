@@ -127,24 +127,20 @@ TEST_F(StorageVolumeTest, BuildersForOtherProviders)
     // A far volume known by its keys alone, as a replication entity embeds it.
     CIMInstance far = ZDA_StorageVolumeProvider::buildEmptyInstance(
         "60002D1A0013D6A40000000000000042", "2FF700000013D6A4", "zda-siteB", cls);
-    Array<CIMName> keys;
-    for (const char* k : {"CreationClassName", "SystemCreationClassName", "SystemName", "DeviceID"})
-        keys.append(k);
-    far.filter(false, false, CIMPropertyList(keys));
+    far.filter(false, false,
+        zda_test::propertyList({"CreationClassName", "SystemCreationClassName", "SystemName", "DeviceID"}));
     EXPECT_EQ(far.getPropertyCount(), 4u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(far.getPath(),
         ZDA_StorageVolumeProvider::createObjectPath(
             "60002D1A0013D6A40000000000000042", "2FF700000013D6A4", "")));
 
     // Redundancy needs the CPG list; the volume record alone leaves it unset.
-    EXPECT_TRUE(valueOf(
-        ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls, false), "PackageRedundancy")
-                    .isNull());
-    EXPECT_EQ(get<Uint16>(ZDA_StorageVolumeProvider::buildVVInstance("vol4", "zda-sim", "h", cls, true),
-                  "PackageRedundancy"),
-        2);  // RAID-6
-    EXPECT_TRUE(
-        ZDA_StorageVolumeProvider::buildVVInstance("nosuch", "zda-sim", "h", cls, false).isUninitialized());
+    auto build = [&](const char* name, bool withCpgs) {
+        return ZDA_StorageVolumeProvider::buildVVInstance(name, "zda-sim", "h", cls, withCpgs);
+    };
+    EXPECT_TRUE(valueOf(build("vol4", false), "PackageRedundancy").isNull());
+    EXPECT_EQ(get<Uint16>(build("vol4", true), "PackageRedundancy"), 2);  // RAID-6
+    EXPECT_TRUE(build("nosuch", false).isUninitialized());
 }
 
 TEST_F(StorageVolumeTest, BusyOrFailingArrayGivesEmptyAnswers)

@@ -20,14 +20,7 @@ const char REPLICA_POOL[] = "ZDA_ReplicaPoolForStorage";
 const char SETTING[] = "ZDA_StorageSetting";
 
 class PoolsAndSettingsTest : public CopyServicesTest
-{
-protected:
-    // The far ends of the volume's or pool's replica pool links.
-    Array<CIMObjectPath> linked(const CIMObjectPath& from, const char* role = "")
-    {
-        return server().associatorNames(admin(), ZDA_NS, from, REPLICA_POOL, CIMName(), role, "");
-    }
-};
+{};
 
 TEST_F(PoolsAndSettingsTest, EveryCPGIsAPoolAndHoldsSnapshotSpace)
 {
@@ -59,35 +52,25 @@ TEST_F(PoolsAndSettingsTest, VolumesWithSnapshotSpaceLeadToTheirDeltaPool)
     Array<CIMObjectPath> links = namesOf(REPLICA_POOL);
     EXPECT_EQ(links.size(), 7u);
 
-    Array<CIMObjectPath> pools = linked(volume("vol1"), "Dependent");
+    Array<CIMObjectPath> pools = assocNames(volume("vol1"), REPLICA_POOL, "Dependent");
     ASSERT_EQ(pools.size(), 1u);
     EXPECT_TRUE(
         ZDA_Common::matchObjectPath(pools[0], ZDA_StoragePoolProvider::buildDeltaObjectPath("FC_r1", HOST)));
-    Array<CIMObject> poolObjects = server().associators(admin(), ZDA_NS, volume("vol1"), REPLICA_POOL,
-        "CIM_StoragePool", "", "Antecedent", false, false, CIMPropertyList());
-    ASSERT_EQ(poolObjects.size(), 1u);
-    EXPECT_EQ(linked(volume("vol3")).size(), 0u);
-    EXPECT_EQ(linked(volume("vol1"), "Antecedent").size(), 0u);
+    EXPECT_EQ(assocObjects(volume("vol1"), REPLICA_POOL, "", "Antecedent", "CIM_StoragePool").size(), 1u);
+    EXPECT_EQ(assocNames(volume("vol3"), REPLICA_POOL).size(), 0u);
+    EXPECT_EQ(assocNames(volume("vol1"), REPLICA_POOL, "Antecedent").size(), 0u);
 
     // From the pool: every volume that keeps snapshots there.
-    Array<CIMObject> volumes = server().associators(admin(), ZDA_NS,
-        ZDA_StoragePoolProvider::buildDeltaObjectPath("NL_r6", HOST), REPLICA_POOL, CIMName(), "", "", false,
-        false, CIMPropertyList());
-    std::set<std::string> names;
-    for (Uint32 i = 0; i < volumes.size(); i++)
-        names.insert(text(get<String>(CIMInstance(volumes[i]), "ElementName")));
-    EXPECT_EQ(names, (std::set<std::string>{"vol4", "vol5"}));
-    EXPECT_EQ(
-        server()
-            .references(admin(), ZDA_NS, volume("vol2"), REPLICA_POOL, "", false, false, CIMPropertyList())
-            .size(),
-        1u);
+    EXPECT_EQ(elementNamesOf(
+                  assocObjects(ZDA_StoragePoolProvider::buildDeltaObjectPath("NL_r6", HOST), REPLICA_POOL)),
+        (std::set<std::string>{"vol4", "vol5"}));
+    EXPECT_EQ(refObjects(volume("vol2"), REPLICA_POOL).size(), 1u);
 
     // Snapshot space given by the copy services shows at once.
     Array<String> vol3;
     vol3.append("vol3");
     ASSERT_EQ(ZDA_StorageConfigurationServiceProvider::assignSnapPoolToVolume(&event, vol3), 0);
-    EXPECT_EQ(linked(volume("vol3")).size(), 1u);
+    EXPECT_EQ(assocNames(volume("vol3"), REPLICA_POOL).size(), 1u);
 }
 
 TEST_F(PoolsAndSettingsTest, SettingsAreCreatedModifiedDeletedAndKeptWithTheArray)

@@ -3,8 +3,6 @@
 // followed in the copy operations' tests.
 #include "copysvcs_fixture.h"
 
-#include <set>
-
 #include "ZDA_StorageSynchronizedProvider.h"
 
 using namespace zda_copysvcs_test;
@@ -20,13 +18,6 @@ protected:
     std::string nameOf(const CIMObjectPath& volumePath)
     {
         return text(get<String>(getInstance(volumePath), "ElementName"));
-    }
-    std::set<std::string> names(const Array<CIMObjectPath>& paths)
-    {
-        std::set<std::string> out;
-        for (Uint32 i = 0; i < paths.size(); i++)
-            out.insert(nameOf(paths[i]));
-        return out;
     }
 };
 
@@ -59,31 +50,23 @@ TEST_F(SynchronizedTest, AssociationsFromEitherEnd)
 {
     const CIMObjectPath vol1 = volume("vol1");
     const CIMObjectPath snap = volume("vol1.rw");
-    EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "", "")),
-        (std::set<std::string>{"vol1.rw", "vol1.ro"}));
-    EXPECT_EQ(names(server().associatorNames(
-                  admin(), ZDA_NS, snap, SYNC, "CIM_StorageVolume", "SyncedElement", "SystemElement")),
+    EXPECT_EQ(elementNamesOf(assocNames(vol1, SYNC)), (std::set<std::string>{"vol1.rw", "vol1.ro"}));
+    EXPECT_EQ(elementNamesOf(assocNames(snap, SYNC, "SyncedElement", "SystemElement", "CIM_StorageVolume")),
         (std::set<std::string>{"vol1"}));
     // Roles that cannot match give nothing.
-    EXPECT_EQ(
-        server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SyncedElement", "").size(), 0u);
-    EXPECT_EQ(server()
-                  .associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SystemElement", "SystemElement")
-                  .size(),
-        0u);
+    EXPECT_EQ(assocNames(vol1, SYNC, "SyncedElement").size(), 0u);
+    EXPECT_EQ(assocNames(vol1, SYNC, "SystemElement", "SystemElement").size(), 0u);
 
-    Array<CIMObject> objects = server().associators(
-        admin(), ZDA_NS, snap, SYNC, CIMName(), "", "", false, false, CIMPropertyList());
+    Array<CIMObject> objects = assocObjects(snap, SYNC);
     ASSERT_EQ(objects.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(objects[0].getPath(), vol1));
 
     // The module finds the relationship of a target by its SyncedElement role.
-    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, snap, SYNC, "SyncedElement");
+    Array<CIMObjectPath> refs = refNames(snap, SYNC, "SyncedElement");
     ASSERT_EQ(refs.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(refs[0], "SystemElement"), vol1));
-    EXPECT_EQ(
-        server().references(admin(), ZDA_NS, vol1, SYNC, "", false, false, CIMPropertyList()).size(), 2u);
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, volume("vol3"), SYNC, "").size(), 0u);
+    EXPECT_EQ(refObjects(vol1, SYNC).size(), 2u);
+    EXPECT_EQ(refNames(volume("vol3"), SYNC).size(), 0u);
 }
 
 }  // namespace
