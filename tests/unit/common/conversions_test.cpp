@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <set>
+#include <tuple>
 
 #include <Pegasus/Common/Exception.h>
 
@@ -94,23 +95,19 @@ private:
 
 TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack)
 {
-    const struct
-    {
-        const char* tz;
-        const char* text;
-        const char* zoneName;
-    } zones[] = {
+    // The zone, the text of the time in it and the zone's name.
+    const std::tuple<const char*, const char*, const char*> zones[] = {
         {"EST5", "20251231190000.000000-300", "GMT-300"},      // five hours behind UTC
         {"IST-5:30", "20260101053000.000000+330", "GMT+330"},  // five and a half ahead
         {"UTC0", "20260101000000.000000+000", "GMT-0"},
     };
-    for (const auto& z : zones)
+    for (const auto& [tz, dateTime, zoneName] : zones)
     {
-        zone(z.tz);
+        zone(tz);
         const CIMDateTime dt = ZDA_Common::getCIMDateTime(kT0);
-        EXPECT_EQ(text(dt.toString()), z.text) << z.tz;
-        EXPECT_EQ(ZDA_Common::getDateTime(dt), kT0) << z.tz;
-        EXPECT_EQ(text(ZDA_Common::getTimeZone()), z.zoneName) << z.tz;
+        EXPECT_EQ(text(dt.toString()), dateTime) << tz;
+        EXPECT_EQ(ZDA_Common::getDateTime(dt), kT0) << tz;
+        EXPECT_EQ(text(ZDA_Common::getTimeZone()), zoneName) << tz;
     }
 }
 

@@ -36,14 +36,12 @@ void answer(const CIMName& method, const String& prefix, Array<CIMParamValue>& o
 
 const CIMObjectPath kSystem("ZDA_StorageSystem.CreationClassName=\"ZDA_StorageSystem\",Name=\"zda-sim\"");
 
-// The local connection: answers as the internal cache and the storage system
-// provider would, unless told to fail enumerations.
+// The local connection: answers as the internal cache would, with no
+// storage system provider behind it.
 class LocalServer : public zda_test::RecordingClientTransport
 {
 public:
-    LocalServer(Log log, bool failEnumerations)
-        : RecordingClientTransport(std::move(log)), failEnumerations_(failEnumerations)
-    {}
+    LocalServer() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
     CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
         const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
@@ -54,15 +52,8 @@ public:
     Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
     {
         RecordingClientTransport::enumerateInstanceNames(ns, cn);
-        if (failEnumerations_)
-            throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
-        Array<CIMObjectPath> names;
-        names.append(kSystem);
-        return names;
+        throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
     }
-
-private:
-    bool failEnumerations_;
 };
 
 // The server behind the provider's CIMOMHandle; its answers are marked so a
@@ -118,27 +109,16 @@ protected:
         attachCIMOMHandleBackend(cimom_, nullptr);
         CommonSimTest::TearDown();
     }
-    void serveLocally(bool failEnumerations = false)
+    static void serveLocally()
     {
-        CIMClientTransports::setLoopbackTransportFactory([failEnumerations](Uint32) {
-            return std::unique_ptr<CIMClientTransport>(
-                new LocalServer(std::make_shared<std::vector<std::string>>(), failEnumerations));
-        });
+        CIMClientTransports::setLoopbackTransportFactory(
+            [](Uint32) { return std::unique_ptr<CIMClientTransport>(new LocalServer()); });
     }
     size_t upcallCount() const { return upcalls_->calls().size(); }
 
     CIMOMHandle cimom_;
     std::shared_ptr<Upcalls> upcalls_;
 };
-
-TEST_F(IdentityTest, FactsComeOverTheLocalConnectionWithoutUpcalls)
-{
-    serveLocally();
-    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
-    EXPECT_EQ(ZDA_Common::getSystemType(), 8450);  // output names compare without case
-    EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
-    EXPECT_EQ(upcallCount(), 0u);
-}
 
 TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed)
 {
@@ -156,9 +136,15 @@ TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed)
     EXPECT_EQ(upcallCount(), 3u);
 }
 
-TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails)
+TEST_F(IdentityTest, LocalFactsNeedNoUpcallsAndTheSystemPathFallsBackToTheCimom)
 {
-    serveLocally(/*failEnumerations=*/true);
+    serveLocally();
+    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
+    EXPECT_EQ(ZDA_Common::getSystemType(), 8450);  // output names compare without case
+    EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
+    EXPECT_EQ(upcallCount(), 0u);
+
+    // No storage system provider answers locally: the path is asked of the CIMOM.
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
     EXPECT_EQ(text(system.getHost()), "zda-sim.local");  // the host name still comes locally
     ASSERT_EQ(upcallCount(), 1u);

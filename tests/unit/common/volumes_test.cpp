@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <set>
+#include <tuple>
 
 using namespace Pegasus;
 using namespace zda_common_test;
@@ -178,31 +179,26 @@ TEST_F(VolumesTest, VolumesStillBusyAfterTenRetriesGiveFour)
 
 TEST_F(VolumesTest, RemovalResults)
 {
-    const struct
-    {
-        const char* what;
-        std::vector<std::string> volumes;
-        int code;
-        const char* log;
-    } cases[] = {
+    // What is removed ("" for a path of no volume), the code and the one error logged.
+    const std::tuple<const char*, std::vector<std::string>, int, const char*> cases[] = {
         {"a path that names no volume", {"vol4", ""}, 32768, nullptr},
         {"the array removes only some", {"vol5", "vol1"}, 32768, nullptr},
         {"the array removes none", {"vol1"}, 4, "Volume deletion failed"},
         {"no volume found", {""}, 4, "Cannot find the volume"},
     };
-    for (const auto& c : cases)
+    for (const auto& [what, volumes, code, log] : cases)
     {
         zdasim_log_clear();
         std::vector<std::string> wwns;
-        for (const auto& v : c.volumes)
+        for (const auto& v : volumes)
             wwns.push_back(v.empty() ? kUnknownWwn : wwnOf(v));
         Array<CIMObjectPath> vols = paths(wwns);
-        EXPECT_EQ(ZDA_Common::removeVVs(nullptr, vols, 0), c.code) << c.what;
+        EXPECT_EQ(ZDA_Common::removeVVs(nullptr, vols, 0), code) << what;
         std::vector<std::string> errors;
         for (const auto& line : logLines())
             if (line.first == 2)
                 errors.push_back(line.second);
-        EXPECT_EQ(errors, c.log ? std::vector<std::string>{c.log} : std::vector<std::string>()) << c.what;
+        EXPECT_EQ(errors, log ? std::vector<std::string>{log} : std::vector<std::string>()) << what;
     }
     EXPECT_TRUE(sleeps().empty());
 }

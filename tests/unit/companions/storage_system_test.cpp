@@ -3,6 +3,8 @@
 // connection ZDA_Common uses, a busy or failing array, and refused users.
 #include "companions_fixture.h"
 
+#include <tuple>
+
 #include "CimBuilders.h"
 #include "ZDA_Common.h"
 #include "ZDA_StorageSystemProvider.h"
@@ -146,16 +148,10 @@ TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
         "system": {"name": "zda-other", "hostName": "zda-other.example.net", "policyFlags": 2},
         "roles": [{"name": "super", "default": "allowed"}],
         "users": [{"name": "admin", "role": "super"}]})";
-    Array<CIMParamValue> description;
-    description.append(CIMParamValue("Description", CIMValue(String(otherArray))));
-    const struct
-    {
-        const char* control;
-        Array<CIMParamValue> in;
-        const char* name;
-        const char* hostName;
-        bool noReplicationEntities;
-    } cases[] = {
+    const Array<CIMParamValue> description = zda_test::params(
+        {zda_test::param("Description", String(otherArray))});
+    // The control, its arguments, and the system's name and host name after it.
+    const std::tuple<const char*, Array<CIMParamValue>, const char*, const char*, bool> cases[] = {
         {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
         {"LoadDemo", {}, "zda-demo", "zda-demo.example.net", false},
         {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
@@ -163,18 +159,17 @@ TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
     };
     CIMOMHandle unused;                                       // the local connection answers
     ASSERT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");  // the cache is filled
-    for (const auto& c : cases)
+    for (const auto& [control, in, name, hostName, noReplicationEntities] : cases)
     {
-        SCOPED_TRACE(c.control);
+        SCOPED_TRACE(control);
         Array<CIMParamValue> out;
-        EXPECT_TRUE(server()
-                        .invokeMethod(admin(), "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
-                            c.control, c.in, out)
-                        .equal(CIMValue(Uint32(0))));
-        EXPECT_EQ(text(ZDA_Common::getSystemName()), c.name);
-        EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), c.hostName);
-        EXPECT_EQ(text(get<String>(instancesOf(SYSTEM)[0], "Name")), c.name);
-        EXPECT_EQ(isNoREPolicy(ZDA_Common::getPolicy()), c.noReplicationEntities);
+        const CIMObjectPath simulator("ZDA_SimulatorControl");
+        EXPECT_TRUE(
+            server().invokeMethod(admin(), "root/zda_sim", simulator, control, in, out).equal(Uint32(0)));
+        EXPECT_EQ(text(ZDA_Common::getSystemName()), name);
+        EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), hostName);
+        EXPECT_EQ(text(get<String>(instancesOf(SYSTEM)[0], "Name")), name);
+        EXPECT_EQ(isNoREPolicy(ZDA_Common::getPolicy()), noReplicationEntities);
     }
 }
 

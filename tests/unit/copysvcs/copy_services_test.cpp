@@ -4,6 +4,7 @@
 #include "copysvcs_fixture.h"
 
 #include <set>
+#include <tuple>
 
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
@@ -146,24 +147,17 @@ TEST_F(CopyOperationsTest, CopyTypesTargetsAndPoolsOfASingleClone)
     zdasim_clock_advance(20);
     EXPECT_EQ(text(get<String>(getInstance(volume("vol3.r1")), "ElementName")), "vol3.r1");
 
-    struct Refusal
-    {
-        Uint16 copyType;
-        const char* source;
-        const char* target;
-        int code;
-    };
-    const Refusal refusals[] = {
+    // Copy type, source, target ("" for a new volume) and the array's code.
+    const std::tuple<Uint16, const char*, const char*, int> refusals[] = {
         {3, "vol3", "", API_E_INVALID},                              // not a copy type of ours
         {Service::COPY_SYNCHRONIZED, "vol3", "vol1", API_E_IN_USE},  // vol1 has snapshots
         {Service::COPY_SYNCHRONIZED, "vol3", "admvv", API_E_ACCESS},
         {Service::COPY_SYNCHRONIZED, "", "", API_E_INVALID},  // no source
     };
-    for (const Refusal& r : refusals)
+    for (const auto& [copyType, source, target, code] : refusals)
     {
-        const api_Status_t st = clone(
-            r.source, r.copyType, "x", *r.target ? volume(r.target) : CIMObjectPath());
-        EXPECT_EQ(st.code, r.code) << r.source << "->" << r.target << ": " << why(st);
+        const api_Status_t st = clone(source, copyType, "x", *target ? volume(target) : CIMObjectPath());
+        EXPECT_EQ(st.code, code) << source << "->" << target << ": " << why(st);
         EXPECT_FALSE(why(st).empty());
         EXPECT_EQ(jobs.size() + syncs.size(), 0u);
     }
