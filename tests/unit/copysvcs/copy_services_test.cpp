@@ -117,15 +117,10 @@ TEST_F(CopyOperationsTest, ACloneShowsAsAJobAndASynchronizationThatFollowTheCopy
     EXPECT_EQ(get<Uint16>(copying, "SyncType"), 8);
     EXPECT_EQ(get<Uint16>(copying, "Mode"), 2);
     EXPECT_EQ(get<Uint16>(copying, "ReplicaType"), 2);
-    Uint16 syncType = 0;
-    server().getProperty(admin(), ZDA_NS, syncs[0], "SyncType").get(syncType);
-    EXPECT_EQ(syncType, 8);
 
     zdasim_clock_advance(20);  // 10240 MiB: 40 s in all
     EXPECT_EQ(get<Uint16>(getInstance(syncs[0]), "PercentSynced"), 50);
-    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "PercentComplete"), 50);
     zdasim_clock_advance(20);
-    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "JobState"), 7);
     EXPECT_EQ(states(syncs[0]), std::vector<int>({4, 6, 2}));
 }
 
