@@ -1,6 +1,6 @@
 // The system's identity over a local client connection and through the
 // provider's CIMOMHandle when that connection fails, and the internal cache
-// service: its facts from the array, its policy flags and its class cache.
+// service: its policy flags, its fill from the array and its class cache.
 #include "common_sim_fixture.h"
 
 #include <atomic>
