@@ -21,6 +21,23 @@ using namespace zda_companions_test;
 const char SYSTEM_NAME[] = "zda-sim";
 const char HOST[] = "zda-sim.local";
 
+// The array's record of the volume of this name, or of this WWN text when
+// the name is null; all zero when the array has none.
+inline api_VVObj_t vvRecordOf(const char* name, const char* wwn = nullptr)
+{
+    api_VVObj_t record{};
+    api_VVObj_t* vv = nullptr;
+    int count = 0;
+    if (cim_sem_wait() == 0)
+    {
+        if (api_getVVs(name, wwn, &count, &vv, 1) == 0 && count == 1)
+            record = vv[0];
+        cim_sem_post();
+    }
+    free_if_not_null(vv);
+    return record;
+}
+
 class CopyServicesTest : public CompanionsTest
 {
 protected:
@@ -42,8 +59,7 @@ protected:
     std::map<std::string, CIMObjectPath> volumePaths()
     {
         std::map<std::string, CIMObjectPath> byName;
-        Array<CIMInstance> all = server().enumerateInstances(
-            admin(), ZDA_NS, "ZDA_StorageVolume", true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> all = instancesOf("ZDA_StorageVolume");
         for (Uint32 i = 0; i < all.size(); i++)
             byName[text(get<String>(all[i], "ElementName"))] = all[i].getPath();
         return byName;
@@ -53,10 +69,6 @@ protected:
         auto paths = volumePaths();
         auto it = paths.find(name);
         return it == paths.end() ? CIMObjectPath() : it->second;
-    }
-    CIMInstance getInstance(const CIMObjectPath& path)
-    {
-        return server().getInstance(admin(), ZDA_NS, path, false, false, false, CIMPropertyList());
     }
     // The path a reference key of an association path holds.
     static CIMObjectPath endOf(const CIMObjectPath& assoc, const char* role)

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,13 +72,28 @@ inline std::string wwnOf(const std::string& name)
     return wwn;
 }
 
+template <class T>
+Pegasus::Array<T> arrayOf(std::initializer_list<T> items)
+{
+    return Pegasus::Array<T>(items.begin(), Pegasus::Uint32(items.size()));
+}
+
+// A path in root/zda whose keys are all of one type, references unless told.
+inline Pegasus::CIMObjectPath keyedPath(const char* className,
+    std::initializer_list<std::pair<const char*, Pegasus::String>> keys,
+    Pegasus::CIMKeyBinding::Type type = Pegasus::CIMKeyBinding::REFERENCE)
+{
+    Pegasus::Array<Pegasus::CIMKeyBinding> bindings;
+    for (const auto& key : keys)
+        bindings.append(Pegasus::CIMKeyBinding(key.first, key.second, type));
+    return Pegasus::CIMObjectPath("", "root/zda", className, bindings);
+}
+
 // A storage volume path whose DeviceID is the WWN text.
 inline Pegasus::CIMObjectPath volumePath(const std::string& wwn)
 {
-    Pegasus::Array<Pegasus::CIMKeyBinding> keys;
-    keys.append(Pegasus::CIMKeyBinding("DeviceID", wwn.c_str(), Pegasus::CIMKeyBinding::STRING));
-    keys.append(Pegasus::CIMKeyBinding("SystemName", "zda-sim", Pegasus::CIMKeyBinding::STRING));
-    return Pegasus::CIMObjectPath("", "root/zda", "ZDA_StorageVolume", keys);
+    return keyedPath("ZDA_StorageVolume", {{"DeviceID", wwn.c_str()}, {"SystemName", "zda-sim"}},
+        Pegasus::CIMKeyBinding::STRING);
 }
 
 using zda_test::text;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <set>
+#include <tuple>
 
 #include <Pegasus/Common/Exception.h>
 
@@ -72,14 +73,6 @@ TEST_F(EventParamTest, NullRecordIsLoggedAndNothingElseHappens)
 class TimeZoneTest : public CommonSimTest
 {
 protected:
-    void SetUp() override
-    {
-        CommonSimTest::SetUp();
-        const char* tz = std::getenv("TZ");
-        hadTz_ = tz != nullptr;
-        if (tz)
-            savedTz_ = tz;
-    }
     void TearDown() override
     {
         if (hadTz_)
@@ -96,29 +89,25 @@ protected:
     }
 
 private:
-    bool hadTz_ = false;
-    std::string savedTz_;
+    const bool hadTz_ = std::getenv("TZ") != nullptr;
+    const std::string savedTz_ = hadTz_ ? std::getenv("TZ") : "";
 };
 
 TEST_F(TimeZoneTest, DateTimeTextCarriesTheZonesOffsetAndReadsBack)
 {
-    const struct
-    {
-        const char* tz;
-        const char* text;
-        const char* zoneName;
-    } zones[] = {
+    // The zone, the text of the time in it and the zone's name.
+    const std::tuple<const char*, const char*, const char*> zones[] = {
         {"EST5", "20251231190000.000000-300", "GMT-300"},      // five hours behind UTC
         {"IST-5:30", "20260101053000.000000+330", "GMT+330"},  // five and a half ahead
         {"UTC0", "20260101000000.000000+000", "GMT-0"},
     };
-    for (const auto& z : zones)
+    for (const auto& [tz, dateTime, zoneName] : zones)
     {
-        zone(z.tz);
+        zone(tz);
         const CIMDateTime dt = ZDA_Common::getCIMDateTime(kT0);
-        EXPECT_EQ(text(dt.toString()), z.text) << z.tz;
-        EXPECT_EQ(ZDA_Common::getDateTime(dt), kT0) << z.tz;
-        EXPECT_EQ(text(ZDA_Common::getTimeZone()), z.zoneName) << z.tz;
+        EXPECT_EQ(text(dt.toString()), dateTime) << tz;
+        EXPECT_EQ(ZDA_Common::getDateTime(dt), kT0) << tz;
+        EXPECT_EQ(text(ZDA_Common::getTimeZone()), zoneName) << tz;
     }
 }
 
@@ -136,12 +125,9 @@ TEST_F(TimeZoneTest, DatesWithoutATimeReadAsZero)
     EXPECT_EQ(ZDA_Common::_formatDateTime("20260001000000.000000+000", &fields), -1);
     EXPECT_EQ(ZDA_Common::_formatDateTime("-123", &fields), -1);
     EXPECT_EQ(ZDA_Common::_formatDateTime("20260315123456.000000+000", &fields), 1);
-    EXPECT_EQ(fields.tm_year, 126);
-    EXPECT_EQ(fields.tm_mday, 15);
-    EXPECT_EQ(fields.tm_hour, 12);
-    EXPECT_EQ(fields.tm_min, 34);
-    EXPECT_EQ(fields.tm_sec, 56);
-    EXPECT_EQ(fields.tm_isdst, -1);
+    EXPECT_EQ((std::vector<int>{fields.tm_year, fields.tm_mon, fields.tm_mday, fields.tm_hour, fields.tm_min,
+                  fields.tm_sec, fields.tm_isdst}),
+        (std::vector<int>{126, 2, 15, 12, 34, 56, -1}));
 }
 
 class ConversionTest : public CommonSimTest

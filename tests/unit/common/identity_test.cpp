@@ -1,6 +1,6 @@
 // The system's identity over a local client connection and through the
 // provider's CIMOMHandle when that connection fails, and the internal cache
-// service: its facts from the array, its policy flags and its class cache.
+// service: its policy flags, its fill from the array and its class cache.
 #include "common_sim_fixture.h"
 
 #include <atomic>
@@ -36,14 +36,12 @@ void answer(const CIMName& method, const String& prefix, Array<CIMParamValue>& o
 
 const CIMObjectPath kSystem("ZDA_StorageSystem.CreationClassName=\"ZDA_StorageSystem\",Name=\"zda-sim\"");
 
-// The local connection: answers as the internal cache and the storage system
-// provider would, unless told to fail enumerations.
+// The local connection: answers as the internal cache would, with no
+// storage system provider behind it.
 class LocalServer : public zda_test::RecordingClientTransport
 {
 public:
-    LocalServer(Log log, bool failEnumerations)
-        : RecordingClientTransport(std::move(log)), failEnumerations_(failEnumerations)
-    {}
+    LocalServer() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
     CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& path, const CIMName& method,
         const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
@@ -54,15 +52,8 @@ public:
     Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
     {
         RecordingClientTransport::enumerateInstanceNames(ns, cn);
-        if (failEnumerations_)
-            throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
-        Array<CIMObjectPath> names;
-        names.append(kSystem);
-        return names;
+        throw CIMException(CIM_ERR_FAILED, "no provider for ZDA_StorageSystem");
     }
-
-private:
-    bool failEnumerations_;
 };
 
 // The server behind the provider's CIMOMHandle; its answers are marked so a
@@ -111,7 +102,6 @@ protected:
         unsetenv(CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE);
         upcalls_ = std::make_shared<Upcalls>();
         attachCIMOMHandleBackend(cimom_, upcalls_);
-        log_ = std::make_shared<std::vector<std::string>>();
     }
     void TearDown() override
     {
@@ -119,41 +109,16 @@ protected:
         attachCIMOMHandleBackend(cimom_, nullptr);
         CommonSimTest::TearDown();
     }
-    void serveLocally(bool failEnumerations = false)
+    static void serveLocally()
     {
-        auto log = log_;
-        CIMClientTransports::setLoopbackTransportFactory([log, failEnumerations](Uint32) {
-            return std::unique_ptr<CIMClientTransport>(new LocalServer(log, failEnumerations));
-        });
+        CIMClientTransports::setLoopbackTransportFactory(
+            [](Uint32) { return std::unique_ptr<CIMClientTransport>(new LocalServer()); });
     }
     size_t upcallCount() const { return upcalls_->calls().size(); }
 
     CIMOMHandle cimom_;
     std::shared_ptr<Upcalls> upcalls_;
-    zda_test::RecordingClientTransport::Log log_;
 };
-
-TEST_F(IdentityTest, FactsComeFromTheInternalCacheOverTheLocalConnection)
-{
-    serveLocally();
-    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
-    EXPECT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");
-    EXPECT_EQ(text(ZDA_Common::getSystemHostName(cimom_)), "zda-sim.local");
-    EXPECT_EQ(text(ZDA_Common::getSystemAddress(cimom_)), "192.0.2.10");
-    EXPECT_EQ(ZDA_Common::getSystemID(), 1234567u);
-    EXPECT_EQ(ZDA_Common::getSystemType(), 8450);  // output names compare without case
-    EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
-    EXPECT_EQ(upcallCount(), 0u);
-
-    bool sawCacheCall = false;
-    for (const std::string& line : *log_)
-        sawCacheCall |=
-            line.find(
-                "//localhost/root/PG_Internal:ZDA_InternalCache.InstanceID=\"localhost-InternalCache\"") !=
-                std::string::npos &&
-            line.find("GetSystemName") != std::string::npos;
-    EXPECT_TRUE(sawCacheCall);
-}
 
 TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed)
 {
@@ -171,19 +136,15 @@ TEST_F(IdentityTest, AFailedLocalConnectionFallsBackToTheCimomWhereAllowed)
     EXPECT_EQ(upcallCount(), 3u);
 }
 
-TEST_F(IdentityTest, SystemObjectPathCarriesTheHostNameAndNamespace)
+TEST_F(IdentityTest, LocalFactsNeedNoUpcallsAndTheSystemPathFallsBackToTheCimom)
 {
     serveLocally();
-    CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
-    EXPECT_EQ(text(system.getHost()), "zda-sim.local");
-    EXPECT_EQ(text(system.getNameSpace().getString()), "root/zda");
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(system, CIMObjectPath("root/zda:" + kSystem.toString())));
+    EXPECT_EQ(text(ZDA_Common::getSystemName(cimom_)), "zda-sim");
+    EXPECT_EQ(ZDA_Common::getSystemType(), 8450);  // output names compare without case
+    EXPECT_EQ(ZDA_Common::isQuadPortSystem(cimom_), 1);
     EXPECT_EQ(upcallCount(), 0u);
-}
 
-TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails)
-{
-    serveLocally(/*failEnumerations=*/true);
+    // No storage system provider answers locally: the path is asked of the CIMOM.
     CIMObjectPath system = ZDA_Common::getSystemObjectPath(cimom_);
     EXPECT_EQ(text(system.getHost()), "zda-sim.local");  // the host name still comes locally
     ASSERT_EQ(upcallCount(), 1u);
@@ -194,21 +155,11 @@ TEST_F(IdentityTest, SystemObjectPathIsAskedOfTheCimomWhenTheLocalCallFails)
     EXPECT_TRUE(logged(2, "cannot get at system object path"));
 }
 
-TEST_F(IdentityTest, CacheServiceHoldsTheArraysFactsUntilDestroyed)
+TEST_F(IdentityTest, CacheServiceHoldsThePolicyUntilDestroyed)
 {
+    // The facts it answers are checked over the local connection with the
+    // storage system provider loaded.
     zdasim_system_set_policy(API_POLICY_NO_REPLICATION_ENTITY);
-    api_system_info_t info{};
-    ASSERT_EQ(cim_sem_wait(), 0);
-    ASSERT_EQ(api_getSystemInfo(&info), 0);
-    cim_sem_post();
-
-    ZDA_InternalCacheService* cache = ZDA_InternalCacheService::getInstance();
-    EXPECT_EQ(text(cache->getSystemName()), info.name);
-    EXPECT_EQ(text(cache->getSystemHostName()), info.hostName);
-    EXPECT_EQ(text(cache->getSystemAddress()), "192.0.2.10");
-    EXPECT_EQ(cache->getSystemID(), info.id);
-    EXPECT_EQ(cache->getSystemType(), info.type);
-    EXPECT_EQ(cache->isQuadPortSystem(), info.isQuadPort);
     EXPECT_TRUE(isNoREPolicy(ZDA_Common::getPolicy()));
 
     // Filled once: later changes of the array do not show ...
@@ -232,51 +183,40 @@ TEST_F(IdentityTest, CacheServiceFillIsRetriedAfterTheArrayDidNotAnswer)
 
 TEST_F(IdentityTest, ClassesAreCachedPerNamespaceClassAndFlags)
 {
-    const CIMPropertyList all;
-    CIMClass first = ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
+    auto fetch = [this](const char* ns, const char* cls, bool lo = false, bool iq = false, bool ico = false,
+                     const CIMPropertyList& list = CIMPropertyList()) {
+        return ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), ns, cls, lo, iq, ico, list);
+    };
+    CIMClass first = fetch("root/zda", "ZDA_StorageVolume");
     EXPECT_EQ(text(first.getClassName().getString()), "ZDA_StorageVolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "ROOT/ZDA", "zda_storagevolume", false, false, false, all);
+    fetch("ROOT/ZDA", "zda_storagevolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 1);
 
     // The caller's copy is its own.
     first.addProperty(CIMProperty("Added", CIMValue(Uint32(1))));
-    CIMClass again = ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
-    EXPECT_EQ(again.findProperty("Added"), PEG_NOT_FOUND);
+    EXPECT_EQ(fetch("root/zda", "ZDA_StorageVolume").findProperty("Added"), PEG_NOT_FOUND);
 
     // Other flags, property lists, classes and namespaces are other entries.
     Array<CIMName> names;
     names.append("Name");
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", true, false, false, all);
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, true, false, all);
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, true, all);
-    ZDA_Common::getStoredCIMClass(cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false,
-        false, CIMPropertyList(names));
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StoragePool", false, false, false, all);
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/PG_Internal", "ZDA_StorageVolume", false, false, false, all);
+    fetch("root/zda", "ZDA_StorageVolume", true);
+    fetch("root/zda", "ZDA_StorageVolume", false, true);
+    fetch("root/zda", "ZDA_StorageVolume", false, false, true);
+    fetch("root/zda", "ZDA_StorageVolume", false, false, false, CIMPropertyList(names));
+    fetch("root/zda", "ZDA_StoragePool");
+    fetch("root/PG_Internal", "ZDA_StorageVolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 7);
 
     // A failure of the server passes on and leaves nothing behind.
     upcalls_->failGetClass = true;
-    EXPECT_THROW(ZDA_Common::getStoredCIMClass(
-                     cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false, false, all),
-        CIMException);
+    EXPECT_THROW(fetch("root/zda", "ZDA_Missing"), CIMException);
     upcalls_->failGetClass = false;
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_Missing", false, false, false, all);
+    fetch("root/zda", "ZDA_Missing");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 9);
 
     ZDA_InternalCacheService::getInstance()->cleanupRepository();
-    ZDA_Common::getStoredCIMClass(
-        cimom_, OperationContext(), "root/zda", "ZDA_StorageVolume", false, false, false, all);
+    fetch("root/zda", "ZDA_StorageVolume");
     EXPECT_EQ(upcalls_->getClassCalls.load(), 10);
 }
 

@@ -2,6 +2,8 @@
 // addresses, association builders and the association filters.
 #include "common_sim_fixture.h"
 
+#include <tuple>
+
 #include <Pegasus/Common/Exception.h>
 
 using namespace Pegasus;
@@ -20,12 +22,7 @@ CIMObjectPath path(const char* text)
 
 TEST_F(PathsTest, MatchObjectPathIgnoresHostsOneLevelDeep)
 {
-    const struct
-    {
-        const char* a;
-        const char* b;
-        bool match;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         // hosts of the paths themselves
         {"//hostA/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\",SystemName=\"zda-sim\"",
             "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\",SystemName=\"zda-sim\"", true},
@@ -44,34 +41,26 @@ TEST_F(PathsTest, MatchObjectPathIgnoresHostsOneLevelDeep)
             "root/zda:ZDA_MemberOfCollection.Member=\"root/zda:ZDA_StorageVolume.DeviceID=\\\"60-02\\\"\"",
             false},
     };
-    for (const auto& c : cases)
+    for (const auto& [a, b, match] : cases)
     {
-        EXPECT_EQ(ZDA_Common::matchObjectPath(path(c.a), path(c.b)), c.match) << c.a << " vs " << c.b;
-        EXPECT_EQ(ZDA_Common::matchObjectPath(path(c.b), path(c.a)), c.match) << c.b << " vs " << c.a;
+        EXPECT_EQ(ZDA_Common::matchObjectPath(path(a), path(b)), match) << a << " vs " << b;
+        EXPECT_EQ(ZDA_Common::matchObjectPath(path(b), path(a)), match) << b << " vs " << a;
     }
 
     // A string key that holds a path is compared as a path, host aside.
-    Array<CIMKeyBinding> k1, k2;
-    k1.append(CIMKeyBinding(
-        "Target", "//far/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
-    k2.append(
-        CIMKeyBinding("Target", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"", CIMKeyBinding::STRING));
     EXPECT_TRUE(ZDA_Common::matchObjectPath(
-        CIMObjectPath("", "root/zda", "ZDA_X", k1), CIMObjectPath("", "root/zda", "ZDA_X", k2)));
+        keyedPath("ZDA_X", {{"Target", "//far/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\""}},
+            CIMKeyBinding::STRING),
+        keyedPath(
+            "ZDA_X", {{"Target", "root/zda:ZDA_StorageVolume.DeviceID=\"60-01\""}}, CIMKeyBinding::STRING)));
 
     // Only one level is treated: a host in a reference inside a reference counts.
-    const String inner1 = "//h1/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"";
-    const String inner2 = "//h2/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"";
-    auto nested = [](const String& inner) {
-        Array<CIMKeyBinding> mid;
-        mid.append(CIMKeyBinding("Member", inner, CIMKeyBinding::REFERENCE));
-        Array<CIMKeyBinding> outer;
-        outer.append(
-            CIMKeyBinding("Element", CIMObjectPath("", "root/zda", "ZDA_MemberOfCollection", mid).toString(),
-                CIMKeyBinding::REFERENCE));
-        return CIMObjectPath("", "root/zda", "ZDA_Outer", outer);
+    auto nested = [](const char* host) {
+        const String inner = String("//") + host + "/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"";
+        return keyedPath(
+            "ZDA_Outer", {{"Element", keyedPath("ZDA_MemberOfCollection", {{"Member", inner}}).toString()}});
     };
-    EXPECT_FALSE(ZDA_Common::matchObjectPath(nested(inner1), nested(inner2)));
+    EXPECT_FALSE(ZDA_Common::matchObjectPath(nested("h1"), nested("h2")));
 }
 
 TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace)
@@ -88,11 +77,7 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace)
     EXPECT_TRUE(logged(
         2, "The ref param " + text(wrongNamespace.toString()) + " contains the wrong name space root/other"));
 
-    const struct
-    {
-        const char* host;
-        bool ok;
-    } hosts[] = {
+    const std::pair<const char*, bool> hosts[] = {
         {"ZDA-SIM.local", true},        // the system address, without case
         {"192.0.2.10", true},           // the IPv4 address
         {"[2001:0DB8:0:0::10]", true},  // the IPv6 address in another notation
@@ -101,11 +86,11 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace)
         {"[2001:db8::11]", false},
         {"other.example.com", false},
     };
-    for (const auto& h : hosts)
+    for (const auto& [host, ok] : hosts)
     {
         CIMObjectPath ref = path("root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
-        ref.setHost(h.host);
-        EXPECT_EQ(ZDA_Common::verifyRefMethodParam(ref, ns, systemAddress), h.ok) << h.host;
+        ref.setHost(host);
+        EXPECT_EQ(ZDA_Common::verifyRefMethodParam(ref, ns, systemAddress), ok) << host;
     }
 
     // The class forms.
@@ -113,9 +98,7 @@ TEST_F(PathsTest, VerifyRefMethodParamAcceptsOnlyThisSystemInTheNamespace)
     EXPECT_TRUE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, CIMName("zda_storagevolume")));
     EXPECT_FALSE(
         ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, CIMName("ZDA_ReplicationGroup")));
-    Array<CIMName> groups;
-    groups.append("ZDA_ReplicationGroup");
-    groups.append("ZDA_RemoteReplicationGroup");
+    Array<CIMName> groups = arrayOf<CIMName>({"ZDA_ReplicationGroup", "ZDA_RemoteReplicationGroup"});
     EXPECT_FALSE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, groups));
     groups.append("ZDA_StorageVolume");
     EXPECT_TRUE(ZDA_Common::verifyRefMethodParam(volume, ns, systemAddress, groups));
@@ -138,10 +121,7 @@ CIMInstance member(
     inst.addProperty(CIMProperty("Collection", CIMValue(collection)));
     inst.addProperty(CIMProperty("Description", CIMValue(String("not a reference"))));
     inst.addProperty(CIMProperty("Member", CIMValue(element)));
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("Collection", collection.toString(), CIMKeyBinding::REFERENCE));
-    keys.append(CIMKeyBinding("Member", element.toString(), CIMKeyBinding::REFERENCE));
-    inst.setPath(CIMObjectPath("", "root/zda", cls, keys));
+    inst.setPath(keyedPath(cls, {{"Collection", collection.toString()}, {"Member", element.toString()}}));
     return inst;
 }
 
@@ -172,13 +152,11 @@ TEST_F(PathsTest, IsInstanceValidReferenceChecksTheRoleProperty)
 
 TEST_F(PathsTest, MembershipTestsAndPoolPaths)
 {
-    Array<CIMObjectPath> paths;
-    paths.append(kVol2);
+    const Array<CIMObjectPath> paths = arrayOf({kVol2});
     EXPECT_TRUE(ZDA_Common::isPartOfArray(
         CIMObjectPath("//elsewhere/root/zda:ZDA_StorageVolume.DeviceID=\"60-02\""), paths));
     EXPECT_FALSE(ZDA_Common::isPartOfArray(kVol1, paths));
-    Array<CIMInstance> instances;
-    instances.append(member(kSet1, kVol1));
+    const Array<CIMInstance> instances = arrayOf({member(kSet1, kVol1)});
     EXPECT_TRUE(ZDA_Common::isPartOfArray(instances[0].getPath(), instances));
 
     EXPECT_TRUE(ZDA_Common::isPoolPath(
@@ -233,11 +211,9 @@ TEST_F(PathsTest, AssociationBuildersPutHostsOnTheEndsAndReferenceKeys)
 TEST_F(PathsTest, ReferenceFilterKeepsOrderAndTestsClassAndRole)
 {
     const CIMObjectPath target = CIMObjectPath("//any/root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
-    Array<CIMInstance> list;
-    list.append(member(kSet1, kVol1));
-    list.append(member(kSet1, kVol2));
-    list.append(member(kVol1, kSet1, "ZDA_OtherAssociation"));  // target on the other side
-    list.append(member(CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set2\""), kVol1));
+    const Array<CIMInstance> list = arrayOf({member(kSet1, kVol1), member(kSet1, kVol2),
+        member(kVol1, kSet1, "ZDA_OtherAssociation"),  // target on the other side
+        member(CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set2\""), kVol1)});
 
     Array<CIMInstance> all = ZDA_Common::filterReferenceNames(list, target, CIMName(), "");
     ASSERT_EQ(all.size(), 3u);
@@ -254,35 +230,25 @@ TEST_F(PathsTest, TargetFiltersGiveTheFarEndsByClassAndRole)
 {
     CIMInstance assoc = member(kSet1, kVol1);
     const CIMObjectPath fromVolume = CIMObjectPath("root/zda:ZDA_StorageVolume.DeviceID=\"60-01\"");
+    auto ends = [&](CIMInstance a, Array<CIMName> classes, const char* role = "") {
+        return ZDA_Common::filterAssocInstanceToTargetPaths(a, fromVolume, classes, role);
+    };
     Array<CIMName> anyClass;
-    Array<CIMObjectPath> ends = ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "");
-    ASSERT_EQ(ends.size(), 1u);
-    EXPECT_TRUE(ends[0].identical(kSet1));
-    EXPECT_EQ(
-        ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "collection").size(), 1u);
-    EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, anyClass, "Member").size(), 0u);
+    ASSERT_EQ(ends(assoc, anyClass).size(), 1u);
+    EXPECT_TRUE(ends(assoc, anyClass)[0].identical(kSet1));
+    EXPECT_EQ(ends(assoc, anyClass, "collection").size(), 1u);
+    EXPECT_EQ(ends(assoc, anyClass, "Member").size(), 0u);
+    EXPECT_EQ(ends(assoc, arrayOf<CIMName>({"ZDA_ReplicationGroup", "zda_replicationgroup"})).size(), 2u);
+    EXPECT_EQ(ends(assoc, arrayOf<CIMName>({"ZDA_StorageVolume"})).size(), 0u);
+    EXPECT_EQ(ends(member(kVol1, kVol1), anyClass).size(), 0u);  // a loop has no far end
 
-    Array<CIMName> twice;
-    twice.append("ZDA_ReplicationGroup");
-    twice.append("zda_replicationgroup");
-    EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, twice, "").size(), 2u);
-    Array<CIMName> volumesOnly;
-    volumesOnly.append("ZDA_StorageVolume");
-    EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(assoc, fromVolume, volumesOnly, "").size(), 0u);
-
-    CIMInstance selfLoop = member(kVol1, kVol1);
-    EXPECT_EQ(ZDA_Common::filterAssocInstanceToTargetPaths(selfLoop, fromVolume, anyClass, "").size(), 0u);
-
-    Array<CIMInstance> candidates;
     CIMInstance group2("ZDA_ReplicationGroup");
     group2.setPath(CIMObjectPath("root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set2\""));
     CIMInstance group1("ZDA_ReplicationGroup");
     group1.setPath(
         CIMObjectPath("//zda-sim.local/root/zda:ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\""));
-    candidates.append(group2);
-    candidates.append(group1);
     Array<CIMInstance> found = ZDA_Common::filterAssocInstanceToTargetInstances(
-        assoc, fromVolume, candidates, anyClass, "");
+        assoc, fromVolume, arrayOf({group2, group1}), anyClass, "");
     ASSERT_EQ(found.size(), 1u);
     EXPECT_TRUE(found[0].getPath().identical(group1.getPath()));
 }

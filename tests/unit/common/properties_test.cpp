@@ -1,11 +1,8 @@
-// Reading and writing properties and parameters, and the dispatch of the
-// shared delivery routine to the handler of the operation served.
+// Reading and writing properties and parameters.
 #include "common_sim_fixture.h"
 
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
-
-#include "RecordingResponseHandler.h"
 
 using namespace Pegasus;
 using namespace zda_common_test;
@@ -23,10 +20,7 @@ protected:
         inst.addProperty(CIMProperty("Unset64", CIMValue(CIMTYPE_UINT64, false)));
         inst.addProperty(CIMProperty("Usage", CIMValue(Uint16(2))));
         inst.addProperty(CIMProperty("Primordial", CIMValue(true)));
-        Array<String> names;
-        names.append("a");
-        names.append("b");
-        inst.addProperty(CIMProperty("Names", CIMValue(names)));
+        inst.addProperty(CIMProperty("Names", CIMValue(arrayOf<String>({"a", "b"}))));
         inst.addProperty(
             CIMProperty("Pool", CIMValue(CIMObjectPath("ZDA_DynamicStoragePool.InstanceID=\"p1\""))));
         inst.addProperty(CIMProperty("ElementName", CIMValue(String("vol1"))));
@@ -67,13 +61,10 @@ TEST_F(PropertiesTest, GetPropertyReadsValuesAndLeavesOutputAloneForNullOrAbsent
 
 TEST_F(PropertiesTest, GetParameterResultsForAbsentNullAndRepeatedNames)
 {
-    Array<CIMParamValue> params;
-    params.append(CIMParamValue("SyncType", CIMValue(Uint16(8))));
-    params.append(CIMParamValue("Mode", CIMValue(CIMTYPE_UINT16, false)));
-    params.append(CIMParamValue("WaitForCopyState", CIMValue(CIMTYPE_UINT16, false)));
-    params.append(CIMParamValue("waitforcopystate", CIMValue(Uint16(4))));
-    params.append(CIMParamValue("ElementName", CIMValue(String("copy1"))));
-    params.append(CIMParamValue("ElementName", CIMValue(CIMTYPE_STRING, false)));
+    const CIMValue nullU16(CIMTYPE_UINT16, false);
+    Array<CIMParamValue> params = arrayOf<CIMParamValue>({{"SyncType", CIMValue(Uint16(8))},
+        {"Mode", nullU16}, {"WaitForCopyState", nullU16}, {"waitforcopystate", CIMValue(Uint16(4))},
+        {"ElementName", CIMValue(String("copy1"))}, {"ElementName", CIMValue(CIMTYPE_STRING, false)}});
 
     Uint16 value = 99;
     EXPECT_EQ(ZDA_Common::getParameter(params, "Absent", value), 3);
@@ -110,10 +101,7 @@ TEST_F(PropertiesTest, StringReadersOfInstancesAndPaths)
     EXPECT_EQ(ZDA_Common::getPropertyValue(inst, ""), CIMValue(String()));
 
     // Key bindings: names compare without case; the last match wins.
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("DeviceID", "first", CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("SystemName", "zda-sim", CIMKeyBinding::STRING));
-    CIMObjectPath path("", "root/zda", "ZDA_StorageVolume", keys);
+    CIMObjectPath path = volumePath("first");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "deviceid")), "first");
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), "");
 }
@@ -148,50 +136,6 @@ TEST_F(PropertiesTest, WritersTouchOnlyPropertiesTheInstanceHas)
     ZDA_Common::setPropertyValue(inst, "Setting", setting);
     EXPECT_NE(inst.findProperty("Setting"), PEG_NOT_FOUND);
     EXPECT_EQ(inst.getPropertyCount(), 4u);
-}
-
-TEST_F(PropertiesTest, HandlerDispatchFollowsTheOperation)
-{
-    CIMInstance inst("ZDA_ReplicationGroup");
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", "KX_ORLA:set1", CIMKeyBinding::STRING));
-    inst.setPath(CIMObjectPath("", "root/zda", "ZDA_ReplicationGroup", keys));
-
-    const struct
-    {
-        cim_method_e method;
-        const char* sequence;
-    } cases[] = {
-        {CIM_ASSOCIATORS, "processing deliver(object) complete"},
-        {CIM_ASSOCIATOR_NAMES, "processing deliver(path) complete"},
-        {CIM_REFERENCES, "processing deliver(object) complete"},
-        {CIM_REFERENCE_NAMES, "processing deliver(path) complete"},
-        {CIM_GET_INSTANCE, "processing deliver(instance) complete"},
-        {CIM_ENUMERATE_INSTANCES, "processing deliver(instance) complete"},
-        {CIM_ENUMERATE_INSTANCE_NAMES, "processing deliver(path) complete"},
-        {static_cast<cim_method_e>(7), ""},
-    };
-    for (const auto& c : cases)
-    {
-        zda_test::RecordingResponseHandler handler;
-        cim_handler_u u;
-        switch (c.method)
-        {
-        case CIM_ASSOCIATORS:
-        case CIM_REFERENCES: u.objectHandler = &handler; break;
-        case CIM_GET_INSTANCE:
-        case CIM_ENUMERATE_INSTANCES: u.instanceHandler = &handler; break;
-        default: u.objectPathHandler = &handler; break;
-        }
-        ZDA_Common::handleProcessing(u, c.method);
-        ZDA_Common::handleDeliver(u, c.method, inst);
-        ZDA_Common::handleComplete(u, c.method);
-        EXPECT_EQ(handler.sequence(), c.sequence) << "method " << c.method;
-        if (!handler.objectPaths().empty())
-        {
-            EXPECT_TRUE(handler.objectPaths()[0].identical(inst.getPath()));
-        }
-    }
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 // connection ZDA_Common uses, a busy or failing array, and refused users.
 #include "companions_fixture.h"
 
+#include <tuple>
+
 #include "CimBuilders.h"
 #include "ZDA_Common.h"
 #include "ZDA_StorageSystemProvider.h"
@@ -25,30 +27,21 @@ api_system_info_t arraySystemInfo()
     return info;
 }
 
+const char SYSTEM[] = "ZDA_StorageSystem";
+
 class StorageSystemTest : public CompanionsTest
-{
-protected:
-    Array<CIMInstance> systems(const CIMPropertyList& list = CIMPropertyList())
-    {
-        return server().enumerateInstances(
-            admin(), ZDA_NS, "ZDA_StorageSystem", true, false, false, false, list);
-    }
-    CIMInstance getSystem(const CIMObjectPath& path)
-    {
-        return server().getInstance(admin(), ZDA_NS, path, false, false, false, CIMPropertyList());
-    }
-};
+{};
 
 TEST_F(StorageSystemTest, OneSystemWhoseNameInstanceAndBuilderAgree)
 {
     const api_system_info_t info = arraySystemInfo();
-    Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSystem");
+    Array<CIMObjectPath> names = namesOf(SYSTEM);
     ASSERT_EQ(names.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(
         names[0], ZDA_StorageSystemProvider::buildObjectPath("anyhost", info.name)));
 
-    ASSERT_EQ(systems().size(), 1u);
-    for (const CIMInstance& system : {systems()[0], getSystem(names[0])})
+    ASSERT_EQ(instancesOf(SYSTEM).size(), 1u);
+    for (const CIMInstance& system : {instancesOf(SYSTEM)[0], getInstance(names[0])})
     {
         EXPECT_TRUE(ZDA_Common::matchObjectPath(system.getPath(), names[0]));
         EXPECT_EQ(text(get<String>(system, "Name")), "zda-sim");
@@ -61,7 +54,7 @@ TEST_F(StorageSystemTest, OneSystemWhoseNameInstanceAndBuilderAgree)
 
     // A node down: degraded. The property list leaves the keys in the path.
     zdasim_system_set_nodes_alive(1);
-    CIMInstance some = systems(zda_test::propertyList({"OperationalStatus", "HealthState"}))[0];
+    CIMInstance some = instancesOf(SYSTEM, zda_test::propertyList({"OperationalStatus", "HealthState"}))[0];
     EXPECT_EQ(some.getPropertyCount(), 2u);
     EXPECT_EQ(uint16s(some, "OperationalStatus"), std::vector<int>{3});
     EXPECT_EQ(get<Uint16>(some, "HealthState"), 10);
@@ -71,11 +64,11 @@ TEST_F(StorageSystemTest, OneSystemWhoseNameInstanceAndBuilderAgree)
 TEST_F(StorageSystemTest, GetInstanceRefusesOtherSystemsAndWrongKeys)
 {
     EXPECT_EQ(cimErrorOf([&] {
-        getSystem(ZDA_StorageSystemProvider::createObjectPath("zda-siteB", "2FF7000000000001", ZDA_NS));
+        getInstance(ZDA_StorageSystemProvider::createObjectPath("zda-siteB", "2FF7000000000001", ZDA_NS));
     }),
         CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] {
-        getSystem(zda_test::instancePath(ZDA_NS, "ZDA_StorageSystem", {{"Name", "zda-sim"}}));
+        getInstance(zda_test::instancePath(ZDA_NS, "ZDA_StorageSystem", {{"Name", "zda-sim"}}));
     }),
         CIM_ERR_INVALID_PARAMETER);
 }
@@ -87,15 +80,15 @@ TEST_F(StorageSystemTest, BusyOrFailingArrayGivesNoSystem)
         {"failing read", [] { zdasim_fault_add("api_getSystemInfo", 1, API_E_INVALID, "read error"); }},
     };
     const CIMObjectPath path = ZDA_StorageSystemProvider::buildObjectPath("h", "zda-sim");
-    ASSERT_EQ(systems().size(), 1u);  // reads the class and fills the identity cache
+    ASSERT_EQ(instancesOf(SYSTEM).size(), 1u);  // reads the class and fills the identity cache
     for (const auto& fault : faults)
     {
         SCOPED_TRACE(fault.first);
         fault.second();
-        EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSystem").size(), 0u);
+        EXPECT_EQ(namesOf(SYSTEM).size(), 0u);
         fault.second();
-        EXPECT_EQ(cimErrorOf([&] { getSystem(path); }), CIM_ERR_NOT_FOUND);
-        EXPECT_EQ(systems().size(), 1u);  // the array answers again, so does the provider
+        EXPECT_EQ(cimErrorOf([&] { getInstance(path); }), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(instancesOf(SYSTEM).size(), 1u);  // the array answers again, so does the provider
     }
 }
 
@@ -112,7 +105,8 @@ TEST_F(StorageSystemTest, IdentityAndSystemPathOverTheLocalConnection)
 
     const CIMObjectPath path = ZDA_Common::getSystemObjectPath(unused);
     EXPECT_EQ(text(path.getHost()), "zda-sim.local");
-    EXPECT_EQ(text(get<String>(getSystem(path), "Name")), "zda-sim");
+    EXPECT_EQ(text(path.getNameSpace()), "root/zda");
+    EXPECT_EQ(text(get<String>(getInstance(path), "Name")), "zda-sim");
 
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(ZDA_Common::getSystemObjectPath(unused).getKeyBindings().size(), 0u);
@@ -154,16 +148,10 @@ TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
         "system": {"name": "zda-other", "hostName": "zda-other.example.net", "policyFlags": 2},
         "roles": [{"name": "super", "default": "allowed"}],
         "users": [{"name": "admin", "role": "super"}]})";
-    Array<CIMParamValue> description;
-    description.append(CIMParamValue("Description", CIMValue(String(otherArray))));
-    const struct
-    {
-        const char* control;
-        Array<CIMParamValue> in;
-        const char* name;
-        const char* hostName;
-        bool noReplicationEntities;
-    } cases[] = {
+    const Array<CIMParamValue> description = zda_test::params(
+        {zda_test::param("Description", String(otherArray))});
+    // The control, its arguments, and the system's name and host name after it.
+    const std::tuple<const char*, Array<CIMParamValue>, const char*, const char*, bool> cases[] = {
         {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
         {"LoadDemo", {}, "zda-demo", "zda-demo.example.net", false},
         {"LoadDescription", description, "zda-other", "zda-other.example.net", true},
@@ -171,18 +159,17 @@ TEST_F(ArrayReplacedTest, ProvidersAnswerForTheArrayNowLoaded)
     };
     CIMOMHandle unused;                                       // the local connection answers
     ASSERT_EQ(text(ZDA_Common::getSystemName()), "zda-sim");  // the cache is filled
-    for (const auto& c : cases)
+    for (const auto& [control, in, name, hostName, noReplicationEntities] : cases)
     {
-        SCOPED_TRACE(c.control);
+        SCOPED_TRACE(control);
         Array<CIMParamValue> out;
-        EXPECT_TRUE(server()
-                        .invokeMethod(admin(), "root/zda_sim", CIMObjectPath("ZDA_SimulatorControl"),
-                            c.control, c.in, out)
-                        .equal(CIMValue(Uint32(0))));
-        EXPECT_EQ(text(ZDA_Common::getSystemName()), c.name);
-        EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), c.hostName);
-        EXPECT_EQ(text(get<String>(systems()[0], "Name")), c.name);
-        EXPECT_EQ(isNoREPolicy(ZDA_Common::getPolicy()), c.noReplicationEntities);
+        const CIMObjectPath simulator("ZDA_SimulatorControl");
+        EXPECT_TRUE(
+            server().invokeMethod(admin(), "root/zda_sim", simulator, control, in, out).equal(Uint32(0)));
+        EXPECT_EQ(text(ZDA_Common::getSystemName()), name);
+        EXPECT_EQ(text(ZDA_Common::getSystemHostName(unused)), hostName);
+        EXPECT_EQ(text(get<String>(instancesOf(SYSTEM)[0], "Name")), name);
+        EXPECT_EQ(isNoREPolicy(ZDA_Common::getPolicy()), noReplicationEntities);
     }
 }
 

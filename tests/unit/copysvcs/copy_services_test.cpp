@@ -4,6 +4,7 @@
 #include "copysvcs_fixture.h"
 
 #include <set>
+#include <tuple>
 
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_StorageConfigurationServiceProvider.h"
@@ -21,16 +22,48 @@ class CopyOperationsTest : public CopyServicesTest
 {
 protected:
     api_Status_t clone(const std::string& source, Uint16 copyType, const String& name,
-        const CIMObjectPath& target = CIMObjectPath(), const CIMObjectPath& pool = CIMObjectPath())
+        const CIMObjectPath& target = {}, const CIMObjectPath& pool = {}, const CIMInstance& goal = {})
     {
         jobs.clear();
         syncs.clear();
         api_Status_t st = Service::createPhysicalCopy(&event, cimom, admin(), copyType, volume(source),
-            target, pool, CIMInstance(), jobs, syncs, systemName, host, name);
+            target, pool, goal, jobs, syncs, systemName, host, name);
         expectLedgersClean("createPhysicalCopy");
         return st;
     }
-    api_Status_t modify(Uint16 op, const CIMObjectPath& sync)
+    // The list form, every entry checked before the first copy starts.
+    api_Status_t cloneList(const Array<CIMObjectPath>& sources, const Array<String>& names)
+    {
+        jobs.clear();
+        syncs.clear();
+        return Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED, sources,
+            Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, names,
+            true);
+    }
+    // The members of one set into the set `target`.
+    api_Status_t cloneSet(const char* source, const char* target, const String& name)
+    {
+        jobs.clear();
+        syncs.clear();
+        auto set = [](const char* id) {
+            return CIMObjectPath(String("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:") + id + "\"");
+        };
+        return Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set(source),
+            set(target), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, name);
+    }
+    // Snapshots of a volume or of a remote copy group's local volumes; their
+    // paths are appended to `targets`.
+    api_Status_t snapshot(const CIMObjectPath& source, const String& name, const CIMObjectPath& pool = {},
+        const CIMInstance& goal = {})
+    {
+        api_Status_t st = Service::createVirtualCopy(
+            &event, cimom, admin(), targets, source, name, pool, goal, systemName, host);
+        expectLedgersClean("createVirtualCopy");
+        return st;
+    }
+    // One synchronization or a list of them.
+    template <class Syncs>
+    api_Status_t modify(Uint16 op, const Syncs& sync)
     {
         jobs.clear();
         api_Status_t st = Service::modifySynchronization(&event, cimom, admin(), jobs, op, sync, host);
@@ -55,12 +88,12 @@ protected:
 
     Array<CIMObjectPath> jobs;
     Array<CIMObjectPath> syncs;
+    Array<CIMParamValue> targets;
 };
 
 TEST_F(CopyOperationsTest, TheServiceHasOneInstanceOnThisSystem)
 {
-    Array<CIMObjectPath> names = server().enumerateInstanceNames(
-        admin(), ZDA_NS, "ZDA_StorageConfigurationService");
+    Array<CIMObjectPath> names = namesOf("ZDA_StorageConfigurationService");
     ASSERT_EQ(names.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(names[0], Service::buildObjectPath(SYSTEM_NAME, "h")));
     CIMInstance service = getInstance(names[0]);
@@ -84,15 +117,10 @@ TEST_F(CopyOperationsTest, ACloneShowsAsAJobAndASynchronizationThatFollowTheCopy
     EXPECT_EQ(get<Uint16>(copying, "SyncType"), 8);
     EXPECT_EQ(get<Uint16>(copying, "Mode"), 2);
     EXPECT_EQ(get<Uint16>(copying, "ReplicaType"), 2);
-    Uint16 syncType = 0;
-    server().getProperty(admin(), ZDA_NS, syncs[0], "SyncType").get(syncType);
-    EXPECT_EQ(syncType, 8);
 
     zdasim_clock_advance(20);  // 10240 MiB: 40 s in all
     EXPECT_EQ(get<Uint16>(getInstance(syncs[0]), "PercentSynced"), 50);
-    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "PercentComplete"), 50);
     zdasim_clock_advance(20);
-    EXPECT_EQ(get<Uint16>(getInstance(jobs[0]), "JobState"), 7);
     EXPECT_EQ(states(syncs[0]), std::vector<int>({4, 6, 2}));
 }
 
@@ -114,24 +142,17 @@ TEST_F(CopyOperationsTest, CopyTypesTargetsAndPoolsOfASingleClone)
     zdasim_clock_advance(20);
     EXPECT_EQ(text(get<String>(getInstance(volume("vol3.r1")), "ElementName")), "vol3.r1");
 
-    struct Refusal
-    {
-        Uint16 copyType;
-        const char* source;
-        const char* target;
-        int code;
-    };
-    const Refusal refusals[] = {
+    // Copy type, source, target ("" for a new volume) and the array's code.
+    const std::tuple<Uint16, const char*, const char*, int> refusals[] = {
         {3, "vol3", "", API_E_INVALID},                              // not a copy type of ours
         {Service::COPY_SYNCHRONIZED, "vol3", "vol1", API_E_IN_USE},  // vol1 has snapshots
         {Service::COPY_SYNCHRONIZED, "vol3", "admvv", API_E_ACCESS},
         {Service::COPY_SYNCHRONIZED, "", "", API_E_INVALID},  // no source
     };
-    for (const Refusal& r : refusals)
+    for (const auto& [copyType, source, target, code] : refusals)
     {
-        const api_Status_t st = clone(
-            r.source, r.copyType, "x", *r.target ? volume(r.target) : CIMObjectPath());
-        EXPECT_EQ(st.code, r.code) << r.source << "->" << r.target << ": " << why(st);
+        const api_Status_t st = clone(source, copyType, "x", *target ? volume(target) : CIMObjectPath());
+        EXPECT_EQ(st.code, code) << source << "->" << target << ": " << why(st);
         EXPECT_FALSE(why(st).empty());
         EXPECT_EQ(jobs.size() + syncs.size(), 0u);
     }
@@ -149,11 +170,7 @@ TEST_F(CopyOperationsTest, ListAndGroupForms)
     Array<String> names;
     names.append("");
     names.append("vol1.listed");
-    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED, sources,
-                  Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host,
-                  names, true)
-                  .code,
-        0);
+    ASSERT_EQ(cloneList(sources, names).code, 0);
     EXPECT_EQ(jobs.size(), 2u);
     ASSERT_EQ(syncs.size(), 2u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(syncs[1], "SyncedElement"), volume("vol1.listed")));
@@ -162,31 +179,15 @@ TEST_F(CopyOperationsTest, ListAndGroupForms)
     const size_t before = volumePaths().size();
     sources.append(
         ZDA_StorageVolumeProvider::createObjectPath("60002D1A00000000FFFFFFFFFFFFFFFF", systemName, host));
-    jobs.clear();
-    syncs.clear();
-    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED, sources,
-                  Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host,
-                  Array<String>(), true)
-                  .code,
-        API_E_NOT_FOUND);
+    EXPECT_EQ(cloneList(sources, Array<String>()).code, API_E_NOT_FOUND);
     EXPECT_EQ(volumePaths().size(), before);
     EXPECT_EQ(jobs.size(), 0u);
     // Empty lists do nothing.
-    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_SYNCHRONIZED,
-                  Array<CIMObjectPath>(), Array<CIMObjectPath>(), CIMObjectPath(), CIMInstance(), jobs, syncs,
-                  systemName, host, Array<String>(), true)
-                  .code,
-        0);
+    EXPECT_EQ(cloneList(Array<CIMObjectPath>(), Array<String>()).code, 0);
+    EXPECT_EQ(jobs.size() + syncs.size(), 0u);
 
     // A set into an empty set: new volumes that join the target set.
-    jobs.clear();
-    syncs.clear();
-    const CIMObjectPath set1("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set1\"");
-    const CIMObjectPath empty("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_empty\"");
-    ASSERT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1, empty,
-                  CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "rel")
-                  .code,
-        0);
+    ASSERT_EQ(cloneSet("set1", "set_empty", "rel").code, 0);
     EXPECT_EQ(jobs.size(), 2u);
     ASSERT_EQ(syncs.size(), 2u);
     api_sets_t sets{};
@@ -198,11 +199,7 @@ TEST_F(CopyOperationsTest, ListAndGroupForms)
     EXPECT_EQ(sets.sets[0].memberCount, 2);
     api_freeSets(&sets);
     // A target set of another size is refused.
-    const CIMObjectPath one("ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:set_one\"");
-    EXPECT_EQ(Service::createPhysicalCopy(&event, cimom, admin(), Service::COPY_INACTIVE, set1, one,
-                  CIMObjectPath(), CIMInstance(), jobs, syncs, systemName, host, "")
-                  .code,
-        API_E_INVALID);
+    EXPECT_EQ(cloneSet("set1", "set_one", "").code, API_E_INVALID);
 }
 
 TEST_F(CopyOperationsTest, ModifyingAClone)
@@ -249,8 +246,7 @@ TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
     Array<CIMObjectPath> both;
     both.append(syncOf("vol1", "vol1.rw"));
     both.append(syncOf("vol1", "vol1.ro"));
-    ASSERT_EQ(
-        Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_RESYNC, both, host).code, 0);
+    ASSERT_EQ(modify(Service::OP_RESYNC, both).code, 0);
     EXPECT_EQ(jobs.size(), 0u);  // snapshots take the new point in time at once
 
     EXPECT_EQ(modify(Service::OP_START_COPY, both[0]).code, API_E_INVALID);
@@ -259,9 +255,7 @@ TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
     EXPECT_EQ(states(both[1]), std::vector<int>({3, 10, 8}));
     // The list fails with the first failure; what went before stays done:
     // the first snapshot is detached (gone), the one being restored is in use.
-    EXPECT_EQ(
-        Service::modifySynchronization(&event, cimom, admin(), jobs, Service::OP_DETACH, both, host).code,
-        API_E_IN_USE);
+    EXPECT_EQ(modify(Service::OP_DETACH, both).code, API_E_IN_USE);
     EXPECT_TRUE(volume("vol1.rw").getClassName().isNull());
     EXPECT_EQ(modify(Service::OP_STOP_COPY, both[1]).code, 0);
     EXPECT_EQ(states(both[1]), std::vector<int>({4, 6, 2}));
@@ -271,34 +265,23 @@ TEST_F(CopyOperationsTest, ModifyingSnapshotsAndTheArrayForm)
 
 TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssigned)
 {
-    Array<CIMParamValue> params;
-    params.append(CIMParamValue("Job", CIMValue(CIMObjectPath()), true));
-    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol1"), "vol1.snap",
-                  CIMObjectPath(), CIMInstance(), systemName, host)
-                  .code,
-        0);
-    expectLedgersClean("createVirtualCopy");
-    ASSERT_EQ(params.size(), 2u);
-    EXPECT_EQ(text(params[1].getParameterName()), "TargetElement");
+    targets.append(CIMParamValue("Job", CIMValue(CIMObjectPath()), true));
+    ASSERT_EQ(snapshot(volume("vol1"), "vol1.snap").code, 0);
+    ASSERT_EQ(targets.size(), 2u);
+    EXPECT_EQ(text(targets[1].getParameterName()), "TargetElement");
     CIMObjectPath target;
-    params[1].getValue().get(target);
+    targets[1].getValue().get(target);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(target, volume("vol1.snap")));
     CIMInstance sync = getInstance(syncOf("vol1", "vol1.snap"));
     EXPECT_EQ(get<Uint16>(sync, "SyncType"), 7);
     EXPECT_EQ(get<Uint16>(sync, "CopyState"), 4);
 
     // vol3 has no snapshot space: refused, unless a delta pool names some.
-    EXPECT_NE(Service::createVirtualCopy(&event, cimom, admin(), params, volume("vol3"), "", CIMObjectPath(),
-                  CIMInstance(), systemName, host)
-                  .code,
-        0);
-    EXPECT_EQ(params.size(), 2u);
+    EXPECT_NE(snapshot(volume("vol3"), "").code, 0);
+    EXPECT_EQ(targets.size(), 2u);
     const CIMObjectPath delta("ZDA_DeltaReplicaStoragePool.InstanceID=\"KX_ORLA:SNAP:FC_r1\"");
-    ASSERT_EQ(Service::createVirtualCopy(
-                  &event, cimom, admin(), params, volume("vol3"), "", delta, CIMInstance(), systemName, host)
-                  .code,
-        0);
-    EXPECT_EQ(params.size(), 3u);
+    ASSERT_EQ(snapshot(volume("vol3"), "", delta).code, 0);
+    EXPECT_EQ(targets.size(), 3u);
 
     Array<String> names;
     names.append("vol5");
@@ -309,47 +292,49 @@ TEST_F(CopyOperationsTest, VirtualCopiesAppendTheirTargetAndSnapshotSpaceIsAssig
     expectLedgersClean("assignSnapPoolToVolume");
 }
 
-}  // namespace
-
-namespace
+TEST_F(CopyOperationsTest, ASettingIsTheGoalOfACopy)
 {
+    CIMInstance goal("ZDA_StorageSetting");
+    goal.addProperty(CIMProperty("ElementName", CIMValue(String("r1copies"))));
+    goal.addProperty(CIMProperty("UserDSPName", CIMValue(String("FC_r1"))));
+    goal.addProperty(CIMProperty("SnapDSPName", CIMValue(String("FC_r1"))));
+    const CIMInstance stored = getInstance(server().createInstance(admin(), ZDA_NS, goal));
+
+    ASSERT_EQ(clone("vol3", Service::COPY_SYNCHRONIZED, "vol3.r1", {}, {}, stored).code, 0);
+    // Its user space is in FC_r1: FC_r1's pool now has its space in use.
+    const api_VVObj_t vv = vvRecordOf("vol3.r1");
+    EXPECT_STREQ(vv.usrCpgName, "FC_r1");
+    EXPECT_STREQ(vv.cpgName, "FC_r1");
+
+    // A snapshot of vol3 (no snapshot space of its own) takes the goal's.
+    ASSERT_EQ(snapshot(volume("vol3"), "vol3.snap", {}, stored).code, 0);
+    EXPECT_EQ(targets.size(), 1u);
+}
 
 TEST_F(CopyOperationsTest, VirtualCopiesOfTheLocalSideOfARemoteCopyGroup)
 {
     zdasim_reset_demo_array();
-    Array<CIMParamValue> params;
-    const CIMObjectPath group("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_fin_sync\"");
-    ASSERT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, group, "relation", CIMObjectPath(),
-                  CIMInstance(), systemName, host)
-                  .code,
+    ASSERT_EQ(
+        snapshot(CIMObjectPath("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_fin_sync\""), "relation")
+            .code,
         0);
-    expectLedgersClean("createVirtualCopy of a remote copy group");
-    ASSERT_GE(params.size(), 1u);
+    ASSERT_GE(targets.size(), 1u);
     std::set<std::string> parents;
-    for (Uint32 i = 0; i < params.size(); i++)
+    for (Uint32 i = 0; i < targets.size(); i++)
     {
-        EXPECT_EQ(text(params[i].getParameterName()), "TargetElement");
+        EXPECT_EQ(text(targets[i].getParameterName()), "TargetElement");
         CIMObjectPath target;
-        params[i].getValue().get(target);
-        const std::string wwn = text(ZDA_Common::getStringProperty(target, "DeviceID"));
-        api_VVObj_t* vv = nullptr;
-        int count = 0;
-        ASSERT_EQ(cim_sem_wait(), 0);
-        api_getVVs(nullptr, wwn.c_str(), &count, &vv, 1);
-        cim_sem_post();
-        ASSERT_EQ(count, 1);
-        EXPECT_EQ(vv[0].type, API_VV_TYPE_VIRTUAL_COPY);
-        EXPECT_EQ(std::string(vv[0].name).rfind("relation.", 0), 0u);
-        parents.insert(vv[0].copyOfName);
-        free_if_not_null(vv);
+        targets[i].getValue().get(target);
+        const api_VVObj_t vv = vvRecordOf(
+            nullptr, text(ZDA_Common::getStringProperty(target, "DeviceID")).c_str());
+        EXPECT_EQ(vv.type, API_VV_TYPE_VIRTUAL_COPY);
+        EXPECT_EQ(std::string(vv.name).rfind("relation.", 0), 0u);
+        parents.insert(vv.copyOfName);
     }
-    EXPECT_EQ(parents.size(), params.size());  // one snapshot of each volume
+    EXPECT_EQ(parents.size(), targets.size());  // one snapshot of each volume
 
     const CIMObjectPath unknown("ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:nothere\"");
-    EXPECT_EQ(Service::createVirtualCopy(&event, cimom, admin(), params, unknown, "", CIMObjectPath(),
-                  CIMInstance(), systemName, host)
-                  .code,
-        API_E_NOT_FOUND);
+    EXPECT_EQ(snapshot(unknown, "").code, API_E_NOT_FOUND);
 }
 
 }  // namespace

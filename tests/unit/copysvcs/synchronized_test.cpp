@@ -1,8 +1,7 @@
-// Local copy relationships through the in-process host: instances,
-// association operations from either end, and the state mapping.
+// Local copy relationships through the in-process host: instances and
+// association operations from either end. Their states as copies run are
+// followed in the copy operations' tests.
 #include "copysvcs_fixture.h"
-
-#include <set>
 
 #include "ZDA_StorageSynchronizedProvider.h"
 
@@ -20,21 +19,13 @@ protected:
     {
         return text(get<String>(getInstance(volumePath), "ElementName"));
     }
-    std::set<std::string> names(const Array<CIMObjectPath>& paths)
-    {
-        std::set<std::string> out;
-        for (Uint32 i = 0; i < paths.size(); i++)
-            out.insert(nameOf(paths[i]));
-        return out;
-    }
 };
 
 TEST_F(SynchronizedTest, EveryLocalCopyOnceWithItsTypeAndPath)
 {
     // The test array: two snapshots of vol1 and a finished clone of vol2.
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, SYNC, true, false, false, false, CIMPropertyList());
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, SYNC);
+    Array<CIMInstance> all = instancesOf(SYNC);
+    Array<CIMObjectPath> paths = namesOf(SYNC);
     ASSERT_EQ(all.size(), 3u);
     ASSERT_EQ(paths.size(), 3u);
     std::map<std::string, int> syncTypeOf;
@@ -59,62 +50,23 @@ TEST_F(SynchronizedTest, AssociationsFromEitherEnd)
 {
     const CIMObjectPath vol1 = volume("vol1");
     const CIMObjectPath snap = volume("vol1.rw");
-    EXPECT_EQ(names(server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "", "")),
-        (std::set<std::string>{"vol1.rw", "vol1.ro"}));
-    EXPECT_EQ(names(server().associatorNames(
-                  admin(), ZDA_NS, snap, SYNC, "CIM_StorageVolume", "SyncedElement", "SystemElement")),
+    EXPECT_EQ(elementNamesOf(assocNames(vol1, SYNC)), (std::set<std::string>{"vol1.rw", "vol1.ro"}));
+    EXPECT_EQ(elementNamesOf(assocNames(snap, SYNC, "SyncedElement", "SystemElement", "CIM_StorageVolume")),
         (std::set<std::string>{"vol1"}));
     // Roles that cannot match give nothing.
-    EXPECT_EQ(
-        server().associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SyncedElement", "").size(), 0u);
-    EXPECT_EQ(server()
-                  .associatorNames(admin(), ZDA_NS, vol1, SYNC, CIMName(), "SystemElement", "SystemElement")
-                  .size(),
-        0u);
+    EXPECT_EQ(assocNames(vol1, SYNC, "SyncedElement").size(), 0u);
+    EXPECT_EQ(assocNames(vol1, SYNC, "SystemElement", "SystemElement").size(), 0u);
 
-    Array<CIMObject> objects = server().associators(
-        admin(), ZDA_NS, snap, SYNC, CIMName(), "", "", false, false, CIMPropertyList());
+    Array<CIMObject> objects = assocObjects(snap, SYNC);
     ASSERT_EQ(objects.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(objects[0].getPath(), vol1));
 
     // The module finds the relationship of a target by its SyncedElement role.
-    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, snap, SYNC, "SyncedElement");
+    Array<CIMObjectPath> refs = refNames(snap, SYNC, "SyncedElement");
     ASSERT_EQ(refs.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(refs[0], "SystemElement"), vol1));
-    EXPECT_EQ(
-        server().references(admin(), ZDA_NS, vol1, SYNC, "", false, false, CIMPropertyList()).size(), 2u);
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, volume("vol3"), SYNC, "").size(), 0u);
-}
-
-TEST(SyncState, FollowsTheCopyRecord)
-{
-    struct Case
-    {
-        int type;
-        Uint32 state;
-        int progress;
-        std::vector<int> expected;
-    };
-    const Case cases[] = {
-        {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_NORMAL, 0, {4, 6, 2}},
-        {API_VV_TYPE_VIRTUAL_COPY, API_VV_STATE_RESTORING, 0, {3, 10, 8}},
-        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_COPYING, 30, {3, 15, 6}},
-        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_NORMAL, 30, {6, 13, 18}},
-        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_COPY_INACTIVE, 100, {8, 11, 3}},
-        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_NORMAL, 100, {4, 6, 2}},
-        {API_VV_TYPE_PHYSICAL_COPY, API_VV_STATE_RESTORING, 100, {3, 10, 8}},
-    };
-    for (const Case& c : cases)
-    {
-        api_VVObj_t vv{};
-        vv.type = c.type;
-        vv.state = c.state;
-        vv.copyProgress = Uint8(c.progress);
-        Uint16 syncState = 0, copyState = 0, progress = 0;
-        ZDA_StorageSynchronizedProvider::getSyncState(&vv, &vv, syncState, copyState, progress);
-        EXPECT_EQ((std::vector<int>{copyState, syncState, progress}), c.expected)
-            << c.type << " " << c.state << " " << c.progress;
-    }
+    EXPECT_EQ(refObjects(vol1, SYNC).size(), 2u);
+    EXPECT_EQ(refNames(volume("vol3"), SYNC).size(), 0u);
 }
 
 }  // namespace
