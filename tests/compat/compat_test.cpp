@@ -15,6 +15,7 @@
 #include "RecordingResponseHandler.h"
 #include "RecordingFakes.h"
 #include "SdkText.h"
+#include "sdk_fixtures.h"
 
 #include <dlfcn.h>
 
@@ -22,6 +23,7 @@
 #include <string>
 
 PEGASUS_USING_PEGASUS;
+using sdktest::thrownBy;
 using zda_test::RecordingResponseHandler;
 using zda_test::text;
 
@@ -31,45 +33,6 @@ namespace
 typedef CIMProvider* (*CreateProviderFunction)(const String&);
 
 const CIMNamespaceName NS("root/compat");
-
-// The host side the providers see through their CIMOMHandle.
-class CompatBackend : public zda_test::RecordingCIMOMBackend
-{
-public:
-    Array<CIMObjectPath> enumerateInstanceNames(
-        const OperationContext& context, const CIMNamespaceName& nameSpace, const CIMName& className) override
-    {
-        RecordingCIMOMBackend::enumerateInstanceNames(context, nameSpace, className);
-        Array<CIMObjectPath> paths;
-        for (int i = 1; i <= 3; i++)
-            paths.append(CIMObjectPath((text(className) + ".Name=\"sys" + std::to_string(i) + "\"").c_str()));
-        return paths;
-    }
-
-    CIMValue invokeMethod(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& methodName, const Array<CIMParamValue>& in,
-        Array<CIMParamValue>& out) override
-    {
-        RecordingCIMOMBackend::invokeMethod(context, nameSpace, instanceName, methodName, in, out);
-        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
-        return CIMValue(Uint32(0));
-    }
-};
-
-// The local server a CIMClient reaches through connectLocal().
-class LocalServerTransport : public zda_test::RecordingClientTransport
-{
-public:
-    LocalServerTransport() : RecordingClientTransport(std::make_shared<std::vector<std::string>>()) {}
-
-    CIMValue invokeMethod(const CIMNamespaceName& nameSpace, const CIMObjectPath& instanceName,
-        const CIMName& methodName, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
-    {
-        RecordingClientTransport::invokeMethod(nameSpace, instanceName, methodName, in, out);
-        out.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
-        return CIMValue(Uint32(0));
-    }
-};
 
 class CompatModuleTest : public ::testing::Test
 {
@@ -89,9 +52,12 @@ protected:
         module = nullptr;
     }
 
+    // The host side the providers see through their CIMOMHandle.
     void SetUp() override
     {
-        backend = std::make_shared<CompatBackend>();
+        for (const char* system : {"sys1", "sys2", "sys3"})
+            backend->instanceNames.append(CIMObjectPath(String("Compat_System.Name=\"") + system + "\""));
+        backend->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
         attachCIMOMHandleBackend(cimom, backend);
         CIMClientTransports::setLoopbackTransportFactory(nullptr);
     }
@@ -134,26 +100,13 @@ protected:
     static CreateProviderFunction createProvider;
 
     CIMOMHandle cimom;
-    std::shared_ptr<CompatBackend> backend;
+    std::shared_ptr<zda_test::RecordingCIMOMBackend> backend =
+        std::make_shared<zda_test::RecordingCIMOMBackend>();
     std::vector<CIMProvider*> created;
 };
 
 void* CompatModuleTest::module = nullptr;
 CreateProviderFunction CompatModuleTest::createProvider = nullptr;
-
-// Runs call and returns the CIMException it throws (code 0 if none).
-CIMException thrownBy(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const CIMException& e)
-    {
-        return e;
-    }
-    return CIMException(CIM_ERR_SUCCESS, "nothing thrown");
-}
 
 }  // namespace
 
@@ -208,16 +161,6 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
         [&] { provider->getInstance(context, volume("vol9"), false, false, CIMPropertyList(), unused); });
     EXPECT_EQ(CIM_ERR_NOT_FOUND, missing.getCode());
     EXPECT_EQ(String("Compat_Volume CIM Object not found."), missing.getMessage());
-
-    CIMException badKeys = thrownBy([&] {
-        provider->getInstance(
-            context, CIMObjectPath("Compat_Volume.Name=\"vol1\""), false, false, CIMPropertyList(), unused);
-    });
-    EXPECT_EQ(CIM_ERR_INVALID_PARAMETER, badKeys.getCode());
-
-    CIMException refused = thrownBy([&] { provider->deleteInstance(context, volume("vol1"), unused); });
-    EXPECT_EQ(CIM_ERR_NOT_SUPPORTED, refused.getCode());
-    EXPECT_EQ(String("Compat_Volume does not support deleteInstance."), refused.getMessage());
     EXPECT_EQ("", unused.sequence());
 }
 
@@ -262,11 +205,6 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
         EXPECT_NE(std::string::npos, text(e.getFile()).find("CompatProviders.cpp"));
         EXPECT_GT(e.getLine(), 0u);
     }
-
-    CIMException unknown = thrownBy([&] {
-        provider->invokeMethod(context, volume("vol1"), "NoSuchMethod", Array<CIMParamValue>(), refuse);
-    });
-    EXPECT_EQ(CIM_ERR_METHOD_NOT_FOUND, unknown.getCode());
 }
 
 TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
@@ -295,8 +233,13 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
     EXPECT_EQ("S-from-cimom", systemName());
     const size_t upcalls = backend->calls().size();
 
-    CIMClientTransports::setLoopbackTransportFactory(
-        [](Uint32) { return std::unique_ptr<CIMClientTransport>(new LocalServerTransport); });
+    // The local server a CIMClient reaches through connectLocal().
+    CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
+        auto local = std::make_unique<zda_test::RecordingClientTransport>(
+            std::make_shared<std::vector<std::string>>());
+        local->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
+        return std::unique_ptr<CIMClientTransport>(std::move(local));
+    });
     EXPECT_EQ("S-from-local-client", systemName());
     EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
 }
@@ -325,11 +268,6 @@ TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
     instances->getInstance(
         context, CIMObjectPath(association.toString()), false, false, CIMPropertyList(), byPath);
     EXPECT_EQ("processing deliver(instance) complete", byPath.sequence());
-
-    RecordingResponseHandler wrongRole;
-    provider->associatorNames(
-        context, volume("vol1"), CIMName(), CIMName(), "Collection", String::EMPTY, wrongRole);
-    EXPECT_EQ("processing complete", wrongRole.sequence());
 
     RecordingResponseHandler associators;
     provider->associators(context, group, CIMName(), CIMName(), String::EMPTY, String::EMPTY, false, false,

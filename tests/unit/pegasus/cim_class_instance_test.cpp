@@ -9,10 +9,10 @@
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
-#include "object_model_fixtures.h"
+#include "sdk_fixtures.h"
 
 using namespace Pegasus;
-using namespace objtest;
+using namespace sdktest;
 
 using Names = std::vector<std::string>;
 

@@ -16,10 +16,10 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
 
-#include "object_model_fixtures.h"
+#include "sdk_fixtures.h"
 
 using namespace Pegasus;
-using namespace objtest;
+using namespace sdktest;
 
 namespace
 {

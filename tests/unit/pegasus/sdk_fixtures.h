@@ -1,15 +1,18 @@
-// A small class shared by the object-model tests: a keyed disk with
-// defaults, an array, a reference and a property inherited from a base.
-#ifndef ZDA_TESTS_OBJECT_MODEL_FIXTURES_H
-#define ZDA_TESTS_OBJECT_MODEL_FIXTURES_H
+// Pieces shared by the SDK's tests: a small class (a keyed disk with
+// defaults, an array, a reference and a property inherited from a base),
+// property lists, and the CIMException a call throws.
+#ifndef ZDA_TESTS_SDK_FIXTURES_H
+#define ZDA_TESTS_SDK_FIXTURES_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/Exception.h>
 
-namespace objtest
+namespace sdktest
 {
 using namespace Pegasus;
 
@@ -61,6 +64,20 @@ inline CIMPropertyList listOf(std::initializer_list<const char*> names)
     return CIMPropertyList(array);
 }
 
-}  // namespace objtest
+// Runs call and returns the CIMException it throws (code 0 if none).
+inline CIMException thrownBy(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const CIMException& e)
+    {
+        return e;
+    }
+    return CIMException(CIM_ERR_SUCCESS, "nothing thrown");
+}
+
+}  // namespace sdktest
 
 #endif
