@@ -198,46 +198,6 @@ INSTANTIATE_TEST_SUITE_P(Paths, PathIdentity,
         Identity{"A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//g/root:S.Name=\\\"x\\\"\"", false},
         Identity{"A.R=\"S.Name=\\\"x\\\"\"", "A.R=\"S.Name=\\\"X\\\"\"", false}));
 
-// Code that compares paths regardless of host re-types string keys that parse
-// as paths into references and drops hosts; the value model must support
-// each step of that.
-TEST(CIMObjectPathTest, RetypingStringKeysAsHostlessReferences)
-{
-    auto stripHosts = [](const CIMObjectPath& path) {
-        Array<CIMKeyBinding> keys = path.getKeyBindings();
-        for (Uint32 i = 0; i < keys.size(); i++)
-        {
-            if (keys[i].getType() != CIMKeyBinding::STRING && keys[i].getType() != CIMKeyBinding::REFERENCE)
-                continue;
-            try
-            {
-                CIMObjectPath inner{keys[i].getValue()};
-                CIMObjectPath local(
-                    String(), inner.getNameSpace(), inner.getClassName(), inner.getKeyBindings());
-                keys[i].setValue(local.toString());
-                keys[i].setType(CIMKeyBinding::REFERENCE);
-            }
-            catch (const Exception&)
-            {}
-        }
-        return CIMObjectPath(String(), path.getNameSpace(), path.getClassName(), keys);
-    };
-
-    CIMObjectPath a{
-        String("//a/root:Sync.SyncedElement=\"//h1/root:Vol.Name=\\\"v1\\\"\",SystemName=\"S1\"")};
-    CIMObjectPath b{
-        String("//b/root:Sync.SyncedElement=\"//h2/ROOT:vol.name=\\\"v1\\\"\",SystemName=\"s1\"")};
-    EXPECT_FALSE(a.identical(b));
-    // "S1" is a legal class name, so it becomes a reference and loses its case.
-    EXPECT_TRUE(stripHosts(a).identical(stripHosts(b)));
-
-    // Text that is not a path stays a case-sensitive string.
-    CIMObjectPath c{String("C.SystemName=\"50002AC0012B4\"")};
-    CIMObjectPath d{String("C.SystemName=\"50002ac0012b4\"")};
-    EXPECT_EQ(stripHosts(c).getKeyBindings()[0].getType(), CIMKeyBinding::STRING);
-    EXPECT_FALSE(stripHosts(c).identical(stripHosts(d)));
-}
-
 TEST(CIMObjectPathTest, ParsingReplacesEverythingOrNothing)
 {
     CIMObjectPath p{String("//h/root:C.k=1")};
