@@ -3,7 +3,7 @@
 // when configured, against another tree that offers the same API).
 //
 // It models volumes (instance + method provider) and their membership in
-// groups (instance + association provider, with reference keys). Its methods
+// groups (association provider, with reference keys). Its methods
 // exercise the upcall paths: CIMOMHandle, and a local CIMClient with the
 // CIMOMHandle as fallback.
 #include <Pegasus/Common/Config.h>
@@ -72,14 +72,9 @@ public:
         return instance;
     }
 
-    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
+        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
     {
-        (void)context;
-        (void)includeQualifiers;
-        (void)includeClassOrigin;
-        (void)propertyList;
         Array<CIMKeyBinding> keys = instanceReference.getKeyBindings();
         if (keys.size() != 2)
             throw CIMInvalidParameterException(VolumeClassName + " Expect two keys.");
@@ -94,13 +89,9 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void enumerateInstances(const OperationContext&, const CIMObjectPath& classReference,
+        const Boolean, const Boolean, const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
-        (void)context;
-        (void)includeQualifiers;
-        (void)includeClassOrigin;
         Array<CIMInstance> instances;
         instances.append(buildInstance(classReference.getHost(), "vol1"));
         instances.append(buildInstance(classReference.getHost(), "vol2"));
@@ -111,10 +102,9 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
-        ObjectPathResponseHandler& handler)
+    virtual void enumerateInstanceNames(
+        const OperationContext&, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
     {
-        (void)context;
         handler.processing();
         handler.deliver(volumePath(classReference.getHost(), "vol1"));
         handler.deliver(volumePath(classReference.getHost(), "vol2"));
@@ -227,7 +217,7 @@ private:
     CIMOMHandle _cimom;
 };
 
-class Compat_MemberOfGroupProvider : public CIMInstanceProvider, public CIMAssociationProvider
+class Compat_MemberOfGroupProvider : public CIMAssociationProvider
 {
 public:
     Compat_MemberOfGroupProvider() {}
@@ -250,50 +240,6 @@ public:
         return instance;
     }
 
-    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
-        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
-    {
-        CIMInstance association = buildAssociation(instanceReference.getHost());
-        if (!instanceReference.identical(association.getPath()))
-            throw CIMObjectNotFoundException(MemberClassName + " CIM Object not found.");
-        handler.processing();
-        handler.deliver(association);
-        handler.complete();
-    }
-
-    virtual void enumerateInstances(const OperationContext&, const CIMObjectPath& classReference,
-        const Boolean, const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
-    {
-        handler.processing();
-        handler.deliver(buildAssociation(classReference.getHost()));
-        handler.complete();
-    }
-
-    virtual void enumerateInstanceNames(
-        const OperationContext&, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
-    {
-        handler.processing();
-        handler.deliver(buildAssociation(classReference.getHost()).getPath());
-        handler.complete();
-    }
-
-    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
-        const Boolean, const CIMPropertyList&, ResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support modifyInstance.");
-    }
-
-    virtual void createInstance(
-        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support createInstance.");
-    }
-
-    virtual void deleteInstance(const OperationContext&, const CIMObjectPath&, ResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support deleteInstance.");
-    }
-
     // The far side of the association, seen from objectName, or an
     // uninitialized path when objectName is on neither side.
     static CIMObjectPath otherEnd(
@@ -314,13 +260,10 @@ public:
         return CIMObjectPath();
     }
 
-    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
-        const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName, const CIMName&,
+        const CIMName&, const String& role, const String& resultRole, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
     {
-        (void)associationClass;
-        (void)resultClass;
         CIMObjectPath other = otherEnd(objectName, role, resultRole);
         handler.processing();
         if (other.getClassName().getString().size() != 0)
