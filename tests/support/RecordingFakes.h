@@ -85,20 +85,17 @@ public:
     CIMClass getClass(const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn, Boolean lo,
         Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
-        note(c, recording::line("getClass", ns, cn, lo, iq, ico, pl));
-        return CIMClass(cn);
+        return noted(CIMClass(cn), c, "getClass", ns, cn, lo, iq, ico, pl);
     }
     Array<CIMClass> enumerateClasses(const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn,
         Boolean di, Boolean lo, Boolean iq, Boolean ico) override
     {
-        note(c, recording::line("enumerateClasses", ns, cn, di, lo, iq, ico));
-        return Array<CIMClass>();
+        return noted(Array<CIMClass>(), c, "enumerateClasses", ns, cn, di, lo, iq, ico);
     }
     Array<CIMName> enumerateClassNames(
         const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn, Boolean di) override
     {
-        note(c, recording::line("enumerateClassNames", ns, cn, di));
-        return Array<CIMName>();
+        return noted(Array<CIMName>(), c, "enumerateClassNames", ns, cn, di);
     }
     void createClass(const OperationContext& c, const CIMNamespaceName& ns, const CIMClass& cls) override
     {
@@ -124,20 +121,17 @@ public:
         const CIMName& cn, Boolean di, Boolean lo, Boolean iq, Boolean ico,
         const CIMPropertyList& pl) override
     {
-        note(c, recording::line("enumerateInstances", ns, cn, di, lo, iq, ico, pl));
-        return Array<CIMInstance>();
+        return noted(Array<CIMInstance>(), c, "enumerateInstances", ns, cn, di, lo, iq, ico, pl);
     }
     Array<CIMObjectPath> enumerateInstanceNames(
         const OperationContext& c, const CIMNamespaceName& ns, const CIMName& cn) override
     {
-        note(c, recording::line("enumerateInstanceNames", ns, cn));
-        return instanceNames;
+        return noted(instanceNames, c, "enumerateInstanceNames", ns, cn);
     }
     CIMObjectPath createInstance(
         const OperationContext& c, const CIMNamespaceName& ns, const CIMInstance& instance) override
     {
-        note(c, recording::line("createInstance", ns, instance));
-        return CIMObjectPath();
+        return noted(CIMObjectPath(), c, "createInstance", ns, instance);
     }
     void modifyInstance(const OperationContext& c, const CIMNamespaceName& ns, const CIMInstance& instance,
         Boolean iq, const CIMPropertyList& pl) override
@@ -152,41 +146,36 @@ public:
     Array<CIMObject> execQuery(const OperationContext& c, const CIMNamespaceName& ns, const String& language,
         const String& query) override
     {
-        note(c, recording::line("execQuery", ns, language, query));
-        return Array<CIMObject>();
+        return noted(Array<CIMObject>(), c, "execQuery", ns, language, query);
     }
     Array<CIMObject> associators(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, const CIMName& assoc, const CIMName& result, const String& role,
         const String& resultRole, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
-        note(c, recording::line("associators", ns, path, assoc, result, role, resultRole, iq, ico, pl));
-        return Array<CIMObject>();
+        return noted(
+            Array<CIMObject>(), c, "associators", ns, path, assoc, result, role, resultRole, iq, ico, pl);
     }
     Array<CIMObjectPath> associatorNames(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, const CIMName& assoc, const CIMName& result, const String& role,
         const String& resultRole) override
     {
-        note(c, recording::line("associatorNames", ns, path, assoc, result, role, resultRole));
-        return Array<CIMObjectPath>();
+        return noted(Array<CIMObjectPath>(), c, "associatorNames", ns, path, assoc, result, role, resultRole);
     }
     Array<CIMObject> references(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, const CIMName& result, const String& role, Boolean iq, Boolean ico,
         const CIMPropertyList& pl) override
     {
-        note(c, recording::line("references", ns, path, result, role, iq, ico, pl));
-        return Array<CIMObject>();
+        return noted(Array<CIMObject>(), c, "references", ns, path, result, role, iq, ico, pl);
     }
     Array<CIMObjectPath> referenceNames(const OperationContext& c, const CIMNamespaceName& ns,
         const CIMObjectPath& path, const CIMName& result, const String& role) override
     {
-        note(c, recording::line("referenceNames", ns, path, result, role));
-        return Array<CIMObjectPath>();
+        return noted(Array<CIMObjectPath>(), c, "referenceNames", ns, path, result, role);
     }
     CIMValue getProperty(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
         const CIMName& property) override
     {
-        note(c, recording::line("getProperty", ns, path, property));
-        return CIMValue();
+        return noted(CIMValue(), c, "getProperty", ns, path, property);
     }
     void setProperty(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
         const CIMName& property, const CIMValue& value) override
@@ -196,14 +185,21 @@ public:
     CIMValue invokeMethod(const OperationContext& c, const CIMNamespaceName& ns, const CIMObjectPath& path,
         const CIMName& method, const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
-        note(c, recording::line("invokeMethod", ns, path, method, in));
-        return answerMethod(out);
+        return noted(answerMethod(out), c, "invokeMethod", ns, path, method, in);
     }
     // Not recorded: it is no operation of its own.
     OperationContext getResponseContext() override { return OperationContext(); }
 
 private:
     void note(const OperationContext& context, std::string call);
+
+    // Notes the call and gives answer back.
+    template <class R, class... Args>
+    R noted(R answer, const OperationContext& c, const char* operation, const Args&... args)
+    {
+        note(c, recording::line(operation, args...));
+        return answer;
+    }
 
     mutable std::mutex _mutex;
     std::vector<Call> _calls;
@@ -224,19 +220,16 @@ public:
     CIMClass getClass(const CIMNamespaceName& ns, const CIMName& cn, Boolean lo, Boolean iq, Boolean ico,
         const CIMPropertyList& pl) override
     {
-        _log->push_back(recording::line("getClass", ns, cn, lo, iq, ico, pl));
-        return CIMClass(cn);
+        return noted(CIMClass(cn), "getClass", ns, cn, lo, iq, ico, pl);
     }
     Array<CIMClass> enumerateClasses(const CIMNamespaceName& ns, const CIMName& cn, Boolean di, Boolean lo,
         Boolean iq, Boolean ico) override
     {
-        _log->push_back(recording::line("enumerateClasses", ns, cn, di, lo, iq, ico));
-        return Array<CIMClass>();
+        return noted(Array<CIMClass>(), "enumerateClasses", ns, cn, di, lo, iq, ico);
     }
     Array<CIMName> enumerateClassNames(const CIMNamespaceName& ns, const CIMName& cn, Boolean di) override
     {
-        _log->push_back(recording::line("enumerateClassNames", ns, cn, di));
-        return Array<CIMName>();
+        return noted(Array<CIMName>(), "enumerateClassNames", ns, cn, di);
     }
     void createClass(const CIMNamespaceName& ns, const CIMClass& c) override
     {
@@ -253,24 +246,20 @@ public:
     CIMInstance getInstance(const CIMNamespaceName& ns, const CIMObjectPath& p, Boolean lo, Boolean iq,
         Boolean ico, const CIMPropertyList& pl) override
     {
-        _log->push_back(recording::line("getInstance", ns, p, lo, iq, ico, pl));
-        return CIMInstance(p.getClassName());
+        return noted(CIMInstance(p.getClassName()), "getInstance", ns, p, lo, iq, ico, pl);
     }
     Array<CIMInstance> enumerateInstances(const CIMNamespaceName& ns, const CIMName& cn, Boolean di,
         Boolean lo, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
-        _log->push_back(recording::line("enumerateInstances", ns, cn, di, lo, iq, ico, pl));
-        return Array<CIMInstance>();
+        return noted(Array<CIMInstance>(), "enumerateInstances", ns, cn, di, lo, iq, ico, pl);
     }
     Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
     {
-        _log->push_back(recording::line("enumerateInstanceNames", ns, cn));
-        return instanceNames;
+        return noted(instanceNames, "enumerateInstanceNames", ns, cn);
     }
     CIMObjectPath createInstance(const CIMNamespaceName& ns, const CIMInstance& i) override
     {
-        _log->push_back(recording::line("createInstance", ns, i));
-        return CIMObjectPath();
+        return noted(CIMObjectPath(), "createInstance", ns, i);
     }
     void modifyInstance(
         const CIMNamespaceName& ns, const CIMInstance& i, Boolean iq, const CIMPropertyList& pl) override
@@ -284,38 +273,32 @@ public:
     Array<CIMObject> execQuery(
         const CIMNamespaceName& ns, const String& language, const String& query) override
     {
-        _log->push_back(recording::line("execQuery", ns, language, query));
-        return Array<CIMObject>();
+        return noted(Array<CIMObject>(), "execQuery", ns, language, query);
     }
     Array<CIMObject> associators(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& assoc,
         const CIMName& result, const String& role, const String& resultRole, Boolean iq, Boolean ico,
         const CIMPropertyList& pl) override
     {
-        _log->push_back(recording::line("associators", ns, p, assoc, result, role, resultRole, iq, ico, pl));
-        return Array<CIMObject>();
+        return noted(Array<CIMObject>(), "associators", ns, p, assoc, result, role, resultRole, iq, ico, pl);
     }
     Array<CIMObjectPath> associatorNames(const CIMNamespaceName& ns, const CIMObjectPath& p,
         const CIMName& assoc, const CIMName& result, const String& role, const String& resultRole) override
     {
-        _log->push_back(recording::line("associatorNames", ns, p, assoc, result, role, resultRole));
-        return Array<CIMObjectPath>();
+        return noted(Array<CIMObjectPath>(), "associatorNames", ns, p, assoc, result, role, resultRole);
     }
     Array<CIMObject> references(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& result,
         const String& role, Boolean iq, Boolean ico, const CIMPropertyList& pl) override
     {
-        _log->push_back(recording::line("references", ns, p, result, role, iq, ico, pl));
-        return Array<CIMObject>();
+        return noted(Array<CIMObject>(), "references", ns, p, result, role, iq, ico, pl);
     }
     Array<CIMObjectPath> referenceNames(const CIMNamespaceName& ns, const CIMObjectPath& p,
         const CIMName& result, const String& role) override
     {
-        _log->push_back(recording::line("referenceNames", ns, p, result, role));
-        return Array<CIMObjectPath>();
+        return noted(Array<CIMObjectPath>(), "referenceNames", ns, p, result, role);
     }
     CIMValue getProperty(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& property) override
     {
-        _log->push_back(recording::line("getProperty", ns, p, property));
-        return CIMValue();
+        return noted(CIMValue(), "getProperty", ns, p, property);
     }
     void setProperty(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& property,
         const CIMValue& value) override
@@ -325,11 +308,18 @@ public:
     CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& method,
         const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
     {
-        _log->push_back(recording::line("invokeMethod", ns, p, method, in));
-        return answerMethod(out);
+        return noted(answerMethod(out), "invokeMethod", ns, p, method, in);
     }
 
 private:
+    // Notes the call and gives answer back.
+    template <class R, class... Args>
+    R noted(R answer, const char* operation, const Args&... args)
+    {
+        _log->push_back(recording::line(operation, args...));
+        return answer;
+    }
+
     Log _log;
 };
 
