@@ -51,10 +51,6 @@ class Compat_VolumeProvider : public CIMInstanceProvider, public CIMMethodProvid
 {
 public:
     Compat_VolumeProvider() {}
-    Compat_VolumeProvider(const CIMObjectPath&)
-    {
-        throw CIMNotSupportedException(VolumeClassName + " does not support constructor with object path.");
-    }
     virtual ~Compat_VolumeProvider() {}
 
     virtual void initialize(CIMOMHandle& cimom) { _cimom = cimom; }
@@ -242,29 +238,25 @@ public:
 
     // The far side of the association, seen from objectName, or an
     // uninitialized path when objectName is on neither side.
-    static CIMObjectPath otherEnd(
-        const CIMObjectPath& objectName, const String& role, const String& resultRole)
+    static CIMObjectPath otherEnd(const CIMObjectPath& objectName)
     {
         CIMInstance association = buildAssociation(objectName.getHost());
         CIMObjectPath collection;
         CIMObjectPath member;
         association.getProperty(association.findProperty("Collection")).getValue().get(collection);
         association.getProperty(association.findProperty("Member")).getValue().get(member);
-        if (objectName.identical(member) && (role.size() == 0 || String::equalNoCase(role, "Member")) &&
-            (resultRole.size() == 0 || String::equalNoCase(resultRole, "Collection")))
+        if (objectName.identical(member))
             return collection;
-        if (objectName.identical(collection) &&
-            (role.size() == 0 || String::equalNoCase(role, "Collection")) &&
-            (resultRole.size() == 0 || String::equalNoCase(resultRole, "Member")))
+        if (objectName.identical(collection))
             return member;
         return CIMObjectPath();
     }
 
     virtual void associators(const OperationContext& context, const CIMObjectPath& objectName, const CIMName&,
-        const CIMName&, const String& role, const String& resultRole, const Boolean includeQualifiers,
+        const CIMName&, const String&, const String&, const Boolean includeQualifiers,
         const Boolean includeClassOrigin, const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
     {
-        CIMObjectPath other = otherEnd(objectName, role, resultRole);
+        CIMObjectPath other = otherEnd(objectName);
         handler.processing();
         if (other.getClassName().getString().size() != 0)
         {
@@ -277,9 +269,9 @@ public:
     }
 
     virtual void associatorNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const CIMName&, const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+        const CIMName&, const String&, const String&, ObjectPathResponseHandler& handler)
     {
-        CIMObjectPath other = otherEnd(objectName, role, resultRole);
+        CIMObjectPath other = otherEnd(objectName);
         handler.processing();
         if (other.getClassName().getString().size() != 0)
             handler.deliver(other);
@@ -287,20 +279,19 @@ public:
     }
 
     virtual void references(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const String& role, const Boolean, const Boolean, const CIMPropertyList&,
-        ObjectResponseHandler& handler)
+        const String&, const Boolean, const Boolean, const CIMPropertyList&, ObjectResponseHandler& handler)
     {
         handler.processing();
-        if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)
+        if (otherEnd(objectName).getClassName().getString().size() != 0)
             handler.deliver(CIMObject(buildAssociation(objectName.getHost())));
         handler.complete();
     }
 
     virtual void referenceNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const String& role, ObjectPathResponseHandler& handler)
+        const String&, ObjectPathResponseHandler& handler)
     {
         handler.processing();
-        if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)
+        if (otherEnd(objectName).getClassName().getString().size() != 0)
             handler.deliver(buildAssociation(objectName.getHost()).getPath());
         handler.complete();
     }

@@ -32,8 +32,6 @@ namespace
 
 typedef CIMProvider* (*CreateProviderFunction)(const String&);
 
-const CIMNamespaceName NS("root/compat");
-
 class CompatModuleTest : public ::testing::Test
 {
 protected:
@@ -82,10 +80,11 @@ protected:
         return provider;
     }
 
-    static OperationContext requestFrom(const String& user)
+    // A request as the server passes it on: from user "alice".
+    static OperationContext request()
     {
         OperationContext context;
-        context.insert(IdentityContainer(user));
+        context.insert(IdentityContainer("alice"));
         return context;
     }
 
@@ -130,7 +129,7 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
 {
     auto* provider = dynamic_cast<CIMInstanceProvider*>(load("Compat_VolumeProvider"));
     ASSERT_NE(nullptr, provider);
-    const OperationContext context = requestFrom("alice");
+    const OperationContext context = request();
     const CIMObjectPath classPath("//server1/root/compat:Compat_Volume");
 
     RecordingResponseHandler names;
@@ -168,7 +167,7 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
 {
     auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
     ASSERT_NE(nullptr, provider);
-    const OperationContext context = requestFrom("alice");
+    const OperationContext context = request();
 
     RecordingResponseHandler describe;
     provider->invokeMethod(context, volume("vol1"), "Describe", Array<CIMParamValue>(), describe);
@@ -211,7 +210,7 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
 {
     auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
     ASSERT_NE(nullptr, provider);
-    const OperationContext context = requestFrom("alice");
+    const OperationContext context = request();
 
     RecordingResponseHandler count;
     provider->invokeMethod(context, volume("vol1"), "CountSystems", Array<CIMParamValue>(), count);
@@ -248,7 +247,7 @@ TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
 {
     auto* provider = dynamic_cast<CIMAssociationProvider*>(load("Compat_MemberOfGroupProvider"));
     ASSERT_NE(nullptr, provider);
-    const OperationContext context = requestFrom("bob");
+    const OperationContext context = request();
     const CIMObjectPath group("//server1/root/compat:Compat_Group.InstanceID=\"S1:group1\"");
 
     RecordingResponseHandler referenceNames;
