@@ -141,9 +141,7 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
     provider->getInstance(context, volume("vol1"), false, false, CIMPropertyList(), one);
     ASSERT_EQ("processing deliver(instance) complete", one.sequence());
     CIMInstance instance = one.instances()[0];
-    Uint64 blockSize = 0;
-    instance.getProperty(instance.findProperty("BlockSize")).getValue().get(blockSize);
-    EXPECT_EQ(512u, blockSize);
+    EXPECT_EQ(CIMValue(Uint64(512)), instance.getProperty(instance.findProperty("BlockSize")).getValue());
     EXPECT_EQ(CIMTYPE_DATETIME, instance.getProperty(instance.findProperty("Created")).getValue().getType());
     EXPECT_TRUE(instance.getPath().identical(volume("vol1")));
 
@@ -176,12 +174,9 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
     ASSERT_EQ(CIMTYPE_INSTANCE, embedded.getType());
     CIMInstance volumeInstance;
     embedded.get(volumeInstance);
-    String name;
-    volumeInstance.getProperty(volumeInstance.findProperty("Name")).getValue().get(name);
-    EXPECT_EQ(String("vol1"), name);
-    String caller;
-    describe.paramValues()[1].getValue().get(caller);
-    EXPECT_EQ(String("alice"), caller);
+    EXPECT_EQ(
+        CIMValue(String("vol1")), volumeInstance.getProperty(volumeInstance.findProperty("Name")).getValue());
+    EXPECT_EQ(CIMValue(String("alice")), describe.paramValues()[1].getValue());
 
     // A failed method with a text travels as its return number.
     RecordingResponseHandler rename;
@@ -214,18 +209,14 @@ TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
 
     RecordingResponseHandler count;
     provider->invokeMethod(context, volume("vol1"), "CountSystems", Array<CIMParamValue>(), count);
-    Uint32 systems = 0;
-    count.returnValues()[0].get(systems);
-    EXPECT_EQ(3u, systems);
+    EXPECT_EQ(CIMValue(Uint32(3)), count.returnValues()[0]);
     EXPECT_EQ("enumerateInstanceNames root/compat Compat_System", backend->lastCall().call);
     EXPECT_EQ("<none>", backend->lastCall().user) << "the provider passed an empty context";
 
     auto systemName = [&] {
         RecordingResponseHandler handler;
         provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(), handler);
-        String value;
-        handler.paramValues().at(0).getValue().get(value);
-        return text(value);
+        return text(handler.paramValues().at(0).getValue().toString());
     };
 
     // No local server: connectLocal fails and the provider asks its CIMOMHandle.

@@ -28,7 +28,8 @@ namespace
 {
 
 const CIMNamespaceName NS("root/zda");
-const CIMObjectPath VOLUME("ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\"");
+const std::string V = "ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\"";
+const CIMObjectPath VOLUME(V.c_str());
 
 // Answers enumerateInstanceNames, invokeMethod and getResponseContext with
 // recognisable results and can run a hook inside getInstance, before it
@@ -64,7 +65,7 @@ struct Operation
 {
     const char* name;
     std::function<void()> call;
-    const char* expected;  // what the backend records; null: not recorded
+    std::string expected;  // what the backend records; empty: not recorded
 };
 
 // Every operation of h, called with context c.
@@ -82,7 +83,7 @@ std::vector<Operation> everyOperation(CIMOMHandle& h, const OperationContext& c)
         {"modifyClass", [&] { h.modifyClass(c, NS, CIMClass("ZDA_New")); }, "modifyClass root/zda ZDA_New"},
         {"deleteClass", [&] { h.deleteClass(c, NS, "ZDA_New"); }, "deleteClass root/zda ZDA_New"},
         {"getInstance", [&] { h.getInstance(c, NS, VOLUME, false, true, false, CIMPropertyList()); },
-            "getInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" 0 1 0 all"},
+            "getInstance root/zda " + V + " 0 1 0 all"},
         {"enumerateInstances",
             [&] { h.enumerateInstances(c, NS, "ZDA_StorageVolume", true, false, false, true, listOf({})); },
             "enumerateInstances root/zda ZDA_StorageVolume 1 0 0 1 []"},
@@ -95,8 +96,7 @@ std::vector<Operation> everyOperation(CIMOMHandle& h, const OperationContext& c)
                 h.modifyInstance(c, NS, CIMInstance("ZDA_ReplicationGroup"), true, listOf({"ElementName"}));
             },
             "modifyInstance root/zda ZDA_ReplicationGroup 1 [ElementName]"},
-        {"deleteInstance", [&] { h.deleteInstance(c, NS, VOLUME); },
-            "deleteInstance root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\""},
+        {"deleteInstance", [&] { h.deleteInstance(c, NS, VOLUME); }, "deleteInstance root/zda " + V},
         {"execQuery", [&] { h.execQuery(c, NS, "WQL", "SELECT * FROM ZDA_StorageVolume"); },
             "execQuery root/zda \"WQL\" \"SELECT * FROM ZDA_StorageVolume\""},
         {"associators",
@@ -104,37 +104,32 @@ std::vector<Operation> everyOperation(CIMOMHandle& h, const OperationContext& c)
                 h.associators(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", CIMName(), "Member", String(),
                     false, true, CIMPropertyList());
             },
-            "associators root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "ZDA_MemberOfReplicationGroup - \"Member\" \"\" 0 1 all"},
+            "associators root/zda " + V + " ZDA_MemberOfReplicationGroup - \"Member\" \"\" 0 1 all"},
         {"associatorNames",
             [&] {
                 h.associatorNames(c, NS, VOLUME, CIMName(), "ZDA_ReplicationGroup", String(), "Collection");
             },
-            "associatorNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "- ZDA_ReplicationGroup \"\" \"Collection\""},
+            "associatorNames root/zda " + V + " - ZDA_ReplicationGroup \"\" \"Collection\""},
         {"references",
             [&] {
                 h.references(c, NS, VOLUME, "ZDA_MemberOfReplicationGroup", "Member", true, false,
                     listOf({"ElementName"}));
             },
-            "references root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "ZDA_MemberOfReplicationGroup \"Member\" 1 0 [ElementName]"},
+            "references root/zda " + V + " ZDA_MemberOfReplicationGroup \"Member\" 1 0 [ElementName]"},
         {"referenceNames", [&] { h.referenceNames(c, NS, VOLUME, CIMName(), "Member"); },
-            "referenceNames root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" - \"Member\""},
+            "referenceNames root/zda " + V + " - \"Member\""},
         {"getProperty", [&] { h.getProperty(c, NS, VOLUME, "ElementName"); },
-            "getProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" ElementName"},
+            "getProperty root/zda " + V + " ElementName"},
         {"setProperty", [&] { h.setProperty(c, NS, VOLUME, "ElementName", CIMValue(String("renamed"))); },
-            "setProperty root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "ElementName renamed"},
+            "setProperty root/zda " + V + " ElementName renamed"},
         {"invokeMethod",
             [&] {
                 Array<CIMParamValue> in, out;
                 in.append(CIMParamValue("ElementName", CIMValue(String("copy"))));
                 h.invokeMethod(c, NS, VOLUME, "CreateElementReplica", in, out);
             },
-            "invokeMethod root/zda ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\" "
-            "CreateElementReplica (ElementName)"},
-        {"getResponseContext", [&] { h.getResponseContext(); }, nullptr},
+            "invokeMethod root/zda " + V + " CreateElementReplica (ElementName)"},
+        {"getResponseContext", [&] { h.getResponseContext(); }, ""},
     };
 }
 
@@ -167,7 +162,7 @@ TEST_F(CIMOMHandleTest, ForwardsEveryOperationWithItsArgumentsAndTheCallersConte
     {
         SCOPED_TRACE(op.name);
         op.call();
-        if (!op.expected)
+        if (op.expected.empty())
             continue;
         std::vector<zda_test::RecordingCIMOMBackend::Call> calls = backend->calls();
         ASSERT_EQ(recorded + 1, calls.size());

@@ -13,6 +13,8 @@
 #include <Pegasus/Common/CIMInstance.h>
 #include <Pegasus/Common/CIMProperty.h>
 
+#include "sdk_fixtures.h"
+
 using namespace Pegasus;
 
 namespace
@@ -146,15 +148,12 @@ TEST(CIMValueTest, InstancesAreClonedInAndOut)
     inst.getProperty(0).setValue(CIMValue(Uint32(2)));  // not seen by v
     CIMInstance out;
     v.get(out);
-    Uint32 p = 0;
-    out.getProperty(0).getValue().get(p);
-    EXPECT_EQ(p, 1u);
+    EXPECT_EQ(out.getProperty(0).getValue(), CIMValue(Uint32(1)));
 
     out.getProperty(0).setValue(CIMValue(Uint32(3)));  // a clone: v unchanged
     CIMInstance again;
     v.get(again);
-    again.getProperty(0).getValue().get(p);
-    EXPECT_EQ(p, 1u);
+    EXPECT_EQ(again.getProperty(0).getValue(), CIMValue(Uint32(1)));
 
     CIMObject obj;
     EXPECT_THROW(v.get(obj), TypeMismatchException);  // object and instance are distinct

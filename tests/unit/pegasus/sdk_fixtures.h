@@ -5,12 +5,22 @@
 #define ZDA_TESTS_SDK_FIXTURES_H
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/Exception.h>
+
+// Values show as their text when an assertion fails.
+namespace Pegasus
+{
+inline void PrintTo(const CIMValue& value, std::ostream* os)
+{
+    *os << (value.isNull() ? "null" : (const char*)value.toString().getCString());
+}
+}  // namespace Pegasus
 
 namespace sdktest
 {
