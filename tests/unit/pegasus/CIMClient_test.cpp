@@ -9,6 +9,7 @@
 
 #include "RecordingFakes.h"
 #include "SdkText.h"
+#include "sdk_fixtures.h"
 
 #include <cstdlib>
 #include <functional>
@@ -18,6 +19,7 @@
 #include <vector>
 
 PEGASUS_USING_PEGASUS;
+using sdktest::messageOf;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -67,34 +69,16 @@ protected:
     std::shared_ptr<std::vector<std::string>> log = std::make_shared<std::vector<std::string>>();
 };
 
-// Runs call, expecting CannotConnectException; returns its message.
-std::string cannotConnectMessage(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const CannotConnectException& e)
-    {
-        return text(e.getMessage());
-    }
-    catch (const Exception& e)
-    {
-        return "wrong exception: " + text(e.getMessage());
-    }
-    return "no exception";
-}
-
 }  // namespace
 
 TEST_F(CIMClientTest, ConnectLocalFailsCatchablyWhenNoLocalServerIsAvailable)
 {
     CIMClient client;
-    EXPECT_THAT(
-        cannotConnectMessage([&] { client.connectLocal(); }), HasSubstr("ZDA_CIMSERVER_SOCKET is not set"));
+    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }),
+        HasSubstr("ZDA_CIMSERVER_SOCKET is not set"));
 
     setenv(SOCKET_VARIABLE, "/run/zda/cimxml.socket", 1);
-    EXPECT_THAT(cannotConnectMessage([&] { client.connectLocal(); }),
+    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }),
         AllOf(HasSubstr("/run/zda/cimxml.socket"), HasSubstr("no Unix socket transport")));
 
     // Still not connected after the failures.
@@ -124,7 +108,7 @@ TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 TEST_F(CIMClientTest, ConnectSelectsTheNetworkTransportWithWhatTheCallerGave)
 {
     CIMClient client;
-    EXPECT_THAT(cannotConnectMessage([&] { client.connect("array1", 5989, "u", "p"); }),
+    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connect("array1", 5989, "u", "p"); }),
         AllOf(HasSubstr("array1:5989"), HasSubstr("no network")));
 
     // Each target as "host:port user/password timeout trust store".
@@ -188,7 +172,8 @@ TEST_F(CIMClientTest, FactoryFailuresBecomeConnectionExceptions)
         auto factory = c.factory;
         CIMClientTransports::setLoopbackTransportFactory([factory](Uint32) { return factory(); });
         CIMClient client;
-        EXPECT_THAT(cannotConnectMessage([&] { client.connectLocal(); }), HasSubstr(c.expectedText));
+        EXPECT_THAT(
+            messageOf<CannotConnectException>([&] { client.connectLocal(); }), HasSubstr(c.expectedText));
         EXPECT_THROW(client.getClass("root/zda", "X"), NotConnectedException);
     }
 }

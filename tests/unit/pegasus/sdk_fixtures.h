@@ -1,6 +1,6 @@
 // Pieces shared by the SDK's tests: a small class (a keyed disk with
 // defaults, an array, a reference and a property inherited from a base),
-// property lists, and the CIMException a call throws.
+// property lists, and the exception a call throws.
 #ifndef ZDA_TESTS_SDK_FIXTURES_H
 #define ZDA_TESTS_SDK_FIXTURES_H
 
@@ -72,6 +72,21 @@ inline CIMPropertyList listOf(std::initializer_list<const char*> names)
     for (const char* n : names)
         array.append(CIMName(n));
     return CIMPropertyList(array);
+}
+
+// Runs call, expecting an E; returns its message ("no exception" if none).
+template <class E>
+std::string messageOf(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const E& e)
+    {
+        return (const char*)e.getMessage().getCString();
+    }
+    return "no exception";
 }
 
 // Runs call and returns the CIMException it throws (code 0 if none).
