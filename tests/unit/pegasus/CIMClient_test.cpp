@@ -71,20 +71,6 @@ protected:
 
 }  // namespace
 
-TEST_F(CIMClientTest, ConnectLocalFailsCatchablyWhenNoLocalServerIsAvailable)
-{
-    CIMClient client;
-    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }),
-        HasSubstr("ZDA_CIMSERVER_SOCKET is not set"));
-
-    setenv(SOCKET_VARIABLE, "/run/zda/cimxml.socket", 1);
-    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }),
-        AllOf(HasSubstr("/run/zda/cimxml.socket"), HasSubstr("no Unix socket transport")));
-
-    // Still not connected after the failures.
-    EXPECT_THROW(client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem"), NotConnectedException);
-}
-
 TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 {
     std::string socketPathSeen;
@@ -149,31 +135,40 @@ TEST_F(CIMClientTest, ConnectionStateIsEnforced)
     EXPECT_THROW(client.getClass("root/zda", "ZDA_StorageVolume"), NotConnectedException);
 }
 
-TEST_F(CIMClientTest, FactoryFailuresBecomeConnectionExceptions)
+// Without a local server, or when the transport factory fails, connectLocal
+// throws an exception callers can catch, and the client stays unconnected.
+TEST_F(CIMClientTest, ConnectLocalFailuresBecomeConnectionExceptions)
 {
+    typedef std::function<std::unique_ptr<CIMClientTransport>()> Factory;
+    auto throwing = [](auto e) { return Factory([e]() -> std::unique_ptr<CIMClientTransport> { throw e; }); };
+    auto loopback = [](Factory factory) {
+        return [factory] {
+            CIMClientTransports::setLoopbackTransportFactory([factory](Uint32) { return factory(); });
+        };
+    };
     struct Case
     {
         const char* name;
-        std::function<std::unique_ptr<CIMClientTransport>()> factory;
-        const char* expectedText;
+        std::function<void()> setUp;
+        testing::Matcher<std::string> message;
     };
     const Case cases[] = {
-        {"connection exception",
-            []() -> std::unique_ptr<CIMClientTransport> { throw CannotConnectException("socket refused"); },
-            "socket refused"},
-        {"std::exception",
-            []() -> std::unique_ptr<CIMClientTransport> { throw std::runtime_error("ECONNREFUSED"); },
-            "ECONNREFUSED"},
-        {"no transport", [] { return std::unique_ptr<CIMClientTransport>(); }, "returned no connection"},
+        {"no socket variable", [] {}, HasSubstr("ZDA_CIMSERVER_SOCKET is not set")},
+        {"no socket transport", [] { setenv(SOCKET_VARIABLE, "/run/zda/cimxml.socket", 1); },
+            AllOf(HasSubstr("/run/zda/cimxml.socket"), HasSubstr("no Unix socket transport"))},
+        {"connection exception", loopback(throwing(CannotConnectException("socket refused"))),
+            HasSubstr("socket refused")},
+        {"std::exception", loopback(throwing(std::runtime_error("ECONNREFUSED"))), HasSubstr("ECONNREFUSED")},
+        {"no transport", loopback([] { return std::unique_ptr<CIMClientTransport>(); }),
+            HasSubstr("returned no connection")},
     };
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.name);
-        auto factory = c.factory;
-        CIMClientTransports::setLoopbackTransportFactory([factory](Uint32) { return factory(); });
+        clearRegistrations();
+        c.setUp();
         CIMClient client;
-        EXPECT_THAT(
-            messageOf<CannotConnectException>([&] { client.connectLocal(); }), HasSubstr(c.expectedText));
+        EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }), c.message);
         EXPECT_THROW(client.getClass("root/zda", "X"), NotConnectedException);
     }
 }
