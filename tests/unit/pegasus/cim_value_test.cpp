@@ -27,15 +27,13 @@ static_assert(!std::is_convertible<int, CIMStatusCode>::value, "no implicit int 
 
 TEST(CIMValueTest, ConstructionTraps)
 {
+    // Plain literals pick by their C++ type; each SDK type's own code is
+    // checked for every type below.
     CIMValue literal("text");  // a pointer converts to bool first
     EXPECT_EQ(literal.getType(), CIMTYPE_BOOLEAN);
     EXPECT_EQ(literal.toString(), "TRUE");
-    EXPECT_EQ(CIMValue(String("text")).getType(), CIMTYPE_STRING);
     EXPECT_EQ(CIMValue(5).getType(), CIMTYPE_SINT32);
     EXPECT_EQ(CIMValue(5u).getType(), CIMTYPE_UINT32);
-    EXPECT_EQ(CIMValue(Uint64(5)).getType(), CIMTYPE_UINT64);
-    EXPECT_EQ(CIMValue(1.5f).getType(), CIMTYPE_REAL32);
-    EXPECT_EQ(CIMValue(Char16('x')).getType(), CIMTYPE_CHAR16);
 }
 
 TEST(CIMValueTest, DeprecatedCharIsSint8)
