@@ -72,9 +72,7 @@ TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
     EXPECT_TRUE(cls.getProperty(pos).getValue().equal(CIMValue(Uint64(100))));
     EXPECT_EQ(cls.getPropertyCount(), 5u);
 
-    // The skeleton keeps the declared type: a value of another type is refused.
-    CIMProperty size = second.getProperty(pos);
-    EXPECT_THROW(size.setValue(CIMValue(Uint32(7))), TypeMismatchException);
+    // The skeleton keeps the declared type, even where its value is null.
     EXPECT_THROW(second.getProperty(0).setValue(CIMValue(Uint32(1))), TypeMismatchException);
     EXPECT_NO_THROW(second.getProperty(0).setValue(CIMValue(String("disk1"))));
 
@@ -187,6 +185,20 @@ TEST(ObjectProperties, AddedHandleStaysSharedAndCannotBeRenamedWhileOwned)
     EXPECT_THROW(p.setName(CIMName("Other")), Exception);
     inst.removeProperty(0);
     EXPECT_NO_THROW(p.setName(CIMName("Other")));
+
+    // Held by two containers, one of which went away: still owned until the
+    // other goes too.
+    {
+        CIMInstance first("Test_A");
+        first.addProperty(p);
+        {
+            CIMInstance second("Test_B");
+            second.addProperty(p);
+        }
+        EXPECT_THROW(p.setName(CIMName("Again")), Exception);
+    }
+    p.setName(CIMName("Again"));
+    EXPECT_EQ(p.getName().getString(), String("Again"));
 
     CIMQualifier q = keyQualifier();
     p.addQualifier(q);
