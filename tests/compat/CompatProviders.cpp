@@ -3,7 +3,7 @@
 // when configured, against another tree that offers the same API).
 //
 // It models volumes (instance + method provider) and their membership in
-// groups (instance + association provider, with reference keys). Its methods
+// groups (association provider, with reference keys). Its methods
 // exercise the upcall paths: CIMOMHandle, and a local CIMClient with the
 // CIMOMHandle as fallback.
 #include <Pegasus/Common/Config.h>
@@ -51,10 +51,6 @@ class Compat_VolumeProvider : public CIMInstanceProvider, public CIMMethodProvid
 {
 public:
     Compat_VolumeProvider() {}
-    Compat_VolumeProvider(const CIMObjectPath&)
-    {
-        throw CIMNotSupportedException(VolumeClassName + " does not support constructor with object path.");
-    }
     virtual ~Compat_VolumeProvider() {}
 
     virtual void initialize(CIMOMHandle& cimom) { _cimom = cimom; }
@@ -72,14 +68,9 @@ public:
         return instance;
     }
 
-    virtual void getInstance(const OperationContext& context, const CIMObjectPath& instanceReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
+        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
     {
-        (void)context;
-        (void)includeQualifiers;
-        (void)includeClassOrigin;
-        (void)propertyList;
         Array<CIMKeyBinding> keys = instanceReference.getKeyBindings();
         if (keys.size() != 2)
             throw CIMInvalidParameterException(VolumeClassName + " Expect two keys.");
@@ -94,13 +85,9 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstances(const OperationContext& context, const CIMObjectPath& classReference,
-        const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
+    virtual void enumerateInstances(const OperationContext&, const CIMObjectPath& classReference,
+        const Boolean, const Boolean, const CIMPropertyList& propertyList, InstanceResponseHandler& handler)
     {
-        (void)context;
-        (void)includeQualifiers;
-        (void)includeClassOrigin;
         Array<CIMInstance> instances;
         instances.append(buildInstance(classReference.getHost(), "vol1"));
         instances.append(buildInstance(classReference.getHost(), "vol2"));
@@ -111,10 +98,9 @@ public:
         handler.complete();
     }
 
-    virtual void enumerateInstanceNames(const OperationContext& context, const CIMObjectPath& classReference,
-        ObjectPathResponseHandler& handler)
+    virtual void enumerateInstanceNames(
+        const OperationContext&, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
     {
-        (void)context;
         handler.processing();
         handler.deliver(volumePath(classReference.getHost(), "vol1"));
         handler.deliver(volumePath(classReference.getHost(), "vol2"));
@@ -227,7 +213,7 @@ private:
     CIMOMHandle _cimom;
 };
 
-class Compat_MemberOfGroupProvider : public CIMInstanceProvider, public CIMAssociationProvider
+class Compat_MemberOfGroupProvider : public CIMAssociationProvider
 {
 public:
     Compat_MemberOfGroupProvider() {}
@@ -250,78 +236,27 @@ public:
         return instance;
     }
 
-    virtual void getInstance(const OperationContext&, const CIMObjectPath& instanceReference, const Boolean,
-        const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
-    {
-        CIMInstance association = buildAssociation(instanceReference.getHost());
-        if (!instanceReference.identical(association.getPath()))
-            throw CIMObjectNotFoundException(MemberClassName + " CIM Object not found.");
-        handler.processing();
-        handler.deliver(association);
-        handler.complete();
-    }
-
-    virtual void enumerateInstances(const OperationContext&, const CIMObjectPath& classReference,
-        const Boolean, const Boolean, const CIMPropertyList&, InstanceResponseHandler& handler)
-    {
-        handler.processing();
-        handler.deliver(buildAssociation(classReference.getHost()));
-        handler.complete();
-    }
-
-    virtual void enumerateInstanceNames(
-        const OperationContext&, const CIMObjectPath& classReference, ObjectPathResponseHandler& handler)
-    {
-        handler.processing();
-        handler.deliver(buildAssociation(classReference.getHost()).getPath());
-        handler.complete();
-    }
-
-    virtual void modifyInstance(const OperationContext&, const CIMObjectPath&, const CIMInstance&,
-        const Boolean, const CIMPropertyList&, ResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support modifyInstance.");
-    }
-
-    virtual void createInstance(
-        const OperationContext&, const CIMObjectPath&, const CIMInstance&, ObjectPathResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support createInstance.");
-    }
-
-    virtual void deleteInstance(const OperationContext&, const CIMObjectPath&, ResponseHandler&)
-    {
-        throw CIMNotSupportedException(MemberClassName + " does not support deleteInstance.");
-    }
-
     // The far side of the association, seen from objectName, or an
     // uninitialized path when objectName is on neither side.
-    static CIMObjectPath otherEnd(
-        const CIMObjectPath& objectName, const String& role, const String& resultRole)
+    static CIMObjectPath otherEnd(const CIMObjectPath& objectName)
     {
         CIMInstance association = buildAssociation(objectName.getHost());
         CIMObjectPath collection;
         CIMObjectPath member;
         association.getProperty(association.findProperty("Collection")).getValue().get(collection);
         association.getProperty(association.findProperty("Member")).getValue().get(member);
-        if (objectName.identical(member) && (role.size() == 0 || String::equalNoCase(role, "Member")) &&
-            (resultRole.size() == 0 || String::equalNoCase(resultRole, "Collection")))
+        if (objectName.identical(member))
             return collection;
-        if (objectName.identical(collection) &&
-            (role.size() == 0 || String::equalNoCase(role, "Collection")) &&
-            (resultRole.size() == 0 || String::equalNoCase(resultRole, "Member")))
+        if (objectName.identical(collection))
             return member;
         return CIMObjectPath();
     }
 
-    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName,
-        const CIMName& associationClass, const CIMName& resultClass, const String& role,
-        const String& resultRole, const Boolean includeQualifiers, const Boolean includeClassOrigin,
-        const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
+    virtual void associators(const OperationContext& context, const CIMObjectPath& objectName, const CIMName&,
+        const CIMName&, const String&, const String&, const Boolean includeQualifiers,
+        const Boolean includeClassOrigin, const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
     {
-        (void)associationClass;
-        (void)resultClass;
-        CIMObjectPath other = otherEnd(objectName, role, resultRole);
+        CIMObjectPath other = otherEnd(objectName);
         handler.processing();
         if (other.getClassName().getString().size() != 0)
         {
@@ -334,9 +269,9 @@ public:
     }
 
     virtual void associatorNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const CIMName&, const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
+        const CIMName&, const String&, const String&, ObjectPathResponseHandler& handler)
     {
-        CIMObjectPath other = otherEnd(objectName, role, resultRole);
+        CIMObjectPath other = otherEnd(objectName);
         handler.processing();
         if (other.getClassName().getString().size() != 0)
             handler.deliver(other);
@@ -344,20 +279,19 @@ public:
     }
 
     virtual void references(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const String& role, const Boolean, const Boolean, const CIMPropertyList&,
-        ObjectResponseHandler& handler)
+        const String&, const Boolean, const Boolean, const CIMPropertyList&, ObjectResponseHandler& handler)
     {
         handler.processing();
-        if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)
+        if (otherEnd(objectName).getClassName().getString().size() != 0)
             handler.deliver(CIMObject(buildAssociation(objectName.getHost())));
         handler.complete();
     }
 
     virtual void referenceNames(const OperationContext&, const CIMObjectPath& objectName, const CIMName&,
-        const String& role, ObjectPathResponseHandler& handler)
+        const String&, ObjectPathResponseHandler& handler)
     {
         handler.processing();
-        if (otherEnd(objectName, role, String::EMPTY).getClassName().getString().size() != 0)
+        if (otherEnd(objectName).getClassName().getString().size() != 0)
             handler.deliver(buildAssociation(objectName.getHost()).getPath());
         handler.complete();
     }

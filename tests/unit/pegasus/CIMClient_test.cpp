@@ -4,10 +4,12 @@
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Client/CIMClientTransport.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "RecordingFakes.h"
 #include "SdkText.h"
+#include "sdk_fixtures.h"
 
 #include <cstdlib>
 #include <functional>
@@ -17,32 +19,14 @@
 #include <vector>
 
 PEGASUS_USING_PEGASUS;
+using sdktest::messageOf;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
 using zda_test::text;
 
 namespace
 {
-
-// Answers enumerateInstanceNames and invokeMethod with recognisable results.
-class FakeTransport : public zda_test::RecordingClientTransport
-{
-public:
-    using RecordingClientTransport::RecordingClientTransport;
-
-    Array<CIMObjectPath> enumerateInstanceNames(const CIMNamespaceName& ns, const CIMName& cn) override
-    {
-        RecordingClientTransport::enumerateInstanceNames(ns, cn);
-        Array<CIMObjectPath> paths;
-        paths.append(CIMObjectPath((text(cn) + ".Name=\"S1\"").c_str()));
-        return paths;
-    }
-    CIMValue invokeMethod(const CIMNamespaceName& ns, const CIMObjectPath& p, const CIMName& m,
-        const Array<CIMParamValue>& in, Array<CIMParamValue>& out) override
-    {
-        RecordingClientTransport::invokeMethod(ns, p, m, in, out);
-        out.append(CIMParamValue("SystemName", CIMValue(String("S1"))));
-        return CIMValue(Uint32(0));
-    }
-};
 
 const char* const SOCKET_VARIABLE = CIMClientTransports::LOCAL_SOCKET_ENVIRONMENT_VARIABLE;
 
@@ -60,13 +44,23 @@ protected:
         unsetenv(SOCKET_VARIABLE);
     }
 
-    // Installs a loopback that hands out fake transports logging into log.
+    // A transport logging into log that answers enumerateInstanceNames and
+    // invokeMethod with recognisable results.
+    std::unique_ptr<CIMClientTransport> fakeTransport()
+    {
+        auto transport = std::make_unique<zda_test::RecordingClientTransport>(log);
+        transport->instanceNames.append(CIMObjectPath("ZDA_StorageSystem.Name=\"S1\""));
+        transport->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S1"))));
+        transport->returnValue = CIMValue(Uint32(0));
+        return transport;
+    }
+
+    // Installs a loopback that hands out fake transports.
     void installLoopback()
     {
-        auto log = this->log;
-        CIMClientTransports::setLoopbackTransportFactory([log](Uint32) {
+        CIMClientTransports::setLoopbackTransportFactory([this](Uint32) {
             log->push_back("loopback");
-            return std::unique_ptr<CIMClientTransport>(new FakeTransport(log));
+            return fakeTransport();
         });
     }
 
@@ -75,52 +69,14 @@ protected:
     std::shared_ptr<std::vector<std::string>> log = std::make_shared<std::vector<std::string>>();
 };
 
-// Runs call, expecting CannotConnectException; returns its message.
-std::string cannotConnectMessage(const std::function<void()>& call)
-{
-    try
-    {
-        call();
-    }
-    catch (const CannotConnectException& e)
-    {
-        return text(e.getMessage());
-    }
-    catch (const Exception& e)
-    {
-        return "wrong exception: " + text(e.getMessage());
-    }
-    return "no exception";
-}
-
-bool contains(const std::string& haystack, const std::string& needle)
-{
-    return haystack.find(needle) != std::string::npos;
-}
-
 }  // namespace
-
-TEST_F(CIMClientTest, ConnectLocalFailsCatchablyWhenNoLocalServerIsAvailable)
-{
-    CIMClient client;
-    std::string message = cannotConnectMessage([&] { client.connectLocal(); });
-    EXPECT_TRUE(contains(message, "ZDA_CIMSERVER_SOCKET is not set")) << message;
-
-    setenv(SOCKET_VARIABLE, "/run/zda/cimxml.socket", 1);
-    message = cannotConnectMessage([&] { client.connectLocal(); });
-    EXPECT_TRUE(contains(message, "/run/zda/cimxml.socket")) << message;
-    EXPECT_TRUE(contains(message, "no Unix socket transport")) << message;
-
-    // Still not connected after the failures.
-    EXPECT_THROW(client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem"), NotConnectedException);
-}
 
 TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 {
     std::string socketPathSeen;
     CIMClientTransports::setLocalSocketTransportFactory([&](const String& path, Uint32) {
         socketPathSeen = text(path);
-        return std::unique_ptr<CIMClientTransport>(new FakeTransport(log));
+        return fakeTransport();
     });
     setenv(SOCKET_VARIABLE, "/tmp/zda.sock", 1);
 
@@ -138,16 +94,16 @@ TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 TEST_F(CIMClientTest, ConnectSelectsTheNetworkTransportWithWhatTheCallerGave)
 {
     CIMClient client;
-    std::string message = cannotConnectMessage([&] { client.connect("array1", 5989, "u", "p"); });
-    EXPECT_TRUE(contains(message, "array1:5989")) << message;
-    EXPECT_TRUE(contains(message, "no network")) << message;
+    EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connect("array1", 5989, "u", "p"); }),
+        AllOf(HasSubstr("array1:5989"), HasSubstr("no network")));
 
-    std::vector<CIMClientNetworkTarget> targets;
-    std::vector<std::string> trustStores;
+    // Each target as "host:port user/password timeout trust store".
+    std::vector<std::string> targets;
     CIMClientTransports::setNetworkTransportFactory([&](const CIMClientNetworkTarget& t) {
-        targets.push_back(t);
-        trustStores.push_back(t.sslContext ? text(t.sslContext->getTrustStore()) : "<plain>");
-        return std::unique_ptr<CIMClientTransport>(new FakeTransport(log));
+        targets.push_back(text(t.host) + ":" + std::to_string(t.portNumber) + " " + text(t.userName) + "/" +
+            text(t.password) + " " + std::to_string(t.timeoutMilliseconds) + " " +
+            (t.sslContext ? text(t.sslContext->getTrustStore()) : "<plain>"));
+        return fakeTransport();
     });
 
     client.setTimeout(5000);
@@ -155,15 +111,8 @@ TEST_F(CIMClientTest, ConnectSelectsTheNetworkTransportWithWhatTheCallerGave)
     client.disconnect();
     client.connect("array1", 5989, SSLContext("/etc/zda/ca.pem", nullptr), "bob", "pw");
 
-    ASSERT_EQ(2u, targets.size());
-    EXPECT_EQ("array1", text(targets[0].host));
-    EXPECT_EQ(5988u, targets[0].portNumber);
-    EXPECT_EQ("alice", text(targets[0].userName));
-    EXPECT_EQ("secret", text(targets[0].password));
-    EXPECT_EQ(5000u, targets[0].timeoutMilliseconds);
-    EXPECT_EQ("<plain>", trustStores[0]);
-    EXPECT_EQ(5989u, targets[1].portNumber);
-    EXPECT_EQ("/etc/zda/ca.pem", trustStores[1]);
+    EXPECT_THAT(targets,
+        ElementsAre("array1:5988 alice/secret 5000 <plain>", "array1:5989 bob/pw 5000 /etc/zda/ca.pem"));
 }
 
 TEST_F(CIMClientTest, ConnectionStateIsEnforced)
@@ -186,31 +135,40 @@ TEST_F(CIMClientTest, ConnectionStateIsEnforced)
     EXPECT_THROW(client.getClass("root/zda", "ZDA_StorageVolume"), NotConnectedException);
 }
 
-TEST_F(CIMClientTest, FactoryFailuresBecomeConnectionExceptions)
+// Without a local server, or when the transport factory fails, connectLocal
+// throws an exception callers can catch, and the client stays unconnected.
+TEST_F(CIMClientTest, ConnectLocalFailuresBecomeConnectionExceptions)
 {
+    typedef std::function<std::unique_ptr<CIMClientTransport>()> Factory;
+    auto throwing = [](auto e) { return Factory([e]() -> std::unique_ptr<CIMClientTransport> { throw e; }); };
+    auto loopback = [](Factory factory) {
+        return [factory] {
+            CIMClientTransports::setLoopbackTransportFactory([factory](Uint32) { return factory(); });
+        };
+    };
     struct Case
     {
         const char* name;
-        std::function<std::unique_ptr<CIMClientTransport>()> factory;
-        const char* expectedText;
+        std::function<void()> setUp;
+        testing::Matcher<std::string> message;
     };
     const Case cases[] = {
-        {"connection exception",
-            []() -> std::unique_ptr<CIMClientTransport> { throw CannotConnectException("socket refused"); },
-            "socket refused"},
-        {"std::exception",
-            []() -> std::unique_ptr<CIMClientTransport> { throw std::runtime_error("ECONNREFUSED"); },
-            "ECONNREFUSED"},
-        {"no transport", [] { return std::unique_ptr<CIMClientTransport>(); }, "returned no connection"},
+        {"no socket variable", [] {}, HasSubstr("ZDA_CIMSERVER_SOCKET is not set")},
+        {"no socket transport", [] { setenv(SOCKET_VARIABLE, "/run/zda/cimxml.socket", 1); },
+            AllOf(HasSubstr("/run/zda/cimxml.socket"), HasSubstr("no Unix socket transport"))},
+        {"connection exception", loopback(throwing(CannotConnectException("socket refused"))),
+            HasSubstr("socket refused")},
+        {"std::exception", loopback(throwing(std::runtime_error("ECONNREFUSED"))), HasSubstr("ECONNREFUSED")},
+        {"no transport", loopback([] { return std::unique_ptr<CIMClientTransport>(); }),
+            HasSubstr("returned no connection")},
     };
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.name);
-        auto factory = c.factory;
-        CIMClientTransports::setLoopbackTransportFactory([factory](Uint32) { return factory(); });
+        clearRegistrations();
+        c.setUp();
         CIMClient client;
-        std::string message = cannotConnectMessage([&] { client.connectLocal(); });
-        EXPECT_TRUE(contains(message, c.expectedText)) << message;
+        EXPECT_THAT(messageOf<CannotConnectException>([&] { client.connectLocal(); }), c.message);
         EXPECT_THROW(client.getClass("root/zda", "X"), NotConnectedException);
     }
 }

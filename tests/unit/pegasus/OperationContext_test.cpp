@@ -1,12 +1,21 @@
 // OperationContext: container storage by name, deep copies, ownership through
-// clone()/destroy(), and the identity the host hands to providers.
+// clone()/destroy(), and the identity the host hands to providers. Also the
+// recording handler that tests use to see what a provider did: calls through
+// each handler interface land in one ordered record, array deliveries count
+// item by item, and the observer runs before each call returns to the
+// provider.
 #include <Pegasus/Common/OperationContext.h>
+#include <Pegasus/Common/ResponseHandler.h>
 
 #include <gtest/gtest.h>
+
+#include "RecordingResponseHandler.h"
 
 #include <functional>
 
 PEGASUS_USING_PEGASUS;
+using zda_test::HandlerEvent;
+using zda_test::RecordingResponseHandler;
 
 namespace
 {
@@ -156,6 +165,7 @@ TEST(IdentityContainerTest, LanguageContainersKeepTheirLists)
     AcceptLanguageList accept;
     accept.insert(LanguageTag("de"), 0.5f);
     accept.insert(LanguageTag("en-US"), 1.0f);
+    accept.insert(LanguageTag("fr"), 0.5f);
     ContentLanguageList content;
     content.append(LanguageTag("fr"));
 
@@ -167,8 +177,68 @@ TEST(IdentityContainerTest, LanguageContainersKeepTheirLists)
     AcceptLanguageList acceptCopy =
         AcceptLanguageListContainer(copy.get(AcceptLanguageListContainer::NAME)).getLanguages();
     EXPECT_TRUE(acceptCopy == accept);
-    EXPECT_TRUE(
-        ContentLanguageListContainer(copy.get(ContentLanguageListContainer::NAME)).getLanguages() == content);
+    EXPECT_EQ(acceptCopy.getLanguageTag(0).toString(), "en-US");  // highest quality first
+    EXPECT_EQ(acceptCopy.getLanguageTag(2).toString(), "fr");     // equal quality keeps order
+    EXPECT_EQ(acceptCopy.getLanguageTag(0).getCountry(), "US");
+    EXPECT_EQ(acceptCopy.find(LanguageTag("EN-us")), 0u);
+
+    ContentLanguageList upperCase;
+    upperCase.append(LanguageTag("FR"));
+    ContentLanguageList contentCopy =
+        ContentLanguageListContainer(copy.get(ContentLanguageListContainer::NAME)).getLanguages();
+    EXPECT_TRUE(contentCopy == upperCase) << "tags compare ignoring case";
+    EXPECT_THROW(contentCopy.getLanguageTag(1), IndexOutOfBoundsException);
     EXPECT_THROW(ContentLanguageListContainer(copy.get(AcceptLanguageListContainer::NAME)),
         DynamicCastFailedException);
+}
+
+TEST(RecordingResponseHandlerTest, RecordsCallsThroughEveryInterfaceInOrder)
+{
+    size_t seenBeforeRecording = 0;
+    RecordingResponseHandler* self = nullptr;
+    RecordingResponseHandler handler([&](const HandlerEvent&) {
+        // The observer runs while the provider waits and before the event is stored.
+        EXPECT_EQ(seenBeforeRecording++, self->events().size());
+    });
+    self = &handler;
+
+    InstanceResponseHandler& instances = handler;
+    ObjectPathResponseHandler& paths = handler;
+    ObjectResponseHandler& objects = handler;
+    MethodResultResponseHandler& results = handler;
+
+    Array<CIMInstance> two;
+    two.append(CIMInstance("A_Class"));
+    two.append(CIMInstance("B_Class"));
+
+    instances.processing();
+    instances.deliver(two);
+    paths.deliver(CIMObjectPath("A_Class.Name=\"x\""));
+    objects.deliver(CIMInstance("C_Class"));  // through CIMObject's conversion
+    results.deliverParamValue(CIMParamValue("Out", CIMValue(Uint32(1))));
+    results.deliver(CIMValue(Uint32(0)));
+    results.complete();
+    paths.deliver(CIMObjectPath("Late_Class"));
+
+    EXPECT_EQ("processing deliver(instance) deliver(instance) deliver(path) deliver(object) "
+              "deliverParamValue deliver(value) complete deliver(path)",
+        handler.sequence());
+    std::vector<HandlerEvent> events = handler.events();
+    EXPECT_TRUE(events[1].fromArray);
+    EXPECT_FALSE(events[3].fromArray);
+    EXPECT_EQ(String("B_Class"), handler.instances()[1].getClassName().getString());
+    EXPECT_EQ(2u, handler.objectPaths().size()) << "deliveries after complete() are kept";
+    EXPECT_TRUE(handler.completed());
+    EXPECT_EQ(events.size(), seenBeforeRecording);
+}
+
+TEST(RecordingResponseHandlerTest, KeepsTheContextAProviderSets)
+{
+    RecordingResponseHandler handler;
+    OperationContext context;
+    context.insert(ContentLanguageListContainer(ContentLanguageList()));
+    ResponseHandler& base = static_cast<InstanceResponseHandler&>(handler);
+    base.setContext(context);
+    context.clear();
+    EXPECT_TRUE(handler.responseContext().contains(ContentLanguageListContainer::NAME));
 }

@@ -1,5 +1,7 @@
 // Classes and instances: building instances from classes, filtering,
-// property and path rules, key handling.
+// property and path rules, key handling; property lists (null versus empty,
+// value semantics), parameter values (a shared handle) and qualifier
+// declarations.
 #include <gtest/gtest.h>
 
 #include <Pegasus/Common/CIMClass.h>
@@ -8,11 +10,14 @@
 #include <Pegasus/Common/Exception.h>
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
+#include <Pegasus/Common/CIMParamValue.h>
+#include <Pegasus/Common/CIMPropertyList.h>
+#include <Pegasus/Common/CIMQualifierDecl.h>
 
-#include "object_model_fixtures.h"
+#include "sdk_fixtures.h"
 
 using namespace Pegasus;
-using namespace objtest;
+using namespace sdktest;
 
 using Names = std::vector<std::string>;
 
@@ -23,27 +28,14 @@ TEST(BuildInstance, NullListGivesEveryPropertyWithItsDefaultAndDeclaredType)
 
     EXPECT_EQ(propertyNames(inst), (Names{"Name", "Size", "Tags", "Owner", "Comment"}));
     EXPECT_TRUE(inst.getClassName().equal(CIMName("Test_Disk")));
+    EXPECT_EQ(inst.getPath().toString(), "Test_Disk");  // no host, namespace or keys
 
-    // The path names the class only.
-    const CIMObjectPath& path = inst.getPath();
-    EXPECT_TRUE(path.getClassName().equal(CIMName("Test_Disk")));
-    EXPECT_EQ(path.getHost(), String());
-    EXPECT_TRUE(path.getNameSpace().isNull());
-    EXPECT_EQ(path.getKeyBindings().size(), 0u);
-
-    CIMConstProperty size = inst.getProperty(inst.findProperty(CIMName("Size")));
-    EXPECT_TRUE(size.getValue().equal(CIMValue(Uint64(100))));
-
-    CIMConstProperty name = inst.getProperty(0);
-    EXPECT_TRUE(name.getValue().isNull());
-    EXPECT_EQ(name.getType(), CIMTYPE_STRING);
-
-    CIMConstProperty tags = inst.getProperty(2);
-    EXPECT_TRUE(tags.isArray());
-
-    CIMConstProperty owner = inst.getProperty(3);
-    EXPECT_EQ(owner.getType(), CIMTYPE_REFERENCE);
-    EXPECT_TRUE(owner.getReferenceClassName().equal(CIMName("Test_Host")));
+    // Each property has its default, or a null of its declared type.
+    EXPECT_EQ(inst.getProperty(0).getValue(), CIMValue(CIMTYPE_STRING, false));
+    EXPECT_EQ(inst.getProperty(1).getValue(), CIMValue(Uint64(100)));
+    EXPECT_EQ(inst.getProperty(2).getValue(), CIMValue(CIMTYPE_STRING, true));
+    EXPECT_EQ(inst.getProperty(3).getValue(), CIMValue(CIMTYPE_REFERENCE, false));
+    EXPECT_TRUE(inst.getProperty(3).getReferenceClassName().equal(CIMName("Test_Host")));
 
     // Without qualifiers and class origins; the propagated flag is kept.
     CIMConstProperty comment = inst.getProperty(4);
@@ -66,18 +58,6 @@ TEST(BuildInstance, QualifiersAndClassOriginOnlyWhenAsked)
     EXPECT_NE(inst.getProperty(0).findQualifier(CIMName("KEY")), PEG_NOT_FOUND);
 }
 
-TEST(BuildInstance, PropertyListSelectsInClassOrderIgnoringCase)
-{
-    CIMClass cls = makeDiskClass();
-
-    EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({"size", "NAME", "Unknown"}))),
-        (Names{"Name", "Size"}));
-    EXPECT_EQ(propertyNames(cls.buildInstance(false, false, listOf({}))), Names{});
-    // The const view builds the same way.
-    CIMConstClass view(cls);
-    EXPECT_EQ(propertyNames(view.buildInstance(false, false, listOf({"owner"}))), (Names{"Owner"}));
-}
-
 TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
 {
     CIMClass cls = makeDiskClass();
@@ -92,16 +72,14 @@ TEST(BuildInstance, ResultIsIndependentOfTheClassAndKeepsDeclaredTypes)
     EXPECT_TRUE(cls.getProperty(pos).getValue().equal(CIMValue(Uint64(100))));
     EXPECT_EQ(cls.getPropertyCount(), 5u);
 
-    // The skeleton keeps the declared type: a value of another type is refused.
-    CIMProperty size = second.getProperty(pos);
-    EXPECT_THROW(size.setValue(CIMValue(Uint32(7))), TypeMismatchException);
+    // The skeleton keeps the declared type, even where its value is null.
     EXPECT_THROW(second.getProperty(0).setValue(CIMValue(Uint32(1))), TypeMismatchException);
     EXPECT_NO_THROW(second.getProperty(0).setValue(CIMValue(String("disk1"))));
 
     EXPECT_THROW(CIMClass().buildInstance(false, false, CIMPropertyList()), UninitializedObjectException);
 }
 
-// --- filter / instanceFilter --------------------------------------------------
+// --- property lists: buildInstance, filter, instanceFilter --------------------
 
 struct FilterCase
 {
@@ -119,7 +97,8 @@ void PrintTo(const FilterCase& c, std::ostream* os)
 class InstanceFilter : public ::testing::TestWithParam<FilterCase>
 {};
 
-TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInBothForms)
+// Listed properties are kept in class order, names ignoring case.
+TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInEveryForm)
 {
     const FilterCase& c = GetParam();
     CIMPropertyList list;
@@ -131,6 +110,8 @@ TEST_P(InstanceFilter, KeepsOnlyListedPropertiesInBothForms)
         list.set(names);
     }
     CIMClass cls = makeDiskClass();
+    EXPECT_EQ(propertyNames(cls.buildInstance(false, false, list)), c.expected);
+    EXPECT_EQ(propertyNames(CIMConstClass(cls).buildInstance(false, false, list)), c.expected);
 
     CIMInstance viaFilter = cls.buildInstance(true, true, CIMPropertyList());
     viaFilter.filter(true, true, list);
@@ -175,15 +156,9 @@ TEST(ObjectProperties, AddFindRemoveFollowNameAndIndexRules)
         .addProperty(CIMProperty(CIMName("b"), CIMValue(Uint32(2))))
         .addProperty(CIMProperty(CIMName("c"), CIMValue(Uint32(3))));
 
-    try
-    {
-        inst.addProperty(CIMProperty(CIMName("B"), CIMValue(Uint32(9))));
-        FAIL() << "duplicate accepted";
-    }
-    catch (const AlreadyExistsException& e)
-    {
-        EXPECT_EQ(e.getMessage(), String("already exists: property \"B\""));
-    }
+    EXPECT_EQ(messageOf<AlreadyExistsException>(
+                  [&] { inst.addProperty(CIMProperty(CIMName("B"), CIMValue(Uint32(9)))); }),
+        "already exists: property \"B\"");
     EXPECT_THROW(inst.addProperty(CIMProperty()), UninitializedObjectException);
 
     EXPECT_EQ(inst.findProperty(CIMName("C")), 2u);
@@ -210,6 +185,20 @@ TEST(ObjectProperties, AddedHandleStaysSharedAndCannotBeRenamedWhileOwned)
     EXPECT_THROW(p.setName(CIMName("Other")), Exception);
     inst.removeProperty(0);
     EXPECT_NO_THROW(p.setName(CIMName("Other")));
+
+    // Held by two containers, one of which went away: still owned until the
+    // other goes too.
+    {
+        CIMInstance first("Test_A");
+        first.addProperty(p);
+        {
+            CIMInstance second("Test_B");
+            second.addProperty(p);
+        }
+        EXPECT_THROW(p.setName(CIMName("Again")), Exception);
+    }
+    p.setName(CIMName("Again"));
+    EXPECT_EQ(p.getName().getString(), String("Again"));
 
     CIMQualifier q = keyQualifier();
     p.addQualifier(q);
@@ -390,4 +379,136 @@ TEST(ObjectQualifiers, ElementsShareTheNameAndIndexRules)
     cls.removeQualifier(0);
     EXPECT_EQ(cls.findQualifier(CIMName("Version")), 0u);
     EXPECT_EQ(cls.findQualifier(CIMName("Association")), PEG_NOT_FOUND);
+}
+
+// --- property lists, parameter values, qualifier declarations ---------------
+
+TEST(PropertyList, NullMeansAllAndEmptyMeansNone)
+{
+    CIMPropertyList all;
+    CIMPropertyList none{Array<CIMName>()};
+    Array<CIMName> names;
+    names.append(CIMName("Name"));
+    names.append(CIMName("Size"));
+    CIMPropertyList some(names);
+
+    EXPECT_TRUE(all.isNull());
+    EXPECT_FALSE(none.isNull());
+    EXPECT_EQ(none.size(), 0u);
+
+    EXPECT_TRUE(all.useThisProperty(CIMName("Anything")));
+    EXPECT_FALSE(all.contains(CIMName("Anything")));
+    EXPECT_FALSE(none.useThisProperty(CIMName("Name")));
+    EXPECT_TRUE(some.useThisProperty(CIMName("SIZE")));
+    EXPECT_FALSE(some.useThisProperty(CIMName("Owner")));
+
+    EXPECT_EQ(all.toString(), String("NULL"));
+    EXPECT_EQ(none.toString(), String("EMPTY"));
+    EXPECT_EQ(some.toString(), String("Name, Size"));
+
+    some.clear();
+    EXPECT_TRUE(some.isNull());
+    EXPECT_EQ(some.size(), 0u);
+}
+
+TEST(PropertyList, CopiesAreIndependentValues)
+{
+    Array<CIMName> names;
+    names.append(CIMName("Name"));
+    CIMPropertyList a(names);
+    CIMPropertyList b = a;
+    b.clear();
+    EXPECT_FALSE(a.isNull());
+    EXPECT_TRUE(a[0].equal(CIMName("name")));
+    EXPECT_THROW(a[1], IndexOutOfBoundsException);
+
+    b = a;
+    Array<String> more;
+    more.append(String("Size"));
+    b.append(more);
+    EXPECT_EQ(a.size(), 1u);
+    EXPECT_EQ(b.getPropertyNameArray().size(), 2u);
+
+    CIMPropertyList fromNull;
+    Array<String> nothing;
+    fromNull.append(nothing);
+    EXPECT_FALSE(fromNull.isNull());
+}
+
+TEST(PropertyList, RejectsBadNamesWithoutChange)
+{
+    Array<CIMName> withNull;
+    withNull.append(CIMName("Name"));
+    withNull.append(CIMName());
+    EXPECT_THROW(CIMPropertyList{withNull}, UninitializedObjectException);
+
+    CIMPropertyList list;
+    EXPECT_THROW(list.set(withNull), UninitializedObjectException);
+    EXPECT_TRUE(list.isNull());
+
+    Array<String> bad;
+    bad.append(String("Good"));
+    bad.append(String("not valid"));
+    EXPECT_THROW(list.append(bad), InvalidNameException);
+    EXPECT_TRUE(list.isNull());
+
+    list.appendCIMNameTag(42);
+    EXPECT_EQ(list.getCIMNameTag(0), 42u);
+    EXPECT_THROW(list.getCIMNameTag(1), IndexOutOfBoundsException);
+}
+
+TEST(ParamValue, CopiesShareAndCloneDetaches)
+{
+    CIMParamValue pv(String("Count"), CIMValue(Uint32(1)), false);
+    CIMParamValue copy = pv;
+    CIMValue two(Uint32(2));
+    copy.setValue(two);
+    copy.setIsTyped();
+    String renamed("Total");
+    copy.setParameterName(renamed);
+
+    EXPECT_TRUE(pv.getValue().equal(CIMValue(Uint32(2))));
+    EXPECT_TRUE(pv.isTyped());
+    EXPECT_EQ(pv.getParameterName(), String("Total"));
+
+    CIMParamValue clone = pv.clone();
+    CIMValue three(Uint32(3));
+    clone.setValue(three);
+    EXPECT_TRUE(pv.getValue().equal(CIMValue(Uint32(2))));
+
+    String empty;
+    EXPECT_THROW(pv.setParameterName(empty), UninitializedObjectException);
+    EXPECT_THROW(CIMParamValue(String(), CIMValue(true)), UninitializedObjectException);
+}
+
+TEST(ParamValue, MayHoldReferenceArraysUnlikeProperties)
+{
+    Array<CIMObjectPath> refs;
+    refs.append(CIMObjectPath("Test_Disk.Name=\"a\""));
+    refs.append(CIMObjectPath("Test_Disk.Name=\"b\""));
+    CIMParamValue pv(String("Elements"), CIMValue(refs));
+    Array<CIMObjectPath> out;
+    pv.getValue().get(out);
+    EXPECT_EQ(out.size(), 2u);
+    EXPECT_THROW(CIMProperty(CIMName("Elements"), CIMValue(refs)), TypeMismatchException);
+}
+
+TEST(QualifierDeclarations, ScopeFlavorAndArraySize)
+{
+    CIMQualifierDecl key(CIMName("Key"), CIMValue(false), CIMScope::PROPERTY + CIMScope::REFERENCE,
+        CIMFlavor::DISABLEOVERRIDE + CIMFlavor::TOSUBCLASS);
+    EXPECT_TRUE(key.getScope().hasScope(CIMScope::REFERENCE));
+    EXPECT_FALSE(key.getScope().hasScope(CIMScope::CLASS));
+    EXPECT_EQ(key.getScope().toString(), String("PROPERTY REFERENCE"));
+    EXPECT_EQ(CIMScope::ANY.toString(), String("ANY"));
+    EXPECT_TRUE(key.getFlavor().hasFlavor(CIMFlavor::DISABLEOVERRIDE));
+    EXPECT_FALSE(key.getFlavor().hasFlavor(CIMFlavor::OVERRIDABLE));
+
+    CIMQualifierDecl plain(CIMName("Description"), CIMValue(CIMTYPE_STRING, false), CIMScope::ANY);
+    EXPECT_TRUE(plain.getFlavor().equal(CIMFlavor::OVERRIDABLE + CIMFlavor::TOSUBCLASS));
+    EXPECT_TRUE(plain.clone().identical(plain));
+    EXPECT_FALSE(plain.identical(key));
+
+    EXPECT_THROW(CIMQualifierDecl(CIMName("A"), CIMValue(Uint32(1)), CIMScope::ANY, CIMFlavor::DEFAULTS, 2),
+        TypeMismatchException);
 }

@@ -1,10 +1,15 @@
 // Object path parsing, printing, key normalisation and comparison.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <Pegasus/Common/CIMObjectPath.h>
 #include <Pegasus/Common/CIMValue.h>
 
+#include "sdk_fixtures.h"
+
 using namespace Pegasus;
+using sdktest::messageOf;
+using testing::StartsWith;
 
 namespace
 {
@@ -66,19 +71,10 @@ class MalformedPath : public ::testing::TestWithParam<const char*>
 
 TEST_P(MalformedPath, ThrowsMalformedObjectName)
 {
-    const char* input = GetParam();
-    try
-    {
-        CIMObjectPath path{String(input)};
-        ADD_FAILURE() << "parsed: " << path.toString();
-    }
-    catch (const MalformedObjectNameException& e)
-    {
-        // The message names the whole input and a reason.
-        std::string message(static_cast<const char*>(e.getMessage().getCString()));
-        EXPECT_EQ(message.rfind(std::string("malformed object name: ") + input + ", reason:\"", 0), 0u)
-            << message;
-    }
+    // The message names the whole input and a reason.
+    const std::string input = GetParam();
+    EXPECT_THAT(messageOf<MalformedObjectNameException>([&] { CIMObjectPath path{String(input.c_str())}; }),
+        StartsWith("malformed object name: " + input + ", reason:\""));
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, MalformedPath,
@@ -197,46 +193,6 @@ INSTANTIATE_TEST_SUITE_P(Paths, PathIdentity,
         Identity{"A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//H/ROOT:s.name=\\\"x\\\"\"", true},
         Identity{"A.R=\"//h/root:S.Name=\\\"x\\\"\"", "A.R=\"//g/root:S.Name=\\\"x\\\"\"", false},
         Identity{"A.R=\"S.Name=\\\"x\\\"\"", "A.R=\"S.Name=\\\"X\\\"\"", false}));
-
-// Code that compares paths regardless of host re-types string keys that parse
-// as paths into references and drops hosts; the value model must support
-// each step of that.
-TEST(CIMObjectPathTest, RetypingStringKeysAsHostlessReferences)
-{
-    auto stripHosts = [](const CIMObjectPath& path) {
-        Array<CIMKeyBinding> keys = path.getKeyBindings();
-        for (Uint32 i = 0; i < keys.size(); i++)
-        {
-            if (keys[i].getType() != CIMKeyBinding::STRING && keys[i].getType() != CIMKeyBinding::REFERENCE)
-                continue;
-            try
-            {
-                CIMObjectPath inner{keys[i].getValue()};
-                CIMObjectPath local(
-                    String(), inner.getNameSpace(), inner.getClassName(), inner.getKeyBindings());
-                keys[i].setValue(local.toString());
-                keys[i].setType(CIMKeyBinding::REFERENCE);
-            }
-            catch (const Exception&)
-            {}
-        }
-        return CIMObjectPath(String(), path.getNameSpace(), path.getClassName(), keys);
-    };
-
-    CIMObjectPath a{
-        String("//a/root:Sync.SyncedElement=\"//h1/root:Vol.Name=\\\"v1\\\"\",SystemName=\"S1\"")};
-    CIMObjectPath b{
-        String("//b/root:Sync.SyncedElement=\"//h2/ROOT:vol.name=\\\"v1\\\"\",SystemName=\"s1\"")};
-    EXPECT_FALSE(a.identical(b));
-    // "S1" is a legal class name, so it becomes a reference and loses its case.
-    EXPECT_TRUE(stripHosts(a).identical(stripHosts(b)));
-
-    // Text that is not a path stays a case-sensitive string.
-    CIMObjectPath c{String("C.SystemName=\"50002AC0012B4\"")};
-    CIMObjectPath d{String("C.SystemName=\"50002ac0012b4\"")};
-    EXPECT_EQ(stripHosts(c).getKeyBindings()[0].getType(), CIMKeyBinding::STRING);
-    EXPECT_FALSE(stripHosts(c).identical(stripHosts(d)));
-}
 
 TEST(CIMObjectPathTest, ParsingReplacesEverythingOrNothing)
 {

@@ -1,15 +1,28 @@
-// A small class shared by the object-model tests: a keyed disk with
-// defaults, an array, a reference and a property inherited from a base.
-#ifndef ZDA_TESTS_OBJECT_MODEL_FIXTURES_H
-#define ZDA_TESTS_OBJECT_MODEL_FIXTURES_H
+// Pieces shared by the SDK's tests: a small class (a keyed disk with
+// defaults, an array, a reference and a property inherited from a base),
+// property lists, and the exception a call throws.
+#ifndef ZDA_TESTS_SDK_FIXTURES_H
+#define ZDA_TESTS_SDK_FIXTURES_H
 
+#include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include <Pegasus/Common/CIMClass.h>
 #include <Pegasus/Common/CIMValue.h>
+#include <Pegasus/Common/Exception.h>
 
-namespace objtest
+// Values show as their text when an assertion fails.
+namespace Pegasus
+{
+inline void PrintTo(const CIMValue& value, std::ostream* os)
+{
+    *os << (value.isNull() ? "null" : (const char*)value.toString().getCString());
+}
+}  // namespace Pegasus
+
+namespace sdktest
 {
 using namespace Pegasus;
 
@@ -61,6 +74,35 @@ inline CIMPropertyList listOf(std::initializer_list<const char*> names)
     return CIMPropertyList(array);
 }
 
-}  // namespace objtest
+// Runs call, expecting an E; returns its message ("no exception" if none).
+template <class E>
+std::string messageOf(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const E& e)
+    {
+        return (const char*)e.getMessage().getCString();
+    }
+    return "no exception";
+}
+
+// Runs call and returns the CIMException it throws (code 0 if none).
+inline CIMException thrownBy(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const CIMException& e)
+    {
+        return e;
+    }
+    return CIMException(CIM_ERR_SUCCESS, "nothing thrown");
+}
+
+}  // namespace sdktest
 
 #endif
