@@ -1,10 +1,6 @@
 // Status records, logging, helpers and fault injection basics.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-
-#include <unistd.h>
 
 #include "sim_fixture.h"
 
@@ -47,22 +43,16 @@ TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut)
 
 TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured)
 {
-    char path[] = "/tmp/zdasim-log-XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
-    ASSERT_EQ(zdasim_log_to_file(path), 0);
+    const std::string path = tempPath("log");
+    ASSERT_EQ(zdasim_log_to_file(path.c_str()), 0);
     zdasim_log_set_threshold(LOG_LEVEL_WARNING);
     log_message(LOG_LEVEL_ERROR, "error %d\n", 1);
     log_message(LOG_LEVEL_WARNING, "warning %s", "two");
     log_message(LOG_LEVEL_TRACE, "--> trace");
     zdasim_log_to_file(nullptr);
 
-    std::ifstream in(path);
-    std::stringstream content;
-    content << in.rdbuf();
-    EXPECT_EQ(content.str(), "error 1\nwarning two\n");
-    std::remove(path);
+    EXPECT_EQ(fileText(path), "error 1\nwarning two\n");
+    std::remove(path.c_str());
 
     ASSERT_EQ(zdasim_log_count(), 3u);  // capture keeps every level
     int level = 0;
@@ -147,12 +137,20 @@ TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory)
 {
     free_if_not_null(nullptr);
     free_if_not_null(std::malloc(10));  // memory of the caller's own
+    ASSERT_EQ(zdasim_clone_start("vol1", "c1", 10, -1, nullptr), 0);
     int count = 0;
-    api_VVObj_t* list = nullptr;
-    ASSERT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0);
+    api_VVObj_t* vvs = nullptr;
+    api_task_t* taskList = nullptr;
+    ASSERT_EQ(api_getVVs("vol1", nullptr, &count, &vvs, 1), 0);
+    ASSERT_EQ(api_getTasks(&count, &taskList), 0);
     EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 1);
-    free_if_not_null(list);
-    EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 0);
+    EXPECT_EQ(zdasim_ledger_outstanding("task_list"), 1);
+    free_if_not_null(vvs);
+    free_if_not_null(taskList);
+    EXPECT_EQ(zdasim_ledger_outstanding(nullptr), 0);
+    zdasim_fault_add("api_getTasks", 1, 5, "injected");
+    EXPECT_EQ(api_getTasks(&count, &taskList), 5);
+    EXPECT_EQ(taskList, nullptr);
 }
 
 TEST_F(BaseTest, ReleasingTwiceIsCounted)
@@ -184,7 +182,7 @@ TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut)
     api_freeSets(&sets);
     EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0) << "the fault ran out";
     free_if_not_null(list);
-    EXPECT_NE(lastJournalOf("api_getVVs").find("-> 0"), std::string::npos);
+    EXPECT_THAT(lastJournalOf("api_getVVs"), HasSubstr("-> 0"));
     EXPECT_EQ(zdasim_journal_count_of("api_getVVs"), 3u);
 
     zdasim_fault_add("api_removeVVSet", -1, 68, "VV set is in use");

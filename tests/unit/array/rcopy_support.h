@@ -60,8 +60,10 @@ protected:
 
 // ---- requests, as callers build them ----------------------------------------
 
+// Groups are periodic to tA unless told.
 inline api_Status_t createGroup(const std::string& name,
-    const std::vector<std::pair<std::string, uint32_t>>& targets, const std::string& domain = "d1")
+    const std::vector<std::pair<std::string, uint32_t>>& targets = {{"tA", RM_TARGET_MODE_PERIODIC}},
+    const std::string& domain = "d1")
 {
     api_rcopy_group_t g{};
     std::strncpy(g.name, name.c_str(), sizeof g.name - 1);
@@ -247,17 +249,13 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL)
     return out;
 }
 
-// The record of one volume, zeroed when the array has no such volume.
-inline api_VVObj_t volume(const std::string& name)
+// One group as api_getRCopy answers it now.
+inline GroupView groupOf(const std::string& name)
 {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
-    api_VVObj_t out{};
-    if (count == 1)
-        out = vv[0];
-    free_if_not_null(vv);
-    return out;
+    const RcopyView rc = readRcopy();
+    const GroupView* g = rc.group(name);
+    EXPECT_NE(g, nullptr) << "no group " << name;
+    return g ? *g : GroupView{};
 }
 
 inline std::vector<api_task_t> tasks()

@@ -4,56 +4,19 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <tuple>
 
 #include "sim_fixture.h"
 
 using namespace zdatest;
 
-namespace
-{
-
-struct SetView
-{
-    uint32_t id = 0;
-    std::string comment, domain;
-    std::vector<std::string> members;
-};
-
-// The sets api_getVVSets returns, by name; the list is released here.
-std::map<std::string, SetView> listSets(
-    const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr)
-{
-    api_sets_t list{};
-    api_Status_t st = api_getVVSets(name, cond, 0, &list);
-    if (status)
-        *status = st;
-    std::map<std::string, SetView> out;
-    for (uint32_t i = 0; i < list.count; ++i)
-    {
-        const api_set_t& s = list.sets[i];
-        SetView v{s.id, s.comment, s.domain, {}};
-        for (int m = 0; m < s.memberCount; ++m)
-            v.members.push_back(s.members[m].name);
-        out[s.name] = v;
-    }
-    api_freeSets(&list);
-    return out;
-}
-
-std::vector<std::string> v(std::initializer_list<const char*> l)
-{
-    return {l.begin(), l.end()};
-}
-
 using SetTest = ArrayTest;
-
-}  // namespace
 
 TEST_F(SetTest, ListingAllOneOrByKeyValue)
 {
-    auto all = listSets(nullptr, nullptr);
+    auto all = listSets();
     ASSERT_EQ(all.size(), 5u);
-    EXPECT_EQ(all["set1"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(all["set1"].members, (Names{"vol1", "vol2"}));
     EXPECT_EQ(all["set1"].comment, "first set");
     EXPECT_EQ(all["set1"].domain, "dom1");
     EXPECT_TRUE(all["set_empty"].members.empty());
@@ -63,7 +26,7 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue)
     EXPECT_EQ(st.code, 0);
     EXPECT_TRUE(listSets("nosuch", nullptr, &st).empty());
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
-    EXPECT_NE(text(st).find("nosuch"), std::string::npos);
+    EXPECT_THAT(text(st), HasSubstr("nosuch"));
 
     api_okv_opts_t cond{};
     ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "rcg1"), 0);
@@ -80,7 +43,7 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue)
     api_free_okv_opts(&cond);
     EXPECT_EQ(cond.entries, nullptr);
 
-    EXPECT_NE(lastJournalOf("api_getVVSets").find("if=\"parentRCGroup==other\""), std::string::npos);
+    EXPECT_THAT(lastJournalOf("api_getVVSets"), HasSubstr("if=\"parentRCGroup==other\""));
 }
 
 TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
@@ -95,9 +58,9 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
     api_free_okv_opts(&okv);
     ASSERT_EQ(st.code, 0) << text(st);
 
-    auto made = listSets("child", nullptr);
+    auto made = listSets("child");
     ASSERT_EQ(made.size(), 1u);
-    EXPECT_EQ(made["child"].members, v({"vol4", "vol5"}));
+    EXPECT_EQ(made["child"].members, (Names{"vol4", "vol5"}));
     EXPECT_EQ(made["child"].domain, "dom2");
 
     api_okv_opts_t cond{};
@@ -106,27 +69,23 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
     api_free_okv_opts(&cond);
 
     // The key-value query reads it by set id.
-    for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}})
+    const std::tuple<uint32_t, int, int> byId[] = {{listSets("child")["child"].id, 0, 1},
+        {listSets("set_dom2")["set_dom2"].id, 0, 1}, {listSets("set1")["set1"].id, 0, 0},
+        {9999, API_E_NOT_FOUND, 0}};
+    for (const auto& [id, code, found] : byId)
     {
         api_keyvalue_query_t q{};
         q.objType = 1;
-        q.objId = listSets(name.c_str(), nullptr)[name].id;
+        q.objId = id;
         EXPECT_EQ(api_addKeyValueOpt(&q, "parentRCGroup").code, 0);
-        EXPECT_EQ(api_getKeyValues(&q).code, 0);
-        EXPECT_EQ(q.found, wants) << name;
+        EXPECT_EQ(api_getKeyValues(&q).code, code) << id;
+        EXPECT_EQ(q.found, found) << id;
         api_freeKeyValueOpt(&q);
     }
-    api_keyvalue_query_t q{};
-    q.objType = 1;
-    q.objId = 9999;
-    api_addKeyValueOpt(&q, "parentRCGroup");
-    EXPECT_EQ(api_getKeyValues(&q).code, API_E_NOT_FOUND);
-    EXPECT_EQ(q.found, 0);
-    api_freeKeyValueOpt(&q);
 
     // A group may start empty.
     EXPECT_EQ(api_createVVSet(&e, "empty2", nullptr, 0, 0, nullptr, nullptr).code, 0);
-    EXPECT_TRUE(listSets("empty2", nullptr)["empty2"].members.empty());
+    EXPECT_TRUE(listSets("empty2")["empty2"].members.empty());
 }
 
 TEST_F(SetTest, CreateRefusals)
@@ -152,9 +111,9 @@ TEST_F(SetTest, CreateRefusals)
         auto n = names(c.members);
         api_Status_t st = api_createVVSet(&e, c.name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
         EXPECT_EQ(st.code, c.code) << c.name;
-        EXPECT_NE(text(st).find(c.words), std::string::npos) << text(st);
+        EXPECT_THAT(text(st), HasSubstr(c.words));
     }
-    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
+    EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
     api_okv_opts_t okv{};
     EXPECT_NE(api_okv_addSetKV(&okv, "", "x"), 0);
     EXPECT_NE(api_okv_addSetKV(&okv, std::string(64, 'k').c_str(), "x"), 0);
@@ -227,7 +186,7 @@ TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
         for (const std::string& name : refused)
             EXPECT_EQ(intForm([&] { return create(name); }), API_E_INVALID)
                 << what << " named \"" << name << "\"";
-    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
+    EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
     EXPECT_EQ(
         statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
     EXPECT_EQ(statusForm([&] {
@@ -241,11 +200,11 @@ TEST_F(SetTest, RenameCommentAndRemove)
     api_evtparam_t e = event("modify");
     // A string counts only where its flag is 1.
     EXPECT_EQ(api_setVVSet(&e, "set1", "ignored", "new words", 0, 1).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].comment, "new words");
+    EXPECT_EQ(listSets("set1")["set1"].comment, "new words");
     EXPECT_EQ(api_setVVSet(&e, "set1", "renamed", "ignored", 1, 0).code, 0);
-    auto renamed = listSets("renamed", nullptr);
+    auto renamed = listSets("renamed");
     EXPECT_EQ(renamed["renamed"].comment, "new words");
-    EXPECT_EQ(renamed["renamed"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(renamed["renamed"].members, (Names{"vol1", "vol2"}));
     EXPECT_EQ(api_setVVSet(&e, "set1", nullptr, nullptr, 0, 0).code, API_E_NOT_FOUND);
     EXPECT_EQ(api_setVVSet(&e, "renamed", "set_one", nullptr, 1, 0).code, API_E_EXISTS);
     EXPECT_EQ(api_setVVSet(&e, "renamed", "", nullptr, 1, 0).code, API_E_INVALID);
@@ -273,11 +232,11 @@ TEST_F(SetTest, AddAndRemoveMembers)
         return api_removeFromVVSet(&e, set, n.data(), static_cast<int>(n.size()));
     };
     EXPECT_EQ(add("set_empty", {"vol4"}).code, 0);
-    EXPECT_EQ(listSets("set_empty", nullptr)["set_empty"].domain, "dom2")
+    EXPECT_EQ(listSets("set_empty")["set_empty"].domain, "dom2")
         << "an empty set takes its first member's domain";
     EXPECT_EQ(add("set_empty", {"vol1"}).code, API_E_INVALID) << "another domain";
     EXPECT_EQ(add("set1", {"vol3", "vol1.rw"}).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol1", "vol2", "vol3", "vol1.rw"}));
+    EXPECT_EQ(listSets("set1")["set1"].members, (Names{"vol1", "vol2", "vol3", "vol1.rw"}));
     EXPECT_EQ(add("set1", {"vol2"}).code, API_E_EXISTS);
     EXPECT_EQ(add("set1", {"ghost"}).code, API_E_NOT_FOUND);
     EXPECT_EQ(add("nosuch", {"vol1"}).code, API_E_NOT_FOUND);
@@ -285,13 +244,12 @@ TEST_F(SetTest, AddAndRemoveMembers)
     // Removal is all or nothing: one non-member leaves the set as it was.
     api_Status_t st = drop("set1", {"vol1", "vol5"});
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
-    EXPECT_NE(text(st).find("vol5 is not a member of VV set set1"), std::string::npos);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members.size(), 4u);
+    EXPECT_THAT(text(st), HasSubstr("vol5 is not a member of VV set set1"));
+    EXPECT_EQ(listSets("set1")["set1"].members.size(), 4u);
     EXPECT_EQ(drop("set1", {"vol1", "vol3"}).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol2", "vol1.rw"}));
+    EXPECT_EQ(listSets("set1")["set1"].members, (Names{"vol2", "vol1.rw"}));
     EXPECT_EQ(drop("set1", {"vol2", "vol1.rw"}).code, 0);
-    EXPECT_TRUE(listSets("set1", nullptr)["set1"].members.empty());
+    EXPECT_TRUE(listSets("set1")["set1"].members.empty());
 
-    const std::string j = lastJournalOf("api_removeFromVVSet");
-    EXPECT_NE(j.find("members=\"vol2|vol1.rw\" count=2"), std::string::npos) << j;
+    EXPECT_THAT(lastJournalOf("api_removeFromVVSet"), HasSubstr("members=\"vol2|vol1.rw\" count=2"));
 }

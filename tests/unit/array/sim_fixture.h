@@ -5,14 +5,25 @@
 
 #include <gtest/gtest.h>
 
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "SimulatorFixture.h"
 #include "zdaapi.h"
 #include "zdasim_control.h"
 
 namespace zdatest
 {
+
+using ::testing::HasSubstr;
+using Names = std::vector<std::string>;
 
 constexpr time_t kT0 = 1767225600;  // 2026-01-01 00:00:00 UTC
 
@@ -71,22 +82,11 @@ inline api_evtparam_t event(const char* op)
     return e;
 }
 
-inline std::vector<std::string> journal()
-{
-    std::vector<std::string> out;
-    char buf[2048];
-    for (size_t i = 0; zdasim_journal_entry(i, buf, sizeof buf) == 0; ++i)
-        out.push_back(buf);
-    return out;
-}
-
+// The newest journal entry of one call, empty when there is none.
 inline std::string lastJournalOf(const std::string& function)
 {
-    std::string last;
-    for (const std::string& e : journal())
-        if (e.compare(0, function.size() + 1, function + " ") == 0)
-            last = e;
-    return last;
+    const std::vector<std::string> all = zda_test::journalOf(function);
+    return all.empty() ? std::string() : all.back();
 }
 
 // The status form of a guarded call, as callers write it.
@@ -127,6 +127,95 @@ inline std::vector<std::string> vvNames(const api_VVObj_t* list, int count)
     for (int i = 0; i < count; ++i)
         out.push_back(list[i].name);
     return out;
+}
+
+// A volume query through the semaphore; a failed one hands back nothing.
+struct Query
+{
+    int rc = -1;
+    Names names;
+    std::vector<api_VVObj_t> records;
+};
+
+inline Query getVVs(const char* name, const char* wwn = nullptr, int max = 1)
+{
+    Query q;
+    int count = -1;
+    api_VVObj_t* list = nullptr;
+    q.rc = intForm([&] { return api_getVVs(name, wwn, &count, &list, max); });
+    if (q.rc != 0)
+    {
+        EXPECT_EQ(list, nullptr);
+        EXPECT_EQ(count, 0);
+    }
+    q.names = vvNames(list, count > 0 ? count : 0);
+    if (list)
+        q.records.assign(list, list + count);
+    free_if_not_null(list);
+    return q;
+}
+
+// The record of one volume, zeroed when the array has no such volume.
+inline api_VVObj_t volume(const std::string& name)
+{
+    const Query q = getVVs(name.c_str());
+    return q.records.size() == 1 ? q.records[0] : api_VVObj_t{};
+}
+
+struct SetView
+{
+    uint32_t id = 0;
+    std::string comment, domain;
+    Names members;
+};
+
+// The vvsets api_getVVSets answers, by name; the list is released here.
+inline std::map<std::string, SetView> listSets(
+    const char* name = nullptr, const api_okv_opts_t* cond = nullptr, api_Status_t* status = nullptr)
+{
+    api_sets_t list{};
+    const api_Status_t st = statusForm([&] { return api_getVVSets(name, cond, 0, &list); });
+    if (status)
+        *status = st;
+    std::map<std::string, SetView> out;
+    for (uint32_t i = 0; i < list.count; ++i)
+    {
+        const api_set_t& s = list.sets[i];
+        SetView v{s.id, s.comment, s.domain, {}};
+        for (int m = 0; m < s.memberCount; ++m)
+            v.members.push_back(s.members[m].name);
+        out[s.name] = v;
+    }
+    api_freeSets(&list);
+    return out;
+}
+
+inline std::string fileText(const std::string& path)
+{
+    std::ifstream in(path);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+inline std::string tempPath(const std::string& name)
+{
+    return ::testing::TempDir() + "zda_" + std::to_string(getpid()) + "_" + name;
+}
+
+// Saves the array as a description, starts over from the test array and
+// loads the description back: what a restart from a saved file does.
+// `afterReset` sees the array in between.
+inline void reloadDescription(const std::function<void()>& afterReset = {})
+{
+    const std::string path = tempPath("reload.json");
+    char error[256] = "";
+    ASSERT_EQ(zdasim_save_description_file(path.c_str(), error, sizeof error), 0) << error;
+    zdasim_reset_test_array();
+    if (afterReset)
+        afterReset();
+    ASSERT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), 0) << error;
+    std::remove(path.c_str());
 }
 
 }  // namespace zdatest
