@@ -27,6 +27,13 @@ using Names = std::vector<std::string>;
 
 constexpr time_t kT0 = 1767225600;  // 2026-01-01 00:00:00 UTC
 
+inline zdasim_sem_ledger_t semLedger()
+{
+    zdasim_sem_ledger_t sem;
+    zdasim_sem_ledger(&sem);
+    return sem;
+}
+
 class ArrayTest : public ::testing::Test
 {
 protected:
@@ -45,9 +52,7 @@ protected:
         zdasim_ledger_report(report, sizeof report);
         EXPECT_EQ(zdasim_ledger_outstanding(nullptr), 0) << "outstanding: " << report;
         EXPECT_EQ(zdasim_ledger_bad_releases(), 0);
-        zdasim_sem_ledger_t sem;
-        zdasim_sem_ledger(&sem);
-        EXPECT_EQ(sem.held, 0);
+        EXPECT_EQ(semLedger().held, 0);
         zdasim_faults_clear();
         zdasim_log_capture(0);
         zdasim_log_clear();
