@@ -206,38 +206,39 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
     EXPECT_STREQ(targets["siteH"].rm_node_wwn, "");
     EXPECT_STREQ(targets["siteH"].rm_computed_remote_node_wwn, "");
     for (const GroupView& g : rc.groups)
-        for (const GroupTargetView& t : g.targets)
-            EXPECT_NE(t.target, "siteG") << "siteG is in no group, " << g.name << " uses it";
+        for (const rm_group_target& t : g.targets)
+            EXPECT_STRNE(t.rm_target, "siteG") << "siteG is in no group, " << g.name << " uses it";
 
     // Groups: each shape the documentation names.
     EXPECT_EQ(groupOf("rcg_fin_sync").natural, 1);
-    EXPECT_EQ(groupOf("rcg_fin_sync").targets.at(0).mode, static_cast<uint32_t>(RM_TARGET_MODE_SYNC));
-    EXPECT_EQ(groupOf("rcg_fin_periodic").targets.at(0).mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
-    EXPECT_EQ(groupOf("rcg_fin_periodic").targets.at(0).state, 2);
-    EXPECT_EQ(groupOf("rcg_fin_stopped").targets.at(0).state, 4);
-    EXPECT_EQ(groupOf("rcg_eng_syncing").volumes.at(0).maps.at(0).status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("rcg_fin_sync").targets.at(0).rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_SYNC));
+    EXPECT_EQ(
+        groupOf("rcg_fin_periodic").targets.at(0).rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_EQ(groupOf("rcg_fin_periodic").targets.at(0).rm_state, 2);
+    EXPECT_EQ(groupOf("rcg_fin_stopped").targets.at(0).rm_state, 4);
+    EXPECT_EQ(groupOf("rcg_eng_syncing").volumes.at(0).maps.at(0).rm_status, RM_GROUP_VV_SYNCING);
     EXPECT_EQ(groupOf("rcg_two_targets").targets.size(), 2u);
     std::set<int> mixed;
     for (const VolView& v : groupOf("rcg_mixed").volumes)
-        mixed.insert(v.maps.at(0).status);
+        mixed.insert(v.maps.at(0).rm_status);
     EXPECT_GE(mixed.size(), 3u);
     EXPECT_EQ(groupOf("rcg_dr_secondary").natural, 0);
     EXPECT_EQ(groupOf("rcg_dr_failover").dr, RM_DR_FAILOVER_DONE);
     EXPECT_EQ(groupOf("rcg_no_domain").domain, "");
     const GroupView empty = groupOf("rcg_empty");
     EXPECT_TRUE(empty.volumes.empty());
-    EXPECT_EQ(empty.targets.at(0).state, 0);
-    const GroupTargetView byMode = groupOf("rcg_fin_bymode").targets.at(0);
-    EXPECT_EQ(byMode.mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
-    EXPECT_NE(byMode.options & 0x400000u, 0u);
+    EXPECT_EQ(empty.targets.at(0).rm_state, 0);
+    const rm_group_target byMode = groupOf("rcg_fin_bymode").targets.at(0);
+    EXPECT_EQ(byMode.rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_NE(byMode.rm_options & 0x400000u, 0u);
     // Never started: its targets and volumes are new, and one volume has no
     // map for the second target (its slot names no target).
     const GroupView never = groupOf("rcg_eng_new");
-    for (const GroupTargetView& t : never.targets)
-        EXPECT_EQ(t.state, 0) << t.target;
-    EXPECT_EQ(never.map("eng_archive_long_name_vol_09").status, RM_GROUP_VV_NEW);
-    EXPECT_EQ(never.map("eng_archive_long_name_vol_10").status, RM_GROUP_VV_NEW);
-    EXPECT_EQ(never.map("eng_archive_long_name_vol_10", 1).target, "");
+    for (const rm_group_target& t : never.targets)
+        EXPECT_EQ(t.rm_state, 0) << t.rm_target;
+    EXPECT_EQ(never.map("eng_archive_long_name_vol_09").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_EQ(never.map("eng_archive_long_name_vol_10").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_STREQ(never.map("eng_archive_long_name_vol_10", 1).rm_target, "");
 
     // Users and their rights.
     const char* replication = "zda_replicationservice.modifyreplicasynchronization.split";
@@ -253,7 +254,7 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
     // failing clone fails.
     zdasim_clock_advance(3 * 3600);
     for (const VolView& v : groupOf("rcg_eng_syncing").volumes)
-        EXPECT_EQ(v.maps.at(0).status, RM_GROUP_VV_SYNCED);
+        EXPECT_EQ(v.maps.at(0).rm_status, RM_GROUP_VV_SYNCED);
     EXPECT_EQ(task(1002).state, API_TASK_FAILED);
 }
 

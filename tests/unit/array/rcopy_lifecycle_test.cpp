@@ -42,12 +42,12 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
     EXPECT_EQ(g.domain, "d1");
     EXPECT_EQ(roles("g1"), std::make_tuple(RM_DR_NONE, 1, 1));
     ASSERT_EQ(g.targets.size(), 1u);
-    EXPECT_EQ(g.targets[0].remoteGroup, "g1.r");
-    EXPECT_EQ(g.targets[0].mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
-    EXPECT_EQ(g.targets[0].state, 0);
-    EXPECT_EQ(g.map("v1").status, RM_GROUP_VV_NEW);
-    EXPECT_EQ(g.map("v1").remoteName, "v1_remote");
-    EXPECT_EQ(g.map("v1").wwnStatus, RM_VV_WWN_INVALID);
+    EXPECT_STREQ(g.targets[0].rm_remote_group, "g1.r");
+    EXPECT_EQ(g.targets[0].rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_EQ(g.targets[0].rm_state, 0);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_STREQ(g.map("v1").rm_remote_name, "v1_remote");
+    EXPECT_EQ(g.map("v1").rm_wwn_status, RM_VV_WWN_INVALID);
     EXPECT_NE(g.volumes[0].wwnRe, 0u);
 
     // The automatic vvset holds the group's volumes in order.
@@ -62,29 +62,29 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
     ASSERT_EQ(start("g1", &started).code, 0);
     ASSERT_EQ(started.size(), 1u);
     g = groupOf("g1");
-    EXPECT_EQ(g.targets[0].state, 1);
-    EXPECT_EQ(g.map("v1").status, RM_GROUP_VV_SYNCING);
-    EXPECT_EQ(g.map("v1").length, 1024ull << 20);
-    EXPECT_EQ(g.map("v2").length, 2048ull << 20);
-    EXPECT_EQ(g.map("v1").wwnStatus, RM_VV_WWN_VALID);
+    EXPECT_EQ(g.targets[0].rm_state, 1);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(g.map("v1").rm_sync_length, 1024ull << 20);
+    EXPECT_EQ(g.map("v2").rm_sync_length, 2048ull << 20);
+    EXPECT_EQ(g.map("v1").rm_wwn_status, RM_VV_WWN_VALID);
     api_task_t t = task(started[0]);
     EXPECT_EQ(std::make_tuple(t.type, t.state), std::make_tuple(API_TASK_RCOPY_SYNC, API_TASK_ACTIVE));
     EXPECT_STREQ(t.user, "admin");
 
     zdasim_clock_advance(10);
-    const MapView midway = groupOf("g1").map("v2");
-    EXPECT_EQ(midway.status, RM_GROUP_VV_SYNCING);
-    EXPECT_GT(midway.offset, 0u);
-    EXPECT_LT(midway.offset, midway.length);
+    const rm_group_vv_map midway = groupOf("g1").map("v2");
+    EXPECT_EQ(midway.rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_GT(midway.rm_sync_offset, 0u);
+    EXPECT_LT(midway.rm_sync_offset, midway.rm_sync_length);
     EXPECT_EQ(task(started[0]).percentDone, 32);
 
     zdasim_clock_advance(30);
     g = groupOf("g1");
-    EXPECT_EQ(g.targets[0].state, 2);
-    EXPECT_EQ(g.map("v1").status, RM_GROUP_VV_SYNCED);
-    EXPECT_EQ(g.map("v2").offset, g.map("v2").length);
-    EXPECT_EQ(g.map("v1").lastSync, static_cast<uint32_t>(kT0 + 31));
-    EXPECT_EQ(g.targets[0].lastSync, static_cast<uint32_t>(kT0 + 31));
+    EXPECT_EQ(g.targets[0].rm_state, 2);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(g.map("v2").rm_sync_offset, g.map("v2").rm_sync_length);
+    EXPECT_EQ(g.map("v1").rm_last_synctime, static_cast<uint32_t>(kT0 + 31));
+    EXPECT_EQ(g.targets[0].rm_last_synctime, static_cast<uint32_t>(kT0 + 31));
     t = task(started[0]);
     EXPECT_EQ(
         std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, kT0 + 31));
@@ -93,23 +93,23 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
     ASSERT_EQ(setGroup("g1", API_RCOPY_SET_PERIOD, 300, "tA").code, 0);
     zdasim_clock_advance(650);
     g = groupOf("g1");
-    EXPECT_EQ(g.targets[0].period, 300u);
-    EXPECT_EQ(g.targets[0].lastSync, static_cast<uint32_t>(kT0 + 31 + 600));
-    EXPECT_EQ(g.map("v1").lastSync, static_cast<uint32_t>(kT0 + 31 + 600));
+    EXPECT_EQ(g.targets[0].rm_sync_period, 300u);
+    EXPECT_EQ(g.targets[0].rm_last_synctime, static_cast<uint32_t>(kT0 + 31 + 600));
+    EXPECT_EQ(g.map("v1").rm_last_synctime, static_cast<uint32_t>(kT0 + 31 + 600));
 
     // A sync moves what changed: a sixteenth of each volume.
     std::vector<uint32_t> resync;
     ASSERT_EQ(sync("g1", &resync).code, 0);
     ASSERT_EQ(resync.size(), 1u);
-    EXPECT_EQ(groupOf("g1").map("v2").status, RM_GROUP_VV_SYNCING);
-    EXPECT_EQ(groupOf("g1").map("v2").length, (2048ull << 20) / 16);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_sync_length, (2048ull << 20) / 16);
     zdasim_clock_advance(5);
-    EXPECT_EQ(groupOf("g1").map("v2").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCED);
 
     // Stop: the volumes stop; a sync is refused the way callers look for.
     ASSERT_EQ(stop("g1").code, 0);
-    EXPECT_EQ(groupOf("g1").targets[0].state, 4);
-    EXPECT_EQ(groupOf("g1").map("v1").status, RM_GROUP_VV_STOPPED);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 4);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_STOPPED);
     const api_Status_t st = sync("g1");
     EXPECT_NE(st.code, 0);
     EXPECT_THAT(text(st), HasSubstr("isn't started"));
@@ -129,7 +129,7 @@ TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives)
 {
     ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);  // no maps given: the far volume takes the local name
-    EXPECT_EQ(groupOf("g1").map("v1").remoteName, "v1");
+    EXPECT_STREQ(groupOf("g1").map("v1").rm_remote_name, "v1");
 
     api_name_t vol = names({"v1"})[0];
     api_evtparam_t e = event("remove");
@@ -143,17 +143,17 @@ TEST_F(RcopyTest, VolumeAdmittedToAStartedGroupSyncsAtOnce)
 {
     ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(start("g1").code, 0);  // empty: nothing to move, started at once
-    EXPECT_EQ(groupOf("g1").targets[0].state, 2);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 2);
     ASSERT_EQ(admit("g1", "v1", {"tA"}).code, 0);
-    EXPECT_EQ(groupOf("g1").map("v1").status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_SYNCING);
     zdasim_clock_advance(11);
-    EXPECT_EQ(groupOf("g1").map("v1").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_SYNCED);
 }
 
 TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
 {
     EXPECT_EQ(groupOf("sec").primary, 0);
-    EXPECT_EQ(groupOf("sec").map("v3").status, RM_GROUP_VV_REMOTE_SYNCED);  // secondary view
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_REMOTE_SYNCED);  // secondary view
 
     // A secondary group is not started or failed over from the primary side.
     EXPECT_THAT(text(start("sec")), HasSubstr("secondary"));
@@ -162,13 +162,13 @@ TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
 
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);
     EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_FAILOVER_IN_PROGRESS, 0, 0));
-    EXPECT_EQ(groupOf("sec").targets[0].state, 4);
+    EXPECT_EQ(groupOf("sec").targets[0].rm_state, 4);
     EXPECT_NE(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);  // in progress
 
     zdasim_clock_advance(5);
     // The role turned; the natural one did not.
     EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_FAILOVER_DONE, 1, 0));
-    EXPECT_EQ(groupOf("sec").map("v3").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_SYNCED);
     EXPECT_THAT(text(start("sec")), HasSubstr("disaster-recovery"));
 
     // Recover moves the data back, failback returns to the natural roles.
@@ -181,10 +181,10 @@ TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILBACK, 0, "", &moving).code, 0);
     EXPECT_TRUE(moving.empty());  // recovered already: nothing to move
     EXPECT_EQ(groupOf("sec").dr, RM_DR_RESTORE_IN_PROGRESS);
-    EXPECT_EQ(groupOf("sec").targets[0].state, 2);
+    EXPECT_EQ(groupOf("sec").targets[0].rm_state, 2);
     zdasim_clock_advance(5);
     EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_NONE, 0, 0));
-    EXPECT_EQ(groupOf("sec").map("v3").status, RM_GROUP_VV_REMOTE_SYNCED);
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_REMOTE_SYNCED);
 
     // Failback straight from a failover resynchronises first.
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);
@@ -202,7 +202,7 @@ TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
     EXPECT_EQ(groupOf("sec").dr, RM_DR_REVERSE_IN_PROGRESS);
     zdasim_clock_advance(5);
     EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_NONE, 1, 1));
-    EXPECT_EQ(groupOf("sec").map("v3").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_SYNCED);
 }
 
 TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync)
@@ -214,8 +214,8 @@ TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync)
     zdasim_clock_advance(5);
     ASSERT_EQ(zdasim_rcopy_target_set_status("tA", RM_TARGET_FAILED), 0);
     zdasim_clock_advance(1);
-    EXPECT_EQ(groupOf("g1").targets[0].state, 4);
-    EXPECT_EQ(groupOf("g1").map("v2").status, RM_GROUP_VV_STOPPED);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 4);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_STOPPED);
     const api_task_t t = task(started[0]);
     EXPECT_EQ(t.state, API_TASK_FAILED);
     EXPECT_THAT(t.detail, HasSubstr("tA"));
@@ -288,7 +288,7 @@ TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
     // None of them changed the groups.
     EXPECT_EQ(readRcopy().groups.size(), 3u);
     EXPECT_EQ(groupOf("g1").volumes.size(), 1u);
-    EXPECT_EQ(groupOf("g1").targets[0].state, 0);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 0);
 }
 
 TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
@@ -300,7 +300,7 @@ TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
     EXPECT_EQ(started.size(), 2u);  // one per target
     EXPECT_EQ(zdasim_ledger_outstanding("rcopy_tasks"), 0);
     ASSERT_EQ(groupOf("g2").volumes[0].maps.size(), 2u);
-    EXPECT_EQ(groupOf("g2").map("v1", 1).target, "tSync");
+    EXPECT_STREQ(groupOf("g2").map("v1", 1).rm_target, "tSync");
     // An api_syncrcopy while the first synchronisation runs hands back the running tasks.
     std::vector<uint32_t> again;
     ASSERT_EQ(sync("g2", &again).code, 0);

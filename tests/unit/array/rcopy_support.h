@@ -156,34 +156,20 @@ inline api_Status_t dismiss(const std::string& g, const std::string& vv)
 
 // ---- what api_getRCopy answers, copied out of the record ------------------------
 
-struct MapView
-{
-    std::string target, remoteName;
-    int status;
-    uint32_t lastSync;
-    unsigned long long offset, length;
-    int wwnStatus;
-};
 struct VolView
 {
     std::string name;
     unsigned long long wwn, wwnRe;
-    std::vector<MapView> maps;
-};
-struct GroupTargetView
-{
-    std::string target, remoteGroup;
-    uint32_t mode, period, options, lastSync;
-    int state;
+    std::vector<rm_group_vv_map> maps;
 };
 struct GroupView
 {
     std::string name, domain;
     int id, primary, natural, dr;
     uint32_t autoSetId;
-    std::vector<GroupTargetView> targets;
+    std::vector<rm_group_target> targets;
     std::vector<VolView> volumes;
-    const MapView& map(const std::string& vv, size_t t = 0) const
+    const rm_group_vv_map& map(const std::string& vv, size_t t = 0) const
     {
         for (const VolView& v : volumes)
             if (v.name == vv)
@@ -221,28 +207,14 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL)
     out.linkCount = rc.link_count;
     for (rm_group_wrapper* w = rc.groups; w; w = w->next)
     {
+        EXPECT_EQ(w->gtarget_count, w->group.rm_targets);
         GroupView g{w->group.rm_hdr.rm_name, w->group.rm_domain_name, w->group.rm_hdr.rm_ID,
             w->group.rm_primary, w->group.rm_natural, static_cast<int>(w->group.rm_dr_state),
-            w->group.rm_auto_set_id, {}, {}};
-        EXPECT_EQ(w->gtarget_count, w->group.rm_targets);
-        for (int i = 0; i < w->gtarget_count; ++i)
-        {
-            const rm_group_target& t = w->gtargets[i];
-            g.targets.push_back({t.rm_target, t.rm_remote_group, t.rm_mode, t.rm_sync_period, t.rm_options,
-                t.rm_last_synctime, t.rm_state});
-        }
+            w->group.rm_auto_set_id, {w->gtargets, w->gtargets + w->gtarget_count}, {}};
+        // Readers walk the maps by the group's target count.
         for (rm_group_vv_wrapper* v = w->gvvs; v; v = v->next)
-        {
-            VolView vv{v->gvv.rm_local_name, v->gvv.rm_local_wwn, v->gvv.rm_local_wwn_re, {}};
-            // Readers walk the maps by the group's target count.
-            for (int k = 0; k < w->group.rm_targets; ++k)
-            {
-                const rm_group_vv_map& m = v->maps[k];
-                vv.maps.push_back({m.rm_target, m.rm_remote_name, m.rm_status, m.rm_last_synctime,
-                    m.rm_sync_offset, m.rm_sync_length, m.rm_wwn_status});
-            }
-            g.volumes.push_back(vv);
-        }
+            g.volumes.push_back({v->gvv.rm_local_name, v->gvv.rm_local_wwn, v->gvv.rm_local_wwn_re,
+                {v->maps, v->maps + w->group.rm_targets}});
         out.groups.push_back(g);
     }
     api_freeRCopy(&rc);

@@ -108,14 +108,14 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway)
     EXPECT_EQ(g.id, before.id);
     EXPECT_EQ(g.autoSetId, before.autoSetId);
     EXPECT_EQ(g.volumes.at(0).wwn, before.volumes.at(0).wwn);
-    EXPECT_EQ(g.map("v2").status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(g.map("v2").rm_status, RM_GROUP_VV_SYNCING);
     EXPECT_EQ(task(started[0]).state, API_TASK_ACTIVE);
     EXPECT_EQ(task(clone).percentDone, 10);
 
     // The tasks go on where they were.
     zdasim_clock_advance(100);
-    EXPECT_EQ(groupOf("g1").map("v2").status, RM_GROUP_VV_SYNCED);
-    EXPECT_EQ(groupOf("g1").map("v2").lastSync, static_cast<uint32_t>(kT0 + 21));
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_last_synctime, static_cast<uint32_t>(kT0 + 21));
     EXPECT_EQ(task(clone).state, API_TASK_DONE);
 
     // New objects after a restart do not reuse numbers of loaded ones.
