@@ -10,46 +10,6 @@ namespace zdatest
 namespace
 {
 
-api_Status_t physicalCopy(
-    const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr)
-{
-    api_physcopy_t req{};
-    std::strncpy(req.parentVolName, parent.c_str(), sizeof req.parentVolName - 1);
-    std::strncpy(req.childVolName, child.c_str(), sizeof req.childVolName - 1);
-    req.flags = flags;
-    api_evtparam_t e{};
-    std::strcpy(e.user, "admin");
-    api_Status_t st = statusForm([&] { return api_createPhysicalCopy(&e, &req); });
-    if (tid)
-        *tid = req.tid;
-    return st;
-}
-
-template <class Call>
-api_Status_t onCopy(Call call, const std::string& copy, uint32_t* tid)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return call(&e, copy.c_str(), tid); });
-}
-api_Status_t resync(const std::string& c, uint32_t* tid = nullptr)
-{
-    return onCopy(api_resyncCopy, c, tid);
-}
-api_Status_t restore(const std::string& c, uint32_t* tid = nullptr)
-{
-    return onCopy(api_restoreCopy, c, tid);
-}
-api_Status_t stopCopy(const std::string& c)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return api_stopCopy(&e, c.c_str()); });
-}
-api_Status_t promote(const std::string& c)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return api_promoteCopy(&e, c.c_str()); });
-}
-
 TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
 {
     uint32_t tid = 0;
@@ -94,9 +54,9 @@ TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
     ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);
     // While it runs the copy takes part in no other copy, and is not removed.
     EXPECT_EQ(physicalCopy("vol3.pc", "vol3.pc2", API_PCOPY_CREATE_TARGET).code, API_E_IN_USE);
-    EXPECT_EQ(resync("vol3.pc").code, API_E_IN_USE);
-    EXPECT_EQ(restore("vol3.pc").code, API_E_IN_USE);
-    EXPECT_EQ(promote("vol3.pc").code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_resyncCopy, "vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_restoreCopy, "vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_promoteCopy, "vol3.pc").code, API_E_IN_USE);
     api_name_t name = names({"vol3.pc"})[0];
     api_evtparam_t e{};
     EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), API_E_IN_USE);
@@ -109,61 +69,58 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     uint32_t tid = 0;
     ASSERT_EQ(physicalCopy("vol2", "vol2.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
     zdasim_clock_advance(20);  // 20480 MiB: 80 s in all
-    ASSERT_EQ(stopCopy("vol2.pc").code, 0);
+    ASSERT_EQ(audited(api_stopCopy, "vol2.pc").code, 0);
     EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 25);
     EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_COPYING);
-    EXPECT_EQ(stopCopy("vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(restore("vol2.pc").code, API_E_INVALID);  // incomplete
+    EXPECT_EQ(audited(api_stopCopy, "vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_restoreCopy, "vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
 
     uint32_t again = 0;
-    ASSERT_EQ(resync("vol2.pc", &again).code, 0);
+    ASSERT_EQ(audited(api_resyncCopy, "vol2.pc", &again).code, 0);
     EXPECT_NE(again, tid);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 0);
     zdasim_clock_advance(80);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 100);
 
     uint32_t back = 0;
-    ASSERT_EQ(restore("vol2.pc", &back).code, 0);
+    ASSERT_EQ(audited(api_restoreCopy, "vol2.pc", &back).code, 0);
     EXPECT_TRUE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     EXPECT_STREQ(task(back).name, "vol2->vol2.pc");
     // The parent is busy: its other copy cannot be resynchronised meanwhile.
-    EXPECT_EQ(resync("vol2.clone").code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_resyncCopy, "vol2.clone", nullptr).code, API_E_IN_USE);
     zdasim_clock_advance(80);
     EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).state, API_TASK_DONE);
 
-    ASSERT_EQ(promote("vol2.pc").code, 0);
+    ASSERT_EQ(audited(api_promoteCopy, "vol2.pc").code, 0);
     const api_VVObj_t v = volume("vol2.pc");
     EXPECT_EQ(v.type, API_VV_TYPE_BASE);
     EXPECT_EQ(v.copyOfId, 0u);
     EXPECT_EQ(v.baseId, v.id);
-    EXPECT_EQ(promote("vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(resync("vol2").code, API_E_INVALID);
-    EXPECT_EQ(resync("gone").code, API_E_NOT_FOUND);
+    EXPECT_EQ(audited(api_promoteCopy, "vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_resyncCopy, "vol2", nullptr).code, API_E_INVALID);
+    EXPECT_EQ(audited(api_resyncCopy, "gone", nullptr).code, API_E_NOT_FOUND);
 }
 
 TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask)
 {
     zdasim_clock_advance(100);
     uint32_t tid = 7;
-    ASSERT_EQ(resync("vol1.rw", &tid).code, 0);
+    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", &tid).code, 0);
     EXPECT_EQ(tid, 0u);
     EXPECT_EQ(volume("vol1.rw").creationTime, kT0 + 100);
-    ASSERT_EQ(restore("vol1.ro", &tid).code, 0);
+    ASSERT_EQ(audited(api_restoreCopy, "vol1.ro", &tid).code, 0);
     EXPECT_NE(tid, 0u);
-    EXPECT_EQ(stopCopy("vol1.ro").code, 0);
+    EXPECT_EQ(audited(api_stopCopy, "vol1.ro").code, 0);
     EXPECT_FALSE(volume("vol1.ro").state & API_VV_STATE_RESTORING);
-    EXPECT_EQ(promote("vol1.ro").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_promoteCopy, "vol1.ro").code, API_E_INVALID);
 }
 
 TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions)
 {
-    api_evtparam_t e{};
-    auto setSnapCpg = [&](const char* cpg) {
-        return statusForm([&] { return api_setSnapCPG(&e, "vol3", cpg); }).code;
-    };
+    auto setSnapCpg = [](const char* cpg) { return audited(api_setSnapCPG, "vol3", cpg).code; };
     EXPECT_EQ(setSnapCpg("NL_r6"), API_E_INVALID);  // another domain
     EXPECT_EQ(setSnapCpg("none"), API_E_NOT_FOUND);
     ASSERT_EQ(setSnapCpg("FC_r1"), 0);
@@ -175,19 +132,12 @@ TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions)
     ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET | API_PCOPY_INACTIVE).code, 0);
     zdasim_clock_advance(100);
     uint32_t back = 0;
-    ASSERT_EQ(restore("vol3.pc", &back).code, 0);
+    ASSERT_EQ(audited(api_restoreCopy, "vol3.pc", &back).code, 0);
     reloadDescription();
     EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_COPY_INACTIVE);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     zdasim_clock_advance(1);
     EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_RESTORING);
-}
-
-api_setting_t setting(const char* name)
-{
-    api_setting_t s{};
-    std::strncpy(s.name, name, sizeof s.name - 1);
-    return s;
 }
 
 std::vector<api_setting_t> settings()
@@ -202,9 +152,8 @@ std::vector<api_setting_t> settings()
 
 TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
 {
-    api_evtparam_t e{};
-    auto create = [&](api_setting_t s) { return statusForm([&] { return api_createSetting(&e, &s); }).code; };
-    auto modify = [&](api_setting_t s) { return statusForm([&] { return api_modifySetting(&e, &s); }).code; };
+    auto create = [](api_setting_t s) { return audited(api_createSetting, &s).code; };
+    auto modify = [](api_setting_t s) { return audited(api_modifySetting, &s).code; };
     api_setting_t gold = setting("gold");
     gold.expirationSeconds = 3600;
     gold.retentionSeconds = 600;
@@ -243,8 +192,8 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
     EXPECT_EQ(std::memcmp(&all[1], &gold, sizeof gold), 0);
     EXPECT_EQ(std::memcmp(&all[0], &bronze, sizeof bronze), 0);
 
-    ASSERT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, 0);
-    EXPECT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, API_E_NOT_FOUND);
+    ASSERT_EQ(audited(api_removeSetting, "gold").code, 0);
+    EXPECT_EQ(audited(api_removeSetting, "gold").code, API_E_NOT_FOUND);
     EXPECT_EQ(settings().size(), 1u);
 }
 

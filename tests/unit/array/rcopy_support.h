@@ -66,16 +66,15 @@ inline api_Status_t createGroup(const std::string& name,
     const std::string& domain = "d1")
 {
     api_rcopy_group_t g{};
-    std::strncpy(g.name, name.c_str(), sizeof g.name - 1);
-    std::strncpy(g.domain, domain.c_str(), sizeof g.domain - 1);
+    setField(g.name, name);
+    setField(g.domain, domain);
     for (size_t i = 0; i < targets.size(); ++i)
     {
         std::strncpy(g.targets[i].rm_target, targets[i].first.c_str(), 31);
         g.targets[i].rm_mode = targets[i].second;
     }
     g.numtargets = static_cast<uint32_t>(targets.size());
-    api_evtparam_t e = event("createRcopyGrp");
-    return statusForm([&] { return api_createRCopyGroup(&e, &g); });
+    return audited(api_createRCopyGroup, &g);
 }
 
 inline api_Status_t admit(

@@ -6,7 +6,7 @@
 #include <map>
 #include <tuple>
 
-#include "sim_fixture.h"
+#include "rcopy_support.h"
 
 using namespace zdatest;
 
@@ -126,49 +126,25 @@ TEST_F(SetTest, CreateRefusals)
 // object refuses the same names with API_E_INVALID.
 TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
 {
-    api_evtparam_t e = event("create");
-    auto field = [](char* out, size_t size, const std::string& name) {
-        std::memset(out, 0, size);
-        std::memcpy(out, name.data(), std::min(name.size(), size));
-    };
-    const std::map<std::string, std::function<int(const std::string&)>> creators = {
+    const std::map<std::string, std::function<api_Status_t(const std::string&)>> creators = {
         {"vvset",
-            [&](const std::string& n) {
-                return api_createVVSet(&e, n.c_str(), nullptr, 0, 0, "", nullptr).code;
+            [](const std::string& n) {
+                return audited(api_createVVSet, n.c_str(), nullptr, 0, 0, "", nullptr);
             }},
         {"rename",
-            [&](const std::string& n) { return api_setVVSet(&e, "set1", n.c_str(), nullptr, 1, 0).code; }},
+            [](const std::string& n) { return audited(api_setVVSet, "set1", n.c_str(), nullptr, 1, 0); }},
         {"setting",
-            [&](const std::string& n) {
-                api_setting_t s{};
-                field(s.name, sizeof s.name, n);
-                return api_createSetting(&e, &s).code;
+            [](const std::string& n) {
+                api_setting_t s = setting(n);
+                return audited(api_createSetting, &s);
             }},
-        {"rcopy group",
-            [&](const std::string& n) {
-                api_rcopy_group_t g{};
-                field(g.name, sizeof g.name, n);
-                return api_createRCopyGroup(&e, &g).code;
-            }},
+        {"rcopy group", [](const std::string& n) { return createGroup(n, {}, ""); }},
         {"snapshot",
-            [&](const std::string& n) {
-                api_groupsv_entry_t sv{};
-                field(sv.parentVolName, sizeof sv.parentVolName, "vol1");
-                field(sv.childVolName, sizeof sv.childVolName, n);
-                api_groupsv_t g{};
-                g.baseID = API_BASEID_ANY;
-                g.count = 1;
-                g.svs = &sv;
-                return api_createGroupSV(&e, &g).code;
+            [](const std::string& n) {
+                return groupSnapshot({{"vol1", n}});
             }},
         {"physical copy",
-            [&](const std::string& n) {
-                api_physcopy_t c{};
-                field(c.parentVolName, sizeof c.parentVolName, "vol1");
-                field(c.childVolName, sizeof c.childVolName, n);
-                c.flags = API_PCOPY_CREATE_TARGET;
-                return api_createPhysicalCopy(&e, &c).code;
-            }},
+            [](const std::string& n) { return physicalCopy("vol1", n, API_PCOPY_CREATE_TARGET); }},
     };
     const std::string refused[] = {
         "",
@@ -184,15 +160,10 @@ TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
     };
     for (const auto& [what, create] : creators)
         for (const std::string& name : refused)
-            EXPECT_EQ(intForm([&] { return create(name); }), API_E_INVALID)
-                << what << " named \"" << name << "\"";
+            EXPECT_EQ(create(name).code, API_E_INVALID) << what << " named \"" << name << "\"";
     EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
-    EXPECT_EQ(
-        statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
-    EXPECT_EQ(statusForm([&] {
-        return api_createVVSet(&e, std::string(31, 'n').c_str(), nullptr, 0, 0, "", nullptr);
-    }).code,
-        0);
+    EXPECT_EQ(creators.at("vvset")("ok.name-1_x:y").code, 0);
+    EXPECT_EQ(creators.at("vvset")(std::string(31, 'n')).code, 0);
 }
 
 TEST_F(SetTest, RenameCommentAndRemove)

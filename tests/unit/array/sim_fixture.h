@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -123,6 +125,74 @@ int intForm(F call)
     int rc = call();
     cim_sem_post();
     return rc;
+}
+
+// An audited call (the audit record of event("test")) in the status form.
+template <class Call, class... Args>
+api_Status_t audited(Call call, Args... args)
+{
+    api_evtparam_t e = event("test");
+    return statusForm([&] { return call(&e, args...); });
+}
+
+// Fills a name field as callers do: zero padded, and without a terminator
+// when the name fills the field.
+template <size_t N>
+void setField(char (&field)[N], const std::string& text)
+{
+    std::memset(field, 0, N);
+    std::memcpy(field, text.data(), std::min(text.size(), N));
+}
+
+// A physical copy of parent to child; the task it started goes to *tid.
+inline api_Status_t physicalCopy(
+    const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr)
+{
+    api_physcopy_t req{};
+    setField(req.parentVolName, parent);
+    setField(req.childVolName, child);
+    req.flags = flags;
+    const api_Status_t st = audited(api_createPhysicalCopy, &req);
+    if (tid)
+        *tid = req.tid;
+    return st;
+}
+
+inline api_groupsv_t snapshotRequest(
+    uint32_t expiration = 0, uint32_t retention = 0, const char* comment = "")
+{
+    api_groupsv_t req{};
+    req.baseID = API_BASEID_ANY;
+    req.expirationTime = expiration;
+    req.retentionTime = retention;
+    setField(req.comment, comment);
+    return req;
+}
+
+// A snapshot of each parent>child pair at once, with the times and comment
+// of `req`; the entries, with the WWNs the array filled in, go to *done.
+inline api_Status_t groupSnapshot(const std::vector<std::pair<std::string, std::string>>& pairs,
+    api_groupsv_t req = snapshotRequest(), std::vector<api_groupsv_entry_t>* done = nullptr)
+{
+    std::vector<api_groupsv_entry_t> svs(pairs.size());
+    for (size_t i = 0; i < pairs.size(); ++i)
+    {
+        setField(svs[i].parentVolName, pairs[i].first);
+        setField(svs[i].childVolName, pairs[i].second);
+    }
+    req.count = static_cast<uint32_t>(svs.size());
+    req.svs = svs.data();
+    const api_Status_t st = audited(api_createGroupSV, &req);
+    if (done)
+        *done = svs;
+    return st;
+}
+
+inline api_setting_t setting(const std::string& name)
+{
+    api_setting_t s{};
+    setField(s.name, name);
+    return s;
 }
 
 // Volume names of a list from api_getVVs / api_getVVs_chunk.

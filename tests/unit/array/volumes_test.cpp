@@ -161,12 +161,7 @@ TEST_F(VolumeTest, RemovalAnswers)
     EXPECT_FALSE(exists("vol1.ro"));
     EXPECT_EQ(remove({"admvv"}), API_E_ACCESS);
 
-    // Removed volumes leave their vvsets.
-    api_sets_t sets{};
-    ASSERT_EQ(api_getVVSets("set1", nullptr, 0, &sets).code, 0);
-    ASSERT_EQ(sets.sets[0].memberCount, 1);
-    EXPECT_STREQ(sets.sets[0].members[0].name, "vol2");
-    api_freeSets(&sets);
+    EXPECT_EQ(listSets("set1")["set1"].members, Names{"vol2"}) << "removed volumes leave their vvsets";
 
     // Each attempt is journaled with its names and kept in the event log.
     EXPECT_EQ(zdasim_journal_count_of("api_removeVVs"), 9u);
@@ -185,29 +180,17 @@ TEST_F(VolumeTest, RemovalAnswers)
 TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
 {
     zdasim_clock_set(kT0 + 500);
-    std::vector<api_groupsv_entry_t> svs(2);
-    std::strcpy(svs[0].parentVolName, "vol1");
-    std::strcpy(svs[0].childVolName, "rel_1");
-    std::strcpy(svs[1].parentVolName, "vol4");
-    std::strcpy(svs[1].childVolName, "rel_2");
-    api_groupsv_t req{};
-    req.baseID = API_BASEID_ANY;
-    req.expirationTime = 7200;
-    req.retentionTime = 3600;
-    std::strcpy(req.comment, "nightly");
-    req.count = 2;
-    req.svs = svs.data();
-    api_evtparam_t e = event("snapshot");
-
-    api_Status_t st = api_createGroupSV(&e, &req);
+    api_groupsv_t req = snapshotRequest(7200, 3600, "nightly");
+    std::vector<api_groupsv_entry_t> svs;
+    api_Status_t st = groupSnapshot({{"vol1", "rel_1"}, {"vol4", "rel_2"}}, req, &svs);
     ASSERT_EQ(st.code, 0) << text(st);
-    for (int i = 0; i < 2; ++i)
+    for (const api_groupsv_entry_t& sv : svs)
     {
-        const api_VVObj_t c = volume(svs[i].childVolName);
-        EXPECT_STREQ(svs[i].childVolWWN, c.wwnText);
-        EXPECT_STREQ(svs[i].parentVolWWN, volume(svs[i].parentVolName).wwnText);
+        const api_VVObj_t c = volume(sv.childVolName);
+        EXPECT_STREQ(sv.childVolWWN, c.wwnText);
+        EXPECT_STREQ(sv.parentVolWWN, volume(sv.parentVolName).wwnText);
         EXPECT_EQ(c.type, API_VV_TYPE_VIRTUAL_COPY);
-        EXPECT_STREQ(c.copyOfName, svs[i].parentVolName);
+        EXPECT_STREQ(c.copyOfName, sv.parentVolName);
         EXPECT_EQ(c.creationTime, kT0 + 500);
         EXPECT_EQ(c.expirationTime, kT0 + 500 + 7200);
         EXPECT_EQ(c.retentionTime, kT0 + 500 + 3600);
@@ -231,33 +214,23 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
     };
     for (const Bad& b : bad)
     {
-        std::memset(svs.data(), 0, svs.size() * sizeof svs[0]);
-        std::strcpy(svs[0].parentVolName, "vol2");
-        std::strcpy(svs[0].childVolName, "fresh_1");
-        std::strcpy(svs[1].parentVolName, b.parent);
-        std::strcpy(svs[1].childVolName, b.child);
-        st = api_createGroupSV(&e, &req);
+        st = groupSnapshot({{"vol2", "fresh_1"}, {b.parent, b.child}}, req);
         EXPECT_EQ(st.code, b.code) << b.parent << " " << b.child;
         EXPECT_THAT(text(st), HasSubstr(b.words));
         EXPECT_NE(getVVs("fresh_1").rc, 0) << "nothing was made";
     }
-    std::strcpy(svs[1].parentVolName, "vol2");
     req.retentionTime = 9000;  // longer than expiration
-    std::strcpy(svs[1].childVolName, "fresh_2");
-    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_INVALID);
+    EXPECT_EQ(groupSnapshot({{"vol2", "fresh_1"}, {"vol2", "fresh_2"}}, req).code, API_E_INVALID);
 
     // A chosen id for the first snapshot; ids in use are refused.
     req.retentionTime = 0;
     req.baseID = 500;
-    ASSERT_EQ(api_createGroupSV(&e, &req).code, 0);
+    ASSERT_EQ(groupSnapshot({{"vol2", "fresh_1"}, {"vol2", "fresh_2"}}, req).code, 0);
     EXPECT_EQ(volume("fresh_1").id, 500u);
     EXPECT_EQ(volume("fresh_2").id, 501u);
-    std::strcpy(svs[0].childVolName, "again_1");
-    std::strcpy(svs[1].childVolName, "again_2");
-    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_EXISTS);
-
+    EXPECT_EQ(groupSnapshot({{"vol2", "again_1"}, {"vol2", "again_2"}}, req).code, API_E_EXISTS);
     EXPECT_THAT(lastJournalOf("api_createGroupSV"),
-        AllOf(HasSubstr("svs=\"vol2>again_1|vol2>again_2\""), HasSubstr("evt.op=\"snapshot\"")));
+        AllOf(HasSubstr("svs=\"vol2>again_1|vol2>again_2\""), HasSubstr("evt.op=\"test\"")));
 }
 
 TEST_F(VolumeTest, CpgsWithDomainsAndUse)
