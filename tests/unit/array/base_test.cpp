@@ -1,6 +1,7 @@
 // Status records, logging, helpers and fault injection basics.
 #include <cstdio>
 #include <cstdlib>
+#include <tuple>
 
 #include "sim_fixture.h"
 
@@ -14,26 +15,18 @@ TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut)
     api_initStatus(&st);
     EXPECT_EQ(st.code, 0);
     EXPECT_EQ(text(st), "");
-
-    struct Case
-    {
-        int code;
-        const char* in;
-        int size;
-        const char* out;
-    };
-    const Case cases[] = {
+    const std::tuple<int, const char*, int, const char*> cases[] = {
         {29, "Semaphore Timed-Out", 512, "Semaphore Timed-Out"},
         {78, "The rcopy group g1 is not found\n", 512, "The rcopy group g1 is not found"},
         {78, "two newlines\n\n", 512, "two newlines"}, {5, "abcdefgh", 5, "abcd"},
         {4, nullptr, 512, "Array error 4"},  // code without text of its own
     };
-    for (const Case& c : cases)
+    for (const auto& [code, in, size, out] : cases)
     {
-        errinfo_set_str(&st, c.code, c.in);
-        EXPECT_EQ(st.code, c.code);
+        errinfo_set_str(&st, code, in);
+        EXPECT_EQ(st.code, code);
         char buf[512];
-        EXPECT_STREQ(api_getErrorTextNoNL(buf, c.size, &st), c.out);
+        EXPECT_STREQ(api_getErrorTextNoNL(buf, size, &st), out);
     }
     // A caller that stores a code directly gets a text that names it.
     api_initStatus(&st);
@@ -72,13 +65,7 @@ TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured)
 
 TEST_F(BaseTest, ValidateConvertIP)
 {
-    struct Case
-    {
-        const char* in;
-        int family;
-        const char* normal;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, int, const char*> cases[] = {
         {"2001:DB8:0:0:0:0:0:1", 10, "2001:db8::1"},
         {"::1", 10, "::1"},
         {"192.0.2.1", 2, "192.0.2.1"},
@@ -86,37 +73,32 @@ TEST_F(BaseTest, ValidateConvertIP)
         {"not an address", -1, ""},
         {"", -1, ""},
     };
-    for (const Case& c : cases)
+    for (const auto& [in, family, normal] : cases)
     {
         char buf[46] = "";
-        EXPECT_EQ(validateConvertIP(c.in, buf, sizeof buf), c.family) << c.in;
-        if (c.family > 0)
+        EXPECT_EQ(validateConvertIP(in, buf, sizeof buf), family) << in;
+        if (family > 0)
         {
-            EXPECT_STREQ(buf, c.normal);
+            EXPECT_STREQ(buf, normal);
         }
     }
 }
 
 TEST_F(BaseTest, WwnTextsRoundTrip)
 {
-    struct Case
-    {
-        api_u64_t re, lo;
-        const char* txt;
-    };
-    const Case cases[] = {
+    const std::tuple<api_u64_t, api_u64_t, const char*> cases[] = {
         {0, 0x50002ACFF7000001ull, "50002ACFF7000001"},
         {0x60002D1A0013D621ull, 0x2000000000000001ull, "60002D1A0013D6212000000000000001"},
     };
-    for (const Case& c : cases)
+    for (const auto& [wantRe, wantLo, txt] : cases)
     {
         char buf[33];
-        ASSERT_EQ(api_wwnIntToString(c.re, c.lo, buf, sizeof buf), 0);
-        EXPECT_STREQ(buf, c.txt);
+        ASSERT_EQ(api_wwnIntToString(wantRe, wantLo, buf, sizeof buf), 0);
+        EXPECT_STREQ(buf, txt);
         api_u64_t re = 1, lo = 1;
-        ASSERT_EQ(api_wwnStringToInt(c.txt, &re, &lo), 0);
-        EXPECT_EQ(re, c.re);
-        EXPECT_EQ(lo, c.lo);
+        ASSERT_EQ(api_wwnStringToInt(txt, &re, &lo), 0);
+        EXPECT_EQ(re, wantRe);
+        EXPECT_EQ(lo, wantLo);
     }
     api_u64_t re = 0, lo = 0;
     EXPECT_EQ(api_wwnStringToInt("60002d1a0013d6212000000000000001", &re, &lo), 0)

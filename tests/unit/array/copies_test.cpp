@@ -35,20 +35,14 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
 TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
 {
     // vol3 (5120 MiB) is too small for vol1 (10240 MiB); vol2 has a copy of its own.
-    struct Case
-    {
-        const char* parent;
-        const char* target;
-        int code;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"vol1", "vol3", API_E_INVALID}, {"vol1", "vol2", API_E_IN_USE}, {"vol1", "admvv", API_E_ACCESS},
         {"vol1", "nothere", API_E_NOT_FOUND}, {"vol1", "vol1.rw", API_E_INVALID},
         {"vol1.rw", "vol2", API_E_INVALID}, {"vol1", "vol4", API_E_INVALID},  // another domain
         {"vol3", "vol1", API_E_IN_USE},                                       // vol1 has snapshots
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(physicalCopy(c.parent, c.target, 0).code, c.code) << c.parent << " " << c.target;
+    for (const auto& [parent, target, code] : cases)
+        EXPECT_EQ(physicalCopy(parent, target, 0).code, code) << parent << " " << target;
     EXPECT_EQ(physicalCopy("vol1", "vol2", API_PCOPY_CREATE_TARGET).code, API_E_EXISTS);
 
     ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);

@@ -27,12 +27,8 @@ TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
 {
     const std::string cpg = R"("cpgs": [{"name": "C", "domain": "d"}])";
     const std::string target = R"({"name": "t", "remoteSystemName": "far"})";
-    struct Case
-    {
-        std::string json;
-        std::string error;  // the whole message after "t.json: "
-    };
-    const std::vector<Case> cases = {
+    // Each description, and the whole message after "t.json: ".
+    const std::vector<std::tuple<std::string, std::string>> cases = {
         {"{\"cpgs\": [\n  {\"name\": }]}",
             "line 2, column 12: not valid JSON (syntax error while parsing value - unexpected '}'; expected '[', '{', "
             "or a literal)"},
@@ -75,11 +71,11 @@ TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
                 target + R"(], "groups": [{"name": "g", "targets": [{"target": "t", "syncTask": 5}]}]}})",
             "remoteCopy.groups[0].targets[0].syncTask: task 5 is not a synchronisation of this group to this target"},
     };
-    for (const Case& c : cases)
+    for (const auto& [json, error] : cases)
     {
-        EXPECT_EQ(load(c.json), "t.json: " + c.error) << c.json;
+        EXPECT_EQ(load(json), "t.json: " + error) << json;
         // The array is the one loaded before.
-        EXPECT_STREQ(volume("vol1").name, "vol1") << c.json;
+        EXPECT_STREQ(volume("vol1").name, "vol1") << json;
     }
     EXPECT_EQ(readRcopy().groups.size(), 0u);
 

@@ -91,14 +91,7 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
 TEST_F(SetTest, CreateRefusals)
 {
     api_evtparam_t e = event("create");
-    struct Case
-    {
-        const char* name;
-        std::vector<std::string> members;
-        int code;
-        const char* words;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, int, const char*> cases[] = {
         {"set1", {}, API_E_EXISTS, "set1 already exists"},
         {"", {}, API_E_INVALID, "is empty"},
         {"a_name_that_is_far_too_long_to_fit", {}, API_E_INVALID, "longer than 31"},
@@ -106,12 +99,12 @@ TEST_F(SetTest, CreateRefusals)
         {"s", {"vol1", "vol1"}, API_E_INVALID, "vol1 is listed twice"},
         {"s", {"vol1", "vol4"}, API_E_INVALID, "vol4 is in domain"},
     };
-    for (const Case& c : cases)
+    for (const auto& [name, members, code, words] : cases)
     {
-        auto n = names(c.members);
-        api_Status_t st = api_createVVSet(&e, c.name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
-        EXPECT_EQ(st.code, c.code) << c.name;
-        EXPECT_THAT(text(st), HasSubstr(c.words));
+        auto n = names(members);
+        api_Status_t st = api_createVVSet(&e, name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
+        EXPECT_EQ(st.code, code) << name;
+        EXPECT_THAT(text(st), HasSubstr(words));
     }
     EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
     api_okv_opts_t okv{};

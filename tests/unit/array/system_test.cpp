@@ -1,6 +1,8 @@
 // Sessions, rights, system identity, limits and ports.
 #include <arpa/inet.h>
 
+#include <tuple>
+
 #include "sim_fixture.h"
 
 using namespace zdatest;
@@ -9,15 +11,10 @@ using SystemTest = ArrayTest;
 
 TEST_F(SystemTest, OpenAcceptsKnownUsersOnly)
 {
-    struct Case
-    {
-        const char* user;
-        bool ok;
-    };
-    const Case cases[] = {{"admin", true}, {"operator", true}, {"viewer", true}, {"noaccess", false},
-        {"nobody", false}, {"Admin", false}, {nullptr, false}};
-    for (const Case& c : cases)
-        EXPECT_EQ(api_zdaOpenForCimserver(c.user) == 0, c.ok) << (c.user ? c.user : "(null)");
+    const std::tuple<const char*, bool> cases[] = {{"admin", true}, {"operator", true}, {"viewer", true},
+        {"noaccess", false}, {"nobody", false}, {"Admin", false}, {nullptr, false}};
+    for (const auto& [user, ok] : cases)
+        EXPECT_EQ(api_zdaOpenForCimserver(user) == 0, ok) << (user ? user : "(null)");
     ASSERT_EQ(zdasim_user_refuse_open("admin", 1), 0);
     EXPECT_NE(api_zdaOpenForCimserver("admin"), 0);
     EXPECT_NE(lastJournalOf("api_zdaOpenForCimserver").find("user=\"admin\""), std::string::npos);
@@ -27,13 +24,7 @@ TEST_F(SystemTest, RightsAreMatchedByExactKey)
 {
     const char* abortBlank = "zda_replicationservice.modifyreplicasynchronization.abort ";
     const char* abortBare = "zda_replicationservice.modifyreplicasynchronization.abort";
-    struct Case
-    {
-        const char* user;
-        const char* key;
-        int answer;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"admin", "zda_storagesetting.modifyinstance", 0},
         {"admin", "anything at all", 0},
         {"operator", abortBlank, 0},
@@ -44,9 +35,8 @@ TEST_F(SystemTest, RightsAreMatchedByExactKey)
         {"viewer", "zda_replicationservice.creategroup", 1},
         {"stranger", "zda_replicationservice.creategroup", 2},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(api_authorizeCIMUser(c.user, "192.0.2.7", c.key), c.answer)
-            << c.user << " / '" << c.key << "'";
+    for (const auto& [user, key, answer] : cases)
+        EXPECT_EQ(api_authorizeCIMUser(user, "192.0.2.7", key), answer) << user << " / '" << key << "'";
 
     zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
     EXPECT_EQ(api_authorizeCIMUser("viewer", "::1", "zda_replicationservicecapabilities"), 3);

@@ -1,6 +1,7 @@
 // Volume look-ups, filters and chunked queries, removal, group snapshots.
 #include <cstring>
 #include <map>
+#include <tuple>
 
 #include "sim_fixture.h"
 
@@ -199,24 +200,17 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
     }
 
     // All or nothing: a bad entry makes no snapshot at all.
-    struct Bad
-    {
-        const char* parent;
-        const char* child;
-        int code;
-        const char* words;
-    };
-    const Bad bad[] = {
+    const std::tuple<const char*, const char*, int, const char*> bad[] = {
         {"ghost", "x_1", API_E_NOT_FOUND, "ghost"},
         {"vol3", "x_1", API_E_INVALID, "vol3 has no snapshot space"},
         {"vol2", "rel_1", API_E_EXISTS, "rel_1 already exists"},
         {"vol2", "", API_E_INVALID, "empty"},
     };
-    for (const Bad& b : bad)
+    for (const auto& [parent, child, code, words] : bad)
     {
-        st = groupSnapshot({{"vol2", "fresh_1"}, {b.parent, b.child}}, req);
-        EXPECT_EQ(st.code, b.code) << b.parent << " " << b.child;
-        EXPECT_THAT(text(st), HasSubstr(b.words));
+        st = groupSnapshot({{"vol2", "fresh_1"}, {parent, child}}, req);
+        EXPECT_EQ(st.code, code) << parent << " " << child;
+        EXPECT_THAT(text(st), HasSubstr(words));
         EXPECT_NE(getVVs("fresh_1").rc, 0) << "nothing was made";
     }
     req.retentionTime = 9000;  // longer than expiration
