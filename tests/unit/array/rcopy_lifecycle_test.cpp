@@ -24,6 +24,13 @@ Names setMembersById(uint32_t id)
     return {};
 }
 
+// A periodic group on the given targets.
+template <class... Target>
+api_Status_t createOn(const std::string& group, Target... targets)
+{
+    return createGroup(group, {{targets, RM_TARGET_MODE_PERIODIC}...});
+}
+
 // A group's disaster-recovery state, current role and natural role.
 std::tuple<int, int, int> roles(const std::string& group)
 {
@@ -230,34 +237,15 @@ TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync)
 TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
 {
     ASSERT_EQ(createGroup("g1").code, 0);
-    ASSERT_EQ(createGroup("gdown", {{"tDown", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createOn("gdown", "tDown").code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);
     ASSERT_EQ(admit("gdown", "v2").code, 0);
-    using Targets = std::vector<std::pair<std::string, uint32_t>>;
-    struct Case
-    {
-        const char* what;
-        std::function<api_Status_t()> call;
-        int code;
-        const char* textPart;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char*, std::function<api_Status_t()>, int, const char*>> cases = {
         {"create twice", [] { return createGroup("g1"); }, API_E_EXISTS, "g1"},
-        {"create on unknown target",
-            [] {
-                return createGroup("g2", Targets{{"nope", 8}});
-            },
-            API_E_NOT_FOUND, "nope"},
-        {"create with a mode the target does not suit",
-            [] {
-                return createGroup("g2", Targets{{"tSync", 8}});
-            },
-            API_E_INVALID, "tSync"},
-        {"create with a target twice",
-            [] {
-                return createGroup("g2", Targets{{"tA", 8}, {"tA", 8}});
-            },
-            API_E_INVALID, "twice"},
+        {"create on unknown target", [] { return createOn("g2", "nope"); }, API_E_NOT_FOUND, "nope"},
+        {"create with a mode the target does not suit", [] { return createOn("g2", "tSync"); }, API_E_INVALID,
+            "tSync"},
+        {"create with a target twice", [] { return createOn("g2", "tA", "tA"); }, API_E_INVALID, "twice"},
         {"admit an unknown volume", [] { return admit("g1", "zz"); }, API_E_NOT_FOUND, "zz"},
         {"admit into an unknown group", [] { return admit("zz", "v2"); }, API_E_NOT_FOUND, "zz"},
         {"admit a virtual copy", [] { return admit("g1", "v1.snap"); }, API_E_INVALID, "virtual copy"},
@@ -277,11 +265,11 @@ TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
         {"dismiss a volume not in the group", [] { return dismiss("g1", "v3"); }, API_E_NOT_FOUND, "v3"},
         {"delete an unknown group", [] { return removeGroup("zz"); }, API_E_NOT_FOUND, "zz"},
     };
-    for (const Case& c : cases)
+    for (const auto& [what, call, code, textPart] : cases)
     {
-        const api_Status_t st = c.call();
-        EXPECT_EQ(st.code, c.code) << c.what << ": " << text(st);
-        EXPECT_THAT(text(st), HasSubstr(c.textPart)) << c.what;
+        const api_Status_t st = call();
+        EXPECT_EQ(st.code, code) << what << ": " << text(st);
+        EXPECT_THAT(text(st), HasSubstr(textPart)) << what;
     }
     EXPECT_THAT(zda_test::journalOf("api_setRCopyGroup"),
         Contains(StartsWith("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300")));

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <tuple>
 
 #include "rcopy_support.h"
 
@@ -180,19 +181,14 @@ TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange)
 TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
 {
     const std::string record = "{\"vvsets\":[{\"name\":\"late\",\"id\":900}]}";
-    const struct
-    {
-        const char* what;
-        std::string tail;
-        bool opens;
-    } cases[] = {
+    const std::tuple<const char*, std::string, bool> cases[] = {
         {"record cut short", "0123456789abcdef {\"vvsets\":[{\"na", true},
         {"last record with a wrong check", "0123456789abcdef " + record + "\n", true},
         {"damaged record before another", "0123456789abcdef " + record + "\nxx\n", false},
     };
-    for (const auto& c : cases)
+    for (const auto& [what, tail, opens] : cases)
     {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(what);
         removeFiles();
         zdasim_reset_test_array();
         ASSERT_EQ(open(), "");
@@ -201,10 +197,10 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
             api_evtparam_t e = event("change");
             statusForm([&] { return api_createVVSet(&e, "kept", nullptr, 0, 0, "", nullptr); });
         });
-        std::ofstream(path_ + ".journal", std::ios::app) << c.tail;
+        std::ofstream(path_ + ".journal", std::ios::app) << tail;
         const std::string snapshot = fileText(path_);
         const std::string error = restart();
-        if (c.opens)
+        if (opens)
         {
             EXPECT_EQ(error, "");
             EXPECT_EQ(described(), fileText(path_ + ".expected"));
