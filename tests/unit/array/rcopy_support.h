@@ -70,7 +70,7 @@ inline api_Status_t createGroup(const std::string& name,
     setField(g.domain, domain);
     for (size_t i = 0; i < targets.size(); ++i)
     {
-        std::strncpy(g.targets[i].rm_target, targets[i].first.c_str(), 31);
+        setField(g.targets[i].rm_target, targets[i].first);
         g.targets[i].rm_mode = targets[i].second;
     }
     g.numtargets = static_cast<uint32_t>(targets.size());
@@ -81,18 +81,17 @@ inline api_Status_t admit(
     const std::string& group, const std::string& vv, const std::vector<std::string>& targets = {})
 {
     api_rcopy_vv_t r{};
-    std::strncpy(r.vvname, vv.c_str(), 31);
-    std::strncpy(r.group, group.c_str(), 31);
+    setField(r.vvname, vv);
+    setField(r.group, group);
     r.nummaps = static_cast<uint32_t>(targets.size());
     for (size_t i = 0; i < targets.size(); ++i)
     {
-        std::strncpy(r.vvmaps[i].rm_target, targets[i].c_str(), 31);
-        std::snprintf(r.vvmaps[i].rm_remote_name, 32, "%s_remote", vv.c_str());
+        setField(r.vvmaps[i].rm_target, targets[i]);
+        setField(r.vvmaps[i].rm_remote_name, vv + "_remote");
         r.vvmaps[i].rm_remote_vid = 0xFFFFFFFEu;
     }
     r.vv_add_flags = 0x4;
-    api_evtparam_t e = event("admit");
-    return statusForm([&] { return api_admitRCopyVV(&e, &r); });
+    return audited(api_admitRCopyVV, &r);
 }
 
 // A group operation; the task ids it started go to *tasks when given.
@@ -101,11 +100,10 @@ api_Status_t groupOp(Call call, const std::string& group, uint8_t flags = 0,
     std::vector<uint32_t>* tasks = nullptr, const std::string& target = "")
 {
     api_rcopy_groupop_t r{};
-    std::strncpy(r.name, group.c_str(), 31);
-    std::strncpy(r.target, target.c_str(), 31);
+    setField(r.name, group);
+    setField(r.target, target);
     r.flags = flags;
-    api_evtparam_t e = event("op");
-    api_Status_t st = statusForm([&] { return call(&e, &r); });
+    const api_Status_t st = audited(call, &r);
     if (tasks)
     {
         tasks->clear();
@@ -138,19 +136,17 @@ inline api_Status_t setGroup(const std::string& g, int selector, int value, cons
 inline api_Status_t removeGroup(const std::string& g)
 {
     api_rcopy_delete d{};
-    std::strncpy(d.name, g.c_str(), 31);
+    setField(d.name, g);
     d.removevv_flag = API_RCOPY_REMOVE_VVS;
-    api_evtparam_t e = event("delete");
-    return statusForm([&] { return api_deleteRCopyGroup(&e, &d); });
+    return audited(api_deleteRCopyGroup, &d);
 }
 inline api_Status_t dismiss(const std::string& g, const std::string& vv)
 {
     api_rcopy_dismiss_vv d{};
-    std::strncpy(d.group, g.c_str(), 31);
-    std::strncpy(d.vvname, vv.c_str(), 31);
+    setField(d.group, g);
+    setField(d.vvname, vv);
     d.removevv_flag = API_RCOPY_REMOVE_VVS;
-    api_evtparam_t e = event("dismiss");
-    return statusForm([&] { return api_dismissRCopyVV(&e, &d); });
+    return audited(api_dismissRCopyVV, &d);
 }
 
 // ---- what api_getRCopy answers, copied out of the record ------------------------

@@ -61,15 +61,21 @@ protected:
     }
 };
 
+// Fills a name field as callers do: zero padded, and without a terminator
+// when the name fills the field.
+template <size_t N>
+void setField(char (&field)[N], const std::string& text)
+{
+    std::memset(field, 0, N);
+    std::memcpy(field, text.data(), std::min(text.size(), N));
+}
+
 // Names as the callers build them: zeroed entries of 32 characters.
-inline std::vector<api_name_t> names(const std::vector<std::string>& in)
+inline std::vector<api_name_t> names(const Names& in)
 {
     std::vector<api_name_t> out(in.size());
     for (size_t i = 0; i < in.size(); ++i)
-    {
-        out[i] = api_name_t{};
-        in[i].copy(out[i].name, sizeof out[i].name - 1);
-    }
+        setField(out[i].name, in[i]);
     return out;
 }
 
@@ -133,15 +139,6 @@ api_Status_t audited(Call call, Args... args)
 {
     api_evtparam_t e = event("test");
     return statusForm([&] { return call(&e, args...); });
-}
-
-// Fills a name field as callers do: zero padded, and without a terminator
-// when the name fills the field.
-template <size_t N>
-void setField(char (&field)[N], const std::string& text)
-{
-    std::memset(field, 0, N);
-    std::memcpy(field, text.data(), std::min(text.size(), N));
 }
 
 // A physical copy of parent to child; the task it started goes to *tid.

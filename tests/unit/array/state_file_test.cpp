@@ -40,10 +40,12 @@ protected:
         for (const char* suffix : {"", ".tmp", ".journal", ".expected"})
             std::remove((path_ + suffix).c_str());
     }
+    // Opens the state file; the error, empty when it opened.
     std::string open()
     {
         char error[512] = "";
-        zdasim_state_file_open(path_.c_str(), error, sizeof error);
+        const int rc = zdasim_state_file_open(path_.c_str(), error, sizeof error);
+        EXPECT_EQ(rc, error[0] ? -1 : 0) << error;
         return error;
     }
     // A new process: the array starts as something else, then opens the file.
@@ -133,23 +135,19 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway)
 // killed process acknowledged is what the next one starts with.
 void makeChanges()
 {
-    api_evtparam_t e = event("change");
+    auto members = names({"v1", "v2"});
     for (int i = 0; i < 20; ++i)
-    {
-        const std::string name = "ks" + std::to_string(i);
-        auto members = names({"v1", "v2"});
-        statusForm(
-            [&] { return api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "kill test", nullptr); });
-    }
-    statusForm([&] { return api_setVVSet(&e, "ks3", "ks3renamed", "renamed", 1, 1); });
-    statusForm([&] { return api_removeVVSet(&e, "ks4"); });
-    auto gone = names({"v2"});
-    statusForm([&] { return api_removeFromVVSet(&e, "ks5", gone.data(), 1); });
+        audited(
+            api_createVVSet, ("ks" + std::to_string(i)).c_str(), members.data(), 2, 0, "kill test", nullptr);
+    audited(api_setVVSet, "ks3", "ks3renamed", "renamed", 1, 1);
+    audited(api_removeVVSet, "ks4");
+    audited(api_removeFromVVSet, "ks5", names({"v2"}).data(), 1);
     // A removed volume leaves the sets it was in.
     zdasim_volume_add("kvol", "FC", "FC", 2048);
     zdasim_volume_add("kvol2", "FC", "FC", 2048);
     auto held = names({"kvol", "kvol2"});
-    statusForm([&] { return api_createVVSet(&e, "ks_held", held.data(), 2, 0, "", nullptr); });
+    audited(api_createVVSet, "ks_held", held.data(), 2, 0, "", nullptr);
+    api_evtparam_t e = event("change");
     intForm([&] { return api_removeVVs(&e, held.data(), 1, 0, 0); });
     createGroup("kg");
 }
@@ -193,10 +191,7 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
         zdasim_reset_test_array();
         ASSERT_EQ(open(), "");
         zdasim_state_file_close();
-        inKilledChild([] {
-            api_evtparam_t e = event("change");
-            statusForm([&] { return api_createVVSet(&e, "kept", nullptr, 0, 0, "", nullptr); });
-        });
+        inKilledChild([] { audited(api_createVVSet, "kept", nullptr, 0, 0, "", nullptr); });
         std::ofstream(path_ + ".journal", std::ios::app) << tail;
         const std::string snapshot = fileText(path_);
         const std::string error = restart();
@@ -255,26 +250,25 @@ TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone)
 {
     ASSERT_EQ(open(), "");
     const std::string before = fileText(path_) + fileText(path_ + ".journal");
-    api_evtparam_t e = event("create");
-    auto createSet = [&](const char* name, const char* comment) {
-        return statusForm([&] { return api_createVVSet(&e, name, nullptr, 0, 0, comment, nullptr); });
+    auto createSet = [](const char* name, const char* comment) {
+        return audited(api_createVVSet, name, nullptr, 0, 0, comment, nullptr);
     };
-    auto setExists = [](const char* name) { return !listSets(name).empty(); };
 
     // A text the state file cannot hold (not UTF-8) makes the save fail.
     api_Status_t st = createSet("s_badtext", "caf\xe9");
     EXPECT_EQ(st.code, API_E_INTERNAL);
     EXPECT_THAT(text(st), HasSubstr("could not be saved"));
-    EXPECT_FALSE(setExists("s_badtext"));
+    EXPECT_TRUE(listSets("s_badtext").empty());
 
     // An exception after the work: the status form and the int form.
     zdasim_fault_add("api_createVVSet", 1, ZDASIM_FAULT_THROW, "bad luck");
     st = createSet("s_thrown", "");
     EXPECT_EQ(st.code, API_E_INTERNAL);
     EXPECT_THAT(text(st), HasSubstr("bad luck"));
-    EXPECT_FALSE(setExists("s_thrown"));
+    EXPECT_TRUE(listSets("s_thrown").empty());
     zdasim_fault_add("api_removeVVs", 1, ZDASIM_FAULT_THROW, "bad luck");
     auto gone = names({"v1"});
+    api_evtparam_t e = event("remove");
     EXPECT_EQ(intForm([&] { return api_removeVVs(&e, gone.data(), 1, 0, 0); }), API_E_INTERNAL);
     EXPECT_EQ(getVVs("v1").names, Names{"v1"}) << "the volume is still there";
     EXPECT_EQ(fileText(path_) + fileText(path_ + ".journal"), before);
@@ -282,16 +276,14 @@ TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone)
     // The array goes on working, and saving.
     ASSERT_EQ(createSet("s_good", "").code, 0);
     ASSERT_EQ(restart(), "");
-    EXPECT_TRUE(setExists("s_good"));
-    EXPECT_FALSE(setExists("s_thrown"));
+    EXPECT_FALSE(listSets("s_good").empty());
+    EXPECT_TRUE(listSets("s_thrown").empty());
 }
 
 TEST_F(StateFileTest, UnreadableStateFileIsRefusedAndLeftAlone)
 {
     std::ofstream(path_) << "{\"volumes\": [";
-    char error[512] = "";
-    EXPECT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), -1);
-    EXPECT_THAT(error, StartsWith(path_ + ": line 1"));
+    EXPECT_THAT(open(), StartsWith(path_ + ": line 1"));
     // Nothing was loaded and nothing is kept in that file.
     EXPECT_NE(readRcopy().group("sec"), nullptr);
     ASSERT_EQ(createGroup("g1").code, 0);
