@@ -307,33 +307,27 @@ TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange)
     ASSERT_EQ(createGroup("busy", {{"tA", RM_TARGET_MODE_PERIODIC}, {"tSync", RM_TARGET_MODE_SYNC}}).code, 0);
     std::atomic<bool> done{false};
     std::atomic<int> broken{0};
-    std::vector<std::thread> readers;
-    for (int r = 0; r < 3; ++r)
-        readers.emplace_back([&] {
-            while (!done)
-            {
-                api_rcopy_t rc{};
-                api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
-                if (st.code != 0)
-                    ++broken;
-                for (rm_group_wrapper* g = rc.groups; g; g = g->next)
-                    for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
-                        if (v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets)
-                            ++broken;
-                api_freeRCopy(&rc);
-            }
-        });
-    for (int i = 0; i < 30; ++i)
-    {
-        EXPECT_EQ(admit("busy", "v4").code, 0);
-        EXPECT_EQ(start("busy").code, 0);
-        zdasim_clock_advance(3);
-        EXPECT_EQ(stop("busy").code, 0);
-        EXPECT_EQ(dismiss("busy", "v4").code, 0);
-    }
-    done = true;
-    for (std::thread& t : readers)
-        t.join();
+    inThreads(4, [&](int t) {
+        for (int i = 0; t == 0 && i < 30; ++i)
+        {
+            EXPECT_EQ(admit("busy", "v4").code, 0);
+            EXPECT_EQ(start("busy").code, 0);
+            zdasim_clock_advance(3);
+            EXPECT_EQ(stop("busy").code, 0);
+            EXPECT_EQ(dismiss("busy", "v4").code, 0);
+        }
+        if (t == 0)
+            done = true;
+        while (!done)
+        {
+            api_rcopy_t rc{};
+            broken += statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); }).code != 0;
+            for (rm_group_wrapper* g = rc.groups; g; g = g->next)
+                for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
+                    broken += v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets;
+            api_freeRCopy(&rc);
+        }
+    });
     EXPECT_EQ(broken, 0);
 }
 

@@ -15,17 +15,6 @@ namespace
 
 using SemaphoreTest = ArrayTest;
 
-// Runs body(0) .. body(n - 1) in threads of their own and waits for all.
-template <class F>
-void inThreads(int n, F body)
-{
-    std::vector<std::thread> threads;
-    for (int t = 0; t < n; ++t)
-        threads.emplace_back(body, t);
-    for (std::thread& th : threads)
-        th.join();
-}
-
 // Reads every vvset and three volumes by a filter; false unless both
 // answers are whole.
 bool readsWhole()

@@ -15,6 +15,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "SimulatorFixture.h"
@@ -93,6 +94,17 @@ inline api_evtparam_t event(const char* op)
     snprintf(e.method, sizeof e.method, "%s", "ZDA_ReplicationService:Test");
     snprintf(e.inst_op, sizeof e.inst_op, "%s", op);
     return e;
+}
+
+// Runs body(0) .. body(n - 1) in threads of their own and waits for all.
+template <class F>
+void inThreads(int n, F body)
+{
+    std::vector<std::thread> threads;
+    for (int t = 0; t < n; ++t)
+        threads.emplace_back(body, t);
+    for (std::thread& th : threads)
+        th.join();
 }
 
 // The newest journal entry of one call, empty when there is none.
