@@ -177,10 +177,7 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
     EXPECT_GT(joined, 256u);
     EXPECT_THAT(sets["fin_databases"].members, Contains("fin_db01"));
     EXPECT_THAT(sets["fin_logs"].members, Contains("fin_db01"));
-    api_okv_opts_t cond{};
-    api_okv_addIfKV(&cond, "parentRCGroup", "rcg_fin_sync");
-    sets = listSets(nullptr, &cond);
-    api_free_okv_opts(&cond);
+    sets = listSetsWhere("parentRCGroup", "rcg_fin_sync");
     EXPECT_EQ(sets["rcg_fin_sync_snap"].members, (Names{"rcg_fin_snap_1", "rcg_fin_snap_2"}));
     EXPECT_EQ(sets["rcg_fin_sync_snap_half"].members, Names{"rcg_fin_snap_1"});
 

@@ -104,42 +104,34 @@ TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds)
     EXPECT_EQ(zdasim_journal_count_of("api_getVVSets"), 0u) << "the call never reached the array";
 }
 
-TEST_F(SemaphoreTest, InjectedTimeoutsAndUnbalancedUseAreCounted)
+TEST_F(SemaphoreTest, LedgerNotesTimeoutsUnbalancedPostsSelfWaitsAndUnguardedCalls)
 {
     zdasim_fault_sem_timeouts(2);
     EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
     EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT);
     ASSERT_EQ(cim_sem_wait(), 0);
+    EXPECT_EQ(semLedger().timeouts, 2);
     EXPECT_EQ(semLedger().held, 1);
     EXPECT_EQ(semLedger().heldByCaller, 1);
+    zdasim_sem_set_timeout_ms(20);
+    EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT) << "not reentrant";
+    EXPECT_EQ(semLedger().selfWaits, 1);
 
     // A post from a thread that does not hold it must not free it.
     std::thread([] { cim_sem_post(); }).join();
     EXPECT_EQ(semLedger().held, 1);
     EXPECT_EQ(semLedger().unbalancedPosts, 1);
-
     cim_sem_post();
     cim_sem_post();  // post without a wait
-    const zdasim_sem_ledger_t sem = semLedger();
-    EXPECT_EQ(sem.held, 0);
-    EXPECT_EQ(sem.posts, 1);
-    EXPECT_EQ(sem.unbalancedPosts, 2);
-    EXPECT_EQ(sem.timeouts, 2);
-}
-
-TEST_F(SemaphoreTest, SelfWaitTimesOutAndCallsWithoutTheSemaphoreAreNoted)
-{
-    zdasim_sem_set_timeout_ms(20);
-    ASSERT_EQ(cim_sem_wait(), 0);
-    EXPECT_EQ(cim_sem_wait(), CIM_SEM_TIMEDOUT) << "not reentrant";
-    cim_sem_post();
+    EXPECT_EQ(semLedger().held, 0);
+    EXPECT_EQ(semLedger().posts, 1);
+    EXPECT_EQ(semLedger().unbalancedPosts, 2);
 
     char buf[256];
     EXPECT_EQ(api_getOwnerName(buf), 0);  // needs it, made without
     EXPECT_EQ(api_authorizeCIMUser("admin", "::1", "zda_replicationservicecapabilities"), 0);  // takes none
     api_sets_t sets{};
     api_freeSets(&sets);  // releases take none
-    EXPECT_EQ(semLedger().selfWaits, 1);
     EXPECT_EQ(semLedger().unguardedCalls, 1);
 }
 

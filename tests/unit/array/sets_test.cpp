@@ -28,20 +28,14 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue)
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
     EXPECT_THAT(text(st), HasSubstr("nosuch"));
 
-    api_okv_opts_t cond{};
-    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "rcg1"), 0);
-    auto byKey = listSets(nullptr, &cond, &st);
+    auto byKey = listSetsWhere("parentRCGroup", "rcg1", nullptr, &st);
     EXPECT_EQ(st.code, 0);
     ASSERT_EQ(byKey.size(), 1u);
     EXPECT_EQ(byKey.begin()->first, "set_dom2");
-    EXPECT_TRUE(listSets("set1", &cond, &st).empty()) << "a named set that misses the condition";
+    EXPECT_TRUE(listSetsWhere("parentRCGroup", "rcg1", "set1", &st).empty()) << "a named set that misses it";
     EXPECT_EQ(st.code, 0);
-    api_free_okv_opts(&cond);
-    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "other"), 0);
-    EXPECT_TRUE(listSets(nullptr, &cond, &st).empty());
+    EXPECT_TRUE(listSetsWhere("parentRCGroup", "other", nullptr, &st).empty());
     EXPECT_EQ(st.code, 0);
-    api_free_okv_opts(&cond);
-    EXPECT_EQ(cond.entries, nullptr);
 
     EXPECT_THAT(lastJournalOf("api_getVVSets"), HasSubstr("if=\"parentRCGroup==other\""));
 }
@@ -63,10 +57,7 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
     EXPECT_EQ(made["child"].members, (Names{"vol4", "vol5"}));
     EXPECT_EQ(made["child"].domain, "dom2");
 
-    api_okv_opts_t cond{};
-    api_okv_addIfKV(&cond, "parentRCGroup", "rcg9");
-    EXPECT_EQ(listSets(nullptr, &cond).size(), 1u);
-    api_free_okv_opts(&cond);
+    EXPECT_EQ(listSetsWhere("parentRCGroup", "rcg9").size(), 1u);
 
     // The key-value query reads it by set id.
     const std::tuple<uint32_t, int, int> byId[] = {{listSets("child")["child"].id, 0, 1},

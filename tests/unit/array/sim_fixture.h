@@ -274,6 +274,18 @@ inline std::map<std::string, SetView> listSets(
     return out;
 }
 
+// The vvsets whose key has the value (of the named one only, when given).
+inline std::map<std::string, SetView> listSetsWhere(
+    const char* key, const char* value, const char* name = nullptr, api_Status_t* status = nullptr)
+{
+    api_okv_opts_t cond{};
+    EXPECT_EQ(api_okv_addIfKV(&cond, key, value), 0);
+    std::map<std::string, SetView> out = listSets(name, &cond, status);
+    api_free_okv_opts(&cond);
+    EXPECT_EQ(cond.entries, nullptr);
+    return out;
+}
+
 inline std::string fileText(const std::string& path)
 {
     std::ifstream in(path);
