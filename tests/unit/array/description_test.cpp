@@ -94,24 +94,17 @@ TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile)
 {
     zdasim_reset_demo_array();
     zdasim_clock_advance(100);  // let tasks move, so that running state is written too
-    char error[512] = "";
-    const std::string first = tempPath("first.json");
-    const std::string second = tempPath("second.json");
-    ASSERT_EQ(zdasim_save_description_file(first.c_str(), error, sizeof error), 0) << error;
-    const RcopyView before = readRcopy();
-    ASSERT_EQ(zdasim_load_description_file(first.c_str(), error, sizeof error), 0) << error;
-    ASSERT_EQ(zdasim_save_description_file(second.c_str(), error, sizeof error), 0) << error;
-    EXPECT_EQ(fileText(first), fileText(second));
-    const RcopyView after = readRcopy();
-    auto shape = [](const RcopyView& rc) {
+    auto groups = [] {
         std::vector<std::tuple<std::string, uint32_t, size_t>> out;
-        for (const GroupView& g : rc.groups)
+        for (const GroupView& g : readRcopy().groups)
             out.emplace_back(g.name, g.autoSetId, g.volumes.size());
         return out;
     };
-    EXPECT_EQ(shape(after), shape(before));
-    std::remove(first.c_str());
-    std::remove(second.c_str());
+    const std::string first = described();
+    const auto before = groups();
+    reloadDescription();
+    EXPECT_EQ(described(), first);
+    EXPECT_EQ(groups(), before);
 }
 
 // ---- the demo array, as its documentation lists it ----------------------------------

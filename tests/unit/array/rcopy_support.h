@@ -174,7 +174,7 @@ struct GroupView
 };
 struct RcopyView
 {
-    int sysMode = 0, sysStatus = 0;
+    int sysMode = 0;
     std::vector<rm_target> targets;
     int linkCount = 0;
     std::vector<GroupView> groups;
@@ -196,7 +196,6 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL)
     RcopyView out;
     EXPECT_EQ(st.code, 0) << text(st);
     out.sysMode = rc.sys.rm_sys_mode;
-    out.sysStatus = rc.sys.rm_status;
     for (int i = 0; i < rc.target_count; ++i)
         out.targets.push_back(rc.targets[i]);
     out.linkCount = rc.link_count;

@@ -299,6 +299,17 @@ inline std::string tempPath(const std::string& name)
     return ::testing::TempDir() + "zda_" + std::to_string(getpid()) + "_" + name;
 }
 
+// The whole array as a description.
+inline std::string described()
+{
+    const std::string file = tempPath("described.json");
+    char error[512] = "";
+    EXPECT_EQ(zdasim_save_description_file(file.c_str(), error, sizeof error), 0) << error;
+    const std::string text = fileText(file);
+    std::remove(file.c_str());
+    return text;
+}
+
 // Saves the array as a description, starts over from the test array and
 // loads the description back: what a restart from a saved file does.
 // `afterReset` sees the array in between.

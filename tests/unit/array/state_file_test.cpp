@@ -55,16 +55,6 @@ protected:
         zdasim_reset_test_array();
         return open();
     }
-    // The whole array as a description.
-    std::string described()
-    {
-        const std::string file = path_ + ".described";
-        char error[512] = "";
-        EXPECT_EQ(zdasim_save_description_file(file.c_str(), error, sizeof error), 0) << error;
-        const std::string text = fileText(file);
-        std::remove(file.c_str());
-        return text;
-    }
     // Runs `changes` in a child process that keeps the array in the file,
     // writes the array it ended with to "<path>.expected" and is killed
     // (SIGKILL) without closing anything.
