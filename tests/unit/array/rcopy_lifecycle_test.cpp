@@ -129,7 +129,9 @@ TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
     ASSERT_EQ(removeGroup("g1").code, 0);
     EXPECT_EQ(readRcopy().group("g1"), nullptr);
     EXPECT_FALSE(volume("v1").state & API_VV_STATE_IN_RCOPY);
-    EXPECT_TRUE(listSets("RCP_g1").empty());
+    api_Status_t gone;
+    EXPECT_TRUE(listSets("RCP_g1", nullptr, &gone).empty());
+    EXPECT_EQ(gone.code, API_E_NOT_FOUND);
 }
 
 TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives)
