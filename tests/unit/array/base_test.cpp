@@ -1,10 +1,7 @@
 // Status records, logging, helpers and fault injection basics.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-
-#include <unistd.h>
+#include <tuple>
 
 #include "sim_fixture.h"
 
@@ -18,26 +15,18 @@ TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut)
     api_initStatus(&st);
     EXPECT_EQ(st.code, 0);
     EXPECT_EQ(text(st), "");
-
-    struct Case
-    {
-        int code;
-        const char* in;
-        int size;
-        const char* out;
-    };
-    const Case cases[] = {
+    const std::tuple<int, const char*, int, const char*> cases[] = {
         {29, "Semaphore Timed-Out", 512, "Semaphore Timed-Out"},
         {78, "The rcopy group g1 is not found\n", 512, "The rcopy group g1 is not found"},
         {78, "two newlines\n\n", 512, "two newlines"}, {5, "abcdefgh", 5, "abcd"},
         {4, nullptr, 512, "Array error 4"},  // code without text of its own
     };
-    for (const Case& c : cases)
+    for (const auto& [code, in, size, out] : cases)
     {
-        errinfo_set_str(&st, c.code, c.in);
-        EXPECT_EQ(st.code, c.code);
+        errinfo_set_str(&st, code, in);
+        EXPECT_EQ(st.code, code);
         char buf[512];
-        EXPECT_STREQ(api_getErrorTextNoNL(buf, c.size, &st), c.out);
+        EXPECT_STREQ(api_getErrorTextNoNL(buf, size, &st), out);
     }
     // A caller that stores a code directly gets a text that names it.
     api_initStatus(&st);
@@ -47,22 +36,16 @@ TEST_F(BaseTest, StatusTextsComeBackWithoutNewlinesAndCut)
 
 TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured)
 {
-    char path[] = "/tmp/zdasim-log-XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
-    ASSERT_EQ(zdasim_log_to_file(path), 0);
+    const std::string path = tempPath("log");
+    ASSERT_EQ(zdasim_log_to_file(path.c_str()), 0);
     zdasim_log_set_threshold(LOG_LEVEL_WARNING);
     log_message(LOG_LEVEL_ERROR, "error %d\n", 1);
     log_message(LOG_LEVEL_WARNING, "warning %s", "two");
     log_message(LOG_LEVEL_TRACE, "--> trace");
     zdasim_log_to_file(nullptr);
 
-    std::ifstream in(path);
-    std::stringstream content;
-    content << in.rdbuf();
-    EXPECT_EQ(content.str(), "error 1\nwarning two\n");
-    std::remove(path);
+    EXPECT_EQ(fileText(path), "error 1\nwarning two\n");
+    std::remove(path.c_str());
 
     ASSERT_EQ(zdasim_log_count(), 3u);  // capture keeps every level
     int level = 0;
@@ -82,13 +65,7 @@ TEST_F(BaseTest, LogMessageHonoursThresholdAndIsCaptured)
 
 TEST_F(BaseTest, ValidateConvertIP)
 {
-    struct Case
-    {
-        const char* in;
-        int family;
-        const char* normal;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, int, const char*> cases[] = {
         {"2001:DB8:0:0:0:0:0:1", 10, "2001:db8::1"},
         {"::1", 10, "::1"},
         {"192.0.2.1", 2, "192.0.2.1"},
@@ -96,37 +73,32 @@ TEST_F(BaseTest, ValidateConvertIP)
         {"not an address", -1, ""},
         {"", -1, ""},
     };
-    for (const Case& c : cases)
+    for (const auto& [in, family, normal] : cases)
     {
         char buf[46] = "";
-        EXPECT_EQ(validateConvertIP(c.in, buf, sizeof buf), c.family) << c.in;
-        if (c.family > 0)
+        EXPECT_EQ(validateConvertIP(in, buf, sizeof buf), family) << in;
+        if (family > 0)
         {
-            EXPECT_STREQ(buf, c.normal);
+            EXPECT_STREQ(buf, normal);
         }
     }
 }
 
 TEST_F(BaseTest, WwnTextsRoundTrip)
 {
-    struct Case
-    {
-        api_u64_t re, lo;
-        const char* txt;
-    };
-    const Case cases[] = {
+    const std::tuple<api_u64_t, api_u64_t, const char*> cases[] = {
         {0, 0x50002ACFF7000001ull, "50002ACFF7000001"},
         {0x60002D1A0013D621ull, 0x2000000000000001ull, "60002D1A0013D6212000000000000001"},
     };
-    for (const Case& c : cases)
+    for (const auto& [wantRe, wantLo, txt] : cases)
     {
         char buf[33];
-        ASSERT_EQ(api_wwnIntToString(c.re, c.lo, buf, sizeof buf), 0);
-        EXPECT_STREQ(buf, c.txt);
+        ASSERT_EQ(api_wwnIntToString(wantRe, wantLo, buf, sizeof buf), 0);
+        EXPECT_STREQ(buf, txt);
         api_u64_t re = 1, lo = 1;
-        ASSERT_EQ(api_wwnStringToInt(c.txt, &re, &lo), 0);
-        EXPECT_EQ(re, c.re);
-        EXPECT_EQ(lo, c.lo);
+        ASSERT_EQ(api_wwnStringToInt(txt, &re, &lo), 0);
+        EXPECT_EQ(re, wantRe);
+        EXPECT_EQ(lo, wantLo);
     }
     api_u64_t re = 0, lo = 0;
     EXPECT_EQ(api_wwnStringToInt("60002d1a0013d6212000000000000001", &re, &lo), 0)
@@ -147,12 +119,20 @@ TEST_F(BaseTest, FreeIfNotNullTakesLibraryAndOwnMemory)
 {
     free_if_not_null(nullptr);
     free_if_not_null(std::malloc(10));  // memory of the caller's own
+    ASSERT_EQ(zdasim_clone_start("vol1", "c1", 10, -1, nullptr), 0);
     int count = 0;
-    api_VVObj_t* list = nullptr;
-    ASSERT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0);
+    api_VVObj_t* vvs = nullptr;
+    api_task_t* taskList = nullptr;
+    ASSERT_EQ(api_getVVs("vol1", nullptr, &count, &vvs, 1), 0);
+    ASSERT_EQ(api_getTasks(&count, &taskList), 0);
     EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 1);
-    free_if_not_null(list);
-    EXPECT_EQ(zdasim_ledger_outstanding("vv_list"), 0);
+    EXPECT_EQ(zdasim_ledger_outstanding("task_list"), 1);
+    free_if_not_null(vvs);
+    free_if_not_null(taskList);
+    EXPECT_EQ(zdasim_ledger_outstanding(nullptr), 0);
+    zdasim_fault_add("api_getTasks", 1, 5, "injected");
+    EXPECT_EQ(api_getTasks(&count, &taskList), 5);
+    EXPECT_EQ(taskList, nullptr);
 }
 
 TEST_F(BaseTest, ReleasingTwiceIsCounted)
@@ -171,20 +151,11 @@ TEST_F(BaseTest, ReleasingTwiceIsCounted)
 TEST_F(BaseTest, InjectedFaultsHitTheNamedCallOnlyAndRunOut)
 {
     zdasim_fault_add("api_getVVs", 2, 4, "injected failure");
-    int count = 0;
-    api_VVObj_t* list = nullptr;
     for (int i = 0; i < 2; ++i)
-    {
-        EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 4);
-        EXPECT_EQ(count, 0);
-        EXPECT_EQ(list, nullptr);
-    }
-    api_sets_t sets{};
-    EXPECT_EQ(api_getVVSets("set1", nullptr, 0, &sets).code, 0) << "another call is not affected";
-    api_freeSets(&sets);
-    EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0) << "the fault ran out";
-    free_if_not_null(list);
-    EXPECT_NE(lastJournalOf("api_getVVs").find("-> 0"), std::string::npos);
+        EXPECT_EQ(getVVs("vol1").rc, 4);  // answering nothing, as getVVs checks
+    EXPECT_EQ(listSets("set1").size(), 1u) << "another call is not affected";
+    EXPECT_EQ(getVVs("vol1").rc, 0) << "the fault ran out";
+    EXPECT_THAT(lastJournalOf("api_getVVs"), HasSubstr("-> 0"));
     EXPECT_EQ(zdasim_journal_count_of("api_getVVs"), 3u);
 
     zdasim_fault_add("api_removeVVSet", -1, 68, "VV set is in use");

@@ -1,51 +1,14 @@
-// Copies of single volumes: physical copies made by tasks, resync,
-// restore, stop and promote, and snapshot space.
+// Copies of single volumes: physical copies made by tasks (through the
+// library and through the simulator's control), resync, restore, stop and
+// promote, snapshot space and storage settings.
+#include <tuple>
+
 #include "rcopy_support.h"
 
 namespace zdatest
 {
 namespace
 {
-
-api_Status_t physicalCopy(
-    const std::string& parent, const std::string& child, uint32_t flags, uint32_t* tid = nullptr)
-{
-    api_physcopy_t req{};
-    std::strncpy(req.parentVolName, parent.c_str(), sizeof req.parentVolName - 1);
-    std::strncpy(req.childVolName, child.c_str(), sizeof req.childVolName - 1);
-    req.flags = flags;
-    api_evtparam_t e{};
-    std::strcpy(e.user, "admin");
-    api_Status_t st = statusForm([&] { return api_createPhysicalCopy(&e, &req); });
-    if (tid)
-        *tid = req.tid;
-    return st;
-}
-
-template <class Call>
-api_Status_t onCopy(Call call, const std::string& copy, uint32_t* tid)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return call(&e, copy.c_str(), tid); });
-}
-api_Status_t resync(const std::string& c, uint32_t* tid)
-{
-    return onCopy(api_resyncCopy, c, tid);
-}
-api_Status_t restore(const std::string& c, uint32_t* tid)
-{
-    return onCopy(api_restoreCopy, c, tid);
-}
-api_Status_t stopCopy(const std::string& c)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return api_stopCopy(&e, c.c_str()); });
-}
-api_Status_t promote(const std::string& c)
-{
-    api_evtparam_t e{};
-    return statusForm([&] { return api_promoteCopy(&e, c.c_str()); });
-}
 
 TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
 {
@@ -58,9 +21,8 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
     EXPECT_EQ(v.sizeMiB, 10240u);
     EXPECT_EQ(v.state & (API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE),
         API_VV_STATE_COPYING | API_VV_STATE_COPY_INACTIVE);
-    api_task_t t = task(tid);
-    EXPECT_EQ(t.type, API_TASK_PHYSICAL_COPY);
-    EXPECT_STREQ(t.user, "admin");
+    EXPECT_EQ(task(tid).type, API_TASK_PHYSICAL_COPY);
+    EXPECT_STREQ(task(tid).user, "admin");
 
     // 10240 MiB at the array's copy speed.
     zdasim_clock_advance(10240 / API_COPY_MIB_PER_SECOND);
@@ -73,29 +35,27 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
 TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
 {
     // vol3 (5120 MiB) is too small for vol1 (10240 MiB); vol2 has a copy of its own.
-    struct Case
-    {
-        const char* parent;
-        const char* target;
-        int code;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"vol1", "vol3", API_E_INVALID}, {"vol1", "vol2", API_E_IN_USE}, {"vol1", "admvv", API_E_ACCESS},
         {"vol1", "nothere", API_E_NOT_FOUND}, {"vol1", "vol1.rw", API_E_INVALID},
         {"vol1.rw", "vol2", API_E_INVALID}, {"vol1", "vol4", API_E_INVALID},  // another domain
+        {"vol3", "vol1", API_E_IN_USE},                                       // vol1 has snapshots
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(physicalCopy(c.parent, c.target, 0).code, c.code) << c.parent << " " << c.target;
+    for (const auto& [parent, target, code] : cases)
+        EXPECT_EQ(physicalCopy(parent, target, 0).code, code) << parent << " " << target;
     EXPECT_EQ(physicalCopy("vol1", "vol2", API_PCOPY_CREATE_TARGET).code, API_E_EXISTS);
 
-    uint32_t tid = 0;
-    ASSERT_EQ(physicalCopy("vol3", "vol1", 0, &tid).code, API_E_IN_USE);  // vol1 has snapshots
-    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
-    // While it runs the copy takes part in no other copy.
+    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);
+    // While it runs the copy takes part in no other copy, and is not removed.
     EXPECT_EQ(physicalCopy("vol3.pc", "vol3.pc2", API_PCOPY_CREATE_TARGET).code, API_E_IN_USE);
-    EXPECT_EQ(resync("vol3.pc", nullptr).code, API_E_IN_USE);
-    EXPECT_EQ(restore("vol3.pc", nullptr).code, API_E_IN_USE);
-    EXPECT_EQ(promote("vol3.pc").code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_resyncCopy, "vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_restoreCopy, "vol3.pc", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_promoteCopy, "vol3.pc").code, API_E_IN_USE);
+    api_name_t name = names({"vol3.pc"})[0];
+    api_evtparam_t e{};
+    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), API_E_IN_USE);
+    zdasim_clock_advance(100);
+    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), 0);
 }
 
 TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
@@ -103,96 +63,75 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     uint32_t tid = 0;
     ASSERT_EQ(physicalCopy("vol2", "vol2.pc", API_PCOPY_CREATE_TARGET, &tid).code, 0);
     zdasim_clock_advance(20);  // 20480 MiB: 80 s in all
-    ASSERT_EQ(stopCopy("vol2.pc").code, 0);
+    ASSERT_EQ(audited(api_stopCopy, "vol2.pc").code, 0);
     EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
-    api_VVObj_t v = volume("vol2.pc");
-    EXPECT_EQ(v.copyProgress, 25);
-    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
-    EXPECT_EQ(stopCopy("vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(restore("vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
+    EXPECT_EQ(volume("vol2.pc").copyProgress, 25);
+    EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_COPYING);
+    EXPECT_EQ(audited(api_stopCopy, "vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_restoreCopy, "vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
 
     uint32_t again = 0;
-    ASSERT_EQ(resync("vol2.pc", &again).code, 0);
+    ASSERT_EQ(audited(api_resyncCopy, "vol2.pc", &again).code, 0);
     EXPECT_NE(again, tid);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 0);
     zdasim_clock_advance(80);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 100);
 
     uint32_t back = 0;
-    ASSERT_EQ(restore("vol2.pc", &back).code, 0);
+    ASSERT_EQ(audited(api_restoreCopy, "vol2.pc", &back).code, 0);
     EXPECT_TRUE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     EXPECT_STREQ(task(back).name, "vol2->vol2.pc");
     // The parent is busy: its other copy cannot be resynchronised meanwhile.
-    EXPECT_EQ(resync("vol2.clone", nullptr).code, API_E_IN_USE);
+    EXPECT_EQ(audited(api_resyncCopy, "vol2.clone", nullptr).code, API_E_IN_USE);
     zdasim_clock_advance(80);
     EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).state, API_TASK_DONE);
 
-    ASSERT_EQ(promote("vol2.pc").code, 0);
-    v = volume("vol2.pc");
+    ASSERT_EQ(audited(api_promoteCopy, "vol2.pc").code, 0);
+    const api_VVObj_t v = volume("vol2.pc");
     EXPECT_EQ(v.type, API_VV_TYPE_BASE);
     EXPECT_EQ(v.copyOfId, 0u);
     EXPECT_EQ(v.baseId, v.id);
-    EXPECT_EQ(promote("vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(resync("vol2", nullptr).code, API_E_INVALID);
-    EXPECT_EQ(resync("gone", nullptr).code, API_E_NOT_FOUND);
+    EXPECT_EQ(audited(api_promoteCopy, "vol2.pc").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_resyncCopy, "vol2", nullptr).code, API_E_INVALID);
+    EXPECT_EQ(audited(api_resyncCopy, "gone", nullptr).code, API_E_NOT_FOUND);
 }
 
 TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask)
 {
     zdasim_clock_advance(100);
     uint32_t tid = 7;
-    ASSERT_EQ(resync("vol1.rw", &tid).code, 0);
+    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", &tid).code, 0);
     EXPECT_EQ(tid, 0u);
     EXPECT_EQ(volume("vol1.rw").creationTime, kT0 + 100);
-    ASSERT_EQ(restore("vol1.ro", &tid).code, 0);
+    ASSERT_EQ(audited(api_restoreCopy, "vol1.ro", &tid).code, 0);
     EXPECT_NE(tid, 0u);
-    EXPECT_EQ(stopCopy("vol1.ro").code, 0);
+    EXPECT_EQ(audited(api_stopCopy, "vol1.ro").code, 0);
     EXPECT_FALSE(volume("vol1.ro").state & API_VV_STATE_RESTORING);
-    EXPECT_EQ(promote("vol1.ro").code, API_E_INVALID);
+    EXPECT_EQ(audited(api_promoteCopy, "vol1.ro").code, API_E_INVALID);
 }
 
 TEST_F(ArrayTest, SnapshotSpaceIsGivenOnceAndPersistsInDescriptions)
 {
-    api_evtparam_t e{};
-    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "NL_r6"); }).code, API_E_INVALID);  // domain
-    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "none"); }).code, API_E_NOT_FOUND);
-    ASSERT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "FC_r1"); }).code, 0);
+    auto setSnapCpg = [](const char* cpg) { return audited(api_setSnapCPG, "vol3", cpg).code; };
+    EXPECT_EQ(setSnapCpg("NL_r6"), API_E_INVALID);  // another domain
+    EXPECT_EQ(setSnapCpg("none"), API_E_NOT_FOUND);
+    ASSERT_EQ(setSnapCpg("FC_r1"), 0);
     EXPECT_STREQ(volume("vol3").cpgName, "FC_r1");
-    EXPECT_EQ(statusForm([&] { return api_setSnapCPG(&e, "vol3", "FC_r5"); }).code, 0);
+    EXPECT_EQ(setSnapCpg("FC_r5"), 0);
     EXPECT_STREQ(volume("vol3").cpgName, "FC_r1");
 
     // An inactive copy and a running restore survive a description round trip.
     ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET | API_PCOPY_INACTIVE).code, 0);
     zdasim_clock_advance(100);
     uint32_t back = 0;
-    ASSERT_EQ(restore("vol3.pc", &back).code, 0);
-    const std::string path = ::testing::TempDir() + "copies_round_trip.json";
-    char error[256] = "";
-    ASSERT_EQ(zdasim_save_description_file(path.c_str(), error, sizeof error), 0) << error;
-    zdasim_reset_test_array();
-    ASSERT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), 0) << error;
+    ASSERT_EQ(audited(api_restoreCopy, "vol3.pc", &back).code, 0);
+    reloadDescription();
     EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_COPY_INACTIVE);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     zdasim_clock_advance(1);
     EXPECT_TRUE(volume("vol3.pc").state & API_VV_STATE_RESTORING);
-    std::remove(path.c_str());
-}
-
-}  // namespace
-}  // namespace zdatest
-
-namespace zdatest
-{
-namespace
-{
-
-api_setting_t setting(const char* name)
-{
-    api_setting_t s{};
-    std::strncpy(s.name, name, sizeof s.name - 1);
-    return s;
 }
 
 std::vector<api_setting_t> settings()
@@ -207,66 +146,118 @@ std::vector<api_setting_t> settings()
 
 TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
 {
-    api_evtparam_t e{};
+    auto create = [](api_setting_t s) { return audited(api_createSetting, &s).code; };
+    auto modify = [](api_setting_t s) { return audited(api_modifySetting, &s).code; };
     api_setting_t gold = setting("gold");
     gold.expirationSeconds = 3600;
     gold.retentionSeconds = 600;
     std::strcpy(gold.snapCpg, "FC_r1");
     std::strcpy(gold.comment, "hourly snapshots");
-    ASSERT_EQ(statusForm([&] { return api_createSetting(&e, &gold); }).code, 0);
-    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &gold); }).code, API_E_EXISTS);
+    ASSERT_EQ(create(gold), 0);
+    EXPECT_EQ(create(gold), API_E_EXISTS);
 
     api_setting_t bad = setting("bad");
     bad.retentionSeconds = 10;
     bad.expirationSeconds = 5;
-    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &bad); }).code, API_E_INVALID);
+    EXPECT_EQ(create(bad), API_E_INVALID);
     bad = setting("bad");
     std::strcpy(bad.userCpg, "nope");
-    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &bad); }).code, API_E_INVALID);
-    EXPECT_EQ(statusForm([&] { return api_createSetting(&e, &(bad = setting(""))); }).code, API_E_INVALID);
-    EXPECT_EQ(
-        statusForm([&] { return api_modifySetting(&e, &(bad = setting("silver"))); }).code, API_E_NOT_FOUND);
+    EXPECT_EQ(create(bad), API_E_INVALID);
+    EXPECT_EQ(create(setting("")), API_E_INVALID);
+    EXPECT_EQ(modify(setting("silver")), API_E_NOT_FOUND);
 
     gold.deltaReservationGoal = 20;
-    ASSERT_EQ(statusForm([&] { return api_modifySetting(&e, &gold); }).code, 0);
+    ASSERT_EQ(modify(gold), 0);
     // A point in time is no interval: a retention interval beside an
     // expiration point is not compared with it.
     api_setting_t bronze = setting("bronze");
     bronze.expirationSeconds = 1900000000;
     bronze.retentionSeconds = 7200;
     bronze.timesAt = API_SETTING_EXPIRATION_AT;
-    ASSERT_EQ(statusForm([&] { return api_createSetting(&e, &bronze); }).code, 0);
+    ASSERT_EQ(create(bronze), 0);
     std::vector<api_setting_t> all = settings();
     ASSERT_EQ(all.size(), 2u);
     EXPECT_STREQ(all[0].name, "bronze");
     EXPECT_EQ(all[1].deltaReservationGoal, 20);
 
-    const std::string path = ::testing::TempDir() + "settings_round_trip.json";
-    char error[256] = "";
-    ASSERT_EQ(zdasim_save_description_file(path.c_str(), error, sizeof error), 0) << error;
-    zdasim_reset_test_array();
-    EXPECT_TRUE(settings().empty());
-    ASSERT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), 0) << error;
+    reloadDescription([] { EXPECT_TRUE(settings().empty()); });
     all = settings();
     ASSERT_EQ(all.size(), 2u);
     EXPECT_EQ(std::memcmp(&all[1], &gold, sizeof gold), 0);
     EXPECT_EQ(std::memcmp(&all[0], &bronze, sizeof bronze), 0);
-    std::remove(path.c_str());
 
-    ASSERT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, 0);
-    EXPECT_EQ(statusForm([&] { return api_removeSetting(&e, "gold"); }).code, API_E_NOT_FOUND);
+    ASSERT_EQ(audited(api_removeSetting, "gold").code, 0);
+    EXPECT_EQ(audited(api_removeSetting, "gold").code, API_E_NOT_FOUND);
     EXPECT_EQ(settings().size(), 1u);
 }
 
-TEST_F(ArrayTest, VolumesARunningTaskUsesAreNotRemoved)
+TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete)
 {
-    ASSERT_EQ(physicalCopy("vol3", "vol3.pc", API_PCOPY_CREATE_TARGET).code, 0);
-    api_name_t name{};
-    std::strcpy(name.name, "vol3.pc");
-    api_evtparam_t e{};
-    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), API_E_IN_USE);
-    zdasim_clock_advance(100);
-    EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &name, 1, 0, 0); }), 0);
+    uint32_t tid = 0;
+    ASSERT_EQ(zdasim_clone_start("vol1", "vol1.full", 200, -1, &tid), 0);
+    ASSERT_NE(tid, 0u);
+    api_VVObj_t v = volume("vol1.full");
+    EXPECT_EQ(v.type, API_VV_TYPE_PHYSICAL_COPY);
+    EXPECT_STREQ(v.copyOfName, "vol1");
+    EXPECT_EQ(v.copyProgress, 0);
+    EXPECT_TRUE(v.state & API_VV_STATE_COPYING);
+    api_task_t t = task(tid);
+    EXPECT_EQ(
+        std::make_tuple(t.type, t.percentDone, t.startTime), std::make_tuple(API_TASK_PHYSICAL_COPY, 0, kT0));
+    EXPECT_STREQ(t.name, "vol1.full");
+
+    zdasim_clock_advance(50);
+    EXPECT_EQ(volume("vol1.full").copyProgress, 25);
+    EXPECT_EQ(task(tid).percentDone, 25);
+
+    zdasim_clock_advance(1000);
+    v = volume("vol1.full");
+    EXPECT_EQ(v.copyProgress, 100);
+    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(v.curWhenSynced, kT0 + 200);  // when it finished, not when it was looked at
+    t = task(tid);
+    EXPECT_EQ(
+        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, kT0 + 200));
+    EXPECT_STREQ(t.detail, "");
+}
+
+TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
+{
+    uint32_t bySelf = 0, byControl = 0;
+    ASSERT_EQ(zdasim_clone_start("vol2", "vol2.bad", 100, 60, &bySelf), 0);
+    ASSERT_EQ(zdasim_clone_start("vol4", "vol4.bad", 100, -1, &byControl), 0);
+    ASSERT_EQ(tasks().size(), 2u);
+    EXPECT_EQ(tasks()[0].tid, bySelf) << "oldest first";
+    zdasim_clock_advance(30);
+    ASSERT_EQ(zdasim_task_fail(byControl, "the source could not be read"), 0);
+    EXPECT_EQ(task(byControl).state, API_TASK_FAILED);  // at the next step, which this query is
+    zdasim_clock_advance(70);
+
+    api_task_t t = task(bySelf);
+    EXPECT_EQ(
+        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_FAILED, 60, kT0 + 60));
+    EXPECT_THAT(t.detail, HasSubstr("60%"));
+    const api_VVObj_t v = volume("vol2.bad");
+    EXPECT_EQ(v.copyProgress, 60);
+    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(v.curWhenSynced, 0);
+
+    t = task(byControl);
+    EXPECT_EQ(t.percentDone, 30);
+    EXPECT_STREQ(t.detail, "the source could not be read");
+    EXPECT_EQ(volume("vol4.bad").copyProgress, 30);
+    // A finished task cannot be failed again.
+    EXPECT_EQ(zdasim_task_fail(byControl, "again"), API_E_NOT_FOUND);
+}
+
+TEST_F(ArrayTest, CloneStartRefusesBadRequests)
+{
+    EXPECT_EQ(zdasim_clone_start("nope", "x", 10, -1, nullptr), API_E_NOT_FOUND);
+    EXPECT_EQ(zdasim_clone_start("vol1", "vol2", 10, -1, nullptr), API_E_EXISTS);
+    EXPECT_EQ(zdasim_clone_start("vol1", "x", 0, -1, nullptr), API_E_INVALID);
+    EXPECT_EQ(zdasim_clone_start("vol1", "x", 10, 100, nullptr), API_E_INVALID);
+    EXPECT_EQ(
+        zdasim_clone_start("vol1", "name_that_is_far_longer_than_31_chars", 10, -1, nullptr), API_E_INVALID);
 }
 
 }  // namespace

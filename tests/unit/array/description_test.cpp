@@ -3,7 +3,7 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
+#include <tuple>
 
 #include "rcopy_support.h"
 
@@ -11,6 +11,9 @@ namespace zdatest
 {
 namespace
 {
+
+using ::testing::Contains;
+using ::testing::StartsWith;
 
 std::string load(const std::string& json, const char* origin = "t.json")
 {
@@ -20,29 +23,12 @@ std::string load(const std::string& json, const char* origin = "t.json")
     return error;
 }
 
-std::string slurp(const std::string& path)
-{
-    std::ifstream in(path);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-std::string tempPath(const char* name)
-{
-    return (::testing::TempDir() + "zda_" + std::to_string(getpid()) + "_" + name);
-}
-
 TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
 {
     const std::string cpg = R"("cpgs": [{"name": "C", "domain": "d"}])";
     const std::string target = R"({"name": "t", "remoteSystemName": "far"})";
-    struct Case
-    {
-        std::string json;
-        std::string error;  // the whole message after "t.json: "
-    };
-    const std::vector<Case> cases = {
+    // Each description, and the whole message after "t.json: ".
+    const std::vector<std::tuple<std::string, std::string>> cases = {
         {"{\"cpgs\": [\n  {\"name\": }]}",
             "line 2, column 12: not valid JSON (syntax error while parsing value - unexpected '}'; expected '[', '{', "
             "or a literal)"},
@@ -85,11 +71,11 @@ TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
                 target + R"(], "groups": [{"name": "g", "targets": [{"target": "t", "syncTask": 5}]}]}})",
             "remoteCopy.groups[0].targets[0].syncTask: task 5 is not a synchronisation of this group to this target"},
     };
-    for (const Case& c : cases)
+    for (const auto& [json, error] : cases)
     {
-        EXPECT_EQ(load(c.json), "t.json: " + c.error) << c.json;
+        EXPECT_EQ(load(json), "t.json: " + error) << json;
         // The array is the one loaded before.
-        EXPECT_STREQ(volume("vol1").name, "vol1") << c.json;
+        EXPECT_STREQ(volume("vol1").name, "vol1") << json;
     }
     EXPECT_EQ(readRcopy().groups.size(), 0u);
 
@@ -101,239 +87,144 @@ TEST_F(ArrayTest, BadDescriptionsNameTheFieldAndChangeNothing)
     EXPECT_EQ(std::string(error), path + ": system.name: must not be empty");
     std::remove(path.c_str());
     EXPECT_EQ(zdasim_load_description_file(path.c_str(), error, sizeof error), -1);
-    EXPECT_EQ(std::string(error).rfind(path + ": cannot open", 0), 0u) << error;
+    EXPECT_THAT(error, StartsWith(path + ": cannot open"));
 }
 
 TEST_F(ArrayTest, DescriptionRoundTripsThroughAFile)
 {
     zdasim_reset_demo_array();
     zdasim_clock_advance(100);  // let tasks move, so that running state is written too
-    char error[512] = "";
-    const std::string first = tempPath("first.json");
-    const std::string second = tempPath("second.json");
-    ASSERT_EQ(zdasim_save_description_file(first.c_str(), error, sizeof error), 0) << error;
-    const RcopyView before = readRcopy();
-    ASSERT_EQ(zdasim_load_description_file(first.c_str(), error, sizeof error), 0) << error;
-    ASSERT_EQ(zdasim_save_description_file(second.c_str(), error, sizeof error), 0) << error;
-    EXPECT_EQ(slurp(first), slurp(second));
-    const RcopyView after = readRcopy();
-    ASSERT_EQ(after.groups.size(), before.groups.size());
-    for (size_t i = 0; i < after.groups.size(); ++i)
-    {
-        EXPECT_EQ(after.groups[i].name, before.groups[i].name);
-        EXPECT_EQ(after.groups[i].autoSetId, before.groups[i].autoSetId);
-        EXPECT_EQ(after.groups[i].volumes.size(), before.groups[i].volumes.size());
-    }
-    std::remove(first.c_str());
-    std::remove(second.c_str());
+    auto groups = [] {
+        std::vector<std::tuple<std::string, uint32_t, size_t>> out;
+        for (const GroupView& g : readRcopy().groups)
+            out.emplace_back(g.name, g.autoSetId, g.volumes.size());
+        return out;
+    };
+    const std::string first = described();
+    const auto before = groups();
+    reloadDescription();
+    EXPECT_EQ(described(), first);
+    EXPECT_EQ(groups(), before);
 }
 
-// ---- the demo array ------------------------------------------------------------------
-
-std::vector<api_VVObj_t> allVolumes()
-{
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    EXPECT_EQ(intForm([&] { return api_getVVs(nullptr, nullptr, &count, &vv, 0); }), 0);
-    std::vector<api_VVObj_t> out;
-    if (vv != nullptr && count > 0)
-        out.assign(vv, vv + static_cast<size_t>(count));
-    free_if_not_null(vv);
-    return out;
-}
-
-struct SetView
-{
-    std::string name;
-    std::vector<std::string> members;
-};
-
-std::vector<SetView> allSets(const char* ifKey = nullptr, const char* ifValue = nullptr)
-{
-    api_okv_opts_t opts{};
-    if (ifKey)
-        api_okv_addIfKV(&opts, ifKey, ifValue);
-    api_sets_t list{};
-    api_Status_t st = statusForm([&] { return api_getVVSets(nullptr, ifKey ? &opts : nullptr, 0, &list); });
-    EXPECT_EQ(st.code, 0);
-    std::vector<SetView> out;
-    for (uint32_t i = 0; i < list.count; ++i)
-    {
-        SetView s{list.sets[i].name, {}};
-        for (int k = 0; k < list.sets[i].memberCount; ++k)
-            s.members.push_back(list.sets[i].members[k].name);
-        out.push_back(s);
-    }
-    api_freeSets(&list);
-    api_free_okv_opts(&opts);
-    return out;
-}
+// ---- the demo array, as its documentation lists it ----------------------------------
 
 TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
 {
     zdasim_reset_demo_array();
     EXPECT_EQ(zdasim_log_count(), 0u) << "the demo array logged a problem";
 
-    // Volumes: 20 and more base volumes of several sizes over 3 CPGs and 2
-    // domains, some without snapshot space, a system volume, copies.
+    // 43 base volumes of several sizes besides the one system volume, over
+    // three CPGs in two domains; some without snapshot space.
     std::set<std::string> cpgs, domains;
     std::set<unsigned long long> sizes;
-    int base = 0, noSnap = 0, system = 0, snapshots = 0;
-    std::map<std::string, api_VVObj_t> clones;
-    for (const api_VVObj_t& v : allVolumes())
+    int base = 0, system = 0;
+    for (const api_VVObj_t& v : getVVs(nullptr, nullptr, 0).records)
     {
+        system += (v.policy & VV_POLICY_SYSTEM) != 0;
         if (v.type == API_VV_TYPE_BASE && !(v.policy & VV_POLICY_SYSTEM))
         {
             ++base;
             cpgs.insert(v.usrCpgName);
-            if (v.domain[0])
-                domains.insert(v.domain);
+            domains.insert(v.domain);
             sizes.insert(v.sizeMiB);
-            noSnap += v.cpgName[0] == '\0';
         }
-        system += (v.policy & VV_POLICY_SYSTEM) != 0;
-        snapshots += v.type == API_VV_TYPE_VIRTUAL_COPY;
-        if (v.type == API_VV_TYPE_PHYSICAL_COPY)
-            clones[v.name] = v;
     }
-    EXPECT_GE(base, 20);
-    EXPECT_GE(cpgs.size(), 3u);
-    EXPECT_EQ(domains.size(), 2u);
-    EXPECT_GE(sizes.size(), 4u);
-    EXPECT_GE(noSnap, 2);
+    EXPECT_EQ(base, 43);
     EXPECT_EQ(system, 1);
-    EXPECT_GE(snapshots, 3);
+    EXPECT_NE(volume("admvv").policy & VV_POLICY_SYSTEM, 0u);
+    EXPECT_EQ(cpgs, (std::set<std::string>{"FC_r6", "SSD_r1", "NL_r6"}));
+    EXPECT_EQ(domains, (std::set<std::string>{"finance", "engineering"}));
+    EXPECT_GE(sizes.size(), 4u);
+    EXPECT_STREQ(volume("fin_log01").cpgName, "");
+    EXPECT_STREQ(volume("eng_scratch01").cpgName, "");
 
-    // Clones in different states: done, copying, failed, and one that fails soon.
-    ASSERT_EQ(clones.size(), 4u);
-    EXPECT_EQ(clones["fin_db02.clone"].copyProgress, 100);
-    EXPECT_NE(clones["fin_db02.clone"].curWhenSynced, 0);
-    EXPECT_TRUE(clones["fin_db03.clone"].state & API_VV_STATE_COPYING);
-    EXPECT_EQ(clones["fin_db03.clone"].copyProgress, 40);
-    std::map<std::string, api_task_t> copyTasks;
-    for (const api_task_t& t : tasks())
-        if (t.type == API_TASK_PHYSICAL_COPY)
-            copyTasks[t.name] = t;
-    EXPECT_EQ(copyTasks["eng_build03.clone"].state, API_TASK_FAILED);
-    EXPECT_EQ(copyTasks["eng_build02.clone"].state, API_TASK_ACTIVE);
-
-    // Sets: empty, one member, names joined longer than 255, parentRCGroup,
-    // a volume in two sets.
-    std::map<std::string, int> setsOf;
-    bool empty = false, single = false, longJoin = false;
-    for (const SetView& s : allSets())
+    // Copies, and clones in every state: done, copying, failing soon, failed.
+    const std::pair<const char*, int> copies[] = {{"fin_db01.snap", API_VV_TYPE_VIRTUAL_COPY},
+        {"fin_db01.rw", API_VV_TYPE_VIRTUAL_COPY}, {"eng_build01.snap0", API_VV_TYPE_VIRTUAL_COPY},
+        {"rcg_fin_snap_1", API_VV_TYPE_VIRTUAL_COPY}, {"fin_db02.clone", API_VV_TYPE_PHYSICAL_COPY},
+        {"fin_db03.clone", API_VV_TYPE_PHYSICAL_COPY}, {"eng_build02.clone", API_VV_TYPE_PHYSICAL_COPY},
+        {"eng_build03.clone", API_VV_TYPE_PHYSICAL_COPY}};
+    for (const auto& [name, type] : copies)
+        EXPECT_EQ(volume(name).type, type) << name;
+    EXPECT_EQ(volume("fin_db02.clone").copyProgress, 100);
+    EXPECT_NE(volume("fin_db02.clone").curWhenSynced, 0);
+    EXPECT_TRUE(volume("fin_db03.clone").state & API_VV_STATE_COPYING);
+    EXPECT_EQ(volume("fin_db03.clone").copyProgress, 40);
+    const std::tuple<uint32_t, std::string, int> copyTasks[] = {{900, "eng_build03.clone", API_TASK_FAILED},
+        {1001, "fin_db03.clone", API_TASK_ACTIVE}, {1002, "eng_build02.clone", API_TASK_ACTIVE}};
+    for (const auto& [tid, name, state] : copyTasks)
     {
-        empty = empty || s.members.empty();
-        single = single || s.members.size() == 1;
-        size_t joined = 0;
-        for (const std::string& m : s.members)
-            joined += m.size() + 1;
-        longJoin = longJoin || joined > 256;
-        for (const std::string& m : s.members)
-            ++setsOf[m];
+        EXPECT_EQ(task(tid).name, name);
+        EXPECT_EQ(task(tid).state, state) << name;
     }
-    EXPECT_TRUE(empty);
-    EXPECT_TRUE(single);
-    EXPECT_TRUE(longJoin);
-    EXPECT_EQ(setsOf["fin_db01"], 2);
-    // Snapshot sets of a remote copy group: of all its volumes, and of fewer.
-    std::set<size_t> snapshotCounts;
-    for (const SetView& s : allSets("parentRCGroup", "rcg_fin_sync"))
-        snapshotCounts.insert(s.members.size());
-    EXPECT_EQ(snapshotCounts, (std::set<size_t>{1, 2}));
 
-    // Remote copy: targets of every kind.
+    // Sets: empty, of one member, of names that join past 255 characters, a
+    // volume in two sets, snapshots of a remote copy group: all and fewer.
+    std::map<std::string, SetView> sets = listSets();
+    EXPECT_TRUE(sets["empty_set"].members.empty());
+    EXPECT_EQ(sets["single_set"].members, Names{"eng_build04"});
+    size_t joined = 0;
+    for (const std::string& m : sets["eng_archive_long"].members)
+        joined += m.size() + 1;
+    EXPECT_GT(joined, 256u);
+    EXPECT_THAT(sets["fin_databases"].members, Contains("fin_db01"));
+    EXPECT_THAT(sets["fin_logs"].members, Contains("fin_db01"));
+    sets = listSetsWhere("parentRCGroup", "rcg_fin_sync");
+    EXPECT_EQ(sets["rcg_fin_sync_snap"].members, (Names{"rcg_fin_snap_1", "rcg_fin_snap_2"}));
+    EXPECT_EQ(sets["rcg_fin_sync_snap_half"].members, Names{"rcg_fin_snap_1"});
+
+    // Remote copy targets of every kind, two of them to one system.
     RcopyView rc = readRcopy();
     EXPECT_EQ(rc.sysMode, RM_SYS_MODE_ON);
-    std::set<int> statuses;
-    std::map<uint32_t, int> perRemote;
-    bool unusable = false, computedOnly = false;
-    for (const rm_target& t : rc.targets)
-    {
-        statuses.insert(t.rm_status);
-        ++perRemote[t.rm_remote_sysID];
-        unusable = unusable || (t.rm_options & 0x800000u);
-        computedOnly = computedOnly || (t.rm_node_wwn[0] == '\0' && t.rm_computed_remote_node_wwn[0] != '\0');
-    }
-    EXPECT_TRUE(statuses.count(RM_TARGET_READY) && statuses.count(RM_TARGET_FAILED) &&
-        statuses.count(RM_TARGET_DISABLED));
-    EXPECT_TRUE(unusable);
-    EXPECT_TRUE(computedOnly);
-    int sharedRemote = 0;
-    for (const auto& [id, n] : perRemote)
-        sharedRemote += n >= 2;
-    EXPECT_GE(sharedRemote, 1);
     EXPECT_GT(rc.linkCount, 0);
-
-    // Groups: primary and secondary, sync and periodic, started, stopped,
-    // syncing, two targets, mixed volume states, failed over.
-    std::set<int> roles, modes, states;
-    bool twoTargets = false, mixed = false, syncing = false, failedOver = false;
-    for (const GroupView& g : rc.groups)
-    {
-        roles.insert(g.natural);
-        twoTargets = twoTargets || g.targets.size() == 2;
-        failedOver = failedOver || g.dr == RM_DR_FAILOVER_DONE;
-        for (const GroupTargetView& t : g.targets)
-        {
-            modes.insert(static_cast<int>(t.mode));
-            states.insert(t.state);
-        }
-        std::set<int> mapStates;
-        for (const VolView& v : g.volumes)
-        {
-            mapStates.insert(v.maps[0].status);
-            syncing = syncing || v.maps[0].status == RM_GROUP_VV_SYNCING;
-        }
-        mixed = mixed || mapStates.size() >= 3;
-    }
-    EXPECT_EQ(roles, (std::set<int>{0, 1}));
-    EXPECT_TRUE(modes.count(RM_TARGET_MODE_SYNC) && modes.count(RM_TARGET_MODE_PERIODIC));
-    EXPECT_TRUE(states.count(2) && states.count(4));
-    EXPECT_TRUE(twoTargets);
-    EXPECT_TRUE(mixed);
-    EXPECT_TRUE(syncing);
-    EXPECT_TRUE(failedOver);
-
-    // A new target in no group, a target without any WWN, a group never
-    // started, one without a domain, an empty one, a volume without a map
-    // for one of its group's targets (its slot names no target).
-    std::set<std::string> grouped;
-    for (const GroupView& g : rc.groups)
-        for (const GroupTargetView& t : g.targets)
-            grouped.insert(t.target);
-    bool newUnused = false, noWwn = false;
+    std::map<std::string, rm_target> targets;
     for (const rm_target& t : rc.targets)
-    {
-        newUnused = newUnused || (t.rm_status == RM_TARGET_NEW && !grouped.count(t.rm_hdr.rm_name));
-        noWwn = noWwn || (t.rm_node_wwn[0] == '\0' && t.rm_computed_remote_node_wwn[0] == '\0');
-    }
-    EXPECT_TRUE(newUnused);
-    EXPECT_TRUE(noWwn);
-    bool neverStarted = false, noDomain = false, emptyGroup = false, unmapped = false;
-    bool byMode = false, newEmpty = false;
+        targets[t.rm_hdr.rm_name] = t;
+    EXPECT_EQ(targets["siteB_ip"].rm_status, RM_TARGET_READY);
+    EXPECT_EQ(targets["siteB_fc"].rm_remote_sysID, targets["siteB_ip"].rm_remote_sysID);
+    EXPECT_EQ(targets["siteC"].rm_status, RM_TARGET_FAILED);
+    EXPECT_EQ(targets["siteD"].rm_status, RM_TARGET_DISABLED);
+    EXPECT_NE(targets["siteE"].rm_options & 0x800000u, 0u);
+    EXPECT_STREQ(targets["siteF"].rm_node_wwn, "");
+    EXPECT_STRNE(targets["siteF"].rm_computed_remote_node_wwn, "");
+    EXPECT_EQ(targets["siteG"].rm_status, RM_TARGET_NEW);
+    EXPECT_STREQ(targets["siteH"].rm_node_wwn, "");
+    EXPECT_STREQ(targets["siteH"].rm_computed_remote_node_wwn, "");
     for (const GroupView& g : rc.groups)
-    {
-        bool allNew = !g.volumes.empty();
-        for (const GroupTargetView& t : g.targets)
-            allNew = allNew && t.state == 0;
-        for (const VolView& v : g.volumes)
-            for (const MapView& m : v.maps)
-            {
-                allNew = allNew && m.status == RM_GROUP_VV_NEW;
-                unmapped = unmapped || m.target.empty();
-            }
-        neverStarted = neverStarted || allNew;
-        noDomain = noDomain || g.domain.empty();
-        emptyGroup = emptyGroup || g.volumes.empty();
-        for (const GroupTargetView& t : g.targets)
-            byMode = byMode || (t.mode == RM_TARGET_MODE_PERIODIC && (t.options & 0x400000u));
-        newEmpty = newEmpty || (g.volumes.empty() && g.targets[0].state == 0);
-    }
-    EXPECT_TRUE(neverStarted && noDomain && emptyGroup && unmapped);
-    // A periodic group whose direction follows its mode (option 0x400000),
-    // and a group never started without volumes.
-    EXPECT_TRUE(byMode && newEmpty);
+        for (const rm_group_target& t : g.targets)
+            EXPECT_STRNE(t.rm_target, "siteG") << "siteG is in no group, " << g.name << " uses it";
+
+    // Groups: each shape the documentation names.
+    EXPECT_EQ(groupOf("rcg_fin_sync").natural, 1);
+    EXPECT_EQ(groupOf("rcg_fin_sync").targets.at(0).rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_SYNC));
+    EXPECT_EQ(
+        groupOf("rcg_fin_periodic").targets.at(0).rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_EQ(groupOf("rcg_fin_periodic").targets.at(0).rm_state, 2);
+    EXPECT_EQ(groupOf("rcg_fin_stopped").targets.at(0).rm_state, 4);
+    EXPECT_EQ(groupOf("rcg_eng_syncing").volumes.at(0).maps.at(0).rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("rcg_two_targets").targets.size(), 2u);
+    std::set<int> mixed;
+    for (const VolView& v : groupOf("rcg_mixed").volumes)
+        mixed.insert(v.maps.at(0).rm_status);
+    EXPECT_GE(mixed.size(), 3u);
+    EXPECT_EQ(groupOf("rcg_dr_secondary").natural, 0);
+    EXPECT_EQ(groupOf("rcg_dr_failover").dr, RM_DR_FAILOVER_DONE);
+    EXPECT_EQ(groupOf("rcg_no_domain").domain, "");
+    const GroupView empty = groupOf("rcg_empty");
+    EXPECT_TRUE(empty.volumes.empty());
+    EXPECT_EQ(empty.targets.at(0).rm_state, 0);
+    const rm_group_target byMode = groupOf("rcg_fin_bymode").targets.at(0);
+    EXPECT_EQ(byMode.rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_NE(byMode.rm_options & 0x400000u, 0u);
+    // Never started: its targets and volumes are new, and one volume has no
+    // map for the second target (its slot names no target).
+    const GroupView never = groupOf("rcg_eng_new");
+    for (const rm_group_target& t : never.targets)
+        EXPECT_EQ(t.rm_state, 0) << t.rm_target;
+    EXPECT_EQ(never.map("eng_archive_long_name_vol_09").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_EQ(never.map("eng_archive_long_name_vol_10").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_STREQ(never.map("eng_archive_long_name_vol_10", 1).rm_target, "");
 
     // Users and their rights.
     const char* replication = "zda_replicationservice.modifyreplicasynchronization.split";
@@ -348,16 +239,9 @@ TEST_F(ArrayTest, DemoArrayHoldsEveryFeatureItPromises)
     // The clock moves the demo along: the syncing group gets in sync, the
     // failing clone fails.
     zdasim_clock_advance(3 * 3600);
-    rc = readRcopy();
-    for (const VolView& v : rc.group("rcg_eng_syncing")->volumes)
-        EXPECT_EQ(v.maps[0].status, RM_GROUP_VV_SYNCED);
-    for (const api_task_t& t : tasks())
-    {
-        if (std::string(t.name) == "eng_build02.clone")
-        {
-            EXPECT_EQ(t.state, API_TASK_FAILED);
-        }
-    }
+    for (const VolView& v : groupOf("rcg_eng_syncing").volumes)
+        EXPECT_EQ(v.maps.at(0).rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(task(1002).state, API_TASK_FAILED);
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // Remote copy life cycles under stepped time, read back through
 // api_getRCopy as the module reads them.
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <thread>
+#include <tuple>
 
 #include "rcopy_support.h"
 
@@ -12,206 +12,188 @@ namespace zdatest
 namespace
 {
 
-bool hasText(const api_Status_t& st, const std::string& part)
+using ::testing::Contains;
+using ::testing::StartsWith;
+
+Names setMembersById(uint32_t id)
 {
-    return text(st).find(part) != std::string::npos;
+    for (const auto& [name, set] : listSets())
+        if (set.id == id)
+            return set.members;
+    ADD_FAILURE() << "no vvset " << id;
+    return {};
 }
 
-std::vector<std::string> setMembersById(uint32_t id)
+// A periodic group on the given targets.
+template <class... Target>
+api_Status_t createOn(const std::string& group, Target... targets)
 {
-    api_sets_t list{};
-    api_Status_t st = statusForm([&] { return api_getVVSets(nullptr, nullptr, 0, &list); });
-    std::vector<std::string> out;
-    bool found = false;
-    for (uint32_t i = 0; st.code == 0 && i < list.count; ++i)
-        if (list.sets[i].id == id)
-        {
-            found = true;
-            for (int k = 0; k < list.sets[i].memberCount; ++k)
-                out.push_back(list.sets[i].members[k].name);
-        }
-    api_freeSets(&list);
-    EXPECT_TRUE(found) << "no vvset " << id;
-    return out;
+    return createGroup(group, {{targets, RM_TARGET_MODE_PERIODIC}...});
+}
+
+// A group's disaster-recovery state, current role and natural role.
+std::tuple<int, int, int> roles(const std::string& group)
+{
+    const GroupView g = groupOf(group);
+    return {g.dr, g.primary, g.natural};
 }
 
 TEST_F(RcopyTest, PrimaryGroupGoesFromCreationThroughSyncStopAndDeletion)
 {
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(admit("g1", "v1", {"tA"}).code, 0);
     ASSERT_EQ(admit("g1", "v2", {"tA"}).code, 0);
 
-    RcopyView rc = readRcopy();
-    EXPECT_EQ(rc.sysMode, RM_SYS_MODE_ON);
-    const GroupView* g = rc.group("g1");
-    ASSERT_NE(g, nullptr);
-    EXPECT_EQ(g->domain, "d1");
-    EXPECT_EQ(g->primary, 1);
-    EXPECT_EQ(g->natural, 1);
-    EXPECT_EQ(g->dr, RM_DR_NONE);
-    ASSERT_EQ(g->targets.size(), 1u);
-    EXPECT_EQ(g->targets[0].remoteGroup, "g1.r");
-    EXPECT_EQ(g->targets[0].mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
-    EXPECT_EQ(g->targets[0].state, 0);
-    EXPECT_EQ(g->map("v1").status, RM_GROUP_VV_NEW);
-    EXPECT_EQ(g->map("v1").remoteName, "v1_remote");
-    EXPECT_EQ(g->map("v1").wwnStatus, RM_VV_WWN_INVALID);
-    EXPECT_NE(g->volumes[0].wwnRe, 0u);
+    EXPECT_EQ(readRcopy().sysMode, RM_SYS_MODE_ON);
+    GroupView g = groupOf("g1");
+    EXPECT_EQ(g.domain, "d1");
+    EXPECT_EQ(roles("g1"), std::make_tuple(RM_DR_NONE, 1, 1));
+    ASSERT_EQ(g.targets.size(), 1u);
+    EXPECT_STREQ(g.targets[0].rm_remote_group, "g1.r");
+    EXPECT_EQ(g.targets[0].rm_mode, static_cast<uint32_t>(RM_TARGET_MODE_PERIODIC));
+    EXPECT_EQ(g.targets[0].rm_state, 0);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_NEW);
+    EXPECT_STREQ(g.map("v1").rm_remote_name, "v1_remote");
+    EXPECT_EQ(g.map("v1").rm_wwn_status, RM_VV_WWN_INVALID);
+    EXPECT_NE(g.volumes[0].wwnRe, 0u);
 
     // The automatic vvset holds the group's volumes in order.
-    const uint32_t setId = api_external_set_id(g->autoSetId);
+    const uint32_t setId = api_external_set_id(g.autoSetId);
     ASSERT_NE(setId, 0u);
-    EXPECT_EQ(setMembersById(setId), (std::vector<std::string>{"v1", "v2"}));
-    EXPECT_EQ(api_external_set_id(g->autoSetId + 1000), 0u);
+    EXPECT_EQ(setMembersById(setId), (Names{"v1", "v2"}));
+    EXPECT_EQ(api_external_set_id(g.autoSetId + 1000), 0u);
     EXPECT_TRUE(volume("v1").state & API_VV_STATE_IN_RCOPY);
 
     // Start: one synchronisation, 3 GiB at 100 MiB/s.
     std::vector<uint32_t> started;
     ASSERT_EQ(start("g1", &started).code, 0);
     ASSERT_EQ(started.size(), 1u);
-    rc = readRcopy();
-    g = rc.group("g1");
-    EXPECT_EQ(g->targets[0].state, 1);
-    EXPECT_EQ(g->map("v1").status, RM_GROUP_VV_SYNCING);
-    EXPECT_EQ(g->map("v1").length, 1024ull << 20);
-    EXPECT_EQ(g->map("v2").length, 2048ull << 20);
-    EXPECT_EQ(g->map("v1").wwnStatus, RM_VV_WWN_VALID);
+    g = groupOf("g1");
+    EXPECT_EQ(g.targets[0].rm_state, 1);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(g.map("v1").rm_sync_length, 1024ull << 20);
+    EXPECT_EQ(g.map("v2").rm_sync_length, 2048ull << 20);
+    EXPECT_EQ(g.map("v1").rm_wwn_status, RM_VV_WWN_VALID);
     api_task_t t = task(started[0]);
-    EXPECT_EQ(t.type, API_TASK_RCOPY_SYNC);
-    EXPECT_EQ(t.state, API_TASK_ACTIVE);
+    EXPECT_EQ(std::make_tuple(t.type, t.state), std::make_tuple(API_TASK_RCOPY_SYNC, API_TASK_ACTIVE));
     EXPECT_STREQ(t.user, "admin");
 
     zdasim_clock_advance(10);
-    rc = readRcopy();
-    const MapView& midway = rc.group("g1")->map("v2");
-    EXPECT_EQ(midway.status, RM_GROUP_VV_SYNCING);
-    EXPECT_GT(midway.offset, 0u);
-    EXPECT_LT(midway.offset, midway.length);
+    const rm_group_vv_map midway = groupOf("g1").map("v2");
+    EXPECT_EQ(midway.rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_GT(midway.rm_sync_offset, 0u);
+    EXPECT_LT(midway.rm_sync_offset, midway.rm_sync_length);
     EXPECT_EQ(task(started[0]).percentDone, 32);
 
     zdasim_clock_advance(30);
-    rc = readRcopy();
-    g = rc.group("g1");
-    EXPECT_EQ(g->targets[0].state, 2);
-    EXPECT_EQ(g->map("v1").status, RM_GROUP_VV_SYNCED);
-    EXPECT_EQ(g->map("v2").offset, g->map("v2").length);
-    EXPECT_EQ(g->map("v1").lastSync, static_cast<uint32_t>(kT0 + 31));
-    EXPECT_EQ(g->targets[0].lastSync, static_cast<uint32_t>(kT0 + 31));
+    g = groupOf("g1");
+    EXPECT_EQ(g.targets[0].rm_state, 2);
+    EXPECT_EQ(g.map("v1").rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(g.map("v2").rm_sync_offset, g.map("v2").rm_sync_length);
+    EXPECT_EQ(g.map("v1").rm_last_synctime, static_cast<uint32_t>(kT0 + 31));
+    EXPECT_EQ(g.targets[0].rm_last_synctime, static_cast<uint32_t>(kT0 + 31));
     t = task(started[0]);
-    EXPECT_EQ(t.state, API_TASK_DONE);
-    EXPECT_EQ(t.percentDone, 100);
-    EXPECT_EQ(t.endTime, kT0 + 31);
+    EXPECT_EQ(
+        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, kT0 + 31));
 
     // A period makes the group catch up at each boundary.
     ASSERT_EQ(setGroup("g1", API_RCOPY_SET_PERIOD, 300, "tA").code, 0);
     zdasim_clock_advance(650);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("g1")->targets[0].period, 300u);
-    EXPECT_EQ(rc.group("g1")->targets[0].lastSync, static_cast<uint32_t>(kT0 + 31 + 600));
-    EXPECT_EQ(rc.group("g1")->map("v1").lastSync, static_cast<uint32_t>(kT0 + 31 + 600));
+    g = groupOf("g1");
+    EXPECT_EQ(g.targets[0].rm_sync_period, 300u);
+    EXPECT_EQ(g.targets[0].rm_last_synctime, static_cast<uint32_t>(kT0 + 31 + 600));
+    EXPECT_EQ(g.map("v1").rm_last_synctime, static_cast<uint32_t>(kT0 + 31 + 600));
 
     // A sync moves what changed: a sixteenth of each volume.
     std::vector<uint32_t> resync;
     ASSERT_EQ(sync("g1", &resync).code, 0);
     ASSERT_EQ(resync.size(), 1u);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("g1")->map("v2").status, RM_GROUP_VV_SYNCING);
-    EXPECT_EQ(rc.group("g1")->map("v2").length, (2048ull << 20) / 16);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_sync_length, (2048ull << 20) / 16);
     zdasim_clock_advance(5);
-    EXPECT_EQ(readRcopy().group("g1")->map("v2").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCED);
 
     // Stop: the volumes stop; a sync is refused the way callers look for.
     ASSERT_EQ(stop("g1").code, 0);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("g1")->targets[0].state, 4);
-    EXPECT_EQ(rc.group("g1")->map("v1").status, RM_GROUP_VV_STOPPED);
-    api_Status_t st = sync("g1");
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 4);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_STOPPED);
+    const api_Status_t st = sync("g1");
     EXPECT_NE(st.code, 0);
-    EXPECT_TRUE(hasText(st, "isn't started")) << text(st);
+    EXPECT_THAT(text(st), HasSubstr("isn't started"));
 
     // Dismiss and delete hand the volumes back.
     ASSERT_EQ(dismiss("g1", "v2").code, 0);
-    EXPECT_EQ(setMembersById(setId), (std::vector<std::string>{"v1"}));
+    EXPECT_EQ(setMembersById(setId), (Names{"v1"}));
     EXPECT_FALSE(volume("v2").state & API_VV_STATE_IN_RCOPY);
-    ASSERT_EQ(readRcopy().group("g1")->volumes.size(), 1u);
+    ASSERT_EQ(groupOf("g1").volumes.size(), 1u);
     ASSERT_EQ(removeGroup("g1").code, 0);
     EXPECT_EQ(readRcopy().group("g1"), nullptr);
     EXPECT_FALSE(volume("v1").state & API_VV_STATE_IN_RCOPY);
-    api_sets_t none{};
-    EXPECT_NE(statusForm([&] { return api_getVVSets("RCP_g1", nullptr, 0, &none); }).code, 0);
-    api_freeSets(&none);
+    api_Status_t gone;
+    EXPECT_TRUE(listSets("RCP_g1", nullptr, &gone).empty());
+    EXPECT_EQ(gone.code, API_E_NOT_FOUND);
 }
 
 TEST_F(RcopyTest, GroupVolumesAndTheirSetAreProtectedWhileTheGroupLives)
 {
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);  // no maps given: the far volume takes the local name
-    EXPECT_EQ(readRcopy().group("g1")->map("v1").remoteName, "v1");
+    EXPECT_STREQ(groupOf("g1").map("v1").rm_remote_name, "v1");
 
     api_name_t vol = names({"v1"})[0];
     api_evtparam_t e = event("remove");
     EXPECT_EQ(intForm([&] { return api_removeVVs(&e, &vol, 1, 1, 0); }), API_E_IN_USE);
-    api_Status_t st = statusForm([&] { return api_removeVVSet(&e, "RCP_g1"); });
+    const api_Status_t st = statusForm([&] { return api_removeVVSet(&e, "RCP_g1"); });
     EXPECT_EQ(st.code, API_E_IN_USE);
-    EXPECT_TRUE(hasText(st, "g1")) << text(st);
+    EXPECT_THAT(text(st), HasSubstr("g1"));
 }
 
 TEST_F(RcopyTest, VolumeAdmittedToAStartedGroupSyncsAtOnce)
 {
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(start("g1").code, 0);  // empty: nothing to move, started at once
-    EXPECT_EQ(readRcopy().group("g1")->targets[0].state, 2);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 2);
     ASSERT_EQ(admit("g1", "v1", {"tA"}).code, 0);
-    EXPECT_EQ(readRcopy().group("g1")->map("v1").status, RM_GROUP_VV_SYNCING);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_SYNCING);
     zdasim_clock_advance(11);
-    EXPECT_EQ(readRcopy().group("g1")->map("v1").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v1").rm_status, RM_GROUP_VV_SYNCED);
 }
 
 TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
 {
-    RcopyView rc = readRcopy();
-    const GroupView* sec = rc.group("sec");
-    ASSERT_NE(sec, nullptr);
-    EXPECT_EQ(sec->primary, 0);
-    EXPECT_EQ(sec->map("v3").status, RM_GROUP_VV_REMOTE_SYNCED);  // secondary view
+    EXPECT_EQ(groupOf("sec").primary, 0);
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_REMOTE_SYNCED);  // secondary view
 
     // A secondary group is not started or failed over from the primary side.
-    EXPECT_TRUE(hasText(start("sec"), "secondary"));
-    ASSERT_EQ(createGroup("prim", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    EXPECT_TRUE(hasText(setGroup("prim", API_RCOPY_SET_FAILOVER, 0), "primary"));
+    EXPECT_THAT(text(start("sec")), HasSubstr("secondary"));
+    ASSERT_EQ(createGroup("prim").code, 0);
+    EXPECT_THAT(text(setGroup("prim", API_RCOPY_SET_FAILOVER, 0)), HasSubstr("primary"));
 
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("sec")->dr, RM_DR_FAILOVER_IN_PROGRESS);
-    EXPECT_EQ(rc.group("sec")->targets[0].state, 4);
-    EXPECT_EQ(rc.group("sec")->primary, 0);
+    EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_FAILOVER_IN_PROGRESS, 0, 0));
+    EXPECT_EQ(groupOf("sec").targets[0].rm_state, 4);
     EXPECT_NE(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);  // in progress
 
     zdasim_clock_advance(5);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("sec")->dr, RM_DR_FAILOVER_DONE);
-    EXPECT_EQ(rc.group("sec")->primary, 1);  // the role turned; the natural one did not
-    EXPECT_EQ(rc.group("sec")->natural, 0);
-    EXPECT_EQ(rc.group("sec")->map("v3").status, RM_GROUP_VV_SYNCED);
-    EXPECT_TRUE(hasText(start("sec"), "disaster-recovery"));
+    // The role turned; the natural one did not.
+    EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_FAILOVER_DONE, 1, 0));
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_THAT(text(start("sec")), HasSubstr("disaster-recovery"));
 
     // Recover moves the data back, failback returns to the natural roles.
     std::vector<uint32_t> moving;
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_RECOVER, 0, "", &moving).code, 0);
     EXPECT_EQ(moving.size(), 1u);
-    EXPECT_EQ(readRcopy().group("sec")->dr, RM_DR_RECOVER_IN_PROGRESS);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_RECOVER_IN_PROGRESS);
     zdasim_clock_advance(30);
-    EXPECT_EQ(readRcopy().group("sec")->dr, RM_DR_RECOVER_DONE);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_RECOVER_DONE);
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILBACK, 0, "", &moving).code, 0);
     EXPECT_TRUE(moving.empty());  // recovered already: nothing to move
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("sec")->dr, RM_DR_RESTORE_IN_PROGRESS);
-    EXPECT_EQ(rc.group("sec")->targets[0].state, 2);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_RESTORE_IN_PROGRESS);
+    EXPECT_EQ(groupOf("sec").targets[0].rm_state, 2);
     zdasim_clock_advance(5);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("sec")->dr, RM_DR_NONE);
-    EXPECT_EQ(rc.group("sec")->primary, 0);
-    EXPECT_EQ(rc.group("sec")->map("v3").status, RM_GROUP_VV_REMOTE_SYNCED);
+    EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_NONE, 0, 0));
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_REMOTE_SYNCED);
 
     // Failback straight from a failover resynchronises first.
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILOVER, 0).code, 0);
@@ -219,79 +201,53 @@ TEST_F(RcopyTest, SecondaryFailsOverFailsBackAndReverses)
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_FAILBACK, 0, "", &moving).code, 0);
     ASSERT_EQ(moving.size(), 1u);
     zdasim_clock_advance(4);
-    EXPECT_EQ(readRcopy().group("sec")->dr, RM_DR_RESTORE_IN_PROGRESS);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_RESTORE_IN_PROGRESS);
     zdasim_clock_advance(30);
     EXPECT_EQ(task(moving[0]).state, API_TASK_DONE);
-    EXPECT_EQ(readRcopy().group("sec")->dr, RM_DR_NONE);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_NONE);
 
     // Reverse turns both directions round.
     ASSERT_EQ(setGroup("sec", API_RCOPY_SET_REVERSE, 16).code, 0);
-    EXPECT_EQ(readRcopy().group("sec")->dr, RM_DR_REVERSE_IN_PROGRESS);
+    EXPECT_EQ(groupOf("sec").dr, RM_DR_REVERSE_IN_PROGRESS);
     zdasim_clock_advance(5);
-    rc = readRcopy();
-    EXPECT_EQ(rc.group("sec")->dr, RM_DR_NONE);
-    EXPECT_EQ(rc.group("sec")->primary, 1);
-    EXPECT_EQ(rc.group("sec")->natural, 1);
-    EXPECT_EQ(rc.group("sec")->map("v3").status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(roles("sec"), std::make_tuple(RM_DR_NONE, 1, 1));
+    EXPECT_EQ(groupOf("sec").map("v3").rm_status, RM_GROUP_VV_SYNCED);
 }
 
 TEST_F(RcopyTest, FailingTargetStopsItsGroupsAndFailsTheirSync)
 {
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(admit("g1", "v2").code, 0);
     std::vector<uint32_t> started;
     ASSERT_EQ(start("g1", &started).code, 0);
     zdasim_clock_advance(5);
     ASSERT_EQ(zdasim_rcopy_target_set_status("tA", RM_TARGET_FAILED), 0);
     zdasim_clock_advance(1);
-    RcopyView rc = readRcopy();
-    EXPECT_EQ(rc.group("g1")->targets[0].state, 4);
-    EXPECT_EQ(rc.group("g1")->map("v2").status, RM_GROUP_VV_STOPPED);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 4);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_STOPPED);
     const api_task_t t = task(started[0]);
     EXPECT_EQ(t.state, API_TASK_FAILED);
-    EXPECT_NE(std::string(t.detail).find("tA"), std::string::npos) << t.detail;
+    EXPECT_THAT(t.detail, HasSubstr("tA"));
     EXPECT_GT(t.percentDone, 0);
     EXPECT_LT(t.percentDone, 100);
     // Until the target is back the group does not start.
-    EXPECT_TRUE(hasText(start("g1"), "not ready"));
+    EXPECT_THAT(text(start("g1")), HasSubstr("not ready"));
     ASSERT_EQ(zdasim_rcopy_target_set_status("tA", RM_TARGET_READY), 0);
     EXPECT_EQ(start("g1").code, 0);
 }
 
 TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
 {
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    ASSERT_EQ(createGroup("gdown", {{"tDown", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
+    ASSERT_EQ(createOn("gdown", "tDown").code, 0);
     ASSERT_EQ(admit("g1", "v1").code, 0);
     ASSERT_EQ(admit("gdown", "v2").code, 0);
-    struct Case
-    {
-        const char* what;
-        std::function<api_Status_t()> call;
-        int code;
-        const char* textPart;
-    };
-    const std::vector<Case> cases = {
-        {"create twice",
-            [] {
-                return createGroup("g1", {{"tA", 8}});
-            },
-            API_E_EXISTS, "g1"},
-        {"create on unknown target",
-            [] {
-                return createGroup("g2", {{"nope", 8}});
-            },
-            API_E_NOT_FOUND, "nope"},
-        {"create with a mode the target does not suit",
-            [] {
-                return createGroup("g2", {{"tSync", 8}});
-            },
-            API_E_INVALID, "tSync"},
-        {"create with a target twice",
-            [] {
-                return createGroup("g2", {{"tA", 8}, {"tA", 8}});
-            },
-            API_E_INVALID, "twice"},
+    const std::vector<std::tuple<const char*, std::function<api_Status_t()>, int, const char*>> cases = {
+        {"create twice", [] { return createGroup("g1"); }, API_E_EXISTS, "g1"},
+        {"create on unknown target", [] { return createOn("g2", "nope"); }, API_E_NOT_FOUND, "nope"},
+        {"create with a mode the target does not suit", [] { return createOn("g2", "tSync"); }, API_E_INVALID,
+            "tSync"},
+        {"create with a target twice", [] { return createOn("g2", "tA", "tA"); }, API_E_INVALID, "twice"},
         {"admit an unknown volume", [] { return admit("g1", "zz"); }, API_E_NOT_FOUND, "zz"},
         {"admit into an unknown group", [] { return admit("zz", "v2"); }, API_E_NOT_FOUND, "zz"},
         {"admit a virtual copy", [] { return admit("g1", "v1.snap"); }, API_E_INVALID, "virtual copy"},
@@ -311,22 +267,18 @@ TEST_F(RcopyTest, RefusalsNameTheObjectAndTheReason)
         {"dismiss a volume not in the group", [] { return dismiss("g1", "v3"); }, API_E_NOT_FOUND, "v3"},
         {"delete an unknown group", [] { return removeGroup("zz"); }, API_E_NOT_FOUND, "zz"},
     };
-    for (const Case& c : cases)
+    for (const auto& [what, call, code, textPart] : cases)
     {
-        const api_Status_t st = c.call();
-        EXPECT_EQ(st.code, c.code) << c.what << ": " << text(st);
-        EXPECT_TRUE(hasText(st, c.textPart)) << c.what << ": " << text(st);
+        const api_Status_t st = call();
+        EXPECT_EQ(st.code, code) << what << ": " << text(st);
+        EXPECT_THAT(text(st), HasSubstr(textPart)) << what;
     }
-    bool journaled = false;
-    for (const std::string& e : journal())
-        journaled = journaled ||
-            e.find("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300") == 0;
-    EXPECT_TRUE(journaled);
+    EXPECT_THAT(zda_test::journalOf("api_setRCopyGroup"),
+        Contains(StartsWith("api_setRCopyGroup name=\"g1\" flags=0 target=\"tSync\" selector=3 value=300")));
     // None of them changed the groups.
-    RcopyView rc = readRcopy();
-    EXPECT_EQ(rc.groups.size(), 3u);
-    EXPECT_EQ(rc.group("g1")->volumes.size(), 1u);
-    EXPECT_EQ(rc.group("g1")->targets[0].state, 0);
+    EXPECT_EQ(readRcopy().groups.size(), 3u);
+    EXPECT_EQ(groupOf("g1").volumes.size(), 1u);
+    EXPECT_EQ(groupOf("g1").targets[0].rm_state, 0);
 }
 
 TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
@@ -337,9 +289,8 @@ TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
     ASSERT_EQ(start("g2", &started).code, 0);
     EXPECT_EQ(started.size(), 2u);  // one per target
     EXPECT_EQ(zdasim_ledger_outstanding("rcopy_tasks"), 0);
-    RcopyView rc = readRcopy();
-    ASSERT_EQ(rc.group("g2")->volumes[0].maps.size(), 2u);
-    EXPECT_EQ(rc.group("g2")->map("v1", 1).target, "tSync");
+    ASSERT_EQ(groupOf("g2").volumes[0].maps.size(), 2u);
+    EXPECT_STREQ(groupOf("g2").map("v1", 1).rm_target, "tSync");
     // An api_syncrcopy while the first synchronisation runs hands back the running tasks.
     std::vector<uint32_t> again;
     ASSERT_EQ(sync("g2", &again).code, 0);
@@ -348,16 +299,8 @@ TEST_F(RcopyTest, StartStopSyncHandTheirTasksToTheCaller)
     ASSERT_EQ(stop("g2").code, 0);
     for (uint32_t tid : started)
         EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
-    EXPECT_NE(lastJournalOf("api_startRCopyGroup").find("tasks="), std::string::npos);
+    EXPECT_THAT(lastJournalOf("api_startRCopyGroup"), HasSubstr("tasks="));
 }
-
-}  // namespace
-}  // namespace zdatest
-
-namespace zdatest
-{
-namespace
-{
 
 // Readers see whole snapshots while another thread changes the groups and
 // the clock moves.
@@ -366,33 +309,27 @@ TEST_F(RcopyTest, SnapshotsStayWholeWhileGroupsChange)
     ASSERT_EQ(createGroup("busy", {{"tA", RM_TARGET_MODE_PERIODIC}, {"tSync", RM_TARGET_MODE_SYNC}}).code, 0);
     std::atomic<bool> done{false};
     std::atomic<int> broken{0};
-    std::vector<std::thread> readers;
-    for (int r = 0; r < 3; ++r)
-        readers.emplace_back([&] {
-            while (!done)
-            {
-                api_rcopy_t rc{};
-                api_Status_t st = statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); });
-                if (st.code != 0)
-                    ++broken;
-                for (rm_group_wrapper* g = rc.groups; g; g = g->next)
-                    for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
-                        if (v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets)
-                            ++broken;
-                api_freeRCopy(&rc);
-            }
-        });
-    for (int i = 0; i < 30; ++i)
-    {
-        EXPECT_EQ(admit("busy", "v4").code, 0);
-        EXPECT_EQ(start("busy").code, 0);
-        zdasim_clock_advance(3);
-        EXPECT_EQ(stop("busy").code, 0);
-        EXPECT_EQ(dismiss("busy", "v4").code, 0);
-    }
-    done = true;
-    for (std::thread& t : readers)
-        t.join();
+    inThreads(4, [&](int t) {
+        for (int i = 0; t == 0 && i < 30; ++i)
+        {
+            EXPECT_EQ(admit("busy", "v4").code, 0);
+            EXPECT_EQ(start("busy").code, 0);
+            zdasim_clock_advance(3);
+            EXPECT_EQ(stop("busy").code, 0);
+            EXPECT_EQ(dismiss("busy", "v4").code, 0);
+        }
+        if (t == 0)
+            done = true;
+        while (!done)
+        {
+            api_rcopy_t rc{};
+            broken += statusForm([&] { return api_getRCopy(API_RCOPY_QUERY_TYPE_ALL, &rc); }).code != 0;
+            for (rm_group_wrapper* g = rc.groups; g; g = g->next)
+                for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
+                    broken += v->map_count != g->group.rm_targets || g->gtarget_count != g->group.rm_targets;
+            api_freeRCopy(&rc);
+        }
+    });
     EXPECT_EQ(broken, 0);
 }
 

@@ -60,38 +60,38 @@ protected:
 
 // ---- requests, as callers build them ----------------------------------------
 
+// Groups are periodic to tA unless told.
 inline api_Status_t createGroup(const std::string& name,
-    const std::vector<std::pair<std::string, uint32_t>>& targets, const std::string& domain = "d1")
+    const std::vector<std::pair<std::string, uint32_t>>& targets = {{"tA", RM_TARGET_MODE_PERIODIC}},
+    const std::string& domain = "d1")
 {
     api_rcopy_group_t g{};
-    std::strncpy(g.name, name.c_str(), sizeof g.name - 1);
-    std::strncpy(g.domain, domain.c_str(), sizeof g.domain - 1);
+    setField(g.name, name);
+    setField(g.domain, domain);
     for (size_t i = 0; i < targets.size(); ++i)
     {
-        std::strncpy(g.targets[i].rm_target, targets[i].first.c_str(), 31);
+        setField(g.targets[i].rm_target, targets[i].first);
         g.targets[i].rm_mode = targets[i].second;
     }
     g.numtargets = static_cast<uint32_t>(targets.size());
-    api_evtparam_t e = event("createRcopyGrp");
-    return statusForm([&] { return api_createRCopyGroup(&e, &g); });
+    return audited(api_createRCopyGroup, &g);
 }
 
 inline api_Status_t admit(
     const std::string& group, const std::string& vv, const std::vector<std::string>& targets = {})
 {
     api_rcopy_vv_t r{};
-    std::strncpy(r.vvname, vv.c_str(), 31);
-    std::strncpy(r.group, group.c_str(), 31);
+    setField(r.vvname, vv);
+    setField(r.group, group);
     r.nummaps = static_cast<uint32_t>(targets.size());
     for (size_t i = 0; i < targets.size(); ++i)
     {
-        std::strncpy(r.vvmaps[i].rm_target, targets[i].c_str(), 31);
-        std::snprintf(r.vvmaps[i].rm_remote_name, 32, "%s_remote", vv.c_str());
+        setField(r.vvmaps[i].rm_target, targets[i]);
+        setField(r.vvmaps[i].rm_remote_name, vv + "_remote");
         r.vvmaps[i].rm_remote_vid = 0xFFFFFFFEu;
     }
     r.vv_add_flags = 0x4;
-    api_evtparam_t e = event("admit");
-    return statusForm([&] { return api_admitRCopyVV(&e, &r); });
+    return audited(api_admitRCopyVV, &r);
 }
 
 // A group operation; the task ids it started go to *tasks when given.
@@ -100,11 +100,10 @@ api_Status_t groupOp(Call call, const std::string& group, uint8_t flags = 0,
     std::vector<uint32_t>* tasks = nullptr, const std::string& target = "")
 {
     api_rcopy_groupop_t r{};
-    std::strncpy(r.name, group.c_str(), 31);
-    std::strncpy(r.target, target.c_str(), 31);
+    setField(r.name, group);
+    setField(r.target, target);
     r.flags = flags;
-    api_evtparam_t e = event("op");
-    api_Status_t st = statusForm([&] { return call(&e, &r); });
+    const api_Status_t st = audited(call, &r);
     if (tasks)
     {
         tasks->clear();
@@ -137,51 +136,35 @@ inline api_Status_t setGroup(const std::string& g, int selector, int value, cons
 inline api_Status_t removeGroup(const std::string& g)
 {
     api_rcopy_delete d{};
-    std::strncpy(d.name, g.c_str(), 31);
+    setField(d.name, g);
     d.removevv_flag = API_RCOPY_REMOVE_VVS;
-    api_evtparam_t e = event("delete");
-    return statusForm([&] { return api_deleteRCopyGroup(&e, &d); });
+    return audited(api_deleteRCopyGroup, &d);
 }
 inline api_Status_t dismiss(const std::string& g, const std::string& vv)
 {
     api_rcopy_dismiss_vv d{};
-    std::strncpy(d.group, g.c_str(), 31);
-    std::strncpy(d.vvname, vv.c_str(), 31);
+    setField(d.group, g);
+    setField(d.vvname, vv);
     d.removevv_flag = API_RCOPY_REMOVE_VVS;
-    api_evtparam_t e = event("dismiss");
-    return statusForm([&] { return api_dismissRCopyVV(&e, &d); });
+    return audited(api_dismissRCopyVV, &d);
 }
 
 // ---- what api_getRCopy answers, copied out of the record ------------------------
 
-struct MapView
-{
-    std::string target, remoteName;
-    int status;
-    uint32_t lastSync;
-    unsigned long long offset, length;
-    int wwnStatus;
-};
 struct VolView
 {
     std::string name;
     unsigned long long wwn, wwnRe;
-    std::vector<MapView> maps;
-};
-struct GroupTargetView
-{
-    std::string target, remoteGroup;
-    uint32_t mode, period, options, lastSync;
-    int state;
+    std::vector<rm_group_vv_map> maps;
 };
 struct GroupView
 {
     std::string name, domain;
     int id, primary, natural, dr;
     uint32_t autoSetId;
-    std::vector<GroupTargetView> targets;
+    std::vector<rm_group_target> targets;
     std::vector<VolView> volumes;
-    const MapView& map(const std::string& vv, size_t t = 0) const
+    const rm_group_vv_map& map(const std::string& vv, size_t t = 0) const
     {
         for (const VolView& v : volumes)
             if (v.name == vv)
@@ -191,7 +174,7 @@ struct GroupView
 };
 struct RcopyView
 {
-    int sysMode = 0, sysStatus = 0;
+    int sysMode = 0;
     std::vector<rm_target> targets;
     int linkCount = 0;
     std::vector<GroupView> groups;
@@ -213,51 +196,32 @@ inline RcopyView readRcopy(int selector = API_RCOPY_QUERY_TYPE_ALL)
     RcopyView out;
     EXPECT_EQ(st.code, 0) << text(st);
     out.sysMode = rc.sys.rm_sys_mode;
-    out.sysStatus = rc.sys.rm_status;
     for (int i = 0; i < rc.target_count; ++i)
         out.targets.push_back(rc.targets[i]);
     out.linkCount = rc.link_count;
     for (rm_group_wrapper* w = rc.groups; w; w = w->next)
     {
+        EXPECT_EQ(w->gtarget_count, w->group.rm_targets);
         GroupView g{w->group.rm_hdr.rm_name, w->group.rm_domain_name, w->group.rm_hdr.rm_ID,
             w->group.rm_primary, w->group.rm_natural, static_cast<int>(w->group.rm_dr_state),
-            w->group.rm_auto_set_id, {}, {}};
-        EXPECT_EQ(w->gtarget_count, w->group.rm_targets);
-        for (int i = 0; i < w->gtarget_count; ++i)
-        {
-            const rm_group_target& t = w->gtargets[i];
-            g.targets.push_back({t.rm_target, t.rm_remote_group, t.rm_mode, t.rm_sync_period, t.rm_options,
-                t.rm_last_synctime, t.rm_state});
-        }
+            w->group.rm_auto_set_id, {w->gtargets, w->gtargets + w->gtarget_count}, {}};
+        // Readers walk the maps by the group's target count.
         for (rm_group_vv_wrapper* v = w->gvvs; v; v = v->next)
-        {
-            VolView vv{v->gvv.rm_local_name, v->gvv.rm_local_wwn, v->gvv.rm_local_wwn_re, {}};
-            // Readers walk the maps by the group's target count.
-            for (int k = 0; k < w->group.rm_targets; ++k)
-            {
-                const rm_group_vv_map& m = v->maps[k];
-                vv.maps.push_back({m.rm_target, m.rm_remote_name, m.rm_status, m.rm_last_synctime,
-                    m.rm_sync_offset, m.rm_sync_length, m.rm_wwn_status});
-            }
-            g.volumes.push_back(vv);
-        }
+            g.volumes.push_back({v->gvv.rm_local_name, v->gvv.rm_local_wwn, v->gvv.rm_local_wwn_re,
+                {v->maps, v->maps + w->group.rm_targets}});
         out.groups.push_back(g);
     }
     api_freeRCopy(&rc);
     return out;
 }
 
-// The record of one volume, zeroed when the array has no such volume.
-inline api_VVObj_t volume(const std::string& name)
+// One group as api_getRCopy answers it now.
+inline GroupView groupOf(const std::string& name)
 {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    intForm([&] { return api_getVVs(name.c_str(), nullptr, &count, &vv, 0); });
-    api_VVObj_t out{};
-    if (count == 1)
-        out = vv[0];
-    free_if_not_null(vv);
-    return out;
+    const RcopyView rc = readRcopy();
+    const GroupView* g = rc.group(name);
+    EXPECT_NE(g, nullptr) << "no group " << name;
+    return g ? *g : GroupView{};
 }
 
 inline std::vector<api_task_t> tasks()

@@ -4,56 +4,19 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <tuple>
 
-#include "sim_fixture.h"
+#include "rcopy_support.h"
 
 using namespace zdatest;
 
-namespace
-{
-
-struct SetView
-{
-    uint32_t id = 0;
-    std::string comment, domain;
-    std::vector<std::string> members;
-};
-
-// The sets api_getVVSets returns, by name; the list is released here.
-std::map<std::string, SetView> listSets(
-    const char* name, const api_okv_opts_t* cond, api_Status_t* status = nullptr)
-{
-    api_sets_t list{};
-    api_Status_t st = api_getVVSets(name, cond, 0, &list);
-    if (status)
-        *status = st;
-    std::map<std::string, SetView> out;
-    for (uint32_t i = 0; i < list.count; ++i)
-    {
-        const api_set_t& s = list.sets[i];
-        SetView v{s.id, s.comment, s.domain, {}};
-        for (int m = 0; m < s.memberCount; ++m)
-            v.members.push_back(s.members[m].name);
-        out[s.name] = v;
-    }
-    api_freeSets(&list);
-    return out;
-}
-
-std::vector<std::string> v(std::initializer_list<const char*> l)
-{
-    return {l.begin(), l.end()};
-}
-
 using SetTest = ArrayTest;
-
-}  // namespace
 
 TEST_F(SetTest, ListingAllOneOrByKeyValue)
 {
-    auto all = listSets(nullptr, nullptr);
+    auto all = listSets();
     ASSERT_EQ(all.size(), 5u);
-    EXPECT_EQ(all["set1"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(all["set1"].members, (Names{"vol1", "vol2"}));
     EXPECT_EQ(all["set1"].comment, "first set");
     EXPECT_EQ(all["set1"].domain, "dom1");
     EXPECT_TRUE(all["set_empty"].members.empty());
@@ -63,24 +26,18 @@ TEST_F(SetTest, ListingAllOneOrByKeyValue)
     EXPECT_EQ(st.code, 0);
     EXPECT_TRUE(listSets("nosuch", nullptr, &st).empty());
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
-    EXPECT_NE(text(st).find("nosuch"), std::string::npos);
+    EXPECT_THAT(text(st), HasSubstr("nosuch"));
 
-    api_okv_opts_t cond{};
-    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "rcg1"), 0);
-    auto byKey = listSets(nullptr, &cond, &st);
+    auto byKey = listSetsWhere("parentRCGroup", "rcg1", nullptr, &st);
     EXPECT_EQ(st.code, 0);
     ASSERT_EQ(byKey.size(), 1u);
     EXPECT_EQ(byKey.begin()->first, "set_dom2");
-    EXPECT_TRUE(listSets("set1", &cond, &st).empty()) << "a named set that misses the condition";
+    EXPECT_TRUE(listSetsWhere("parentRCGroup", "rcg1", "set1", &st).empty()) << "a named set that misses it";
     EXPECT_EQ(st.code, 0);
-    api_free_okv_opts(&cond);
-    ASSERT_EQ(api_okv_addIfKV(&cond, "parentRCGroup", "other"), 0);
-    EXPECT_TRUE(listSets(nullptr, &cond, &st).empty());
+    EXPECT_TRUE(listSetsWhere("parentRCGroup", "other", nullptr, &st).empty());
     EXPECT_EQ(st.code, 0);
-    api_free_okv_opts(&cond);
-    EXPECT_EQ(cond.entries, nullptr);
 
-    EXPECT_NE(lastJournalOf("api_getVVSets").find("if=\"parentRCGroup==other\""), std::string::npos);
+    EXPECT_THAT(lastJournalOf("api_getVVSets"), HasSubstr("if=\"parentRCGroup==other\""));
 }
 
 TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
@@ -95,51 +52,37 @@ TEST_F(SetTest, CreateWithKeyValuesIsVisibleToQueries)
     api_free_okv_opts(&okv);
     ASSERT_EQ(st.code, 0) << text(st);
 
-    auto made = listSets("child", nullptr);
+    auto made = listSets("child");
     ASSERT_EQ(made.size(), 1u);
-    EXPECT_EQ(made["child"].members, v({"vol4", "vol5"}));
+    EXPECT_EQ(made["child"].members, (Names{"vol4", "vol5"}));
     EXPECT_EQ(made["child"].domain, "dom2");
 
-    api_okv_opts_t cond{};
-    api_okv_addIfKV(&cond, "parentRCGroup", "rcg9");
-    EXPECT_EQ(listSets(nullptr, &cond).size(), 1u);
-    api_free_okv_opts(&cond);
+    EXPECT_EQ(listSetsWhere("parentRCGroup", "rcg9").size(), 1u);
 
     // The key-value query reads it by set id.
-    for (const auto& [name, wants] : std::map<std::string, int>{{"child", 1}, {"set_dom2", 1}, {"set1", 0}})
+    const std::tuple<uint32_t, int, int> byId[] = {{listSets("child")["child"].id, 0, 1},
+        {listSets("set_dom2")["set_dom2"].id, 0, 1}, {listSets("set1")["set1"].id, 0, 0},
+        {9999, API_E_NOT_FOUND, 0}};
+    for (const auto& [id, code, found] : byId)
     {
         api_keyvalue_query_t q{};
         q.objType = 1;
-        q.objId = listSets(name.c_str(), nullptr)[name].id;
+        q.objId = id;
         EXPECT_EQ(api_addKeyValueOpt(&q, "parentRCGroup").code, 0);
-        EXPECT_EQ(api_getKeyValues(&q).code, 0);
-        EXPECT_EQ(q.found, wants) << name;
+        EXPECT_EQ(api_getKeyValues(&q).code, code) << id;
+        EXPECT_EQ(q.found, found) << id;
         api_freeKeyValueOpt(&q);
     }
-    api_keyvalue_query_t q{};
-    q.objType = 1;
-    q.objId = 9999;
-    api_addKeyValueOpt(&q, "parentRCGroup");
-    EXPECT_EQ(api_getKeyValues(&q).code, API_E_NOT_FOUND);
-    EXPECT_EQ(q.found, 0);
-    api_freeKeyValueOpt(&q);
 
     // A group may start empty.
     EXPECT_EQ(api_createVVSet(&e, "empty2", nullptr, 0, 0, nullptr, nullptr).code, 0);
-    EXPECT_TRUE(listSets("empty2", nullptr)["empty2"].members.empty());
+    EXPECT_TRUE(listSets("empty2")["empty2"].members.empty());
 }
 
 TEST_F(SetTest, CreateRefusals)
 {
     api_evtparam_t e = event("create");
-    struct Case
-    {
-        const char* name;
-        std::vector<std::string> members;
-        int code;
-        const char* words;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::vector<std::string>, int, const char*> cases[] = {
         {"set1", {}, API_E_EXISTS, "set1 already exists"},
         {"", {}, API_E_INVALID, "is empty"},
         {"a_name_that_is_far_too_long_to_fit", {}, API_E_INVALID, "longer than 31"},
@@ -147,14 +90,14 @@ TEST_F(SetTest, CreateRefusals)
         {"s", {"vol1", "vol1"}, API_E_INVALID, "vol1 is listed twice"},
         {"s", {"vol1", "vol4"}, API_E_INVALID, "vol4 is in domain"},
     };
-    for (const Case& c : cases)
+    for (const auto& [name, members, code, words] : cases)
     {
-        auto n = names(c.members);
-        api_Status_t st = api_createVVSet(&e, c.name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
-        EXPECT_EQ(st.code, c.code) << c.name;
-        EXPECT_NE(text(st).find(c.words), std::string::npos) << text(st);
+        auto n = names(members);
+        api_Status_t st = api_createVVSet(&e, name, n.data(), static_cast<int>(n.size()), 0, "", nullptr);
+        EXPECT_EQ(st.code, code) << name;
+        EXPECT_THAT(text(st), HasSubstr(words));
     }
-    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
+    EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
     api_okv_opts_t okv{};
     EXPECT_NE(api_okv_addSetKV(&okv, "", "x"), 0);
     EXPECT_NE(api_okv_addSetKV(&okv, std::string(64, 'k').c_str(), "x"), 0);
@@ -167,49 +110,25 @@ TEST_F(SetTest, CreateRefusals)
 // object refuses the same names with API_E_INVALID.
 TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
 {
-    api_evtparam_t e = event("create");
-    auto field = [](char* out, size_t size, const std::string& name) {
-        std::memset(out, 0, size);
-        std::memcpy(out, name.data(), std::min(name.size(), size));
-    };
-    const std::map<std::string, std::function<int(const std::string&)>> creators = {
+    const std::map<std::string, std::function<api_Status_t(const std::string&)>> creators = {
         {"vvset",
-            [&](const std::string& n) {
-                return api_createVVSet(&e, n.c_str(), nullptr, 0, 0, "", nullptr).code;
+            [](const std::string& n) {
+                return audited(api_createVVSet, n.c_str(), nullptr, 0, 0, "", nullptr);
             }},
         {"rename",
-            [&](const std::string& n) { return api_setVVSet(&e, "set1", n.c_str(), nullptr, 1, 0).code; }},
+            [](const std::string& n) { return audited(api_setVVSet, "set1", n.c_str(), nullptr, 1, 0); }},
         {"setting",
-            [&](const std::string& n) {
-                api_setting_t s{};
-                field(s.name, sizeof s.name, n);
-                return api_createSetting(&e, &s).code;
+            [](const std::string& n) {
+                api_setting_t s = setting(n);
+                return audited(api_createSetting, &s);
             }},
-        {"rcopy group",
-            [&](const std::string& n) {
-                api_rcopy_group_t g{};
-                field(g.name, sizeof g.name, n);
-                return api_createRCopyGroup(&e, &g).code;
-            }},
+        {"rcopy group", [](const std::string& n) { return createGroup(n, {}, ""); }},
         {"snapshot",
-            [&](const std::string& n) {
-                api_groupsv_entry_t sv{};
-                field(sv.parentVolName, sizeof sv.parentVolName, "vol1");
-                field(sv.childVolName, sizeof sv.childVolName, n);
-                api_groupsv_t g{};
-                g.baseID = API_BASEID_ANY;
-                g.count = 1;
-                g.svs = &sv;
-                return api_createGroupSV(&e, &g).code;
+            [](const std::string& n) {
+                return groupSnapshot({{"vol1", n}});
             }},
         {"physical copy",
-            [&](const std::string& n) {
-                api_physcopy_t c{};
-                field(c.parentVolName, sizeof c.parentVolName, "vol1");
-                field(c.childVolName, sizeof c.childVolName, n);
-                c.flags = API_PCOPY_CREATE_TARGET;
-                return api_createPhysicalCopy(&e, &c).code;
-            }},
+            [](const std::string& n) { return physicalCopy("vol1", n, API_PCOPY_CREATE_TARGET); }},
     };
     const std::string refused[] = {
         "",
@@ -225,15 +144,10 @@ TEST_F(SetTest, EveryNewNameFollowsTheNamingRule)
     };
     for (const auto& [what, create] : creators)
         for (const std::string& name : refused)
-            EXPECT_EQ(intForm([&] { return create(name); }), API_E_INVALID)
-                << what << " named \"" << name << "\"";
-    EXPECT_EQ(listSets(nullptr, nullptr).size(), 5u) << "nothing was made";
-    EXPECT_EQ(
-        statusForm([&] { return api_createVVSet(&e, "ok.name-1_x:y", nullptr, 0, 0, "", nullptr); }).code, 0);
-    EXPECT_EQ(statusForm([&] {
-        return api_createVVSet(&e, std::string(31, 'n').c_str(), nullptr, 0, 0, "", nullptr);
-    }).code,
-        0);
+            EXPECT_EQ(create(name).code, API_E_INVALID) << what << " named \"" << name << "\"";
+    EXPECT_EQ(listSets().size(), 5u) << "nothing was made";
+    EXPECT_EQ(creators.at("vvset")("ok.name-1_x:y").code, 0);
+    EXPECT_EQ(creators.at("vvset")(std::string(31, 'n')).code, 0);
 }
 
 TEST_F(SetTest, RenameCommentAndRemove)
@@ -241,11 +155,11 @@ TEST_F(SetTest, RenameCommentAndRemove)
     api_evtparam_t e = event("modify");
     // A string counts only where its flag is 1.
     EXPECT_EQ(api_setVVSet(&e, "set1", "ignored", "new words", 0, 1).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].comment, "new words");
+    EXPECT_EQ(listSets("set1")["set1"].comment, "new words");
     EXPECT_EQ(api_setVVSet(&e, "set1", "renamed", "ignored", 1, 0).code, 0);
-    auto renamed = listSets("renamed", nullptr);
+    auto renamed = listSets("renamed");
     EXPECT_EQ(renamed["renamed"].comment, "new words");
-    EXPECT_EQ(renamed["renamed"].members, v({"vol1", "vol2"}));
+    EXPECT_EQ(renamed["renamed"].members, (Names{"vol1", "vol2"}));
     EXPECT_EQ(api_setVVSet(&e, "set1", nullptr, nullptr, 0, 0).code, API_E_NOT_FOUND);
     EXPECT_EQ(api_setVVSet(&e, "renamed", "set_one", nullptr, 1, 0).code, API_E_EXISTS);
     EXPECT_EQ(api_setVVSet(&e, "renamed", "", nullptr, 1, 0).code, API_E_INVALID);
@@ -273,11 +187,11 @@ TEST_F(SetTest, AddAndRemoveMembers)
         return api_removeFromVVSet(&e, set, n.data(), static_cast<int>(n.size()));
     };
     EXPECT_EQ(add("set_empty", {"vol4"}).code, 0);
-    EXPECT_EQ(listSets("set_empty", nullptr)["set_empty"].domain, "dom2")
+    EXPECT_EQ(listSets("set_empty")["set_empty"].domain, "dom2")
         << "an empty set takes its first member's domain";
     EXPECT_EQ(add("set_empty", {"vol1"}).code, API_E_INVALID) << "another domain";
     EXPECT_EQ(add("set1", {"vol3", "vol1.rw"}).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol1", "vol2", "vol3", "vol1.rw"}));
+    EXPECT_EQ(listSets("set1")["set1"].members, (Names{"vol1", "vol2", "vol3", "vol1.rw"}));
     EXPECT_EQ(add("set1", {"vol2"}).code, API_E_EXISTS);
     EXPECT_EQ(add("set1", {"ghost"}).code, API_E_NOT_FOUND);
     EXPECT_EQ(add("nosuch", {"vol1"}).code, API_E_NOT_FOUND);
@@ -285,13 +199,12 @@ TEST_F(SetTest, AddAndRemoveMembers)
     // Removal is all or nothing: one non-member leaves the set as it was.
     api_Status_t st = drop("set1", {"vol1", "vol5"});
     EXPECT_EQ(st.code, API_E_NOT_FOUND);
-    EXPECT_NE(text(st).find("vol5 is not a member of VV set set1"), std::string::npos);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members.size(), 4u);
+    EXPECT_THAT(text(st), HasSubstr("vol5 is not a member of VV set set1"));
+    EXPECT_EQ(listSets("set1")["set1"].members.size(), 4u);
     EXPECT_EQ(drop("set1", {"vol1", "vol3"}).code, 0);
-    EXPECT_EQ(listSets("set1", nullptr)["set1"].members, v({"vol2", "vol1.rw"}));
+    EXPECT_EQ(listSets("set1")["set1"].members, (Names{"vol2", "vol1.rw"}));
     EXPECT_EQ(drop("set1", {"vol2", "vol1.rw"}).code, 0);
-    EXPECT_TRUE(listSets("set1", nullptr)["set1"].members.empty());
+    EXPECT_TRUE(listSets("set1")["set1"].members.empty());
 
-    const std::string j = lastJournalOf("api_removeFromVVSet");
-    EXPECT_NE(j.find("members=\"vol2|vol1.rw\" count=2"), std::string::npos) << j;
+    EXPECT_THAT(lastJournalOf("api_removeFromVVSet"), HasSubstr("members=\"vol2|vol1.rw\" count=2"));
 }

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <sstream>
+#include <tuple>
 
 #include "rcopy_support.h"
 
@@ -16,13 +16,17 @@ namespace zdatest
 namespace
 {
 
+using ::testing::Contains;
+using ::testing::Pair;
+using ::testing::StartsWith;
+
 class StateFileTest : public RcopyTest
 {
 protected:
     void SetUp() override
     {
         RcopyTest::SetUp();
-        path_ = ::testing::TempDir() + "zda_state_" + std::to_string(getpid()) + ".json";
+        path_ = tempPath("state.json");
         removeFiles();
     }
     void TearDown() override
@@ -36,10 +40,12 @@ protected:
         for (const char* suffix : {"", ".tmp", ".journal", ".expected"})
             std::remove((path_ + suffix).c_str());
     }
+    // Opens the state file; the error, empty when it opened.
     std::string open()
     {
         char error[512] = "";
-        zdasim_state_file_open(path_.c_str(), error, sizeof error);
+        const int rc = zdasim_state_file_open(path_.c_str(), error, sizeof error);
+        EXPECT_EQ(rc, error[0] ? -1 : 0) << error;
         return error;
     }
     // A new process: the array starts as something else, then opens the file.
@@ -48,16 +54,6 @@ protected:
         zdasim_state_file_close();
         zdasim_reset_test_array();
         return open();
-    }
-    // The whole array as a description.
-    std::string described()
-    {
-        const std::string file = path_ + ".described";
-        char error[512] = "";
-        EXPECT_EQ(zdasim_save_description_file(file.c_str(), error, sizeof error), 0) << error;
-        const std::string text = fileText(file);
-        std::remove(file.c_str());
-        return text;
     }
     // Runs `changes` in a child process that keeps the array in the file,
     // writes the array it ended with to "<path>.expected" and is killed
@@ -82,24 +78,15 @@ protected:
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "child status " << status;
     }
-    std::string fileText(const std::string& path) const
-    {
-        std::ifstream in(path);
-        std::ostringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
     std::string path_;
 };
 
 TEST_F(StateFileTest, ArraySurvivesARestartMidway)
 {
-    char error[512] = "";
-    ASSERT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), 0) << error;
-    ASSERT_NE(
-        fileText(path_).find("\"sec\""), std::string::npos);  // a new file starts with the array as it is
+    ASSERT_EQ(open(), "");
+    EXPECT_THAT(fileText(path_), HasSubstr("\"sec\"")) << "a new file starts with the array as it is";
 
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     ASSERT_EQ(admit("g1", "v2", {"tA"}).code, 0);
     std::vector<uint32_t> started;
     ASSERT_EQ(start("g1", &started).code, 0);
@@ -107,31 +94,28 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway)
     uint32_t clone = 0;
     ASSERT_EQ(zdasim_clone_start("v1", "v1.clone", 100, -1, &clone), 0);
     zdasim_clock_advance(10);
-    const RcopyView before = readRcopy();
+    const GroupView before = groupOf("g1");
 
     ASSERT_EQ(restart(), "");
-    RcopyView after = readRcopy();
-    const GroupView* g = after.group("g1");
-    ASSERT_NE(g, nullptr);
-    EXPECT_EQ(g->id, before.group("g1")->id);
-    EXPECT_EQ(g->autoSetId, before.group("g1")->autoSetId);
-    EXPECT_EQ(g->volumes[0].wwn, before.group("g1")->volumes[0].wwn);
-    EXPECT_EQ(g->map("v2").status, RM_GROUP_VV_SYNCING);
+    GroupView g = groupOf("g1");
+    EXPECT_EQ(g.id, before.id);
+    EXPECT_EQ(g.autoSetId, before.autoSetId);
+    EXPECT_EQ(g.volumes.at(0).wwn, before.volumes.at(0).wwn);
+    EXPECT_EQ(g.map("v2").rm_status, RM_GROUP_VV_SYNCING);
     EXPECT_EQ(task(started[0]).state, API_TASK_ACTIVE);
     EXPECT_EQ(task(clone).percentDone, 10);
 
     // The tasks go on where they were.
     zdasim_clock_advance(100);
-    after = readRcopy();
-    EXPECT_EQ(after.group("g1")->map("v2").status, RM_GROUP_VV_SYNCED);
-    EXPECT_EQ(after.group("g1")->map("v2").lastSync, static_cast<uint32_t>(kT0 + 21));
+    EXPECT_EQ(groupOf("g1").map("v2").rm_status, RM_GROUP_VV_SYNCED);
+    EXPECT_EQ(groupOf("g1").map("v2").rm_last_synctime, static_cast<uint32_t>(kT0 + 21));
     EXPECT_EQ(task(clone).state, API_TASK_DONE);
 
     // New objects after a restart do not reuse numbers of loaded ones.
-    ASSERT_EQ(createGroup("g2", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    after = readRcopy();
-    EXPECT_NE(after.group("g2")->id, after.group("g1")->id);
-    EXPECT_NE(after.group("g2")->autoSetId, after.group("g1")->autoSetId);
+    ASSERT_EQ(createGroup("g2").code, 0);
+    g = groupOf("g1");
+    EXPECT_NE(groupOf("g2").id, g.id);
+    EXPECT_NE(groupOf("g2").autoSetId, g.autoSetId);
     uint32_t another = 0;
     ASSERT_EQ(zdasim_clone_start("v1", "v1.clone2", 10, -1, &another), 0);
     EXPECT_GT(another, clone);
@@ -141,25 +125,21 @@ TEST_F(StateFileTest, ArraySurvivesARestartMidway)
 // killed process acknowledged is what the next one starts with.
 void makeChanges()
 {
-    api_evtparam_t e = event("change");
+    auto members = names({"v1", "v2"});
     for (int i = 0; i < 20; ++i)
-    {
-        const std::string name = "ks" + std::to_string(i);
-        auto members = names({"v1", "v2"});
-        statusForm(
-            [&] { return api_createVVSet(&e, name.c_str(), members.data(), 2, 0, "kill test", nullptr); });
-    }
-    statusForm([&] { return api_setVVSet(&e, "ks3", "ks3renamed", "renamed", 1, 1); });
-    statusForm([&] { return api_removeVVSet(&e, "ks4"); });
-    auto gone = names({"v2"});
-    statusForm([&] { return api_removeFromVVSet(&e, "ks5", gone.data(), 1); });
+        audited(
+            api_createVVSet, ("ks" + std::to_string(i)).c_str(), members.data(), 2, 0, "kill test", nullptr);
+    audited(api_setVVSet, "ks3", "ks3renamed", "renamed", 1, 1);
+    audited(api_removeVVSet, "ks4");
+    audited(api_removeFromVVSet, "ks5", names({"v2"}).data(), 1);
     // A removed volume leaves the sets it was in.
     zdasim_volume_add("kvol", "FC", "FC", 2048);
     zdasim_volume_add("kvol2", "FC", "FC", 2048);
     auto held = names({"kvol", "kvol2"});
-    statusForm([&] { return api_createVVSet(&e, "ks_held", held.data(), 2, 0, "", nullptr); });
+    audited(api_createVVSet, "ks_held", held.data(), 2, 0, "", nullptr);
+    api_evtparam_t e = event("change");
     intForm([&] { return api_removeVVs(&e, held.data(), 1, 0, 0); });
-    createGroup("kg", {{"tA", RM_TARGET_MODE_PERIODIC}});
+    createGroup("kg");
 }
 
 TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange)
@@ -189,31 +169,23 @@ TEST_F(StateFileTest, KilledProcessKeepsEveryAcknowledgedChange)
 TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
 {
     const std::string record = "{\"vvsets\":[{\"name\":\"late\",\"id\":900}]}";
-    const struct
-    {
-        const char* what;
-        std::string tail;
-        bool opens;
-    } cases[] = {
+    const std::tuple<const char*, std::string, bool> cases[] = {
         {"record cut short", "0123456789abcdef {\"vvsets\":[{\"na", true},
         {"last record with a wrong check", "0123456789abcdef " + record + "\n", true},
         {"damaged record before another", "0123456789abcdef " + record + "\nxx\n", false},
     };
-    for (const auto& c : cases)
+    for (const auto& [what, tail, opens] : cases)
     {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(what);
         removeFiles();
         zdasim_reset_test_array();
         ASSERT_EQ(open(), "");
         zdasim_state_file_close();
-        inKilledChild([] {
-            api_evtparam_t e = event("change");
-            statusForm([&] { return api_createVVSet(&e, "kept", nullptr, 0, 0, "", nullptr); });
-        });
-        std::ofstream(path_ + ".journal", std::ios::app) << c.tail;
+        inKilledChild([] { audited(api_createVVSet, "kept", nullptr, 0, 0, "", nullptr); });
+        std::ofstream(path_ + ".journal", std::ios::app) << tail;
         const std::string snapshot = fileText(path_);
         const std::string error = restart();
-        if (c.opens)
+        if (opens)
         {
             EXPECT_EQ(error, "");
             EXPECT_EQ(described(), fileText(path_ + ".expected"));
@@ -239,33 +211,26 @@ TEST_F(StateFileTest, JournalTailsAreReadAsACrashLeavesThem)
 TEST_F(StateFileTest, WriteCutShortIsAFailedCallAndLeavesTheLastCompleteState)
 {
     ASSERT_EQ(open(), "");
-    ASSERT_EQ(createGroup("kept", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("kept").code, 0);
     const std::string snapshot = fileText(path_);
 
     zdasim_fault_add("zdasim_state_write", 1, 5, "power lost");
-    const api_Status_t lost = createGroup("lost", {{"tA", RM_TARGET_MODE_PERIODIC}});
+    const api_Status_t lost = createGroup("lost");
     EXPECT_EQ(lost.code, API_E_INTERNAL);
-    EXPECT_NE(text(lost).find("power lost"), std::string::npos) << text(lost);
+    EXPECT_THAT(text(lost), HasSubstr("power lost"));
     EXPECT_EQ(readRcopy().group("lost"), nullptr) << "a change that was not saved is not kept either";
     EXPECT_EQ(fileText(path_), snapshot);
-    bool logged = false;
-    char line[1024];
-    int level = 0;
-    for (size_t i = 0; zdasim_log_line(i, &level, line, sizeof line) == 0; ++i)
-        logged = logged ||
-            (level == LOG_LEVEL_ERROR && std::string(line).find("half-way") != std::string::npos);
-    EXPECT_TRUE(logged);
+    EXPECT_THAT(zda_test::logLines(), Contains(Pair(LOG_LEVEL_ERROR, HasSubstr("half-way"))));
 
     // The next change writes a whole snapshot again, then goes on journaling.
-    ASSERT_EQ(createGroup("next", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
-    EXPECT_NE(fileText(path_).find("\"next\""), std::string::npos);
-    ASSERT_EQ(createGroup("after", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("next").code, 0);
+    EXPECT_THAT(fileText(path_), HasSubstr("\"next\""));
+    ASSERT_EQ(createGroup("after").code, 0);
     ASSERT_EQ(restart(), "");
-    const RcopyView rc = readRcopy();
-    EXPECT_NE(rc.group("kept"), nullptr);
-    EXPECT_EQ(rc.group("lost"), nullptr);
-    EXPECT_NE(rc.group("next"), nullptr);
-    EXPECT_NE(rc.group("after"), nullptr);
+    std::vector<std::string> groups;
+    for (const GroupView& g : readRcopy().groups)
+        groups.push_back(g.name);
+    EXPECT_EQ(groups, (Names{"sec", "kept", "next", "after"}));
 }
 
 // Whatever goes wrong inside a call, the caller gets a failure status, the
@@ -275,55 +240,43 @@ TEST_F(StateFileTest, FailuresInsideACallAreAnsweredAndUndone)
 {
     ASSERT_EQ(open(), "");
     const std::string before = fileText(path_) + fileText(path_ + ".journal");
-    api_evtparam_t e = event("create");
-    auto createSet = [&](const char* name, const char* comment) {
-        return statusForm([&] { return api_createVVSet(&e, name, nullptr, 0, 0, comment, nullptr); });
-    };
-    auto setExists = [](const char* name) {
-        api_sets_t list{};
-        const api_Status_t st = statusForm([&] { return api_getVVSets(name, nullptr, 0, &list); });
-        api_freeSets(&list);
-        return st.code == 0;
+    auto createSet = [](const char* name, const char* comment) {
+        return audited(api_createVVSet, name, nullptr, 0, 0, comment, nullptr);
     };
 
     // A text the state file cannot hold (not UTF-8) makes the save fail.
     api_Status_t st = createSet("s_badtext", "caf\xe9");
     EXPECT_EQ(st.code, API_E_INTERNAL);
-    EXPECT_NE(text(st).find("could not be saved"), std::string::npos) << text(st);
-    EXPECT_FALSE(setExists("s_badtext"));
+    EXPECT_THAT(text(st), HasSubstr("could not be saved"));
+    EXPECT_TRUE(listSets("s_badtext").empty());
 
     // An exception after the work: the status form and the int form.
     zdasim_fault_add("api_createVVSet", 1, ZDASIM_FAULT_THROW, "bad luck");
     st = createSet("s_thrown", "");
     EXPECT_EQ(st.code, API_E_INTERNAL);
-    EXPECT_NE(text(st).find("bad luck"), std::string::npos) << text(st);
-    EXPECT_FALSE(setExists("s_thrown"));
+    EXPECT_THAT(text(st), HasSubstr("bad luck"));
+    EXPECT_TRUE(listSets("s_thrown").empty());
     zdasim_fault_add("api_removeVVs", 1, ZDASIM_FAULT_THROW, "bad luck");
     auto gone = names({"v1"});
+    api_evtparam_t e = event("remove");
     EXPECT_EQ(intForm([&] { return api_removeVVs(&e, gone.data(), 1, 0, 0); }), API_E_INTERNAL);
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    EXPECT_EQ(intForm([&] { return api_getVVs("v1", nullptr, &count, &vv, 1); }), 0);
-    EXPECT_EQ(count, 1) << "the volume is still there";
-    free_if_not_null(vv);
+    EXPECT_EQ(getVVs("v1").names, Names{"v1"}) << "the volume is still there";
     EXPECT_EQ(fileText(path_) + fileText(path_ + ".journal"), before);
 
     // The array goes on working, and saving.
     ASSERT_EQ(createSet("s_good", "").code, 0);
     ASSERT_EQ(restart(), "");
-    EXPECT_TRUE(setExists("s_good"));
-    EXPECT_FALSE(setExists("s_thrown"));
+    EXPECT_FALSE(listSets("s_good").empty());
+    EXPECT_TRUE(listSets("s_thrown").empty());
 }
 
 TEST_F(StateFileTest, UnreadableStateFileIsRefusedAndLeftAlone)
 {
     std::ofstream(path_) << "{\"volumes\": [";
-    char error[512] = "";
-    EXPECT_EQ(zdasim_state_file_open(path_.c_str(), error, sizeof error), -1);
-    EXPECT_EQ(std::string(error).rfind(path_ + ": line 1", 0), 0u) << error;
+    EXPECT_THAT(open(), StartsWith(path_ + ": line 1"));
     // Nothing was loaded and nothing is kept in that file.
     EXPECT_NE(readRcopy().group("sec"), nullptr);
-    ASSERT_EQ(createGroup("g1", {{"tA", RM_TARGET_MODE_PERIODIC}}).code, 0);
+    ASSERT_EQ(createGroup("g1").code, 0);
     EXPECT_EQ(fileText(path_), "{\"volumes\": [");
 }
 

@@ -1,6 +1,7 @@
 // Volume look-ups, filters and chunked queries, removal, group snapshots.
 #include <cstring>
 #include <map>
+#include <tuple>
 
 #include "sim_fixture.h"
 
@@ -8,31 +9,6 @@ using namespace zdatest;
 
 namespace
 {
-
-struct Query
-{
-    int rc = -1;
-    std::vector<std::string> names;
-    std::vector<api_VVObj_t> records;
-};
-
-Query getVVs(const char* name, const char* wwn, int max = 1)
-{
-    Query q;
-    int count = -1;
-    api_VVObj_t* list = nullptr;
-    q.rc = api_getVVs(name, wwn, &count, &list, max);
-    if (q.rc != 0)
-    {
-        EXPECT_EQ(list, nullptr);
-        EXPECT_EQ(count, 0);
-    }
-    q.names = vvNames(list, count > 0 ? count : 0);
-    if (list)
-        q.records.assign(list, list + count);
-    free_if_not_null(list);
-    return q;
-}
 
 // One filter of the given entries, queried to the end in chunks of maxCount.
 Query chunked(const std::vector<std::pair<int, std::string>>& entries, int maxCount = 0, int flags = 1)
@@ -51,23 +27,20 @@ Query chunked(const std::vector<std::pair<int, std::string>>& entries, int maxCo
         q.rc = api_getVVs_chunk(&cursor, maxCount, &filter, &count, &list, flags);
         for (const auto& n : vvNames(list, count))
             q.names.push_back(n);
-        if (list)
-            q.records.insert(q.records.end(), list, list + count);
         free_if_not_null(list);
     } while (q.rc == 0 && !cursor.done && ++rounds < 1000);
     api_getvv_filter_free(&filter);
     return q;
 }
 
+using ::testing::AllOf;
 using VolumeTest = ArrayTest;
 
 }  // namespace
 
 TEST_F(VolumeTest, LookUpByNameOrWwn)
 {
-    Query vol2 = getVVs("vol2", nullptr);
-    ASSERT_EQ(vol2.rc, 0);
-    const api_VVObj_t& r = vol2.records.at(0);
+    const api_VVObj_t r = volume("vol2");
     EXPECT_EQ(r.type, API_VV_TYPE_BASE);
     EXPECT_STREQ(r.usrCpgName, "FC_r5");
     EXPECT_STREQ(r.cpgName, "FC_r1");
@@ -90,15 +63,15 @@ TEST_F(VolumeTest, LookUpByNameOrWwn)
     const std::pair<const char*, int> types[] = {
         {"vol1", 1}, {"vol2.clone", 2}, {"vol1.rw", 3}, {"vol1.ro", 3}};
     for (const auto& [name, type] : types)
-        EXPECT_EQ(getVVs(name, nullptr).records.at(0).type, type) << name;
-    const api_VVObj_t ro = getVVs("vol1.ro", nullptr).records.at(0);
+        EXPECT_EQ(volume(name).type, type) << name;
+    const api_VVObj_t ro = volume("vol1.ro");
     EXPECT_EQ(ro.readOnly, 1);
     EXPECT_STREQ(ro.copyOfName, "vol1");
-    EXPECT_EQ(getVVs("vol1", nullptr).records.at(0).snapCount, 2u);
-    EXPECT_NE(getVVs("admvv", nullptr).records.at(0).policy & VV_POLICY_SYSTEM, 0u);
+    EXPECT_EQ(volume("vol1").snapCount, 2u);
+    EXPECT_NE(volume("admvv").policy & VV_POLICY_SYSTEM, 0u);
 
     // A name that does not exist answers non-zero: callers search free names this way.
-    EXPECT_NE(getVVs("vol1.rw0", nullptr).rc, 0);
+    EXPECT_NE(getVVs("vol1.rw0").rc, 0);
     EXPECT_EQ(getVVs(nullptr, "60002D1A0013D621FFFFFFFFFFFFFFFF").rc, API_E_NOT_FOUND);
     EXPECT_EQ(getVVs(nullptr, nullptr, 0).names.size(), 9u) << "no name and no WWN: all volumes";
     EXPECT_EQ(getVVs(nullptr, nullptr, 4).names.size(), 4u);
@@ -112,8 +85,8 @@ TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn)
     EXPECT_EQ(q.names, (std::vector<std::string>{"vol4", "vol1", "vol2.clone"}));
 
     // By WWN, as callers resolve paths to names.
-    const std::string w1 = getVVs("vol1", nullptr).records.at(0).wwnText;
-    const std::string w3 = getVVs("vol3", nullptr).records.at(0).wwnText;
+    const std::string w1 = volume("vol1").wwnText;
+    const std::string w3 = volume("vol3").wwnText;
     q = chunked({{API_VVFILTER_ATTR_WWN, w3 + "|" + w1 + "|"}});
     EXPECT_EQ(q.names, (std::vector<std::string>{"vol3", "vol1"}));
 
@@ -131,8 +104,7 @@ TEST_F(VolumeTest, ChunkedQueriesByNameAndWwn)
     EXPECT_EQ(chunked({}, 2, 0).names.size(), 9u);
     EXPECT_EQ(chunked({{API_VVFILTER_ATTR_NAME, "vol1|vol2|vol3|vol4|vol5"}}, 2, 0).names.size(), 5u);
 
-    const std::string j = lastJournalOf("api_getVVs_chunk");
-    EXPECT_NE(j.find("names=\"vol1|vol2|vol3|vol4|vol5\""), std::string::npos) << j;
+    EXPECT_THAT(lastJournalOf("api_getVVs_chunk"), HasSubstr("names=\"vol1|vol2|vol3|vol4|vol5\""));
 }
 
 TEST_F(VolumeTest, FilterRefusesWhatItCannotHold)
@@ -165,7 +137,7 @@ TEST_F(VolumeTest, RemovalAnswers)
         auto n = names(list);
         return api_removeVVs(&e, n.data(), static_cast<int>(n.size()), 0, flags);
     };
-    auto exists = [](const char* name) { return getVVs(name, nullptr).rc == 0; };
+    auto exists = [](const char* name) { return getVVs(name).rc == 0; };
 
     // Busy: nothing goes until the volume is free; each attempt counts.
     ASSERT_EQ(zdasim_volume_set_busy("vol3", 2), 0);
@@ -190,12 +162,7 @@ TEST_F(VolumeTest, RemovalAnswers)
     EXPECT_FALSE(exists("vol1.ro"));
     EXPECT_EQ(remove({"admvv"}), API_E_ACCESS);
 
-    // Removed volumes leave their vvsets.
-    api_sets_t sets{};
-    ASSERT_EQ(api_getVVSets("set1", nullptr, 0, &sets).code, 0);
-    ASSERT_EQ(sets.sets[0].memberCount, 1);
-    EXPECT_STREQ(sets.sets[0].members[0].name, "vol2");
-    api_freeSets(&sets);
+    EXPECT_EQ(listSets("set1")["set1"].members, Names{"vol2"}) << "removed volumes leave their vvsets";
 
     // Each attempt is journaled with its names and kept in the event log.
     EXPECT_EQ(zdasim_journal_count_of("api_removeVVs"), 9u);
@@ -208,38 +175,23 @@ TEST_F(VolumeTest, RemovalAnswers)
     EXPECT_STREQ(got.inst_op, "return");
     EXPECT_STREQ(got.addr, "192.0.2.99");
     EXPECT_EQ(result, API_E_BUSY);
-    EXPECT_NE(journal().size(), 0u);
-    EXPECT_NE(lastJournalOf("api_removeVVs").find("names=\"admvv\""), std::string::npos);
+    EXPECT_THAT(lastJournalOf("api_removeVVs"), HasSubstr("names=\"admvv\""));
 }
 
 TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
 {
     zdasim_clock_set(kT0 + 500);
-    std::vector<api_groupsv_entry_t> svs(2);
-    std::strcpy(svs[0].parentVolName, "vol1");
-    std::strcpy(svs[0].childVolName, "rel_1");
-    std::strcpy(svs[1].parentVolName, "vol4");
-    std::strcpy(svs[1].childVolName, "rel_2");
-    api_groupsv_t req{};
-    req.baseID = API_BASEID_ANY;
-    req.expirationTime = 7200;
-    req.retentionTime = 3600;
-    std::strcpy(req.comment, "nightly");
-    req.count = 2;
-    req.svs = svs.data();
-    api_evtparam_t e = event("snapshot");
-
-    api_Status_t st = api_createGroupSV(&e, &req);
+    api_groupsv_t req = snapshotRequest(7200, 3600, "nightly");
+    std::vector<api_groupsv_entry_t> svs;
+    api_Status_t st = groupSnapshot({{"vol1", "rel_1"}, {"vol4", "rel_2"}}, req, &svs);
     ASSERT_EQ(st.code, 0) << text(st);
-    for (int i = 0; i < 2; ++i)
+    for (const api_groupsv_entry_t& sv : svs)
     {
-        Query child = getVVs(svs[i].childVolName, nullptr);
-        ASSERT_EQ(child.rc, 0);
-        const api_VVObj_t& c = child.records[0];
-        EXPECT_STREQ(svs[i].childVolWWN, c.wwnText);
-        EXPECT_STREQ(svs[i].parentVolWWN, getVVs(svs[i].parentVolName, nullptr).records.at(0).wwnText);
+        const api_VVObj_t c = volume(sv.childVolName);
+        EXPECT_STREQ(sv.childVolWWN, c.wwnText);
+        EXPECT_STREQ(sv.parentVolWWN, volume(sv.parentVolName).wwnText);
         EXPECT_EQ(c.type, API_VV_TYPE_VIRTUAL_COPY);
-        EXPECT_STREQ(c.copyOfName, svs[i].parentVolName);
+        EXPECT_STREQ(c.copyOfName, sv.parentVolName);
         EXPECT_EQ(c.creationTime, kT0 + 500);
         EXPECT_EQ(c.expirationTime, kT0 + 500 + 7200);
         EXPECT_EQ(c.retentionTime, kT0 + 500 + 3600);
@@ -248,52 +200,31 @@ TEST_F(VolumeTest, GroupSnapshotMakesAllAtOnceAndFillsWwns)
     }
 
     // All or nothing: a bad entry makes no snapshot at all.
-    struct Bad
-    {
-        const char* parent;
-        const char* child;
-        int code;
-        const char* words;
-    };
-    const Bad bad[] = {
+    const std::tuple<const char*, const char*, int, const char*> bad[] = {
         {"ghost", "x_1", API_E_NOT_FOUND, "ghost"},
         {"vol3", "x_1", API_E_INVALID, "vol3 has no snapshot space"},
         {"vol2", "rel_1", API_E_EXISTS, "rel_1 already exists"},
         {"vol2", "", API_E_INVALID, "empty"},
     };
-    for (const Bad& b : bad)
+    for (const auto& [parent, child, code, words] : bad)
     {
-        std::memset(svs.data(), 0, svs.size() * sizeof svs[0]);
-        std::strcpy(svs[0].parentVolName, "vol2");
-        std::strcpy(svs[0].childVolName, "fresh_1");
-        std::strcpy(svs[1].parentVolName, b.parent);
-        std::strcpy(svs[1].childVolName, b.child);
-        st = api_createGroupSV(&e, &req);
-        EXPECT_EQ(st.code, b.code) << b.parent << " " << b.child;
-        EXPECT_NE(text(st).find(b.words), std::string::npos) << text(st);
-        EXPECT_NE(getVVs("fresh_1", nullptr).rc, 0) << "nothing was made";
+        st = groupSnapshot({{"vol2", "fresh_1"}, {parent, child}}, req);
+        EXPECT_EQ(st.code, code) << parent << " " << child;
+        EXPECT_THAT(text(st), HasSubstr(words));
+        EXPECT_NE(getVVs("fresh_1").rc, 0) << "nothing was made";
     }
-    std::memset(svs[1].childVolName, 'n', sizeof svs[1].childVolName);  // 32 characters, no terminator
-    std::strcpy(svs[1].parentVolName, "vol2");
-    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_INVALID);
-
     req.retentionTime = 9000;  // longer than expiration
-    std::strcpy(svs[1].childVolName, "fresh_2");
-    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_INVALID);
+    EXPECT_EQ(groupSnapshot({{"vol2", "fresh_1"}, {"vol2", "fresh_2"}}, req).code, API_E_INVALID);
 
     // A chosen id for the first snapshot; ids in use are refused.
     req.retentionTime = 0;
     req.baseID = 500;
-    ASSERT_EQ(api_createGroupSV(&e, &req).code, 0);
-    EXPECT_EQ(getVVs("fresh_1", nullptr).records.at(0).id, 500u);
-    EXPECT_EQ(getVVs("fresh_2", nullptr).records.at(0).id, 501u);
-    std::strcpy(svs[0].childVolName, "again_1");
-    std::strcpy(svs[1].childVolName, "again_2");
-    EXPECT_EQ(api_createGroupSV(&e, &req).code, API_E_EXISTS);
-
-    const std::string j = lastJournalOf("api_createGroupSV");
-    EXPECT_NE(j.find("svs=\"vol2>again_1|vol2>again_2\""), std::string::npos) << j;
-    EXPECT_NE(j.find("evt.op=\"snapshot\""), std::string::npos) << j;
+    ASSERT_EQ(groupSnapshot({{"vol2", "fresh_1"}, {"vol2", "fresh_2"}}, req).code, 0);
+    EXPECT_EQ(volume("fresh_1").id, 500u);
+    EXPECT_EQ(volume("fresh_2").id, 501u);
+    EXPECT_EQ(groupSnapshot({{"vol2", "again_1"}, {"vol2", "again_2"}}, req).code, API_E_EXISTS);
+    EXPECT_THAT(lastJournalOf("api_createGroupSV"),
+        AllOf(HasSubstr("svs=\"vol2>again_1|vol2>again_2\""), HasSubstr("evt.op=\"test\"")));
 }
 
 TEST_F(VolumeTest, CpgsWithDomainsAndUse)
