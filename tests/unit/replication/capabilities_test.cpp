@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include <Pegasus/Provider/CIMOMHandleBackend.h>
-
 #include "RecordingResponseHandler.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
@@ -87,10 +85,9 @@ protected:
 
 TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 {
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, CAPS, true, false, false, false, CIMPropertyList());
-    ASSERT_EQ(all.size(), 1u);
-    const CIMInstance& caps = all[0];
+    const Array<CIMInstance> enumerated = all(CAPS);
+    ASSERT_EQ(enumerated.size(), 1u);
+    const CIMInstance& caps = enumerated[0];
     EXPECT_EQ(text(get<String>(caps, "InstanceID")), CAPS_ID);
     EXPECT_EQ(text(get<String>(caps, "ElementName")), "Capabililites of ReplicationServiceCapabilities");
     EXPECT_EQ(uint16s(caps, "SupportedSynchronousActions"),
@@ -108,66 +105,40 @@ TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 TEST_F(CapabilitiesTest, InstanceRefusals)
 {
     const CIMObjectPath path = capsPath();
-    CIMObjectPath twoKeys = path;
-    Array<CIMKeyBinding> keys = path.getKeyBindings();
-    keys.append(CIMKeyBinding("Extra", "x", CIMKeyBinding::STRING));
-    twoKeys.setKeyBindings(keys);
-    CIMObjectPath otherID = path;
-    otherID.setKeyBindings(
-        Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other", CIMKeyBinding::STRING)));
-
-    EXPECT_EQ(cimErrorOf([&] { getInstance(twoKeys); }), CIM_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(otherID); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(path, "Extra", "x")); }), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(
+        cimErrorOf([&] { getInstance(withKey(path, "InstanceID", "KX_ORLA:Other")); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, path); }), CIM_ERR_NOT_SUPPORTED);
-    EXPECT_EQ(cimErrorOf([&] {
-        server().getInstance(as("noaccess"), ZDA_NS, path, false, false, false, CIMPropertyList());
-    }),
-        CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(readErrorAs("noaccess", path), CIM_ERR_ACCESS_DENIED);
 }
 
 // The provider answers the general class on enumeration with its own
-// instance, and another class with nothing at all.
+// instance, and another class with nothing at all; an unknown method with 1,
+// without processing.
 TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
 {
-    CIMOMHandle handle;
-    attachCIMOMHandleBackend(
-        handle, std::make_shared<zda_companions_test::RepositoryBackend>(ServerHostFixture::host()));
-    auto* provider = new ZDA_ReplicationServiceCapabilitiesProvider();
-    provider->initialize(handle);
     for (const char* className : {"CIM_ReplicationServiceCapabilities", "CIM_Capabilities"})
     {
-        zda_test::RecordingResponseHandler names, instances;
-        provider->enumerateInstanceNames(admin(), CIMObjectPath(className), names);
-        provider->enumerateInstances(
-            admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);
         const bool general = std::string(className) == "CIM_ReplicationServiceCapabilities";
+        zda_test::RecordingResponseHandler names, instances, unknown;
+        directCall<ZDA_ReplicationServiceCapabilitiesProvider>(
+            names,
+            [&](ZDA_ReplicationServiceCapabilitiesProvider& p, zda_test::RecordingResponseHandler& h) {
+                p.enumerateInstanceNames(admin(), CIMObjectPath(className), h);
+                p.enumerateInstances(
+                    admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);
+                p.invokeMethod(admin(), capsPath(), "GetSupportedTokenizedReplicationType",
+                    Array<CIMParamValue>(), unknown);
+            },
+            className);
         EXPECT_EQ(names.sequence(), general ? "processing deliver(path) complete" : "") << className;
         EXPECT_EQ(instances.sequence(), general ? "processing deliver(instance) complete" : "") << className;
         if (general)
         {
             EXPECT_EQ(text(names.objectPaths()[0].getClassName().getString()), CAPS);
         }
-    }
-
-    // An unknown method is answered with 1, without processing.
-    zda_test::RecordingResponseHandler unknown;
-    provider->invokeMethod(
-        admin(), capsPath(), "GetSupportedTokenizedReplicationType", Array<CIMParamValue>(), unknown);
-    EXPECT_EQ(unknown.sequence(), "deliver(value) complete");
-    EXPECT_EQ(unknown.returnValues()[0], CIMValue(Uint32(1)));
-    provider->terminate();
-    attachCIMOMHandleBackend(handle, nullptr);
-
-    try
-    {
-        ZDA_ReplicationServiceCapabilitiesProvider byPath{CIMObjectPath()};
-        ADD_FAILURE() << "constructed from a path";
-    }
-    catch (const CIMException& e)
-    {
-        EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(text(e.getMessage()),
-            "ZDA_ReplicationServiceCapabilities does not support constructor with object path.");
+        EXPECT_EQ(unknown.sequence(), "deliver(value) complete");
+        EXPECT_EQ(unknown.returnValues()[0], CIMValue(Uint32(1)));
     }
 }
 
@@ -482,21 +453,14 @@ TEST_F(CapabilitiesTest, MethodsNeedTheCapabilitiesRight)
     EXPECT_EQ(ask("GetSupportedFeatures", in, out, "operator"), 0);
     EXPECT_EQ(cimErrorOf([&] { ask("GetSupportedFeatures", in, out, "viewer"); }), CIM_ERR_ACCESS_DENIED);
     zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
-    try
-    {
+    EXPECT_EQ(failure([&] {
         ask("GetSupportedFeatures", in, out, "viewer");
-        ADD_FAILURE() << "an unknown answer was taken as a right";
-    }
-    catch (const CIMException& e)
-    {
-        EXPECT_EQ(e.getCode(), CIM_ERR_NOT_SUPPORTED);
-        EXPECT_NE(text(e.getMessage()).find("Does not support!"), std::string::npos);
-    }
+    }).rfind("thrown 7: Does not support!", 0),
+        0u)
+        << "an unknown answer is no right";
 
     // The path is checked after the right.
-    CIMObjectPath other = capsPath();
-    other.setKeyBindings(
-        Array<CIMKeyBinding>(1, CIMKeyBinding("InstanceID", "KX_ORLA:Other", CIMKeyBinding::STRING)));
+    const CIMObjectPath other = withKey(capsPath(), "InstanceID", "KX_ORLA:Other");
     EXPECT_EQ(
         cimErrorOf([&] { call(as("operator"), other, "GetSupportedFeatures", in, out); }), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(cimErrorOf([&] { call(as("viewer"), other, "GetSupportedFeatures", in, out); }),

@@ -6,17 +6,25 @@
 #define ZDA_REPLICATION_FIXTURE_H
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <zdasim_control.h>
 
+#include "CimBuilders.h"
 #include "copysvcs_fixture.h"
 #include "SemaphoreCheckingHandler.h"
+#include "ZDA_AssociationFrame.h"
+#include "ZDA_InternalCacheService.h"
+#include "ZDA_RemoteReplicationGroupProvider.h"
+#include "ZDA_RemoteServiceAccessPointProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceProvider.h"
 #include "RecordingResponseHandler.h"
 
@@ -25,6 +33,69 @@ namespace zda_replication_test
 
 using namespace Pegasus;
 using namespace zda_copysvcs_test;
+
+// Short forms of the values tests pass as method parameters.
+inline CIMValue u16(Uint16 value)
+{
+    return CIMValue(value);
+}
+inline CIMValue str(const std::string& value)
+{
+    return CIMValue(String(value.c_str()));
+}
+inline CIMValue refs(std::initializer_list<CIMObjectPath> paths)
+{
+    Array<CIMObjectPath> list;
+    for (const CIMObjectPath& path : paths)
+        list.append(path);
+    return CIMValue(list);
+}
+inline CIMValue texts(std::initializer_list<const char*> values)
+{
+    Array<String> list;
+    for (const char* value : values)
+        list.append(value);
+    return CIMValue(list);
+}
+// Method parameters by name: args({{"SyncType", u16(7)}, ...}).
+inline Array<CIMParamValue> args(std::initializer_list<std::pair<const char*, CIMValue>> list)
+{
+    Array<CIMParamValue> in;
+    for (const auto& p : list)
+        in.append(CIMParamValue(p.first, p.second));
+    return in;
+}
+
+// What `call` throws as "thrown <code>: <message>", or "none".
+inline std::string failure(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const CIMException& e)
+    {
+        return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
+    }
+    return "none";
+}
+
+// `path` with the key `name` set to the string `value` (added when absent),
+// or removed when `value` is null.
+inline CIMObjectPath withKey(const CIMObjectPath& path, const char* name, const char* value)
+{
+    Array<CIMKeyBinding> keys = path.getKeyBindings();
+    Uint32 i = 0;
+    while (i < keys.size() && !keys[i].getName().equal(name))
+        i++;
+    if (i < keys.size())
+        keys.remove(i);
+    if (value)
+        keys.insert(i, CIMKeyBinding(name, value, CIMKeyBinding::STRING));
+    CIMObjectPath changed = path;
+    changed.setKeyBindings(keys);
+    return changed;
+}
 
 class ReplicationTest : public CopyServicesTest
 {
@@ -39,13 +110,55 @@ protected:
     // The path of volume `like` with a DeviceID the array does not know.
     CIMObjectPath unknownVolume(const char* like)
     {
-        CIMObjectPath path = volume(like);
-        Array<CIMKeyBinding> keys = path.getKeyBindings();
-        for (Uint32 i = 0; i < keys.size(); i++)
-            if (keys[i].getName().equal("DeviceID"))
-                keys[i].setValue("60002AC0000000000000000000009999");
-        path.setKeyBindings(keys);
-        return path;
+        return withKey(volume(like), "DeviceID", "60002AC0000000000000000000009999");
+    }
+    // The volumes of these names as one reference array.
+    CIMValue volumes(std::initializer_list<const char*> names)
+    {
+        Array<CIMObjectPath> paths;
+        for (const char* name : names)
+            paths.append(volume(name));
+        return CIMValue(paths);
+    }
+    static CIMObjectPath vvset(const char* name)
+    {
+        return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
+    }
+    static CIMObjectPath rcopyGroup(const char* name)
+    {
+        return ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, name);
+    }
+    static CIMObjectPath sap(const char* target)
+    {
+        return ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, target);
+    }
+    Array<CIMInstance> all(const char* className)
+    {
+        return server().enumerateInstances(
+            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
+    }
+    // The status code of getInstance of `path` as `user`, -1 for none.
+    int readErrorAs(const char* user, const CIMObjectPath& path)
+    {
+        return cimErrorOf(
+            [&] { server().getInstance(as(user), ZDA_NS, path, false, false, false, CIMPropertyList()); });
+    }
+    // Loads an array description in place of the test array.
+    static void loadArray(const std::string& description)
+    {
+        char error[512] = "";
+        ASSERT_EQ(
+            zdasim_load_description_text(description.c_str(), "test description", error, sizeof error), 0)
+            << error;
+        ZDA_InternalCacheService::destroy();
+    }
+    // The synchronization of the local copy `copy` as the server lists it.
+    CIMObjectPath syncOf(const char* copy)
+    {
+        Array<CIMObjectPath> found = server().referenceNames(
+            admin(), ZDA_NS, volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
+        EXPECT_EQ(found.size(), 1u) << copy;
+        return found.size() ? found[0] : CIMObjectPath();
     }
 
     // A method call through the host; out receives the output parameters.
@@ -166,6 +279,71 @@ protected:
         return members;
     }
 
+    // Output parameters of the last call by name; empty when absent.
+    CIMObjectPath outPath(const char* name)
+    {
+        CIMObjectPath path;
+        const CIMValue value = zda_test::paramNamed(out, name);
+        if (!value.isNull())
+            value.get(path);
+        return path;
+    }
+    Array<CIMObjectPath> outPaths(const char* name)
+    {
+        Array<CIMObjectPath> paths;
+        const CIMValue value = zda_test::paramNamed(out, name);
+        if (!value.isNull())
+            value.get(paths);
+        return paths;
+    }
+    std::string outText(const char* name)
+    {
+        String value;
+        const CIMValue v = zda_test::paramNamed(out, name);
+        if (!v.isNull())
+            v.get(value);
+        return text(value);
+    }
+
+    // A remote copy group as the array holds it: whether it runs on its
+    // first target, its volumes and their far names there.
+    struct GroupView
+    {
+        bool exists = false;
+        bool started = false;
+        std::vector<std::string> volumes;
+        std::vector<std::string> remoteNames;
+        std::string target;
+        uint32_t mode = 0;
+        uint32_t period = 0;
+    };
+    static GroupView rcopyGroupView(const std::string& name)
+    {
+        GroupView view;
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        EXPECT_EQ(snapshot.read(API_RCOPY_QUERY_TYPE_GROUPS).code, 0);
+        for (rm_group_wrapper* g = snapshot.rcopy.groups; g; g = g->next)
+        {
+            if (name != g->group.rm_hdr.rm_name)
+                continue;
+            view.exists = true;
+            if (g->gtarget_count > 0)
+            {
+                view.target = g->gtargets[0].rm_target;
+                view.mode = g->gtargets[0].rm_mode;
+                view.period = g->gtargets[0].rm_sync_period;
+                // Starting (1) or started (2): the group runs on the target.
+                view.started = g->gtargets[0].rm_state == 1 || g->gtargets[0].rm_state == 2;
+            }
+            for (rm_group_vv_wrapper* vv = g->gvvs; vv; vv = vv->next)
+            {
+                view.volumes.push_back(vv->gvv.rm_local_name);
+                view.remoteNames.push_back(vv->map_count > 0 ? vv->maps[0].rm_remote_name : "");
+            }
+        }
+        return view;
+    }
+
     CIMObjectPath service;
     Array<CIMParamValue> out;
 
@@ -205,10 +383,7 @@ inline std::string lastAuthorizationKey()
 // The output parameter of that name, a null value when absent.
 inline CIMValue outParam(const Array<CIMParamValue>& out, const char* name)
 {
-    for (Uint32 i = 0; i < out.size(); i++)
-        if (String::equalNoCase(out[i].getParameterName(), name))
-            return out[i].getValue();
-    return CIMValue();
+    return zda_test::paramNamed(out, name);
 }
 
 }  // namespace zda_replication_test

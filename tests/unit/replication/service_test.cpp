@@ -14,6 +14,9 @@
 
 #include "RecordingResponseHandler.h"
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_RemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationEntityProvider.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 #include "ZDA_ReplicationServiceProvider.h"
 
 extern "C" Pegasus::CIMProvider* PegasusCreateProvider(const Pegasus::String& providerName);
@@ -83,20 +86,6 @@ protected:
         return names.size() == 1 ? names[0] : CIMObjectPath();
     }
 
-    // The CIMException `call` throws: its code and message; code -1 for none.
-    static std::pair<int, std::string> failureOf(const std::function<void()>& call)
-    {
-        try
-        {
-            call();
-        }
-        catch (const CIMException& e)
-        {
-            return {e.getCode(), text(e.getMessage())};
-        }
-        return {-1, ""};
-    }
-
 private:
     CIMOMHandle _handle;
     ServiceUnderTest* _provider = nullptr;
@@ -138,11 +127,9 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), SERVICE);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "Name")), SERVICE_NAME);
 
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, SERVICE, true, false, false, false, CIMPropertyList());
-    ASSERT_EQ(all.size(), 1u);
-    const CIMInstance got = getInstance(path);
-    for (const CIMInstance& service : {all[0], got})
+    const Array<CIMInstance> enumerated = all(SERVICE);
+    ASSERT_EQ(enumerated.size(), 1u);
+    for (const CIMInstance& service : {enumerated[0], getInstance(path)})
     {
         EXPECT_TRUE(ZDA_Common::matchObjectPath(service.getPath(), path));
         EXPECT_EQ(text(get<String>(service, "Caption")), SERVICE_NAME);
@@ -165,58 +152,31 @@ TEST_F(ReplicationServiceTest, InstanceOperationsRefuseWithTheirWords)
     const CIMObjectPath path = servicePath();
     ServiceUnderTest& service = provider();
     zda_test::RecordingResponseHandler handler;
-
-    CIMObjectPath threeKeys = path;
-    Array<CIMKeyBinding> keys = path.getKeyBindings();
-    keys.remove(3);
-    threeKeys.setKeyBindings(keys);
-    CIMObjectPath otherName = path;
-    keys = path.getKeyBindings();
-    keys[3] = CIMKeyBinding("Name", "Other", CIMKeyBinding::STRING);
-    otherName.setKeyBindings(keys);
+    const CIMObjectPath threeKeys = withKey(path, "Name", nullptr);
+    const CIMObjectPath otherName = withKey(path, "Name", "Other");
     CIMObjectPath otherClass = path;
     otherClass.setClassName("ZDA_StorageSystem");
+    const CIMPropertyList all;
 
-    const struct
-    {
-        const char* what;
-        std::function<void()> call;
-        int code;
-        const char* message;
-    } cases[] = {
-        {"three keys",
-            [&] { service.getInstance(admin(), threeKeys, false, false, CIMPropertyList(), handler); },
-            CIM_ERR_INVALID_PARAMETER, "ZDA_ReplicationService Expect four keys."},
-        {"no such name",
-            [&] { service.getInstance(admin(), otherName, false, false, CIMPropertyList(), handler); },
-            CIM_ERR_NOT_FOUND, "ZDA_ReplicationService CIM Object not found."},
-        {"another class", [&] { service.enumerateInstanceNames(admin(), otherClass, handler); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService Invalid class nameZDA_StorageSystem"},
-        {"refused user",
-            [&] {
-                service.enumerateInstances(as("noaccess"), path, false, false, CIMPropertyList(), handler);
-            },
-            CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { service.getInstance(admin(), threeKeys, false, false, all, handler); },
+            "thrown 4: ZDA_ReplicationService Expect four keys."},
+        {[&] { service.getInstance(admin(), otherName, false, false, all, handler); },
+            "thrown 6: ZDA_ReplicationService CIM Object not found."},
+        {[&] { service.enumerateInstanceNames(admin(), otherClass, handler); },
+            "thrown 7: ZDA_ReplicationService Invalid class nameZDA_StorageSystem"},
+        {[&] { service.enumerateInstances(as("noaccess"), path, false, false, all, handler); },
+            "thrown 2: Insufficient privilege for the user"},
         // The refusals come before the array is opened, so even a refused user gets them.
-        {"modify",
-            [&] {
-                service.modifyInstance(
-                    as("noaccess"), path, CIMInstance(SERVICE), false, CIMPropertyList(), handler);
-            },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support modifyInstance."},
-        {"create", [&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE), handler); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support createInstance."},
-        {"delete", [&] { service.deleteInstance(as("noaccess"), path, handler); }, CIM_ERR_NOT_SUPPORTED,
-            "ZDA_ReplicationService does not support deleteInstance."},
-        {"path constructor", [] { ZDA_ReplicationServiceProvider byPath((CIMObjectPath())); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support constructor with object path."},
+        {[&] { service.modifyInstance(as("noaccess"), path, CIMInstance(SERVICE), false, all, handler); },
+            "thrown 7: ZDA_ReplicationService does not support modifyInstance."},
+        {[&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE), handler); },
+            "thrown 7: ZDA_ReplicationService does not support createInstance."},
+        {[&] { service.deleteInstance(as("noaccess"), path, handler); },
+            "thrown 7: ZDA_ReplicationService does not support deleteInstance."},
     };
     for (const auto& c : cases)
-    {
-        const auto failure = failureOf(c.call);
-        EXPECT_EQ(failure.first, c.code) << c.what;
-        EXPECT_EQ(failure.second, c.message) << c.what;
-    }
+        EXPECT_EQ(failure(c.first), c.second);
     EXPECT_EQ(handler.sequence(), "");
 }
 
@@ -224,61 +184,67 @@ TEST_F(ReplicationServiceTest, AnUnknownMethodIsAnsweredWithNothing)
 {
     const CIMObjectPath path = servicePath();
     zda_test::RecordingResponseHandler handler;
-    provider().invokeMethod(as("viewer"), path, "NoSuchMethod", Array<CIMParamValue>(), handler);
+    const Array<CIMParamValue> none;
+    provider().invokeMethod(as("viewer"), path, "NoSuchMethod", none, handler);
     EXPECT_EQ(handler.sequence(), "");
 
     // The path is checked first: an unknown method elsewhere is not found.
-    CIMObjectPath elsewhere = path;
-    Array<CIMKeyBinding> keys = path.getKeyBindings();
-    keys[1] = CIMKeyBinding("SystemName", "other-array", CIMKeyBinding::STRING);
-    elsewhere.setKeyBindings(keys);
-    const auto failure = failureOf([&] {
-        provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", Array<CIMParamValue>(), handler);
-    });
-    EXPECT_EQ(failure.first, CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(failure.second, "ZDA_ReplicationService CIM Object not found.");
-    EXPECT_EQ(cimErrorOf([&] {
-        provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", Array<CIMParamValue>(), handler);
-    }),
-        CIM_ERR_ACCESS_DENIED);
+    const CIMObjectPath elsewhere = withKey(path, "SystemName", "other-array");
+    EXPECT_EQ(failure([&] { provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", none, handler); }),
+        "thrown 6: ZDA_ReplicationService CIM Object not found.");
+    EXPECT_EQ(failure([&] { provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", none, handler); }),
+        "thrown 2: Insufficient privilege for the user");
     EXPECT_EQ(handler.sequence(), "");
 }
 
-TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
+// Each method asks the array for its right, chosen by the method and what
+// it is asked to do, from the caller's address; a viewer has none of them.
+TEST_F(ReplicationServiceTest, EachMethodAsksTheArrayForItsRight)
 {
-    Array<CIMParamValue> abort;
-    abort.append(CIMParamValue("Operation", CIMValue(Uint16(2))));
+    const auto op = [](Uint16 operation) { return args({{"Operation", u16(operation)}}); };
+    const std::string generic = "thrown 2: Insufficient generic privilege";
+    const std::string refused = "thrown 2: Insufficient privilege for the user";
     const struct
     {
-        int funcType;
+        const char* method;
         Array<CIMParamValue> in;
-        const char* key;
-    } cases[] = {
-        {AUTH_CREATE_ELEMENT_REPLICA, {}, "zda_replicationservice.createelementreplica.createvvcopy"},
-        {AUTH_MODIFY_REPLICA_SYNCHRONIZATION, abort,
-            "zda_replicationservice.modifyreplicasynchronization.abort "},
-        {AUTH_MODIFY_LIST_SYNCHRONIZATION, {}, "zda_replicationservice.modifylistsynchronization.resync"},
-        {AUTH_MODIFY_GROUP_REPLICA_SYNCHRONIZATION, abort,
-            "zda_replicationservice.modifylistsynchronization.abort"},
-        {AUTH_CREATE_GROUP_REPLICA, {}, "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {AUTH_CREATE_CONSISTENT_REPLICA_LIST, {},
-            "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {AUTH_REPLICATION_CAPABILITIES, {}, "zda_replicationservicecapabilities"},
+        const char* key;  // after "zda_replicationservice"
+        const std::string& viewer;
+    } rows[] = {
+        {"CreateElementReplica", args({{"SyncType", u16(8)}}), ".createelementreplica.createvvcopy", refused},
+        {"CreateElementReplica", args({{"SyncType", u16(7)}, {"Mode", u16(3)}}),
+            ".createelementreplica.createsv", refused},
+        {"CreateListReplica", args({{"SyncType", u16(8)}}), ".createelementreplica.createvvcopy", refused},
+        {"ZDA_CreateConsistentReplicaList", {}, ".creategroupreplica.creategroupvvcopy", refused},
+        {"ModifyReplicaSynchronization", op(2), ".modifyreplicasynchronization.abort ", refused},
+        {"ModifyReplicaSynchronization", op(21), ".modifyreplicasynchronization.split", refused},
+        {"ModifyReplicaSynchronization", op(10), ".modifyreplicasynchronization.setrcopygroup", refused},
+        {"ModifyListSynchronization", {}, ".modifylistsynchronization.resync", refused},
+        {"ModifyListSynchronization", op(8), ".modifylistsynchronization.dissolve", refused},
+        {"ZDA_ModifyGroupReplicaSynchronization", op(2), ".modifylistsynchronization.abort", refused},
+        {"ZDA_ModifyGroupReplicaSynchronization",
+            args({{"Operation", u16(19)}, {"TargetGroup", CIMValue(vvset("x"))}}), ".deletegroup", refused},
+        // Without an Operation the right of another method is asked.
+        {"ModifyReplicaSynchronization", {}, ".createelementreplica.createvvcopy", refused},
+        {"CreateGroupReplica", args({{"SyncType", u16(7)}, {"Mode", u16(3)}}),
+            ".creategroupreplica.creategroupsv", refused},
+        {"ZDA_CreateGroupReplica", args({{"SyncType", u16(8)}}), ".creategroupreplica.creategroupvvcopy",
+            refused},
+        {"CreateGroupReplicaFromElements", args({{"SyncType", u16(6)}, {"Mode", u16(3)}}),
+            ".creategroupreplica.createmirror", refused},
+        {"CreateGroup", {}, ".creategroup", generic},
+        {"AddMembers", {}, ".addmembers", generic},
+        {"RemoveMembers", {}, ".removemembers", generic},
+        {"GetPeerSystems", {}, ".getpeersystems", generic},
+        {"GetServiceAccessPoints", {}, ".getserviceaccesspoints", generic},
     };
-    ServiceUnderTest& service = provider();
-    for (const auto& c : cases)
+    for (const auto& row : rows)
     {
-        zdasim_journal_clear();
-        service._authorizeByFuncType(c.funcType, "operator", "192.0.2.7", c.in);
-        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
-        ASSERT_EQ(asked.size(), 1u) << c.funcType;
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
-        EXPECT_NE(asked[0].find("addr=\"192.0.2.7\""), std::string::npos) << asked[0];
-
-        const auto refused = failureOf(
-            [&] { service._authorizeByFuncType(c.funcType, "viewer", "192.0.2.7", c.in); });
-        EXPECT_EQ(refused.first, CIM_ERR_ACCESS_DENIED) << c.funcType;
-        EXPECT_EQ(refused.second, "Insufficient privilege for the user");
+        SCOPED_TRACE(std::string(row.method) + " " + row.key);
+        EXPECT_EQ(outcome(row.method, row.in, "operator").find("privilege"), std::string::npos);
+        EXPECT_EQ(lastAuthorizationKey(), std::string("zda_replicationservice") + row.key);
+        EXPECT_EQ(lastJournalArgument("api_authorizeCIMUser", "addr"), "192.0.2.99");
+        EXPECT_EQ(outcome(row.method, row.in, "viewer"), row.viewer);
     }
 }
 
@@ -290,38 +256,31 @@ TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
         const char* className;
         const char* method;
         const char* key;
-        int code;
-        const char* message;
+        const char* refusal;
     } cases[] = {
-        {"ZDA_ReplicationService", "CreateGroup", "zda_replicationservice.creategroup", -1, ""},
         // The operator has no right under the CIM class's key.
-        {"CIM_ReplicationService", "CreateGroup", "cim_replicationservice.creategroup", CIM_ERR_ACCESS_DENIED,
-            "Insufficient generic privilege"},
-        {"ZDA_ReplicationService", "AddMembers", "zda_replicationservice.addmembers", CIM_ERR_NOT_SUPPORTED,
-            "Does not support in generic!"},
+        {"CIM_ReplicationService", "CreateGroup", "cim_replicationservice.creategroup",
+            "thrown 2: Insufficient generic privilege"},
+        {"ZDA_ReplicationService", "AddMembers", "zda_replicationservice.addmembers",
+            "thrown 7: Does not support in generic!"},
     };
     zdasim_role_set_right("edit", "zda_replicationservice.addmembers", 7);
     for (const auto& c : cases)
     {
-        zdasim_journal_clear();
-        const auto failure = failureOf(
-            [&] { service._authorizeGeneric(c.className, c.method, "operator", ""); });
-        EXPECT_EQ(failure, std::make_pair(c.code, std::string(c.message))) << c.method;
-        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
-        ASSERT_EQ(asked.size(), 1u);
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
+        EXPECT_EQ(
+            failure([&] { service._authorizeGeneric(c.className, c.method, "operator", ""); }), c.refusal);
+        EXPECT_EQ(lastAuthorizationKey(), c.key);
     }
 }
 
 TEST_F(ReplicationServiceTest, AMethodEndsWithItsResultOrThrowsItAsTheStatus)
 {
     ServiceUnderTest& service = provider();
-    Array<CIMParamValue> params;
-    params.append(CIMParamValue("Job", CIMValue(String("x"))));
+    const Array<CIMParamValue> params = args({{"Job", str("x")}});
 
     zda_test::RecordingResponseHandler failed;
-    EXPECT_EQ(failureOf([&] { service._completeMethod(failed, 5, "bad target", params, "_t"); }),
-        std::make_pair(5, std::string("bad target")));
+    EXPECT_EQ(failure([&] { service._completeMethod(failed, 5, "bad target", params, "_t"); }),
+        "thrown 5: bad target");
     EXPECT_EQ(failed.sequence(), "");
 
     // A result without a text is an ordinary answer, parameters included.
@@ -331,10 +290,7 @@ TEST_F(ReplicationServiceTest, AMethodEndsWithItsResultOrThrowsItAsTheStatus)
         service._completeMethod(handler, outstatus, outstatus ? "" : "ignored", params, "_t");
         EXPECT_EQ(handler.sequence(), "processing deliverParamValue deliver(value) complete");
         ASSERT_EQ(handler.returnValues().size(), 1u);
-        EXPECT_EQ(handler.returnValues()[0].getType(), CIMTYPE_UINT32);
-        Uint32 returned = 0;
-        handler.returnValues()[0].get(returned);
-        EXPECT_EQ(returned, outstatus);
+        EXPECT_EQ(handler.returnValues()[0], CIMValue(outstatus));
     }
 }
 
@@ -437,21 +393,33 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     }
     ASSERT_EQ(toReturn.size(), 4u);
     // A target set that cannot be removed ends the walk before any target goes.
-    const auto group = [](const char* set) {
-        Array<CIMKeyBinding> id;
-        id.append(CIMKeyBinding("InstanceID", String("KX_ORLA:") + set, CIMKeyBinding::STRING));
-        return CIMObjectPath(HOST, ZDA_NS, "ZDA_ReplicationGroup", id);
-    };
-    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, group("no_set"), true).code, 0);
+    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, vvset("no_set"), true).code, 0);
     EXPECT_EQ(volumePaths().count("vol1.rw"), 1u);
 
-    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code, 0);
+    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, vvset("set_one"), true).code, 0);
     const auto removedSets = zda_test::journalOf("api_removeVVSet");
     ASSERT_EQ(removedSets.size(), 2u);
     EXPECT_NE(removedSets[1].find("set_one"), std::string::npos) << removedSets[1];
     const auto remaining = volumePaths();
     EXPECT_EQ(remaining.count("vol1.rw") + remaining.count("vol2.clone"), 0u);
     EXPECT_EQ(remaining.count("vol1"), 1u);
+}
+
+// The module's providers are made only by the module's entry, never from a path.
+TEST(ReplicationProviders, ConstructionFromAPathIsRefused)
+{
+    const CIMObjectPath path;
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { ZDA_ReplicationServiceProvider p(path); }, "ZDA_ReplicationService"},
+        {[&] { ZDA_ReplicationServiceCapabilitiesProvider p(path); }, "ZDA_ReplicationServiceCapabilities"},
+        {[&] { ZDA_RemoteReplicationGroupProvider p(path); }, "ZDA_RemoteReplicationGroup"},
+        {[&] { ZDA_RemoteReplicationCollectionProvider p(path); }, "ZDA_RemoteReplicationCollection"},
+        {[&] { ZDA_ReplicationEntityProvider p(path); }, "ZDA_ReplicationEntity"},
+        {[&] { ZDA_RemoteServiceAccessPointProvider p(path); }, "ZDA_RemoteServiceAccessPoint"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(failure(c.first),
+            std::string("thrown 7: ") + c.second + " does not support constructor with object path.");
 }
 
 }  // namespace
