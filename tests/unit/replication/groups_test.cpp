@@ -27,10 +27,6 @@ typedef std::set<std::pair<std::string, std::string>> Pairs;
 class GroupsTest : public ReplicationTest
 {
 protected:
-    static CIMObjectPath group(const char* name)
-    {
-        return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
-    }
     std::string setOf(const CIMObjectPath& groupPath)
     {
         return text(
@@ -92,48 +88,39 @@ protected:
 
 TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
 {
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, GROUP, true, false, false, false, CIMPropertyList());
+    const Array<CIMInstance> every = all(GROUP);
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP);
-    ASSERT_EQ(all.size(), 5u);
+    ASSERT_EQ(every.size(), 5u);
     ASSERT_EQ(paths.size(), 5u);
     std::vector<std::string> order;
-    for (Uint32 i = 0; i < all.size(); i++)
+    for (Uint32 i = 0; i < every.size(); i++)
     {
-        order.push_back(text(get<String>(all[i], "ElementName")));
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(all[i].getPath(), paths[i]));
+        order.push_back(text(get<String>(every[i], "ElementName")));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(every[i].getPath(), paths[i]));
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
     }
     EXPECT_EQ(order, (std::vector<std::string>{"set1", "set_empty", "set_one", "set_dom2", "set_overlap"}));
-    EXPECT_EQ(text(get<String>(all[0], "InstanceID")), "KX_ORLA:set1");
-    EXPECT_EQ(text(get<String>(all[4], "Caption")), "vvset ID " + std::to_string(get<Uint32>(all[4], "ID")));
-    EXPECT_EQ(text(get<String>(all[0], "Description")), "first set");
-    EXPECT_TRUE(valueOf(all[1], "Description").isNull());
+    EXPECT_EQ(text(get<String>(every[0], "InstanceID")), "KX_ORLA:set1");
+    EXPECT_EQ(
+        text(get<String>(every[4], "Caption")), "vvset ID " + std::to_string(get<Uint32>(every[4], "ID")));
+    EXPECT_EQ(text(get<String>(every[0], "Description")), "first set");
+    EXPECT_TRUE(valueOf(every[1], "Description").isNull());
 }
 
 TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
 {
-    members(group("set1"));  // the providers and the identity cache are up
+    members(vvset("set1"));  // the providers and the identity cache are up
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(server()
-                  .enumerateInstances(admin(), ZDA_NS, GROUP, true, false, false, false, CIMPropertyList())
-                  .size(),
-        0u);
+    EXPECT_EQ(all(GROUP).size(), 0u);
     zdasim_fault_add("api_getVVSets", 1, API_E_INVALID, "broken");
     EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, GROUP).size(), 0u);
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(group("set1")); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(vvset("set1")); }), CIM_ERR_NOT_FOUND);
 
-    CIMObjectPath noColon = group("set1");
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", "KX_ORLAset1", CIMKeyBinding::STRING));
-    noColon.setKeyBindings(keys);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(noColon); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(group("no_such_set")); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] {
-        server().getInstance(as("noaccess"), ZDA_NS, group("set1"), false, false, false, CIMPropertyList());
-    }),
-        CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(vvset("set1"), "InstanceID", "KX_ORLAset1")); }),
+        CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(vvset("no_such_set")); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readErrorAs("noaccess", vvset("set1")), CIM_ERR_ACCESS_DENIED);
 }
 
 TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
@@ -142,7 +129,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
         CIMInstance i(GROUP);
         for (auto& v : values)
             i.addProperty(CIMProperty(v.first, v.second));
-        i.setPath(group(set));
+        i.setPath(vvset(set));
         return i;
     };
     const CIMValue nullText(CIMTYPE_STRING, false);
@@ -180,7 +167,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
         EXPECT_EQ(modify(c.instance, c.list, c.user), c.error);
         EXPECT_EQ(zdasim_journal_count_of("api_setVVSet"), c.arrayCalls);
     }
-    EXPECT_TRUE(valueOf(getInstance(group("set1")), "Description").isNull());
+    EXPECT_TRUE(valueOf(getInstance(vvset("set1")), "Description").isNull());
 
     // Name and comment go in one call; the group is then found by its new name.
     zdasim_journal_clear();
@@ -190,8 +177,8 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
                   CIMPropertyList()),
         -1);
     EXPECT_EQ(zdasim_journal_count_of("api_setVVSet"), 1u);
-    EXPECT_EQ(text(get<String>(getInstance(group("renamed")), "Description")), "moved");
-    EXPECT_EQ(names(members(group("renamed"))), (std::set<std::string>{"vol1", "vol2"}));
+    EXPECT_EQ(text(get<String>(getInstance(vvset("renamed")), "Description")), "moved");
+    EXPECT_EQ(names(members(vvset("renamed"))), (std::set<std::string>{"vol1", "vol2"}));
 
     zdasim_fault_add("api_setVVSet", 1, API_E_INVALID, "no rename today");
     EXPECT_EQ(modify(instance("renamed", {{"ElementName", CIMValue(String("again"))}}), CIMPropertyList()),
@@ -201,21 +188,20 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
 TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
 {
     Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, MEMBER_OF);
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, MEMBER_OF, true, false, false, false, CIMPropertyList());
+    const Array<CIMInstance> every = all(MEMBER_OF);
     const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"}, {"set_overlap", "vol1"}};
     EXPECT_EQ(pairs(paths), expected);
-    ASSERT_EQ(all.size(), paths.size());
+    ASSERT_EQ(every.size(), paths.size());
     for (Uint32 i = 0; i < paths.size(); i++)
     {
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(all[i].getPath(), paths[i]));
+        EXPECT_TRUE(ZDA_Common::matchObjectPath(every[i].getPath(), paths[i]));
         EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
     }
 
     // A pair of a set that stands for a remote copy group is not there.
     CIMObjectPath remote = paths[0];
     Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("Collection", group("set_dom2").toString(), CIMKeyBinding::REFERENCE));
+    keys.append(CIMKeyBinding("Collection", vvset("set_dom2").toString(), CIMKeyBinding::REFERENCE));
     keys.append(CIMKeyBinding("Member", volume("vol4").toString(), CIMKeyBinding::REFERENCE));
     remote.setKeyBindings(keys);
     EXPECT_EQ(cimErrorOf([&] { getInstance(remote); }), CIM_ERR_NOT_FOUND);
@@ -232,12 +218,12 @@ TEST_F(GroupsTest, NavigationBothWays)
         std::set<std::string> expected;
     };
     const Case cases[] = {
-        {group("set1"), nullptr, "", {"vol1", "vol2"}},
-        {group("set1"), "CIM_ManagedElement", "COLLECTION", {"vol1", "vol2"}},
+        {vvset("set1"), nullptr, "", {"vol1", "vol2"}},
+        {vvset("set1"), "CIM_ManagedElement", "COLLECTION", {"vol1", "vol2"}},
         {volume("vol1"), "CIM_ReplicationGroup", "member", {"set1", "set_overlap"}},
-        {group("set_dom2"), nullptr, "", {}},
-        {group("set_empty"), nullptr, "", {}},
-        {group("no_such_set"), nullptr, "", {}},
+        {vvset("set_dom2"), nullptr, "", {}},
+        {vvset("set_empty"), nullptr, "", {}},
+        {vvset("no_such_set"), nullptr, "", {}},
         {volume("vol4"), nullptr, "", {}},
     };
     for (const Case& c : cases)
@@ -263,12 +249,9 @@ TEST_F(GroupsTest, NavigationBothWays)
 
 TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
 {
-    const CIMObjectPath set1 = group("set1");
+    const CIMObjectPath set1 = vvset("set1");
     const CIMObjectPath vol1 = volume("vol1");
-    CIMObjectPath noName = set1;
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("InstanceID", "set1", CIMKeyBinding::STRING));
-    noName.setKeyBindings(keys);
+    const CIMObjectPath noName = withKey(set1, "InstanceID", "set1");
     struct Case
     {
         const char* what;
@@ -340,32 +323,11 @@ TEST_F(GroupsTest, ArrayFailureAfterProcessingEndsWithoutComplete)
     EXPECT_TRUE(handler.completed());
 }
 
-TEST(NamePieces, CutAtTheLastSeparatorWithinTheLimit)
-{
-    const std::string a31(31, 'a');
-    const std::string b28(28, 'b');
-    std::string exactly255 = a31;
-    for (int i = 1; i < 8; i++)
-        exactly255 += "|" + a31;  // 8 * 31 + 7
-    std::string over = b28;
-    for (int i = 1; i < 8; i++)
-        over += "|" + b28;               // 8 * 28 + 7 = 231
-    over += "|" + std::string(24, 'c');  // 256
-    std::string barAt256 = std::string(255, 'd') + "|e";
-
-    ASSERT_EQ(exactly255.size(), 255u);
-    ASSERT_EQ(over.size(), 256u);
-    using ZDA_AssociationFrame::namePieces;
-    EXPECT_EQ(namePieces(exactly255), std::vector<std::string>{exactly255});
-    EXPECT_EQ(namePieces(over), (std::vector<std::string>{over.substr(0, 231), std::string(24, 'c')}));
-    EXPECT_EQ(namePieces(barAt256), (std::vector<std::string>{std::string(255, 'd'), "e"}));
-    EXPECT_TRUE(namePieces("").empty());
-}
-
 TEST_F(GroupsTest, LongMemberListsAreQueriedInPieces)
 {
-    // Member names joined by "|": 8 * 31 + 7 = 255 fit one filter;
-    // 8 * 28 + 24 + 8 = 256 take two.
+    // Member names joined by "|": 8 * 31 + 7 = 255 fit one filter; a ninth
+    // name after those ends the first piece at exactly 255; 8 * 28 + 24 + 8
+    // = 256 are cut at the last bar before the limit.
     struct Case
     {
         const char* set;
@@ -374,7 +336,7 @@ TEST_F(GroupsTest, LongMemberListsAreQueriedInPieces)
         size_t lastLength;
         size_t queries;
     };
-    const Case cases[] = {{"fits", 8, 31, 31, 1}, {"spills", 9, 28, 24, 2}};
+    const Case cases[] = {{"fits", 8, 31, 31, 1}, {"barAt255", 9, 31, 10, 2}, {"spills", 9, 28, 24, 2}};
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.set);
@@ -389,7 +351,7 @@ TEST_F(GroupsTest, LongMemberListsAreQueriedInPieces)
         }
         addSet(c.set, volumes);
         zdasim_journal_clear();
-        Array<CIMObjectPath> found = members(group(c.set));
+        Array<CIMObjectPath> found = members(vvset(c.set));
         EXPECT_EQ(zdasim_journal_count_of("api_getVVs_chunk"), c.queries);
         EXPECT_EQ(names(found), expected);
     }
