@@ -292,35 +292,11 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
 
 TEST_F(GroupsTest, ArrayFailureAfterProcessingEndsWithoutComplete)
 {
-    struct Case
-    {
-        const char* function;
-        bool semaphore;
-    };
-    const Case cases[] = {{"api_getVVSets", false}, {"api_getVVs_chunk", false}, {nullptr, true}};
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.function ? c.function : "semaphore");
-        zda_test::SemaphoreCheckingHandler handler;
-        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
-            if (c.semaphore)
-                zdasim_fault_sem_timeouts(1);
-            else
-                zdasim_fault_add(c.function, 1, API_E_INVALID, "broken");
-            p.enumerateInstanceNames(admin(), CIMObjectPath(MEMBER_OF), h);
-        });
-        zdasim_faults_clear();
-        EXPECT_EQ(handler.sequence(), "processing");
-    }
-
+    for (const char* failing : {"api_getVVSets", "api_getVVs_chunk", ""})
+        EXPECT_EQ(enumerateFailing(MEMBER_OF, failing), "processing") << failing;
     // Without faults the walk completes and never delivers under the semaphore.
-    zda_test::SemaphoreCheckingHandler handler;
-    direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
-        p.enumerateInstances(admin(), CIMObjectPath(MEMBER_OF), false, false, CIMPropertyList(), h);
-    });
-    EXPECT_EQ(handler.deliveries(), 4);
-    EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
-    EXPECT_TRUE(handler.completed());
+    EXPECT_EQ(enumerateFailing(MEMBER_OF, nullptr, true),
+        "processing deliver(instance) deliver(instance) deliver(instance) deliver(instance) complete");
 }
 
 TEST_F(GroupsTest, LongMemberListsAreQueriedInPieces)

@@ -216,6 +216,27 @@ protected:
         return handler.sequence();
     }
 
+    // What the host's provider of `association` answers to an enumeration
+    // of its names (or, with `instances`, of its instances) while the array
+    // call `failing` fails ("" for a busy array, null for no failure).
+    std::string enumerateFailing(const char* association, const char* failing, bool instances = false)
+    {
+        const std::string sequence = direct(association,
+            [&](CIMAssociationProvider&, CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
+                if (failing && *failing)
+                    zdasim_fault_add(failing, 1, API_E_INVALID, "broken");
+                else if (failing)
+                    zdasim_fault_sem_timeouts(1);
+                if (instances)
+                    p.enumerateInstances(
+                        admin(), CIMObjectPath(association), false, false, CIMPropertyList(), h);
+                else
+                    p.enumerateInstanceNames(admin(), CIMObjectPath(association), h);
+            });
+        zdasim_faults_clear();
+        return sequence;
+    }
+
     void SetUp() override
     {
         CopyServicesTest::SetUp();
