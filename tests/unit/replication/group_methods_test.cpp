@@ -15,19 +15,6 @@ using namespace zda_replication_test;
 namespace
 {
 
-CIMObjectPath setPath(const char* name)
-{
-    return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
-}
-
-Array<CIMParamValue> params(std::initializer_list<std::pair<const char*, CIMValue>> list)
-{
-    Array<CIMParamValue> in;
-    for (const auto& p : list)
-        in.append(CIMParamValue(p.first, p.second));
-    return in;
-}
-
 // The service's workers that other methods share, opened for the tests.
 class ServiceWorkers : public ZDA_ReplicationServiceProvider
 {
@@ -61,34 +48,29 @@ const std::set<std::string> NO_SET = {"<none>"};
 
 TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
 {
-    Array<CIMObjectPath> members;
-    members.append(volume("vol1"));
-    members.append(volume("vol3"));
     // Names compare without case; a null value counts as absent.
     EXPECT_EQ(outcome("CreateGroup",
-                  params({{"GroupName", CIMValue(String("grp_new"))}, {"members", CIMValue(members)},
+                  args({{"GroupName", str("grp_new")}, {"members", volumes({"vol1", "vol3"})},
                       {"Persistent", CIMValue(true)}, {"DeleteOnEmptyElement", CIMValue()}})),
         "returned 0");
-    CIMObjectPath made;
-    outParam(out, "ReplicationGroup").get(made);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(made, setPath("grp_new"))) << made.toString();
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(outPath("ReplicationGroup"), vvset("grp_new")));
     EXPECT_EQ(setMembers("grp_new"), std::set<std::string>({"vol1", "vol3"}));
-    EXPECT_EQ(outcome("CreateGroup", params({{"GroupName", CIMValue(String("grp_empty"))}})), "returned 0");
+    EXPECT_EQ(outcome("CreateGroup", args({{"GroupName", str("grp_empty")}})), "returned 0");
     EXPECT_EQ(setMembers("grp_empty"), std::set<std::string>());
 
     const CIMValue name(String("grp_refused"));
     const std::pair<Array<CIMParamValue>, std::string> refusals[] = {
-        {params({}), "thrown 5:  Invalid number of parameters"},
+        {args({}), "thrown 5:  Invalid number of parameters"},
         // Refused by the return value alone, without a text.
-        {params({{"GroupName", name}, {"Persistent", CIMValue(false)}}), "returned 5"},
-        {params({{"GroupName", name}, {"DeleteOnEmptyElement", CIMValue(true)}}),
+        {args({{"GroupName", name}, {"Persistent", CIMValue(false)}}), "returned 5"},
+        {args({{"GroupName", name}, {"DeleteOnEmptyElement", CIMValue(true)}}),
             "thrown 5: DeleteOnEmptyElement can only be false"},
-        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, setPath("set1")))}}),
+        {args({{"GroupName", name}, {"Members", refs({vvset("set1")})}}),
             "thrown 5: Members parameter contains invalid object path"},
-        {params({{"GroupName", name}, {"Members", CIMValue(Array<CIMObjectPath>(1, unknownVolume("vol1")))}}),
+        {args({{"GroupName", name}, {"Members", refs({unknownVolume("vol1")})}}),
             "thrown 5: Cannot find one or more of the volumes in Members"},
-        {params({{"Persistent", CIMValue(true)}}), "thrown 5: GroupName has to be specified"},
-        {params({{"GroupName", CIMValue(String("set1"))}}), "thrown 4: VV set set1 already exists"},
+        {args({{"Persistent", CIMValue(true)}}), "thrown 5: GroupName has to be specified"},
+        {args({{"GroupName", str("set1")}}), "thrown 4: VV set set1 already exists"},
     };
     for (const auto& r : refusals)
     {
@@ -101,7 +83,7 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
 TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
 {
     auto deleteGroup = [&](const char* set, const CIMValue& removeElements) {
-        Array<CIMParamValue> in = params({{"ReplicationGroup", CIMValue(setPath(set))}});
+        Array<CIMParamValue> in = args({{"ReplicationGroup", CIMValue(vvset(set))}});
         if (!removeElements.isNull())
             in.append(CIMParamValue("RemoveElements", removeElements));
         return outcome("DeleteGroup", in);
@@ -116,20 +98,18 @@ TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
 
     EXPECT_EQ(
         deleteGroup("no_such_set", CIMValue(true)), "thrown 5: Cannot find the specified replication group");
-    EXPECT_EQ(outcome("DeleteGroup", params({{"RemoveElements", CIMValue(true)}})),
+    EXPECT_EQ(outcome("DeleteGroup", args({{"RemoveElements", CIMValue(true)}})),
         "thrown 5: ReplicationGroup has to be specified");
-    EXPECT_EQ(outcome("DeleteGroup", params({{"ReplicationGroup", CIMValue(volume("vol3"))}})),
+    EXPECT_EQ(outcome("DeleteGroup", args({{"ReplicationGroup", CIMValue(volume("vol3"))}})),
         "thrown 5: ReplicationGroup parameter contains invalid object path");
     EXPECT_EQ(zdasim_journal_count_of("api_removeVVSet"), 2u);
 }
 
 TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
 {
-    Array<CIMObjectPath> mixed;
-    mixed.append(volume("vol3"));
-    mixed.append(volume("vol1"));  // has snapshots: cannot go
-    ASSERT_EQ(outcome("CreateGroup",
-                  params({{"GroupName", CIMValue(String("mixed"))}, {"Members", CIMValue(mixed)}})),
+    // vol1 has snapshots: it cannot go.
+    ASSERT_EQ(
+        outcome("CreateGroup", args({{"GroupName", str("mixed")}, {"Members", volumes({"vol3", "vol1"})}})),
         "returned 0");
 
     api_evtparam_t event{};
@@ -172,7 +152,7 @@ TEST_F(GroupMethodsTest, OptionTimeOutFailsTheNewSetLikeAnyArrayCall)
 // A GetAvailableTargetElements call: source volume, sync type, the pools.
 Array<CIMParamValue> targetQuery(const CIMObjectPath& source, Uint16 syncType, const char* pool = nullptr)
 {
-    Array<CIMParamValue> in = params({{"SourceElement", CIMValue(source)}, {"SyncType", CIMValue(syncType)},
+    Array<CIMParamValue> in = args({{"SourceElement", CIMValue(source)}, {"SyncType", CIMValue(syncType)},
         {"Mode", CIMValue(Uint16(2))}});
     if (pool)
         in.append(CIMParamValue("TargetPools",
@@ -195,9 +175,7 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     for (const char* pool : {(const char*)nullptr, "FC_r1"})
     {
         EXPECT_EQ(outcome("GetAvailableTargetElements", targetQuery(volume("vol1"), 8, pool)), "returned 0");
-        Array<CIMObjectPath> candidates;
-        outParam(out, "Candidates").get(candidates);
-        EXPECT_EQ(volumeNames(candidates), larger);
+        EXPECT_EQ(volumeNames(outPaths("Candidates")), larger);
     }
     // Its trace lines carry the name of the relationships method, as
     // operators' log filters expect.
@@ -222,7 +200,7 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     Array<CIMParamValue> noMode = targetQuery(volume("vol1"), 8);
     noMode.remove(2);
     for (const Array<CIMParamValue>& in :
-        {targetQuery(setPath("set1"), 8), targetQuery(elsewhere, 8), noMode, params({})})
+        {targetQuery(vvset("set1"), 8), targetQuery(elsewhere, 8), noMode, args({})})
         EXPECT_EQ(outcome("GetAvailableTargetElements", in).substr(0, 9), "thrown 5:");
 }
 
