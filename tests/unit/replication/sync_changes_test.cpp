@@ -343,14 +343,6 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
                       0),
         0u);
     EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
-    api_evtparam_t event{};
-    api_name_t rv1Name{};
-    std::strcpy(rv1Name.name, "rv1");
-    EXPECT_EQ(cim_sem_wait(), 0);
-    const api_Status_t added = api_addToVVSet(&event, "RCP_gTwo", &rv1Name, 1);
-    cim_sem_post();
-    EXPECT_EQ(added.code, API_E_IN_USE);
-    EXPECT_EQ(setMembers("RCP_gTwo"), std::set<std::string>({"rv5", "rv6"}));
     expectLedgersClean("remote copy group refusals");
 }
 
