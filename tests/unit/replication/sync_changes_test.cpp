@@ -337,11 +337,11 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
     EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
 
     // The set behind a remote copy group changes only through the group.
-    EXPECT_EQ(membership("RemoveMembers", vvset("RCP_gTwo"), {"rv5"})
-                  .rfind("thrown 4: VV set "
-                         "RCP_gTwo ",
-                      0),
-        0u);
+    EXPECT_EQ(
+        membership("RemoveMembers", vvset("RCP_gTwo"), {"rv5"}).rfind("thrown 4: VV set RCP_gTwo ", 0), 0u);
+    EXPECT_EQ(
+        membership("AddMembers", vvset("RCP_gTwo"), {"rv1"}).rfind("thrown 4: VV set RCP_gTwo ", 0), 0u);
+    EXPECT_EQ(setMembers("RCP_gTwo"), std::set<std::string>({"rv5", "rv6"}));
     EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
     expectLedgersClean("remote copy group refusals");
 }
