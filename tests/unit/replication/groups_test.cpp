@@ -27,30 +27,17 @@ typedef std::set<std::pair<std::string, std::string>> Pairs;
 class GroupsTest : public ReplicationTest
 {
 protected:
-    std::string setOf(const CIMObjectPath& groupPath)
-    {
-        return text(
-            ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(groupPath, "InstanceID")));
-    }
-    std::string nameOf(const CIMObjectPath& path)
-    {
-        if (path.getClassName().equal(GROUP))
-            return setOf(path);
-        return text(get<String>(getInstance(path), "ElementName"));
-    }
     std::set<std::string> names(const Array<CIMObjectPath>& paths)
     {
-        std::set<std::string> out;
-        for (Uint32 i = 0; i < paths.size(); i++)
-            out.insert(nameOf(paths[i]));
-        return out;
+        const std::multiset<std::string> found = labels(paths);
+        return std::set<std::string>(found.begin(), found.end());
     }
     // (vvset, volume) of each membership path.
     Pairs pairs(const Array<CIMObjectPath>& paths)
     {
         Pairs out;
         for (Uint32 i = 0; i < paths.size(); i++)
-            out.insert({setOf(endOf(paths[i], "Collection")), nameOf(endOf(paths[i], "Member"))});
+            out.insert({label(endOf(paths[i], "Collection")), label(endOf(paths[i], "Member"))});
         return out;
     }
     Array<CIMObjectPath> members(const CIMObjectPath& groupPath)

@@ -66,30 +66,6 @@ protected:
     {
         return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
     }
-    // What names each end: a volume's name, else the name in its
-    // InstanceID, else its Name key.
-    std::multiset<std::string> labels(const Array<CIMObjectPath>& paths)
-    {
-        const std::map<std::string, CIMObjectPath> volumes = volumePaths();
-        std::multiset<std::string> out;
-        for (Uint32 i = 0; i < paths.size(); i++)
-        {
-            CIMObjectPath path = paths[i];
-            if (path.getNameSpace().isNull())
-                path.setNameSpace(ZDA_NS);
-            if (path.getClassName().equal("ZDA_StorageVolume"))
-            {
-                for (const auto& volume : volumes)
-                    if (ZDA_Common::matchObjectPath(volume.second, path))
-                        out.insert(volume.first);
-                continue;
-            }
-            const String id = ZDA_Common::getStringProperty(path, "InstanceID");
-            out.insert(text(id.size() ? ZDA_Common::extractFromInstanceID(id)
-                                      : ZDA_Common::getStringProperty(path, "Name")));
-        }
-        return out;
-    }
     // The job of the array's task that works on `name` ("<object>" or
     // "<object>-><other>").
     CIMObjectPath job(const std::string& name)
@@ -120,8 +96,8 @@ TEST_F(MembershipTest, EveryPairIsFoundFromBothEndsAndByItsPath)
                 ZDA_Common::matchObjectPath(getInstance(links[i].getPath()).getPath(), links[i].getPath()));
             const Array<CIMObjectPath> fromFirst = far(first, row.association);
             const Array<CIMObjectPath> fromSecond = far(second, row.association);
-            EXPECT_EQ(labels(fromFirst).count(*labels(Array<CIMObjectPath>(&second, 1)).begin()), 1u);
-            EXPECT_EQ(labels(fromSecond).count(*labels(Array<CIMObjectPath>(&first, 1)).begin()), 1u);
+            EXPECT_EQ(labels(fromFirst).count(label(second)), 1u);
+            EXPECT_EQ(labels(fromSecond).count(label(first)), 1u);
             // The instances of the far ends are those the class's own
             // provider serves.
             Array<CIMObject> objects = server().associators(

@@ -137,6 +137,23 @@ protected:
         return server().enumerateInstances(
             admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
     }
+    // What names an object: a volume's ElementName, else the name in its
+    // InstanceID, else its Name key.
+    std::string label(const CIMObjectPath& path)
+    {
+        if (path.getClassName().equal("ZDA_StorageVolume"))
+            return text(get<String>(getInstance(path), "ElementName"));
+        const String id = ZDA_Common::getStringProperty(path, "InstanceID");
+        return text(
+            id.size() ? ZDA_Common::extractFromInstanceID(id) : ZDA_Common::getStringProperty(path, "Name"));
+    }
+    std::multiset<std::string> labels(const Array<CIMObjectPath>& paths)
+    {
+        std::multiset<std::string> found;
+        for (Uint32 i = 0; i < paths.size(); i++)
+            found.insert(label(paths[i]));
+        return found;
+    }
     // The status code of getInstance of `path` as `user`, -1 for none.
     int readErrorAs(const char* user, const CIMObjectPath& path)
     {
