@@ -50,7 +50,7 @@ class CapabilitiesTest : public ReplicationTest
 protected:
     CIMObjectPath capsPath()
     {
-        Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, CAPS);
+        Array<CIMObjectPath> names = namesOf(CAPS);
         return names.size() == 1 ? names[0] : CIMObjectPath();
     }
     // The method's return value (-1 for none) with the outputs in `out`.
@@ -121,7 +121,7 @@ TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
         zda_test::RecordingResponseHandler names, instances, unknown;
         directCall<ZDA_ReplicationServiceCapabilitiesProvider>(
             names,
-            [&](ZDA_ReplicationServiceCapabilitiesProvider& p, zda_test::RecordingResponseHandler& h) {
+            [&](auto& p, auto& h) {
                 p.enumerateInstanceNames(admin(), CIMObjectPath(className), h);
                 p.enumerateInstances(
                     admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);

@@ -260,7 +260,7 @@ protected:
         loadArray(zda_test::remoteCopyTestArray());
         for (const char* name : {"mv1", "mv2", "mv3", "mirror_source_volume_with27"})
             ASSERT_EQ(zdasim_volume_add(name, "FC_r5", "", 1024), 0) << name;
-        service = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
+        service = namesOf("ZDA_ReplicationService")[0];
     }
 
     // A mirror request that passes every check, with `change` applied.

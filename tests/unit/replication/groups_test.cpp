@@ -40,10 +40,7 @@ protected:
             out.insert({label(endOf(paths[i], "Collection")), label(endOf(paths[i], "Member"))});
         return out;
     }
-    Array<CIMObjectPath> members(const CIMObjectPath& groupPath)
-    {
-        return server().associatorNames(admin(), ZDA_NS, groupPath, MEMBER_OF, CIMName(), "", "");
-    }
+    Array<CIMObjectPath> members(const CIMObjectPath& groupPath) { return far(groupPath, MEMBER_OF); }
     int modify(const CIMInstance& instance, const CIMPropertyList& list, const char* user = "admin")
     {
         return cimErrorOf([&] { server().modifyInstance(as(user), ZDA_NS, instance, false, list); });
@@ -76,7 +73,7 @@ protected:
 TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
 {
     const Array<CIMInstance> every = all(GROUP);
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP);
+    Array<CIMObjectPath> paths = namesOf(GROUP);
     ASSERT_EQ(every.size(), 5u);
     ASSERT_EQ(paths.size(), 5u);
     std::vector<std::string> order;
@@ -84,7 +81,7 @@ TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
     {
         order.push_back(text(get<String>(every[i], "ElementName")));
         EXPECT_TRUE(ZDA_Common::matchObjectPath(every[i].getPath(), paths[i]));
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
+        EXPECT_TRUE(foundByPath(paths[i]));
     }
     EXPECT_EQ(order, (std::vector<std::string>{"set1", "set_empty", "set_one", "set_dom2", "set_overlap"}));
     EXPECT_EQ(text(get<String>(every[0], "InstanceID")), "KX_ORLA:set1");
@@ -100,7 +97,7 @@ TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(all(GROUP).size(), 0u);
     zdasim_fault_add("api_getVVSets", 1, API_E_INVALID, "broken");
-    EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, GROUP).size(), 0u);
+    EXPECT_EQ(namesOf(GROUP).size(), 0u);
     zdasim_fault_sem_timeouts(1);
     EXPECT_EQ(cimErrorOf([&] { getInstance(vvset("set1")); }), CIM_ERR_NOT_FOUND);
 
@@ -174,7 +171,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
 
 TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
 {
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, MEMBER_OF);
+    Array<CIMObjectPath> paths = namesOf(MEMBER_OF);
     const Array<CIMInstance> every = all(MEMBER_OF);
     const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"}, {"set_overlap", "vol1"}};
     EXPECT_EQ(pairs(paths), expected);
@@ -182,7 +179,7 @@ TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
     for (Uint32 i = 0; i < paths.size(); i++)
     {
         EXPECT_TRUE(ZDA_Common::matchObjectPath(every[i].getPath(), paths[i]));
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]));
+        EXPECT_TRUE(foundByPath(paths[i]));
     }
 
     // A pair of a set that stands for a remote copy group is not there.
@@ -267,7 +264,7 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
         SCOPED_TRACE(c.what);
         zda_test::RecordingResponseHandler handler;
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        direct(handler, [&](ZDA_MemberOfReplicationGroupProvider& p, zda_test::RecordingResponseHandler& h) {
+        direct(handler, [&](auto& p, auto& h) {
             if (c.references)
                 p.referenceNames(admin(), c.object, resultClass, c.role, h);
             else

@@ -61,11 +61,6 @@ protected:
         ZDA_InternalCacheService::destroy();
     }
 
-    Array<CIMObjectPath> far(
-        const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
-    {
-        return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
-    }
     // The job of the array's task that works on `name` ("<object>" or
     // "<object>-><other>").
     CIMObjectPath job(const std::string& name)
@@ -85,15 +80,13 @@ TEST_F(MembershipTest, EveryPairIsFoundFromBothEndsAndByItsPath)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        Array<CIMInstance> links = server().enumerateInstances(
-            admin(), ZDA_NS, row.association, true, false, false, false, CIMPropertyList());
+        Array<CIMInstance> links = all(row.association);
         ASSERT_GT(links.size(), 0u);
         for (Uint32 i = 0; i < links.size() && i < 6; i++)
         {
             const CIMObjectPath first = endOf(links[i].getPath(), row.firstRole);
             const CIMObjectPath second = endOf(links[i].getPath(), row.secondRole);
-            EXPECT_TRUE(
-                ZDA_Common::matchObjectPath(getInstance(links[i].getPath()).getPath(), links[i].getPath()));
+            EXPECT_TRUE(foundByPath(links[i].getPath()));
             const Array<CIMObjectPath> fromFirst = far(first, row.association);
             const Array<CIMObjectPath> fromSecond = far(second, row.association);
             EXPECT_EQ(labels(fromFirst).count(label(second)), 1u);
@@ -116,7 +109,7 @@ TEST_F(MembershipTest, RefusalsAndRequestsThatCannotMatch)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        const CIMObjectPath link = server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0];
+        const CIMObjectPath link = namesOf(row.association)[0];
         const CIMObjectPath first = endOf(link, row.firstRole);
         CIMObjectPath oneKey = link;
         Array<CIMKeyBinding> keys;
@@ -138,9 +131,7 @@ TEST_F(MembershipTest, RefusalsAndRequestsThatCannotMatch)
         const auto refused =
             [&](const std::function<void(CIMInstanceProvider&, zda_test::RecordingResponseHandler&)>& call) {
                 return cimErrorOf([&] {
-                    direct(row.association,
-                        [&](CIMAssociationProvider&, CIMInstanceProvider& p,
-                            zda_test::RecordingResponseHandler& h) { call(p, h); });
+                    direct(row.association, [&](auto&, auto& p, auto& h) { call(p, h); });
                 }) == CIM_ERR_NOT_SUPPORTED;
             };
         EXPECT_EQ(refused([&](CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
@@ -158,8 +149,7 @@ TEST_F(MembershipTest, RefusalsAndRequestsThatCannotMatch)
                  {first.getClassName(), ""}, {CIMName(), row.secondRole}, {CIMName(), "Owner"}})
         {
             EXPECT_EQ(direct(row.association,
-                          [&](CIMAssociationProvider& p, CIMInstanceProvider&,
-                              zda_test::RecordingResponseHandler& h) {
+                          [&](auto& p, auto&, auto& h) {
                               p.associatorNames(admin(), first, row.association, c.first, c.second, "", h);
                           }),
                 "");
@@ -172,17 +162,15 @@ TEST_F(MembershipTest, AnArrayFailureAnswersEmpty)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        const CIMObjectPath first = endOf(
-            server().enumerateInstanceNames(admin(), ZDA_NS, row.association)[0], row.firstRole);
+        const CIMObjectPath first = endOf(namesOf(row.association)[0], row.firstRole);
         // Reading from the array leaves the answer without complete();
         // gathering through the server completes it empty.
         const std::string expected = row.throughServer ? "processing complete" : "processing";
-        EXPECT_EQ(
-            direct(row.association,
-                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
-                    zdasim_fault_add(row.failingCall, 1, API_E_INVALID, "broken");
-                    p.referenceNames(admin(), first, CIMName(), "", h);
-                }),
+        EXPECT_EQ(direct(row.association,
+                      [&](auto& p, auto&, auto& h) {
+                          zdasim_fault_add(row.failingCall, 1, API_E_INVALID, "broken");
+                          p.referenceNames(admin(), first, CIMName(), "", h);
+                      }),
             expected);
         zdasim_faults_clear();
         EXPECT_EQ(enumerateFailing(row.association, ""), expected);
@@ -196,7 +184,7 @@ TEST_F(MembershipTest, EveryVvsetsMembersComeThroughOneMembership)
 
     // Every vvset's members are reached through exactly one membership
     // association: the remote copy ones here, the others by the plain one.
-    Array<CIMObjectPath> sets = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationGroup");
+    Array<CIMObjectPath> sets = namesOf("ZDA_ReplicationGroup");
     for (Uint32 i = 0; i < sets.size(); i++)
     {
         const std::string name = text(
@@ -279,14 +267,13 @@ TEST_F(MembershipTest, JobsActOnTheirVolumesAndGroups)
     EXPECT_EQ(hosts.count("zda-siteF"), 1u);
     // A group named by no name in its InstanceID is refused before any walk.
     for (const char* association : {affected, "ZDA_OrderedMemberOfRemoteReplicationGroup"})
-        EXPECT_EQ(
-            direct(association,
-                [&](CIMAssociationProvider& p, CIMInstanceProvider&, zda_test::RecordingResponseHandler& h) {
-                    p.associatorNames(admin(),
-                        CIMObjectPath("ZDA_RemoteReplicationGroup.InstanceID="
-                                      "\"rcg_eng_syncing\""),
-                        association, CIMName(), "", "", h);
-                }),
+        EXPECT_EQ(direct(association,
+                      [&](auto& p, auto&, auto& h) {
+                          p.associatorNames(admin(),
+                              CIMObjectPath("ZDA_RemoteReplicationGroup.InstanceID="
+                                            "\"rcg_eng_syncing\""),
+                              association, CIMName(), "", "", h);
+                      }),
             "")
             << association;
     // And back from the group to the job.
@@ -309,31 +296,23 @@ TEST_F(MembershipTest, PortEndpointsOfTheArray)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.className);
-        Array<CIMInstance> all = server().enumerateInstances(
-            admin(), ZDA_NS, c.className, true, false, false, false, CIMPropertyList());
+        const Array<CIMInstance> every = all(c.className);
         Array<CIMObjectPath> paths;
-        for (Uint32 i = 0; i < all.size(); i++)
-            paths.append(all[i].getPath());
+        for (Uint32 i = 0; i < every.size(); i++)
+            paths.append(every[i].getPath());
         EXPECT_EQ(labels(paths), c.names);
-        EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, c.className).size(), all.size());
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[0]).getPath(), paths[0]));
-        CIMObjectPath missing = paths[0];
-        Array<CIMKeyBinding> keys = missing.getKeyBindings();
-        for (Uint32 k = 0; k < keys.size(); k++)
-            if (keys[k].getName().equal("Name"))
-                keys[k] = CIMKeyBinding("Name", "9:9:9", CIMKeyBinding::STRING);
-        missing.setKeyBindings(keys);
+        EXPECT_EQ(namesOf(c.className).size(), every.size());
+        EXPECT_TRUE(foundByPath(paths[0]));
+        const CIMObjectPath missing = withKey(paths[0], "Name", "9:9:9");
         EXPECT_EQ(cimErrorOf([&] { getInstance(missing); }), CIM_ERR_NOT_FOUND);
-        keys.remove(0);
-        missing.setKeyBindings(keys);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(missing); }), CIM_ERR_INVALID_PARAMETER);
+        EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(missing, "CreationClassName", nullptr)); }),
+            CIM_ERR_INVALID_PARAMETER);
     }
     // An IP port shows its address and whether its link is up.
     std::map<std::string, CIMInstance> ip;
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, "ZDA_IPProtocolEndpoint", true, false, false, false, CIMPropertyList());
-    for (Uint32 i = 0; i < all.size(); i++)
-        ip[text(get<String>(all[i], "Name"))] = all[i];
+    const Array<CIMInstance> ports = all("ZDA_IPProtocolEndpoint");
+    for (Uint32 i = 0; i < ports.size(); i++)
+        ip[text(get<String>(ports[i], "Name"))] = ports[i];
     EXPECT_EQ(text(get<String>(ip["0:3:1"], "IPv4Address")), "198.51.100.10");
     EXPECT_EQ(uint16s(ip["0:3:1"], "OperationalStatus"), std::vector<int>{2});
     EXPECT_EQ(uint16s(ip["1:3:1"], "OperationalStatus"), std::vector<int>{10});

@@ -191,8 +191,7 @@ TEST_F(RemoteModelTest, EachTargetAsCollectionAndAccessPoint)
     EXPECT_EQ(text(get<String>(collection, "Caption")), "RemoteReplicationCollection tReady");
     EXPECT_EQ(text(get<String>(collection, "InstanceID")), "KX_ORLA:tReady");
     EXPECT_FALSE(get<Boolean>(collection, "DeleteOnUnassociated"));
-    EXPECT_TRUE(
-        ZDA_Common::matchObjectPath(getInstance(collection.getPath()).getPath(), collection.getPath()));
+    EXPECT_TRUE(foundByPath(collection.getPath()));
 
     const CIMInstance& sap = accessPoints["tReady"];
     EXPECT_EQ(text(get<String>(sap, "SystemName")), HOST);
@@ -361,7 +360,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         zdasim_fault_sem_timeouts(1);
         EXPECT_EQ(all(c.first).size(), 0u);
         zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
-        EXPECT_EQ(server().enumerateInstanceNames(admin(), ZDA_NS, c.first).size(), 0u);
+        EXPECT_EQ(namesOf(c.first).size(), 0u);
         zdasim_fault_sem_timeouts(1);
         EXPECT_EQ(cimErrorOf([&] { getInstance(c.second); }), CIM_ERR_NOT_FOUND);
     }

@@ -241,22 +241,19 @@ TEST_F(RemoteSyncTest, DirectionAndFarEndUnderEitherPolicy)
 
 TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
 {
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME_SYNC);
+    Array<CIMObjectPath> paths = namesOf(VOLUME_SYNC);
     // rv1..rv7 with 8 maps, cv01..cv24, and lv0..lv8.
     EXPECT_EQ(paths.size(), 8u + 24u + 9u);
     for (Uint32 i = 0; i < paths.size(); i++)
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]))
-            << text(paths[i].toString());
+        EXPECT_TRUE(foundByPath(paths[i])) << text(paths[i].toString());
 
     const CIMObjectPath pair = volumePairs()["cv10"].getPath();
     const CIMObjectPath local = volume("cv10");
-    const CIMObjectPath far = endOf(pair, "SyncedElement");
-    Array<CIMObjectPath> fromLocal = server().associatorNames(
-        admin(), ZDA_NS, local, VOLUME_SYNC, CIMName(), "", "");
+    const CIMObjectPath farEnd = endOf(pair, "SyncedElement");
+    Array<CIMObjectPath> fromLocal = far(local, VOLUME_SYNC);
     ASSERT_EQ(fromLocal.size(), 1u);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(fromLocal[0], far));
-    Array<CIMObjectPath> back = server().associatorNames(
-        admin(), ZDA_NS, far, VOLUME_SYNC, CIMName(), "", "");
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(fromLocal[0], farEnd));
+    Array<CIMObjectPath> back = far(farEnd, VOLUME_SYNC);
     ASSERT_EQ(back.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], local));
     Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SystemElement");
@@ -268,7 +265,7 @@ TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
     EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(pair, "Extra", "x")); }), CIM_ERR_INVALID_PARAMETER);
     CIMObjectPath swapped = pair;
     Array<CIMKeyBinding> swappedKeys;
-    swappedKeys.append(CIMKeyBinding("SystemElement", far));
+    swappedKeys.append(CIMKeyBinding("SystemElement", farEnd));
     swappedKeys.append(CIMKeyBinding("SyncedElement", local));
     swapped.setKeyBindings(swappedKeys);
     EXPECT_EQ(cimErrorOf([&] { getInstance(swapped); }), CIM_ERR_NOT_FOUND);
@@ -299,7 +296,7 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
         zda_test::RecordingResponseHandler handler;
         directCall<ZDA_RemoteStorageSynchronizedProvider>(
             handler,
-            [&](ZDA_RemoteStorageSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
+            [&](auto& p, auto& h) {
                 p.associatorNames(admin(), local, VOLUME_SYNC,
                     c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
             },
@@ -395,10 +392,9 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "").size(), 3u);
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "SyncedElement").size(), 0u);
 
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP_SYNC);
+    Array<CIMObjectPath> paths = namesOf(GROUP_SYNC);
     for (Uint32 i = 0; i < paths.size(); i++)
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]))
-            << text(paths[i].toString());
+        EXPECT_TRUE(foundByPath(paths[i])) << text(paths[i].toString());
     // The paths of one group's mirror pairs, as the group replica method takes them.
     Array<CIMObjectPath> mirrors = ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(
         "gTwo", HOST, false);

@@ -97,6 +97,21 @@ inline CIMObjectPath withKey(const CIMObjectPath& path, const char* name, const 
     return changed;
 }
 
+// Classes from the host's repository and properties read through the host.
+class HostBackend : public RepositoryBackend
+{
+public:
+    explicit HostBackend(zda::server::InProcessHost& host) : RepositoryBackend(host), _host(host) {}
+    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName) override
+    {
+        return _host.dispatcher().getProperty(context, nameSpace, instanceName, propertyName);
+    }
+
+private:
+    zda::server::InProcessHost& _host;
+};
+
 class ReplicationTest : public CopyServicesTest
 {
 protected:
@@ -136,6 +151,21 @@ protected:
     {
         return server().enumerateInstances(
             admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
+    }
+    Array<CIMObjectPath> namesOf(const char* className)
+    {
+        return server().enumerateInstanceNames(admin(), ZDA_NS, className);
+    }
+    // The far ends of `from` through `association`.
+    Array<CIMObjectPath> far(
+        const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
+    {
+        return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
+    }
+    // Whether getInstance of `path` gives the instance of that path.
+    bool foundByPath(const CIMObjectPath& path)
+    {
+        return ZDA_Common::matchObjectPath(getInstance(path).getPath(), path);
     }
     // What names an object: a volume's ElementName, else the name in its
     // InstanceID, else its Name key.
@@ -238,18 +268,16 @@ protected:
     // call `failing` fails ("" for a busy array, null for no failure).
     std::string enumerateFailing(const char* association, const char* failing, bool instances = false)
     {
-        const std::string sequence = direct(association,
-            [&](CIMAssociationProvider&, CIMInstanceProvider& p, zda_test::RecordingResponseHandler& h) {
-                if (failing && *failing)
-                    zdasim_fault_add(failing, 1, API_E_INVALID, "broken");
-                else if (failing)
-                    zdasim_fault_sem_timeouts(1);
-                if (instances)
-                    p.enumerateInstances(
-                        admin(), CIMObjectPath(association), false, false, CIMPropertyList(), h);
-                else
-                    p.enumerateInstanceNames(admin(), CIMObjectPath(association), h);
-            });
+        const std::string sequence = direct(association, [&](auto&, auto& p, auto& h) {
+            if (failing && *failing)
+                zdasim_fault_add(failing, 1, API_E_INVALID, "broken");
+            else if (failing)
+                zdasim_fault_sem_timeouts(1);
+            if (instances)
+                p.enumerateInstances(admin(), CIMObjectPath(association), false, false, CIMPropertyList(), h);
+            else
+                p.enumerateInstanceNames(admin(), CIMObjectPath(association), h);
+        });
         zdasim_faults_clear();
         return sequence;
     }
@@ -293,7 +321,7 @@ protected:
         if (!_direct)
         {
             attachCIMOMHandleBackend(
-                _handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+                _handle, std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
             _direct = new Service();
             _direct->initialize(_handle);
         }

@@ -41,54 +41,17 @@ public:
     using ZDA_ReplicationServiceProvider::_returnToResourcePool;
 };
 
-// Classes from the host's repository and properties read through the host.
-class HostBackend : public RepositoryBackend
-{
-public:
-    explicit HostBackend(zda::server::InProcessHost& host) : RepositoryBackend(host), _host(host) {}
-    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName) override
-    {
-        return _host.dispatcher().getProperty(context, nameSpace, instanceName, propertyName);
-    }
-
-private:
-    zda::server::InProcessHost& _host;
-};
-
 class ReplicationServiceTest : public ReplicationTest
 {
 protected:
-    void TearDown() override
-    {
-        if (_provider)
-            _provider->terminate();
-        attachCIMOMHandleBackend(_handle, nullptr);
-        ReplicationTest::TearDown();
-    }
-
     // A provider object initialized as the server does it.
-    ServiceUnderTest& provider()
-    {
-        if (!_provider)
-        {
-            attachCIMOMHandleBackend(
-                _handle, std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
-            _provider = new ServiceUnderTest();
-            _provider->initialize(_handle);
-        }
-        return *_provider;
-    }
+    ServiceUnderTest& provider() { return directService<ServiceUnderTest>(); }
 
     CIMObjectPath servicePath()
     {
-        Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, SERVICE);
+        Array<CIMObjectPath> names = namesOf(SERVICE);
         return names.size() == 1 ? names[0] : CIMObjectPath();
     }
-
-private:
-    CIMOMHandle _handle;
-    ServiceUnderTest* _provider = nullptr;
 };
 
 TEST(ReplicationEntry, NamesCompareWithoutCaseButExactlyOtherwise)
@@ -383,7 +346,7 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     EXPECT_EQ(zda_test::journalOf("api_removeVVs").size(), 0u);
 
     // A snapshot and a clone among them: the snapshot is detached, the clone removed.
-    Array<CIMObjectPath> syncs = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized");
+    Array<CIMObjectPath> syncs = namesOf("ZDA_StorageSynchronized");
     for (Uint32 i = 0; i < syncs.size(); i++)
     {
         const CIMObjectPath target = endOf(syncs[i], "SyncedElement");
