@@ -44,8 +44,6 @@ protected:
     }
 };
 
-const std::set<std::string> NO_SET = {"<none>"};
-
 TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
 {
     // Names compare without case; a null value counts as absent.

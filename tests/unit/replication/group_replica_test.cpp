@@ -3,7 +3,6 @@
 // as new remote copy groups, over the simulator's test arrays.
 #include "replication_fixture.h"
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -59,17 +58,13 @@ protected:
         api_freeSets(&sets);
         return names;
     }
-    bool setExists(const std::string& name)
-    {
-        const std::vector<std::string> names = setNames();
-        return std::find(names.begin(), names.end(), name) != names.end();
-    }
 };
 
 // ---- clones and snapshots of local groups -----------------------------------------------
 
 TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
 {
+    const CIMValue set1(vvset("set1"));
     struct Case
     {
         const char* method;
@@ -78,8 +73,7 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
     };
     const Case cases[] = {
         {"CreateGroupReplica",
-            args({{"SyncType", u16(7)}, {"SourceGroup", CIMValue(vvset("set1"))},
-                {"SourceGroupName", str("set_one")}}),
+            args({{"SyncType", u16(7)}, {"SourceGroup", set1}, {"SourceGroupName", str("set_one")}}),
             "thrown 5: SourceGroup and SourceGroupName must not be specified together unless "
             "they refer to the same group."},
         {"CreateGroupReplicaFromElements",
@@ -93,29 +87,26 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
             args({{"SyncType", u16(7)}, {"SourceGroupName", str("no_such_set")}}),
             "thrown 5: The SourceGroup or SourceElements parameters must be specified."},
         {"CreateGroupReplica",
-            args({{"SyncType", u16(8)}, {"SourceGroup", CIMValue(vvset("set1"))},
-                {"TargetAccessPoint", CIMValue(sap("t1"))}}),
+            args({{"SyncType", u16(8)}, {"SourceGroup", set1}, {"TargetAccessPoint", CIMValue(sap("t1"))}}),
             "thrown 5: The TargetAccessPoint reference is not used with this SyncType"},
         {"ZDA_CreateGroupReplica",
-            args({{"SyncType", u16(7)}, {"Consistency", u16(2)}, {"SourceGroup", CIMValue(vvset("set1"))}}),
+            args({{"SyncType", u16(7)}, {"Consistency", u16(2)}, {"SourceGroup", set1}}),
             "thrown 5: Only sequential consistency is supported"},
         {"CreateGroupReplica",
-            args({{"SyncType", u16(8)}, {"SourceGroup", CIMValue(vvset("set1"))},
-                {"TargetGroup", CIMValue(rcopyGroup("rcg1"))}}),
+            args(
+                {{"SyncType", u16(8)}, {"SourceGroup", set1}, {"TargetGroup", CIMValue(rcopyGroup("rcg1"))}}),
             "thrown 5: TargetGroup contains invalid object path"},
         {"CreateGroupReplica", args({{"SourceGroup", CIMValue(vvset("missing_set"))}}),
             "thrown 5: Cannot find the SourceGroup replication group"},
-        {"CreateGroupReplica", args({{"SyncType", u16(6)}, {"SourceGroup", CIMValue(vvset("set1"))}}),
+        {"CreateGroupReplica", args({{"SyncType", u16(6)}, {"SourceGroup", set1}}),
             "thrown 5: SyncType/Mode combination not supported"},
-        {"ZDA_CreateGroupReplica", args({{"SourceGroup", CIMValue(vvset("set1"))}}),
+        {"ZDA_CreateGroupReplica", args({{"SourceGroup", set1}}),
             "thrown 5: SyncType/Mode combination not supported"},
         {"CreateGroupReplica",
-            args({{"SyncType", u16(7)}, {"WaitForCopyState", u16(8)},
-                {"SourceGroup", CIMValue(vvset("set1"))}}),
+            args({{"SyncType", u16(7)}, {"WaitForCopyState", u16(8)}, {"SourceGroup", set1}}),
             "thrown 5: Only waitForCopyState sync is supported for virtual copy"},
         {"CreateGroupReplica",
-            args({{"SyncType", u16(8)}, {"WaitForCopyState", u16(3)},
-                {"SourceGroup", CIMValue(vvset("set1"))}}),
+            args({{"SyncType", u16(8)}, {"WaitForCopyState", u16(3)}, {"SourceGroup", set1}}),
             "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
         {"CreateGroupReplica", Array<CIMParamValue>(), "thrown 5: Invalid number of parameters"},
     };
@@ -148,12 +139,8 @@ TEST_F(GroupReplicaTest, SnapshotOutputsFollowTheMethod)
                   args({{"SyncType", u16(7)}, {"SourceGroup", CIMValue(vvset("set1"))},
                       {"RelationshipName", str("s2")}})),
         "returned 0");
-    Array<CIMObjectPath> syncs;
-    Array<CIMObjectPath> targets;
-    outParam(out, "Synchronizations").get(syncs);
-    outParam(out, "TargetElements").get(targets);
-    EXPECT_EQ(syncs.size(), 2u);
-    EXPECT_EQ(targets.size(), 2u);
+    EXPECT_EQ(outPaths("Synchronizations").size(), 2u);
+    EXPECT_EQ(outPaths("TargetElements").size(), 2u);
     EXPECT_TRUE(outParam(out, "Synchronization").isNull());
     EXPECT_TRUE(outParam(out, "Jobs").isNull());
     expectLedgersClean("group snapshots");
@@ -168,7 +155,7 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     EXPECT_EQ(source.size(), 25u) << source;
     EXPECT_EQ(source.rfind("smisCreated.", 0), 0u) << source;
     EXPECT_EQ(setNameOf(outPath("SourceGroup")), source);
-    EXPECT_TRUE(setExists(source));
+    EXPECT_NE(setMembers(source.c_str()), NO_SET);
 
     // A name no set has yet names the set made of the elements.
     EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
@@ -176,7 +163,7 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
                       {"SourceElements", volumes({"vol2"})}})),
         "returned 0");
     EXPECT_EQ(outText("SourceGroupName"), "named_set");
-    EXPECT_TRUE(setExists("named_set"));
+    EXPECT_NE(setMembers("named_set"), NO_SET);
 
     // A clone's target set is named after its source, cut to 20 characters.
     EXPECT_EQ(outcome("CreateGroupReplica",
@@ -185,7 +172,7 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     const std::string target = setNameOf(outPath("TargetGroup"));
     EXPECT_EQ(target.size(), 25u) << target;
     EXPECT_EQ(target.rfind("copyOfset_dom2.", 0), 0u) << target;
-    EXPECT_TRUE(setExists(target));
+    EXPECT_NE(setMembers(target.c_str()), NO_SET);
     expectLedgersClean("generated set names");
 }
 
@@ -203,9 +190,7 @@ TEST_F(GroupReplicaTest, CloneOutputsAndJobsByMethod)
                           {"SourceGroup", CIMValue(vvset("set1"))}})),
             "returned 4096")
             << c.method;
-        Array<CIMObjectPath> jobs;
-        outParam(out, "Jobs").get(jobs);
-        EXPECT_EQ(jobs.size(), 2u) << c.method;
+        EXPECT_EQ(outPaths("Jobs").size(), 2u) << c.method;
         EXPECT_EQ(outParam(out, "Job").isNull(), !c.single) << c.method;
         EXPECT_EQ(outParam(out, "Synchronization").isNull(), !c.single) << c.method;
         // The set this call made, and the same set once the copy started.
@@ -454,9 +439,7 @@ TEST_F(MirrorTest, ACloneOfARemoteGroupCopiesItsLocalVolumes)
     EXPECT_EQ(outcome("CreateGroupReplica",
                   args({{"SyncType", u16(8)}, {"SourceGroup", CIMValue(rcopyGroup("gTwo"))}})),
         "returned 4096");
-    Array<CIMObjectPath> jobs;
-    outParam(out, "Jobs").get(jobs);
-    EXPECT_EQ(jobs.size(), 2u);
+    EXPECT_EQ(outPaths("Jobs").size(), 2u);
     EXPECT_EQ(setNameOf(outPath("TargetGroup")).rfind("copyOfgTwo.", 0), 0u);
     expectLedgersClean("a clone of a remote group");
 }

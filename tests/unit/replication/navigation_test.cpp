@@ -163,8 +163,6 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
                 1u);
         }
         EXPECT_EQ(far(missingFarEnd(row), row.association).size(), 0u);
-        EXPECT_EQ(
-            cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, links[0]); }), CIM_ERR_NOT_SUPPORTED);
     }
 }
 
@@ -245,18 +243,8 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
                                                           : int(CIM_ERR_INVALID_PARAMETER);
         EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
         EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
-        EXPECT_EQ(cimErrorOf([&] {
-            server().getInstance(as("noaccess"), ZDA_NS, link, false, false, false, CIMPropertyList());
-        }),
-            CIM_ERR_ACCESS_DENIED);
-
-        CIMInstance instance(row.association);
-        instance.setPath(link);
-        EXPECT_EQ(
-            cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); }),
-            CIM_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(
-            cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); }), CIM_ERR_NOT_SUPPORTED);
+        EXPECT_EQ(readErrorAs("noaccess", link), CIM_ERR_ACCESS_DENIED);
+        EXPECT_EQ(changeErrors(link), "7 7 7");
 
         // The kinds that check the class enumerate nothing for another one.
         const std::string other = direct(row, [&](auto&, auto& p, auto& h) {

@@ -378,15 +378,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
 TEST_F(RemoteModelTest, ChangesAndMethodsAreRefused)
 {
     for (const char* className : {RC_GROUP, COLLECTION, SAP, ENTITY})
-    {
-        SCOPED_TRACE(className);
-        CIMInstance instance = all(className)[0];
-        EXPECT_EQ(
-            cimErrorOf([&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); }),
-            CIM_ERR_NOT_SUPPORTED);
-        EXPECT_EQ(cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, instance.getPath()); }),
-            CIM_ERR_NOT_SUPPORTED);
-    }
+        EXPECT_EQ(changeErrors(namesOf(className)[0]), "7 7 7") << className;
     // The server refuses methods the class does not declare; the providers
     // refuse any that reach them.
     zda_test::RecordingResponseHandler handler;

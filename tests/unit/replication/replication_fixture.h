@@ -190,6 +190,18 @@ protected:
         return cimErrorOf(
             [&] { server().getInstance(as(user), ZDA_NS, path, false, false, false, CIMPropertyList()); });
     }
+    // The codes the server answers a create, a modify and a delete of the
+    // instance at `path` with ("7 7 7": each refused as not supported).
+    std::string changeErrors(const CIMObjectPath& path)
+    {
+        CIMInstance instance(path.getClassName());
+        instance.setPath(path);
+        const int created = cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); });
+        const int modified = cimErrorOf(
+            [&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); });
+        const int deleted = cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, path); });
+        return std::to_string(created) + " " + std::to_string(modified) + " " + std::to_string(deleted);
+    }
     // Loads an array description in place of the test array.
     static void loadArray(const std::string& description)
     {
@@ -417,6 +429,9 @@ private:
     CIMOMHandle _handle;
     ZDA_ReplicationServiceProvider* _direct = nullptr;
 };
+
+// What setMembers gives for a vvset the array does not have.
+const std::set<std::string> NO_SET = {"<none>"};
 
 // The value of the argument `argument` in the journal's last entry of
 // `function` that has it ("" when none): the text of a quoted value, else

@@ -62,8 +62,7 @@ protected:
     static std::set<std::string> groupVolumes(const char* group)
     {
         const GroupView view = rcopyGroupView(group);
-        return view.exists ? std::set<std::string>(view.volumes.begin(), view.volumes.end())
-                           : std::set<std::string>{"<none>"};
+        return view.exists ? std::set<std::string>(view.volumes.begin(), view.volumes.end()) : NO_SET;
     }
     std::string membership(const char* method, const CIMObjectPath& group,
         std::initializer_list<const char*> members, CIMValue deleteOnEmpty = CIMValue())
@@ -75,8 +74,6 @@ protected:
         return outcome(method, in);
     }
 };
-
-const std::set<std::string> NONE = {"<none>"};
 
 // ---- operations on a remote copy group ---------------------------------------------------
 
@@ -139,7 +136,7 @@ TEST_F(SyncChangesTest, EachOperationOnARemoteGroup)
         }
         if (row.operation == 8)
         {
-            EXPECT_EQ(groupVolumes(row.group), NONE) << row.what;
+            EXPECT_EQ(groupVolumes(row.group), NO_SET) << row.what;
         }
         expectLedgersClean(row.what);
     }
@@ -199,7 +196,7 @@ TEST_F(SyncChangesTest, ReturnOfAGroupsSnapshotSetRemovesItAndItsVolumes)
         admin(), ZDA_NS, vvset("gTwo_part"), "ZDA_RemoteGroupSynchronized", "SyncedElement");
     ASSERT_EQ(pairs.size(), 1u);
     EXPECT_EQ(modify(19, pairs[0]), "returned 0");
-    EXPECT_EQ(setMembers("gTwo_part"), NONE);
+    EXPECT_EQ(setMembers("gTwo_part"), NO_SET);
     EXPECT_EQ(calls("api_removeVVs"), 1u);
     expectLedgersClean("a returned snapshot set");
 }
@@ -239,7 +236,7 @@ TEST_F(SyncChangesTest, VolumesJoinAndLeaveAVvset)
     EXPECT_EQ(setMembers("set1"), std::set<std::string>());
     EXPECT_EQ(membership("AddMembers", vvset("set1"), {"vol2"}), "returned 0");
     EXPECT_EQ(membership("RemoveMembers", vvset("set1"), {"vol2"}, CIMValue(true)), "returned 0");
-    EXPECT_EQ(setMembers("set1"), NONE);
+    EXPECT_EQ(setMembers("set1"), NO_SET);
     expectLedgersClean("vvset membership");
 }
 
@@ -295,7 +292,7 @@ TEST_F(SyncChangesTest, VolumesLeaveAndRejoinARemoteCopyGroupWhichGoesWhenEmptie
     EXPECT_EQ(lastJournalArgument("api_admitRCopyVV", "vvmaps[1].rm_target"), "tComputed");
     EXPECT_EQ(lastJournalArgument("api_admitRCopyVV", "vvmaps[1].rm_remote_name"), "rv5_remote");
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv6", "rv5"}, CIMValue(true)), "returned 0");
-    EXPECT_EQ(groupVolumes("gTwo"), NONE);
+    EXPECT_EQ(groupVolumes("gTwo"), NO_SET);
     // Without the flag the emptied group stays.
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gNoDomain"), {"rv3"}), "returned 0");
     EXPECT_EQ(groupVolumes("gNoDomain"), std::set<std::string>());
