@@ -5,11 +5,7 @@
 #include "replication_fixture.h"
 
 #include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "RecordingResponseHandler.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
 using namespace zda_replication_test;

@@ -2,14 +2,6 @@
 // call them on the replication service, over the simulator's test array.
 #include "replication_fixture.h"
 
-#include <cstring>
-#include <memory>
-#include <set>
-
-#include "RecordingResponseHandler.h"
-#include "ZDA_ReplicationGroupProvider.h"
-#include "ZDA_ReplicationServiceProvider.h"
-
 using namespace zda_replication_test;
 
 namespace

@@ -3,22 +3,11 @@
 // as new remote copy groups, over the simulator's test arrays.
 #include "replication_fixture.h"
 
-#include <cstring>
-#include <string>
-#include <vector>
-
-#include "CimBuilders.h"
 #include "RemoteCopyTestArray.h"
-#include "ZDA_AssociationFrame.h"
 #include "ZDA_CompanionFrame.h"
-#include "ZDA_InternalCacheService.h"
-#include "ZDA_RemoteServiceAccessPointProvider.h"
-#include "ZDA_ReplicationGroupProvider.h"
-#include "ZDA_RemoteReplicationGroupProvider.h"
 #include "ZDA_StoragePoolProvider.h"
 
 using namespace zda_replication_test;
-using zda_test::param;
 
 namespace
 {
@@ -249,8 +238,8 @@ protected:
     }
 
     // A mirror request that passes every check, with `change` applied.
-    Array<CIMParamValue> mirror(
-        std::initializer_list<CIMParamValue> change, std::initializer_list<const char*> drop = {})
+    Array<CIMParamValue> mirror(std::initializer_list<std::pair<const char*, CIMValue>> change,
+        std::initializer_list<const char*> drop = {})
     {
         const Array<CIMParamValue> base = args(
             {{"SyncType", u16(6)}, {"SourceElements", volumes({"mv1", "mv2", "mv3"})},
@@ -262,13 +251,12 @@ protected:
             bool keep = true;
             for (const char* d : drop)
                 keep = keep && !String::equalNoCase(base[i].getParameterName(), d);
-            for (const CIMParamValue& c : change)
-                keep = keep && !String::equalNoCase(base[i].getParameterName(), c.getParameterName());
+            for (const auto& c : change)
+                keep = keep && !String::equalNoCase(base[i].getParameterName(), c.first);
             if (keep)
                 in.append(base[i]);
         }
-        for (const CIMParamValue& c : change)
-            in.append(c);
+        in.appendArray(args(change));
         return in;
     }
     static CIMValue supplier(Uint16 value)
@@ -288,25 +276,25 @@ TEST_F(MirrorTest, RefusalsComeInTheirOrder)
         const char* outcome;
     };
     const Case cases[] = {
-        {mirror({param("WaitForCopyState", u16(8))}, {"TargetPool"}),
+        {mirror({{"WaitForCopyState", u16(8)}}, {"TargetPool"}),
             "thrown 5: The TargetPool reference must be specified for SyncType mirror."},
-        {mirror({param("WaitForCopyState", u16(8)), param("SourceGroup", CIMValue(rcopyGroup("gEmpty")))}),
+        {mirror({{"WaitForCopyState", u16(8)}, {"SourceGroup", CIMValue(rcopyGroup("gEmpty"))}}),
             "thrown 5: Only waitForCopyState Unsync is supported for SyncType mirror"},
-        {mirror({param("SourceGroup", CIMValue(rcopyGroup("gEmpty")))}, {"TargetAccessPoint"}),
+        {mirror({{"SourceGroup", CIMValue(rcopyGroup("gEmpty"))}}, {"TargetAccessPoint"}),
             "thrown 5: The SourceGroup reference parameters must not be specified for SyncType "
             "mirror."},
-        {mirror({param("RelationshipName", str(name27 + "x"))}, {"TargetAccessPoint"}),
+        {mirror({{"RelationshipName", str(name27 + "x")}}, {"TargetAccessPoint"}),
             "thrown 5: The TargetAccessPoint reference must be specified for SyncType mirror."},
-        {mirror({param("RelationshipName", str(name27 + "x")), param("ReplicationSettingData", supplier(3))}),
+        {mirror({{"RelationshipName", str(name27 + "x")}, {"ReplicationSettingData", supplier(3)}}),
             "thrown 5: The size of the RelationshipName must be less than 28"},
-        {mirror({param("ReplicationSettingData", supplier(3))}),
+        {mirror({{"ReplicationSettingData", supplier(3)}}),
             "thrown 5: ReplicationSettingData.TargetElementSupplier must be \"Create New (2)\"must "
             "be specified for SyncType mirror."},
-        {mirror({param("TargetPool", CIMValue(ZDA_StoragePoolProvider::buildObjectPath("", "peer1")))}),
+        {mirror({{"TargetPool", CIMValue(ZDA_StoragePoolProvider::buildObjectPath("", "peer1"))}}),
             "thrown 5: Unable to determine Target User and SNAP CPG from TargetPool or "
             "TargetSettingGoal"},
         {mirror({}, {"SourceElements"}), "thrown 5: SourceElements must be specified."},
-        {mirror({param("TargetAccessPoint", CIMValue(sap("tFailed")))}),
+        {mirror({{"TargetAccessPoint", CIMValue(sap("tFailed"))}}),
             "thrown 5: Cannot determine rcopy target from TargetAccessPoint :No remote copy "
             "target is configured for provided Service Access Point"},
     };
@@ -318,8 +306,8 @@ TEST_F(MirrorTest, RefusalsComeInTheirOrder)
 
 TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
 {
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str("dr"))})),
-        "returned 0");
+    EXPECT_EQ(
+        outcome("CreateGroupReplicaFromElements", mirror({{"RelationshipName", str("dr")}})), "returned 0");
     EXPECT_EQ(outText("SourceGroupName"), "dr");
     EXPECT_EQ(setNameOf(outPath("SourceGroup")), "dr");
     EXPECT_EQ(outPath("SourceGroup").getClassName().getString(), "ZDA_RemoteReplicationGroup");
@@ -346,8 +334,8 @@ TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
 TEST_F(MirrorTest, TheLongestRelationshipNameNamesGroupAndFarVolumes)
 {
     const std::string name(27, 'n');
-    EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str(name))})),
-        "returned 0");
+    EXPECT_EQ(
+        outcome("CreateGroupReplicaFromElements", mirror({{"RelationshipName", str(name)}})), "returned 0");
     const GroupView view = rcopyGroupView(name);
     EXPECT_TRUE(view.started);
     EXPECT_EQ(view.remoteNames, (std::vector<std::string>{name + "_1", name + "_2", name + "_3"}));
@@ -360,8 +348,8 @@ TEST_F(MirrorTest, ASynchronousMirrorTakesASuitingTargetAndNamesItsVolumes)
     // The asynchronous-only access point gives way to the first target of
     // the same system that names synchronous mirrors.
     EXPECT_EQ(outcome("CreateGroupReplicaFromElements",
-                  mirror({param("Mode", u16(2)), param("TargetAccessPoint", CIMValue(sap("tAsyncOnly"))),
-                      param("SourceElements", volumes({"mirror_source_volume_with27"}))})),
+                  mirror({{"Mode", u16(2)}, {"TargetAccessPoint", CIMValue(sap("tAsyncOnly"))},
+                      {"SourceElements", volumes({"mirror_source_volume_with27"})}})),
         "returned 0");
     const std::string name = outText("SourceGroupName");
     EXPECT_EQ(name.size(), 22u) << name;
@@ -395,7 +383,7 @@ TEST_F(MirrorTest, ArrayFailuresLeaveTheGroupAsFarAsItGot)
     {
         const std::string name = "fail" + std::to_string(++n);
         zdasim_fault_add(c.fault, 1, 22, "array says no");
-        EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({param("RelationshipName", str(name))})),
+        EXPECT_EQ(outcome("CreateGroupReplicaFromElements", mirror({{"RelationshipName", str(name)}})),
             "thrown 4: array says no")
             << c.fault;
         zdasim_faults_clear();

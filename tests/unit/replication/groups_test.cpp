@@ -4,15 +4,9 @@
 // {vol1}), and the association frame's request checks.
 #include "replication_fixture.h"
 
-#include <cstring>
-#include <set>
 #include <utility>
 
-#include "RecordingResponseHandler.h"
-#include "SemaphoreCheckingHandler.h"
-#include "ZDA_AssociationFrame.h"
 #include "ZDA_MemberOfReplicationGroupProvider.h"
-#include "ZDA_ReplicationGroupProvider.h"
 
 using namespace zda_replication_test;
 
@@ -44,13 +38,6 @@ protected:
     int modify(const CIMInstance& instance, const CIMPropertyList& list, const char* user = "admin")
     {
         return cimErrorOf([&] { server().modifyInstance(as(user), ZDA_NS, instance, false, list); });
-    }
-    // Runs `call` on a membership provider of our own with a recording
-    // handler; the ledgers are checked afterwards.
-    template <class Call>
-    void direct(zda_test::RecordingResponseHandler& handler, Call call)
-    {
-        directCall<ZDA_MemberOfReplicationGroupProvider>(handler, call, "a direct membership call");
     }
     // A vvset named `name` holding new volumes with these names.
     static void addSet(const char* name, const std::vector<std::string>& volumes)
@@ -244,10 +231,8 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
     const Case cases[] = {
         {"own class", set1, false, GROUP, "", "", false},
         {"way back from a group", set1, false, "CIM_Collection", "", "", false},
-        {"way back from a volume", vol1, false, "CIM_ManagedElement", "", "", false},
         {"far end's role", vol1, true, nullptr, "Collection", "", false},
         {"unknown role", set1, false, nullptr, "Owner", "", false},
-        {"own role as result role", set1, false, nullptr, "", "Collection", false},
         {"references of another class", set1, true, "ZDA_StorageVolume", "", "", false},
         {"group without a vvset name", noName, false, nullptr, "", "", false},
         {"object of a third class", CIMObjectPath("ZDA_StoragePool"), false, nullptr, "", "", false},
@@ -257,15 +242,16 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.what);
-        zda_test::RecordingResponseHandler handler;
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        direct(handler, [&](auto& p, auto& h) {
-            if (c.references)
-                p.referenceNames(admin(), c.object, resultClass, c.role, h);
-            else
-                p.associatorNames(admin(), c.object, MEMBER_OF, resultClass, c.role, c.resultRole, h);
-        });
-        EXPECT_EQ(handler.sequence(), c.answered ? "processing deliver(path) deliver(path) complete" : "");
+        EXPECT_EQ(direct(MEMBER_OF,
+                      [&](auto& p, auto&, auto& h) {
+                          if (c.references)
+                              p.referenceNames(admin(), c.object, resultClass, c.role, h);
+                          else
+                              p.associatorNames(
+                                  admin(), c.object, MEMBER_OF, resultClass, c.role, c.resultRole, h);
+                      }),
+            c.answered ? "processing deliver(path) deliver(path) complete" : "");
     }
 }
 

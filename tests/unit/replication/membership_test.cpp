@@ -6,12 +6,6 @@
 #include "replication_fixture.h"
 
 #include <map>
-#include <set>
-#include <string>
-#include <vector>
-
-#include "RecordingResponseHandler.h"
-#include "ZDA_InternalCacheService.h"
 
 using namespace zda_replication_test;
 

@@ -2,11 +2,8 @@
 // refusals its result leads to, against the simulator's test array. The
 // rights of the replication service's own methods are asked through the
 // service (see the service's tests).
-#include <string>
 
 #include <Pegasus/Common/Exception.h>
-
-#include <zdasim_control.h>
 
 #include "ServerHostFixture.h"
 #include "replication_fixture.h"

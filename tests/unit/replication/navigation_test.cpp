@@ -7,17 +7,7 @@
 #include "replication_fixture.h"
 
 #include <cctype>
-#include <cstring>
-#include <set>
 #include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <Pegasus/Provider/CIMAssociationProvider.h>
-#include <Pegasus/Provider/CIMInstanceProvider.h>
-
-#include "RecordingResponseHandler.h"
-#include "SemaphoreCheckingHandler.h"
 
 using namespace zda_replication_test;
 

@@ -4,20 +4,11 @@
 // a target, and the service's GetPeerSystems and GetServiceAccessPoints.
 #include "replication_fixture.h"
 
-#include <cstring>
-#include <functional>
 #include <map>
-#include <memory>
-#include <set>
-#include <vector>
 
-#include "CimBuilders.h"
-#include "RecordingResponseHandler.h"
 #include "RemoteCopyTestArray.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
 #include "ZDA_RemoteReplicationCollectionProvider.h"
-#include "ZDA_RemoteReplicationGroupProvider.h"
-#include "ZDA_RemoteServiceAccessPointProvider.h"
 #include "ZDA_RemoteStorageSynchronizedProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_StorageSystemProvider.h"

@@ -4,20 +4,12 @@
 #include "replication_fixture.h"
 
 #include <map>
-#include <string>
-#include <vector>
 
-#include "CimBuilders.h"
-#include "RecordingResponseHandler.h"
 #include "RemoteCopyTestArray.h"
-#include "SemaphoreCheckingHandler.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
-#include "ZDA_RemoteReplicationGroupProvider.h"
 #include "ZDA_RemoteStorageSynchronizedProvider.h"
-#include "ZDA_ReplicationGroupProvider.h"
 
 using namespace zda_replication_test;
-using zda_test::param;
 
 namespace
 {
@@ -293,15 +285,12 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.what);
-        zda_test::RecordingResponseHandler handler;
-        directCall<ZDA_RemoteStorageSynchronizedProvider>(
-            handler,
-            [&](auto& p, auto& h) {
-                p.associatorNames(admin(), local, VOLUME_SYNC,
-                    c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
-            },
-            "a direct volume pair call");
-        EXPECT_EQ(handler.sequence(), c.answer);
+        EXPECT_EQ(direct(VOLUME_SYNC,
+                      [&](auto& p, auto&, auto& h) {
+                          p.associatorNames(admin(), local, VOLUME_SYNC,
+                              c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
+                      }),
+            c.answer);
     }
 }
 

@@ -3,15 +3,8 @@
 // operations on lists of local copies, over the simulator's test array.
 #include "replication_fixture.h"
 
-#include <cstring>
 #include <ctime>
-#include <memory>
-#include <set>
 
-#include "RecordingResponseHandler.h"
-#include "ZDA_AssociationFrame.h"
-#include "ZDA_ReplicationGroupProvider.h"
-#include "ZDA_ReplicationServiceProvider.h"
 #include "ZDA_StorageSettingProvider.h"
 
 using namespace zda_replication_test;

@@ -4,20 +4,14 @@
 // show the detail (handler calls, keys asked of the array).
 #include "replication_fixture.h"
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 #include <Pegasus/Provider/ProviderException.h>
 
-#include "RecordingResponseHandler.h"
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
-#include "ZDA_ReplicationServiceProvider.h"
 
 extern "C" Pegasus::CIMProvider* PegasusCreateProvider(const Pegasus::String& providerName);
 

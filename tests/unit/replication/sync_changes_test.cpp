@@ -3,18 +3,10 @@
 // RemoveMembers) of vvsets and remote copy groups, as clients call them.
 #include "replication_fixture.h"
 
-#include <cstring>
-#include <set>
-#include <string>
-
-#include "CimBuilders.h"
 #include "RemoteCopyTestArray.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
-#include "ZDA_RemoteReplicationGroupProvider.h"
-#include "ZDA_ReplicationGroupProvider.h"
 
 using namespace zda_replication_test;
-using zda_test::param;
 
 namespace
 {
@@ -70,7 +62,7 @@ protected:
         Array<CIMParamValue> in = args(
             {{"ReplicationGroup", CIMValue(group)}, {"Members", volumes(members)}});
         if (!deleteOnEmpty.isNull())
-            in.append(param("DeleteOnEmptyElement", deleteOnEmpty));
+            in.append(CIMParamValue("DeleteOnEmptyElement", deleteOnEmpty));
         return outcome(method, in);
     }
 };
@@ -121,7 +113,7 @@ TEST_F(SyncChangesTest, EachOperationOnARemoteGroup)
         zdasim_journal_clear();
         Array<CIMParamValue> extra;
         if (row.force)
-            extra.append(param("Force", CIMValue(true)));
+            extra.append(CIMParamValue("Force", CIMValue(true)));
         EXPECT_EQ(modify(row.operation, groupSync(row.group), extra), row.expected) << row.what;
         EXPECT_EQ(jobGiven(), std::string(row.expected) == "returned 4096") << row.what;
         const size_t groupCalls = calls("api_startRCopyGroup") + calls("api_stopRCopyGroup") +
