@@ -4,10 +4,6 @@
 // {vol1}), and the association frame's request checks.
 #include "replication_fixture.h"
 
-#include <utility>
-
-#include "ZDA_MemberOfReplicationGroupProvider.h"
-
 using namespace zda_replication_test;
 
 namespace

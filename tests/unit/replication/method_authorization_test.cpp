@@ -3,9 +3,6 @@
 // rights of the replication service's own methods are asked through the
 // service (see the service's tests).
 
-#include <Pegasus/Common/Exception.h>
-
-#include "ServerHostFixture.h"
 #include "replication_fixture.h"
 #include "ZDA_MethodAuthorization.h"
 

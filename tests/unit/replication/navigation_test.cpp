@@ -120,19 +120,18 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
 
         // From the first end: every object of the far class, as names, as
-        // instances and through the association's own instances.
+        // instances with the roles named, and through the association's links
+        // (counts and classes as a client sees them are the server tests').
         Array<CIMObjectPath> ends = far(first, row.association);
         EXPECT_EQ(labels(ends), every);
-        EXPECT_EQ(ends.size(), every.size());
-        Array<CIMObject> objects = server().associators(admin(), ZDA_NS, first, row.association, row.farClass,
-            firstRole, secondRole, false, false, CIMPropertyList());
-        ASSERT_EQ(objects.size(), ends.size());
-        for (Uint32 i = 0; i < objects.size(); i++)
-            EXPECT_TRUE(objects[i].getClassName().equal(row.farClass));
+        EXPECT_EQ(server()
+                      .associators(admin(), ZDA_NS, first, row.association, row.farClass, firstRole,
+                          secondRole, false, false, CIMPropertyList())
+                      .size(),
+            ends.size());
         Array<CIMObjectPath> links = server().referenceNames(
             admin(), ZDA_NS, first, row.association, firstRole);
         EXPECT_EQ(links.size(), ends.size());
-        EXPECT_EQ(all(row.association).size(), ends.size());
         for (Uint32 i = 0; i < links.size(); i++)
         {
             EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(links[i], row.firstRole), first));
@@ -152,7 +151,6 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
                           .size(),
                 1u);
         }
-        EXPECT_EQ(far(missingFarEnd(row), row.association).size(), 0u);
     }
 }
 

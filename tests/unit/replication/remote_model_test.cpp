@@ -7,7 +7,6 @@
 #include <map>
 
 #include "RemoteCopyTestArray.h"
-#include "ZDA_RemoteGroupSynchronizedProvider.h"
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_RemoteStorageSynchronizedProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"

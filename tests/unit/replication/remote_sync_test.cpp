@@ -7,7 +7,6 @@
 
 #include "RemoteCopyTestArray.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
-#include "ZDA_RemoteStorageSynchronizedProvider.h"
 
 using namespace zda_replication_test;
 

@@ -4,10 +4,6 @@
 // show the detail (handler calls, keys asked of the array).
 #include "replication_fixture.h"
 
-#include <Pegasus/Common/MessageLoader.h>
-#include <Pegasus/Common/InternalException.h>
-#include <Pegasus/Provider/ProviderException.h>
-
 #include "ZDA_ConcreteJobProvider.h"
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
