@@ -67,55 +67,43 @@ protected:
 
 // ---- the copy state of a volume ------------------------------------------------------
 
-struct CopyStateRow
+TEST_F(RemoteSyncTest, EachVolumeStatusMapsToItsCopyState)
 {
-    const char* volume;
-    const char* shows;
-    Uint16 copyState;
-    Uint16 syncState;
-    Uint16 progressStatus;
-};
-
-void PrintTo(const CopyStateRow& row, std::ostream* os)
-{
-    *os << row.volume << " (" << row.shows << ")";
-}
-
-class CopyStateTest : public RemoteSyncTest, public ::testing::WithParamInterface<CopyStateRow>
-{};
-
-TEST_P(CopyStateTest, EachVolumeStatusMapsToItsRow)
-{
-    const CopyStateRow& row = GetParam();
+    const struct
+    {
+        const char* volume;
+        const char* shows;
+        Uint16 copyState;
+        Uint16 syncState;
+        Uint16 progressStatus;
+    } rows[] = {{"cv01", "new, group target new", 7, 4, 18},
+        {"cv02", "remote, group target stopped", 7, 4, 18},
+        {"cv03", "new-sync, group target failsafe", 7, 4, 18},
+        {"cv04", "new-no-sync, group target started", 3, 4, 18},
+        {"cv05", "syncing against nature while recovering", 3, 10, 8},
+        {"cv06", "remote syncing against nature, recovered", 3, 10, 8}, {"cv07", "syncing", 3, 5, 6},
+        {"cv08", "synced, option 0x400000", 11, 4, 3},
+        {"cv09", "synced, started, restoring against nature", 4, 6, 12}, {"cv10", "synced, started", 4, 6, 2},
+        {"cv11", "synced, stopped, failing over", 10, 12, 11},
+        {"cv12", "synced, stopped, failed over", 10, 12, 2},
+        {"cv13", "synced, stopped, target failed", 5, 12, 2}, {"cv14", "synced, stopped", 7, 14, 18},
+        {"cv15", "unsynchronized", 5, 12, 2}, {"cv16", "checking", 5, 12, 2}, {"cv17", "stale", 13, 12, 2},
+        {"cv18", "stopped, target failed", 5, 12, 2}, {"cv19", "stopped, target not failed", 7, 14, 18},
+        {"cv20", "repairing", 15, 0, 15}, {"cv21", "failsafe", 15, 0, 15}};
     auto pairs = volumePairs();
-    ASSERT_EQ(pairs.count(row.volume), 1u);
-    const CIMInstance& pair = pairs[row.volume];
-    EXPECT_EQ(get<Uint16>(pair, "CopyState"), row.copyState);
-    EXPECT_EQ(get<Uint16>(pair, "SyncState"), row.syncState);
-    EXPECT_EQ(get<Uint16>(pair, "ProgressStatus"), row.progressStatus);
-    EXPECT_EQ(get<Uint16>(pair, "RequestedCopyState"), row.copyState == 4 ? 15 : 4);
-    EXPECT_EQ(get<Uint16>(pair, "SyncType"), 6);
-    EXPECT_EQ(get<Uint16>(pair, "ReplicaType"), 2);
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(std::string(row.volume) + " (" + row.shows + ")");
+        ASSERT_EQ(pairs.count(row.volume), 1u);
+        const CIMInstance& pair = pairs[row.volume];
+        EXPECT_EQ(get<Uint16>(pair, "CopyState"), row.copyState);
+        EXPECT_EQ(get<Uint16>(pair, "SyncState"), row.syncState);
+        EXPECT_EQ(get<Uint16>(pair, "ProgressStatus"), row.progressStatus);
+        EXPECT_EQ(get<Uint16>(pair, "RequestedCopyState"), row.copyState == 4 ? 15 : 4);
+        EXPECT_EQ(get<Uint16>(pair, "SyncType"), 6);
+        EXPECT_EQ(get<Uint16>(pair, "ReplicaType"), 2);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, CopyStateTest,
-    ::testing::Values(CopyStateRow{"cv01", "new, group target new", 7, 4, 18},
-        CopyStateRow{"cv02", "remote, group target stopped", 7, 4, 18},
-        CopyStateRow{"cv03", "new-sync, group target failsafe", 7, 4, 18},
-        CopyStateRow{"cv04", "new-no-sync, group target started", 3, 4, 18},
-        CopyStateRow{"cv05", "syncing against nature while recovering", 3, 10, 8},
-        CopyStateRow{"cv06", "remote syncing against nature, recovered", 3, 10, 8},
-        CopyStateRow{"cv07", "syncing", 3, 5, 6}, CopyStateRow{"cv08", "synced, option 0x400000", 11, 4, 3},
-        CopyStateRow{"cv09", "synced, started, restoring against nature", 4, 6, 12},
-        CopyStateRow{"cv10", "synced, started", 4, 6, 2},
-        CopyStateRow{"cv11", "synced, stopped, failing over", 10, 12, 11},
-        CopyStateRow{"cv12", "synced, stopped, failed over", 10, 12, 2},
-        CopyStateRow{"cv13", "synced, stopped, target failed", 5, 12, 2},
-        CopyStateRow{"cv14", "synced, stopped", 7, 14, 18}, CopyStateRow{"cv15", "unsynchronized", 5, 12, 2},
-        CopyStateRow{"cv16", "checking", 5, 12, 2}, CopyStateRow{"cv17", "stale", 13, 12, 2},
-        CopyStateRow{"cv18", "stopped, target failed", 5, 12, 2},
-        CopyStateRow{"cv19", "stopped, target not failed", 7, 14, 18},
-        CopyStateRow{"cv20", "repairing", 15, 0, 15}, CopyStateRow{"cv21", "failsafe", 15, 0, 15}));
 
 // ---- the rest of a volume pair ---------------------------------------------------------
 
