@@ -174,18 +174,17 @@ TEST_F(CapabilitiesTest, ListsByReplicationTypeInReplyOrder)
     {
         for (int type : ALL_TYPES)
         {
-            const int rc = askType(c.method, type);
-            auto expected = c.byType.find(type);
+            SCOPED_TRACE(std::string(c.method) + " type " + std::to_string(type));
+            const auto expected = c.byType.find(type);
             if (expected == c.byType.end())
             {
-                EXPECT_EQ(rc, 1) << c.method << " type " << type;
-                EXPECT_EQ(out.size(), 0u) << c.method << " type " << type;
+                EXPECT_EQ(askType(c.method, type), 1);
+                EXPECT_EQ(out.size(), 0u);
                 continue;
             }
-            EXPECT_EQ(rc, 0) << c.method << " type " << type;
-            const CIMValue list = outParam(out, c.output);
-            ASSERT_FALSE(list.isNull()) << c.method << " type " << type;
-            EXPECT_EQ(uint16sOf(list), expected->second) << c.method << " type " << type;
+            EXPECT_EQ(askType(c.method, type), 0);
+            ASSERT_FALSE(outParam(out, c.output).isNull());
+            EXPECT_EQ(uint16sOf(outParam(out, c.output)), expected->second);
         }
     }
 

@@ -394,12 +394,9 @@ TEST_F(MirrorTest, ArrayFailuresLeaveTheGroupAsFarAsItGot)
         // The volumes go free for the next case.
         if (view.exists)
         {
-            api_rcopy_delete del;
-            std::memset(&del, 0, sizeof del);
-            std::strcpy(del.name, name.c_str());
-            api_evtparam_t event{};
             EXPECT_EQ(
-                ZDA_CompanionFrame::statusCall([&] { return api_deleteRCopyGroup(&event, &del); }).code, 0)
+                outcome("DeleteGroup", args({{"ReplicationGroup", CIMValue(rcopyGroup(name.c_str()))}})),
+                "returned 0")
                 << c.fault;
         }
     }
