@@ -35,21 +35,18 @@ protected:
     {
         return cimErrorOf([&] { server().modifyInstance(as(user), ZDA_NS, instance, false, list); });
     }
-    // A vvset named `name` holding new volumes with these names.
-    static void addSet(const char* name, const std::vector<std::string>& volumes)
+    // A vvset named `name` holding new volumes with these names, made
+    // through the service.
+    void addSet(const char* name, const std::vector<std::string>& names)
     {
-        std::vector<api_name_t> members(volumes.size());
-        for (size_t i = 0; i < volumes.size(); i++)
-        {
-            ASSERT_EQ(zdasim_volume_add(volumes[i].c_str(), "FC_r5", "", 1024), 0);
-            std::strcpy(members[i].name, volumes[i].c_str());
-        }
-        api_evtparam_t event{};
-        ASSERT_EQ(cim_sem_wait(), 0);
-        const api_Status_t status = api_createVVSet(
-            &event, name, members.data(), int(members.size()), 0, "", nullptr);
-        cim_sem_post();
-        ASSERT_EQ(status.code, 0);
+        for (const std::string& volume : names)
+            ASSERT_EQ(zdasim_volume_add(volume.c_str(), "FC_r5", "", 1024), 0);
+        const auto paths = volumePaths();
+        Array<CIMObjectPath> members;
+        for (const std::string& volume : names)
+            members.append(paths.at(volume));
+        ASSERT_EQ(outcome("CreateGroup", args({{"GroupName", str(name)}, {"Members", CIMValue(members)}})),
+            "returned 0");
     }
 };
 

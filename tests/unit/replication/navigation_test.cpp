@@ -243,11 +243,6 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
     }
 }
 
-}  // namespace
-
-namespace
-{
-
 // How many captured log lines contain `text`.
 size_t logLinesWith(const char* text)
 {

@@ -314,14 +314,10 @@ protected:
     // parameters.
     std::string outcome(const char* method, const Array<CIMParamValue>& in, const char* user = "admin")
     {
-        try
-        {
-            return "returned " + text(call(as(user), service, method, in, out).toString());
-        }
-        catch (const CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
-        }
+        std::string returned;
+        const std::string thrown = failure(
+            [&] { returned = "returned " + text(call(as(user), service, method, in, out).toString()); });
+        return thrown == "none" ? returned : thrown;
     }
 
     // The service as an object of the test, of the class Service that opens
