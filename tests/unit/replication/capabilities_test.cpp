@@ -63,17 +63,15 @@ protected:
     {
         return ask(method, params({{"ReplicationType", replicationType}}));
     }
-    Uint64 maximum(int replicationType, int component, int* rc = nullptr)
+    // GetSupportedMaximum's "<return value> <MaxValue>", 0 for no MaxValue.
+    std::string maximum(int replicationType, int component)
     {
         const int status = ask(
             "GetSupportedMaximum", params({{"ReplicationType", replicationType}, {"Component", component}}));
-        if (rc)
-            *rc = status;
-        const CIMValue maxValue = outParam(out, "MaxValue");
         Uint64 value = 0;
-        if (!maxValue.isNull())
-            maxValue.get(value);
-        return value;
+        if (!outParam(out, "MaxValue").isNull())
+            outParam(out, "MaxValue").get(value);
+        return std::to_string(status) + " " + std::to_string(value);
     }
 };
 
@@ -370,28 +368,15 @@ TEST_F(CapabilitiesTest, MaximumsFollowTheArraysVolumeLimits)
         {9, {{6, 5}, {10, 1}, {11, 60}, {4, 1}, {5, 1}}},
     };
     for (const Case& c : cases)
-    {
         for (const auto& entry : c.byType)
-        {
-            int rc = -1;
-            EXPECT_EQ(maximum(entry.first, c.component, &rc), entry.second)
+            EXPECT_EQ(maximum(entry.first, c.component), "0 " + std::to_string(entry.second))
                 << "type " << entry.first << " component " << c.component;
-            EXPECT_EQ(rc, 0);
-        }
-    }
     zdasim_system_set_volume_limits(100, 30, 7, 5);
-    EXPECT_EQ(maximum(6, 2), 30u) << "read afresh on each call";
-
+    EXPECT_EQ(maximum(6, 2), "0 30") << "read afresh on each call";
     for (int component : {0, 1, 10})
-    {
-        int rc = -1;
-        EXPECT_EQ(maximum(10, component, &rc), 0u);
-        EXPECT_EQ(rc, 5) << "component " << component;
-    }
+        EXPECT_EQ(maximum(10, component), "5 0") << "component " << component;
     zdasim_journal_clear();
-    int rc = -1;
-    maximum(7, 2, &rc);
-    EXPECT_EQ(rc, 1);
+    EXPECT_EQ(maximum(7, 2), "1 0");
     EXPECT_EQ(zdasim_journal_count_of("api_getMaxVolumeNumbers"), 0u);
     EXPECT_EQ(zdasim_journal_count_of("api_getmvar"), 0u);
 }
@@ -401,12 +386,12 @@ TEST_F(CapabilitiesTest, MaximumsFollowTheArraysVolumeLimits)
 TEST_F(CapabilitiesTest, RemoteCopyLimitsAreKeptOnceRead)
 {
     ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 0), 0);
-    EXPECT_EQ(maximum(5, 2), 0u);
+    EXPECT_EQ(maximum(5, 2), "0 0");
     ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 40), 0);
-    EXPECT_EQ(maximum(5, 2), 40u);
+    EXPECT_EQ(maximum(5, 2), "0 40");
     ASSERT_EQ(zdasim_system_set_rcopy_limit(ZDA_RM_MAX_GROUPS_PERIODIC, 41), 0);
     zdasim_journal_clear();
-    EXPECT_EQ(maximum(5, 2), 40u);
+    EXPECT_EQ(maximum(5, 2), "0 40");
     EXPECT_EQ(zdasim_journal_count_of("api_getmvar"), 0u);
 
     struct Case
@@ -422,7 +407,8 @@ TEST_F(CapabilitiesTest, RemoteCopyLimitsAreKeptOnceRead)
     for (const Case& c : cases)
         ASSERT_EQ(zdasim_system_set_rcopy_limit(c.var, c.limit), 0);
     for (const Case& c : cases)
-        EXPECT_EQ(maximum(c.type, c.component), c.limit) << c.type << "/" << c.component;
+        EXPECT_EQ(maximum(c.type, c.component), "0 " + std::to_string(c.limit))
+            << c.type << "/" << c.component;
     EXPECT_EQ(ZDA_ReplicationServiceCapabilitiesProvider::getRemoteCopyMaxVar(7), 0u);
 }
 
