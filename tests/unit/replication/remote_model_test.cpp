@@ -291,45 +291,36 @@ TEST_F(RemoteModelTest, AGroupTargetWithoutItsTargetHasNoWWN)
 
 TEST_F(RemoteModelTest, AnAccessPointResolvesToATargetForAMode)
 {
-    struct Row
-    {
-        const char* name;
-        Uint16 mode;
-        const char* chosen;  // null: refused with `error`
-        const char* error;
+    // The chosen target, or "refused: <text>"; without a mode, any target.
+    auto resolve = [](const char* name, int mode) {
+        String chosen, errStr;
+        const bool ok = mode < 0
+            ? ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen, sap(name), errStr)
+            : ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
+                  chosen, sap(name), Uint16(mode), errStr);
+        return ok ? text(chosen) : "refused: " + text(errStr);
     };
-    const std::vector<Row> rows = {
-        {"tReady", 3, "tReady", nullptr},  // suits any mode
-        {"tSyncOnly", 2, "tSyncOnly", nullptr},
+    const std::string none = "refused: No remote copy target is configured for provided Service Access Point";
+    const std::tuple<const char*, int, std::string> rows[] = {
+        {"tReady", 3, "tReady"},  // suits any mode
+        {"tSyncOnly", 2, "tSyncOnly"},
         // Not for this mode: another target to the same system that is.
-        {"tSyncOnly", 3, "tAsyncOnly", nullptr},
-        {"tAsyncOnly", 2, "tSyncOnly", nullptr},
-        {"tComputed", 0, "tComputed", nullptr},
-        {"tComputed", 3, nullptr,
-            "The target access point tComputed is not currently available with the requested "
+        {"tSyncOnly", 3, "tAsyncOnly"},
+        {"tAsyncOnly", 2, "tSyncOnly"},
+        {"tComputed", 0, "tComputed"},
+        {"tComputed", 3,
+            "refused: The target access point tComputed is not currently available with the requested "
             "synchronization"},
-        {"tNew", 0, nullptr, "No remote copy target is configured for provided Service Access Point"},
-        {"tUnusable", 0, nullptr, "No remote copy target is configured for provided Service Access Point"},
-        {"", 0, nullptr, "reference is not valid"},
+        {"tNew", 0, none},
+        {"tUnusable", 0, none},
+        {"", 0, "refused: reference is not valid"},
+        {"tSyncOnly", -1, "tSyncOnly"},
     };
-    for (const Row& row : rows)
-    {
-        SCOPED_TRACE(std::string(row.name) + " mode " + std::to_string(row.mode));
-        String chosen;
-        String errStr;
-        const bool ok = ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(
-            chosen, sap(row.name), row.mode, errStr);
-        EXPECT_EQ(ok, row.chosen != nullptr);
-        EXPECT_EQ(text(ok ? chosen : errStr), row.chosen ? row.chosen : row.error);
-    }
-    String chosen;
-    String errStr;
-    EXPECT_TRUE(
-        ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen, sap("tSyncOnly"), errStr));
-    EXPECT_EQ(text(chosen), "tSyncOnly");
+    for (const auto& row : rows)
+        EXPECT_EQ(resolve(std::get<0>(row), std::get<1>(row)), std::get<2>(row))
+            << std::get<0>(row) << " mode " << std::get<1>(row);
     zdasim_fault_sem_timeouts(1);
-    EXPECT_FALSE(ZDA_RemoteServiceAccessPointProvider::getRcopyTargetFromSAP(chosen, sap("tReady"), errStr));
-    EXPECT_EQ(text(errStr), "Problem getting rcopy information");
+    EXPECT_EQ(resolve("tReady", -1), "refused: Problem getting rcopy information");
     expectLedgersClean("resolving access points");
 }
 

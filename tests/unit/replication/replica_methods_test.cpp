@@ -16,22 +16,23 @@ namespace
 class SnapshotWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
-    api_Status_t groupSnapshot(
-        const CIMObjectPath& set, String& relationshipName, Array<CIMObjectPath>& targets)
-    {
-        return groupSnapshot(set, relationshipName, targets, syncs, made);
-    }
-    api_Status_t groupSnapshot(const CIMObjectPath& set, String& relationshipName,
-        Array<CIMObjectPath>& targets, Array<CIMObjectPath>& synchronizations, CIMObjectPath& groupPath)
+    // A snapshot of the group at `set` named `name`: "0" or "<code>: <the
+    // array's text>"; what it made is kept in the members.
+    std::string groupSnapshot(const CIMObjectPath& set, String& name)
     {
         api_evtparam_t event{};
-        CIMObjectPath setRef = set;
-        CIMObjectPath pool;
+        CIMObjectPath setRef = set, pool;
         CIMInstance goal;
-        return _createGroupVirtualCopy(&event, OperationContext(), setRef, relationshipName, pool, goal,
-            targets, synchronizations, groupPath);
+        targets.clear();
+        syncs.clear();
+        const api_Status_t status = _createGroupVirtualCopy(
+            &event, OperationContext(), setRef, name, pool, goal, targets, syncs, made);
+        char errText[API_ERRTEXT_LEN];
+        return status.code
+            ? std::to_string(status.code) + ": " + api_getErrorTextNoNL(errText, sizeof errText, &status)
+            : "0";
     }
-    Array<CIMObjectPath> syncs;
+    Array<CIMObjectPath> targets, syncs;
     CIMObjectPath made;
 };
 
@@ -241,20 +242,16 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
 {
     // The relationship name: 24 characters pass, 25 are refused, none
     // gives a generated one of 25 (20 of the set's name, a point, a tail).
-    Array<CIMObjectPath> targets;
+    SnapshotWorkers& workers = directService();
     String name = "a_relationship_name_24ch";
-    EXPECT_EQ(directService().groupSnapshot(vvset("set1"), name, targets).code, 0);
-    ASSERT_EQ(targets.size(), 2u);
-    EXPECT_EQ(nameOf(targets[0]), "a_relationship_name_24ch_1");
+    EXPECT_EQ(workers.groupSnapshot(vvset("set1"), name), "0");
+    ASSERT_EQ(workers.targets.size(), 2u);
+    EXPECT_EQ(nameOf(workers.targets[0]), "a_relationship_name_24ch_1");
     name = String("a_relationship_name_25chr");
-    api_Status_t refused = directService().groupSnapshot(vvset("set1"), name, targets);
-    EXPECT_EQ(refused.code, 78);
-    char refusal[API_ERRTEXT_LEN];
-    EXPECT_STREQ(api_getErrorTextNoNL(refusal, sizeof refusal, &refused),
-        "The size of the RelationshipName must be less than 25");
+    EXPECT_EQ(workers.groupSnapshot(vvset("set1"), name),
+        "78: The size of the RelationshipName must be less than 25");
     name.clear();
-    targets.clear();
-    EXPECT_EQ(directService().groupSnapshot(vvset("set1"), name, targets).code, 0);
+    EXPECT_EQ(workers.groupSnapshot(vvset("set1"), name), "0");
     EXPECT_EQ(name.size(), 25u);
     EXPECT_EQ(text(name).substr(0, 5), "set1.");
     expectLedgersClean("group snapshot");
@@ -307,20 +304,16 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotNamesAndTimeLimits)
 TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
 {
     zdasim_reset_demo_array();
-    Array<CIMObjectPath> targets;
-    Array<CIMObjectPath> syncs;
-    CIMObjectPath groupPath;
+    SnapshotWorkers& workers = directService();
     // Held here as secondary: the copies of the group's volumes form a new
     // set tied to the group, with one group synchronization.
     String name = "dr_snap";
-    ASSERT_EQ(
-        directService().groupSnapshot(rcopyGroup("rcg_dr_secondary"), name, targets, syncs, groupPath).code,
-        0);
-    ASSERT_EQ(targets.size(), 2u);
-    EXPECT_EQ(nameOf(targets[0]), "dr_snap_1");
-    ASSERT_EQ(syncs.size(), 1u);
-    EXPECT_EQ(text(syncs[0].getClassName().getString()), "ZDA_RemoteGroupSynchronized");
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(groupPath, vvset("dr_snap")));
+    ASSERT_EQ(workers.groupSnapshot(rcopyGroup("rcg_dr_secondary"), name), "0");
+    ASSERT_EQ(workers.targets.size(), 2u);
+    EXPECT_EQ(nameOf(workers.targets[0]), "dr_snap_1");
+    ASSERT_EQ(workers.syncs.size(), 1u);
+    EXPECT_EQ(text(workers.syncs[0].getClassName().getString()), "ZDA_RemoteGroupSynchronized");
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(workers.made, vvset("dr_snap")));
     {
         ZDA_AssociationFrame::VVSetList made;
         ASSERT_EQ(made.read("dr_snap").code, 0);
@@ -328,28 +321,16 @@ TEST_F(ReplicaMethodsTest, GroupSnapshotOfARemoteCopyGroupBySide)
         EXPECT_EQ(made[0].memberCount, 2);
         EXPECT_TRUE(ZDA_AssociationFrame::hasParentRCGroup(made[0]));
     }
-
-    char refusal[API_ERRTEXT_LEN];
-    const std::pair<const char*, const char*> refused[] = {
-        {"rcg_dr_secondary", "The target vvset dr_snap already exists."},
-        {"rcg_nowhere", "The rcopy group rcg_nowhere is not found"},
-    };
-    for (const auto& r : refused)
-    {
-        const api_Status_t status = directService().groupSnapshot(
-            rcopyGroup(r.first), name, targets, syncs, groupPath);
-        EXPECT_EQ(status.code, 78);
-        EXPECT_STREQ(api_getErrorTextNoNL(refusal, sizeof refusal, &status), r.second);
-    }
+    EXPECT_EQ(workers.groupSnapshot(rcopyGroup("rcg_dr_secondary"), name),
+        "78: The target vvset dr_snap already exists.");
+    EXPECT_EQ(workers.groupSnapshot(rcopyGroup("rcg_nowhere"), name),
+        "78: The rcopy group rcg_nowhere is not found");
 
     // Held here as primary: the copy services snapshot it, nothing is reported.
     const size_t volumesBefore = volumeCount();
-    targets.clear();
-    syncs.clear();
     name = "fin_sync_snap";
-    ASSERT_EQ(
-        directService().groupSnapshot(rcopyGroup("rcg_fin_sync"), name, targets, syncs, groupPath).code, 0);
-    EXPECT_EQ(targets.size() + syncs.size(), 0u);
+    ASSERT_EQ(workers.groupSnapshot(rcopyGroup("rcg_fin_sync"), name), "0");
+    EXPECT_EQ(workers.targets.size() + workers.syncs.size(), 0u);
     EXPECT_EQ(volumeCount(), volumesBefore + 2);
     expectLedgersClean("remote group snapshot");
 }
