@@ -11,14 +11,24 @@ namespace
 class ServiceWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
-    using ZDA_ReplicationServiceProvider::_deleteGroupAndMembers;
-    int createGroup(const char* name, const Array<String>& keys, const Array<String>& values, String& errStr)
+    // "<code>: <text>" of removing the set and its volumes; the audit
+    // record kept in `event`.
+    std::string deleteSet(const char* name)
     {
-        api_evtparam_t event{};
+        String errStr;
+        const int code = _deleteGroupAndMembers(&event, name, errStr);
+        return std::to_string(code) + ": " + text(errStr);
+    }
+    // "<code>: <text>" of making an empty set with these options.
+    std::string createGroup(const char* name, const Array<String>& keys, const Array<String>& values)
+    {
         Array<CIMObjectPath> noMembers;
         CIMObjectPath made;
-        return _createGroup(&event, name, noMembers, keys, values, made, errStr);
+        String errStr;
+        const int code = _createGroup(&event, name, noMembers, keys, values, made, errStr);
+        return std::to_string(code) + ": " + text(errStr);
     }
+    api_evtparam_t event{};
 };
 
 class GroupMethodsTest : public ReplicationTest
@@ -102,26 +112,22 @@ TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
         outcome("CreateGroup", args({{"GroupName", str("mixed")}, {"Members", volumes({"vol3", "vol1"})}})),
         "returned 0");
 
-    api_evtparam_t event{};
-    String errStr;
     ASSERT_EQ(zdasim_volume_set_busy("vol4", 1), 0);
-    EXPECT_EQ(directService()._deleteGroupAndMembers(&event, "set_dom2", errStr), 0) << errStr;
+    EXPECT_EQ(directService().deleteSet("set_dom2"), "0: ");
     EXPECT_EQ(zdasim_journal_count_of("api_removeVVs"), 2u);  // busy once, then removed
     EXPECT_FALSE(volumeExists("vol4") || volumeExists("vol5"));
-    EXPECT_STREQ(event.inst_op, "set_dom2");
+    EXPECT_STREQ(directService().event.inst_op, "set_dom2");
 
-    const std::tuple<const char*, int, const char*> cases[] = {
-        {"set_dom2", 4, "ReplicationGroup set_dom2 does not exist"},
-        {"mixed", 0x8000, "Failed to remove all volumes in vvset mixed"},
-        {"set1", 4, "Failed to remove volumes in vvset set1"},  // both have copies
+    const std::pair<const char*, const char*> cases[] = {
+        {"set_dom2", "4: ReplicationGroup set_dom2 does not exist"},
+        {"mixed", "32768: Failed to remove all volumes in vvset mixed"},
+        {"set1", "4: Failed to remove volumes in vvset set1"},  // both have copies
     };
     for (const auto& c : cases)
     {
-        errStr.clear();
-        EXPECT_EQ(directService()._deleteGroupAndMembers(&event, std::get<0>(c), errStr), std::get<1>(c));
-        EXPECT_EQ(text(errStr), std::get<2>(c));
-        EXPECT_EQ(setMembers(std::get<0>(c)), NO_SET);
-        expectLedgersClean(std::get<0>(c));
+        EXPECT_EQ(directService().deleteSet(c.first), c.second);
+        EXPECT_EQ(setMembers(c.first), NO_SET);
+        expectLedgersClean(c.first);
     }
     EXPECT_FALSE(volumeExists("vol3"));
     EXPECT_TRUE(volumeExists("vol1"));
@@ -130,11 +136,9 @@ TEST_F(GroupMethodsTest, DeletingASetWithItsMembersWaitsForBusyVolumes)
 TEST_F(GroupMethodsTest, OptionTimeOutFailsTheNewSetLikeAnyArrayCall)
 {
     zdasim_fault_sem_timeouts(1);
-    String errStr;
-    EXPECT_EQ(directService().createGroup(
-                  "with_opts", Array<String>(1, "smisCreated"), Array<String>(1, "1"), errStr),
-        4);
-    EXPECT_EQ(text(errStr), "Semaphore Timed-Out");
+    EXPECT_EQ(
+        directService().createGroup("with_opts", Array<String>(1, "smisCreated"), Array<String>(1, "1")),
+        "4: Semaphore Timed-Out");
     EXPECT_EQ(setMembers("with_opts"), NO_SET);
     expectLedgersClean("with_opts");
 }

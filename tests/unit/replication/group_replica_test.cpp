@@ -16,14 +16,16 @@ namespace
 class AdmissionWorkers : public ZDA_ReplicationServiceProvider
 {
 public:
-    int admit(const char* group, std::initializer_list<const char*> volumes, String& errStr)
+    // "<code>: <text>" of admitting the volumes to the group.
+    std::string admit(const char* group, std::initializer_list<const char*> volumes)
     {
         api_evtparam_t event{};
         Array<String> names;
         for (const char* v : volumes)
             names.append(v);
-        String relationship;
-        return _admitRCopyVVs(&event, String(group), names, relationship, errStr);
+        String relationship, errStr;
+        const int code = _admitRCopyVVs(&event, String(group), names, relationship, errStr);
+        return std::to_string(code) + ": " + text(errStr);
     }
 };
 
@@ -406,16 +408,14 @@ TEST_F(MirrorTest, ArrayFailuresLeaveTheGroupAsFarAsItGot)
 TEST_F(MirrorTest, VolumesJoinAnExistingGroup)
 {
     AdmissionWorkers& workers = directService<AdmissionWorkers>();
-    String errStr;
-    EXPECT_EQ(workers.admit("no_such_group", {"mv1"}, errStr), 7);
-    EXPECT_EQ(text(errStr), "RemoteReplicationGroup no_such_group does not exist");
-    EXPECT_EQ(workers.admit("gEmpty", {"mv1", "mv2"}, errStr), 0);
+    EXPECT_EQ(
+        workers.admit("no_such_group", {"mv1"}), "7: RemoteReplicationGroup no_such_group does not exist");
+    EXPECT_EQ(workers.admit("gEmpty", {"mv1", "mv2"}), "0: ");
     const GroupView view = rcopyGroupView("gEmpty");
     EXPECT_EQ(view.volumes, (std::vector<std::string>{"mv1", "mv2"}));
     EXPECT_EQ(view.remoteNames, (std::vector<std::string>{"mv1_remote", "mv2_remote"}));
     zdasim_fault_add("api_getRCopy", 1, 22, "unreadable");
-    EXPECT_EQ(workers.admit("gEmpty", {"mv3"}, errStr), 4);
-    EXPECT_EQ(text(errStr), "Cannot read rcopy group: unreadable");
+    EXPECT_EQ(workers.admit("gEmpty", {"mv3"}), "4: Cannot read rcopy group: unreadable");
     expectLedgersClean("admission into an existing group");
 }
 
