@@ -80,6 +80,13 @@ inline std::string failure(const std::function<void()>& call)
     return "none";
 }
 
+// An array call's status as "<code>: <text>".
+inline std::string statusText(const api_Status_t& status)
+{
+    char text[API_ERRTEXT_LEN];
+    return std::to_string(status.code) + ": " + api_getErrorTextNoNL(text, sizeof text, &status);
+}
+
 // `path` with the key `name` set to the string `value` (added when absent),
 // or removed when `value` is null.
 inline CIMObjectPath withKey(const CIMObjectPath& path, const char* name, const char* value)

@@ -297,19 +297,13 @@ TEST_F(ReplicationServiceTest, OnlyTheFirstTaskOfAStartedGroupIsItsJob)
         api_rcopy_start_group group{};
         group.sync_task_num = c.count;
         group.sync_task_id = c.ids;
-        Array<CIMParamValue> params;
-        service.setConcreteJobParam(params, group);
-        if (c.job == 0)
-        {
-            EXPECT_EQ(params.size(), 0u);
-            continue;
-        }
-        ASSERT_EQ(params.size(), 1u);
-        EXPECT_EQ(text(params[0].getParameterName()), "Job");
-        CIMObjectPath job;
-        params[0].getValue().get(job);
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(job,
-            ZDA_ConcreteJobProvider::buildObjectPath(HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
+        out.clear();
+        service.setConcreteJobParam(out, group);
+        ASSERT_EQ(out.size(), c.job ? 1u : 0u);
+        EXPECT_TRUE(c.job == 0 ||
+            ZDA_Common::matchObjectPath(outPath("Job"),
+                ZDA_ConcreteJobProvider::buildObjectPath(
+                    HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
     }
 }
 
@@ -324,15 +318,10 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     Array<CIMObjectPath> toReturn;
     toReturn.append(gone);
     toReturn.append(CIMObjectPath("ZDA_StorageSynchronized"));
-    for (const api_Status_t& status :
-        {service._returnToResourcePool(&event, admin(), toReturn, CIMObjectPath(), false),
-            service._returnToResourcePool(&event, admin(), gone)})
-    {
-        EXPECT_EQ(status.code, 50);
-        char errText[API_ERRTEXT_LEN];
-        EXPECT_STREQ(api_getErrorTextNoNL(errText, sizeof errText, &status),
-            "None of the Synchronized instances exist");
-    }
+    const std::string none = "50: None of the Synchronized instances exist";
+    EXPECT_EQ(
+        statusText(service._returnToResourcePool(&event, admin(), toReturn, CIMObjectPath(), false)), none);
+    EXPECT_EQ(statusText(service._returnToResourcePool(&event, admin(), gone)), none);
     EXPECT_EQ(zda_test::journalOf("api_removeVVs").size(), 0u);
 
     // A snapshot and a clone among them: the snapshot is detached, the clone removed.
