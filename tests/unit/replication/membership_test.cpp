@@ -256,8 +256,6 @@ TEST_F(MembershipTest, JobsActOnTheirVolumesAndGroups)
                       }),
             "")
             << association;
-    // And back from the group to the job.
-    EXPECT_EQ(far(rcopyGroup("rcg_eng_syncing"), affected).size(), 1u);
     EXPECT_EQ(far(volume("fin_db01"), affected).size(), 0u);
 }
 
