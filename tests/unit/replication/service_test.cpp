@@ -5,6 +5,7 @@
 #include "replication_fixture.h"
 
 #include "ZDA_ConcreteJobProvider.h"
+#include "ZDA_MethodAuthorization.h"
 #include "ZDA_RemoteReplicationCollectionProvider.h"
 #include "ZDA_ReplicationEntityProvider.h"
 #include "ZDA_ReplicationServiceCapabilitiesProvider.h"
@@ -362,6 +363,33 @@ TEST(ReplicationProviders, ConstructionFromAPathIsRefused)
     for (const auto& c : cases)
         EXPECT_EQ(failure(c.first),
             std::string("thrown 7: ") + c.second + " does not support constructor with object path.");
+}
+
+// The choice of a right by a method's authorization kind, and the refusals
+// its result leads to, on the simulator alone.
+using MethodAuthorizationTest = zda_test::SimulatorFixture;
+
+TEST_F(MethodAuthorizationTest, KindsChooseTheirRightAndKindsWithoutOneAskNothing)
+{
+    const Array<CIMParamValue> none;
+    EXPECT_EQ(authorizeMethod(AUTH_REPLICATION_CAPABILITIES, "viewer", "192.0.2.1", none), 1);
+    EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservicecapabilities");
+    EXPECT_EQ(authorizeMethod(AUTH_MODIFY_SETTING_PERSISTENT, "operator", "192.0.2.1", none), 1);
+    EXPECT_EQ(lastAuthorizationKey(), "zda_storagesetting.modifyinstance");
+
+    zdasim_journal_clear();
+    for (int kind : {0, 4, 18, -1})
+        EXPECT_EQ(authorizeMethod(kind, "admin", "192.0.2.1", none), 3) << kind;
+    EXPECT_EQ(zdasim_journal_count_of("api_authorizeCIMUser"), 0u);
+}
+
+TEST_F(MethodAuthorizationTest, ResultsBecomeTheirRefusals)
+{
+    const std::pair<int, const char*> cases[] = {{1, "thrown 2: Insufficient privilege for the user"},
+        {2, "thrown 2: Insufficient privilege for the user"}, {3, "thrown 7: Does not support!"},
+        {-7, "thrown 7: Does not support!"}, {0, "none"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(failure([&] { requireAuthorized(c.first, "File", 1); }).rfind(c.second, 0), 0u) << c.first;
 }
 
 }  // namespace
