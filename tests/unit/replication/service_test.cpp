@@ -37,12 +37,6 @@ class ReplicationServiceTest : public ReplicationTest
 protected:
     // A provider object initialized as the server does it.
     ServiceUnderTest& provider() { return directService<ServiceUnderTest>(); }
-
-    CIMObjectPath servicePath()
-    {
-        Array<CIMObjectPath> names = namesOf(SERVICE);
-        return names.size() == 1 ? names[0] : CIMObjectPath();
-    }
 };
 
 TEST(ReplicationEntry, NamesCompareWithoutCaseButExactlyOtherwise)
@@ -73,7 +67,7 @@ TEST(ReplicationEntry, NamesCompareWithoutCaseButExactlyOtherwise)
 
 TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     ASSERT_EQ(path.getKeyBindings().size(), 4u);
     EXPECT_EQ(text(path.getNameSpace().getString()), ZDA_NS);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "SystemCreationClassName")), "ZDA_StorageSystem");
@@ -103,7 +97,7 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
 
 TEST_F(ReplicationServiceTest, InstanceOperationsRefuseWithTheirWords)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     ServiceUnderTest& service = provider();
     zda_test::RecordingResponseHandler handler;
     const CIMObjectPath threeKeys = withKey(path, "Name", nullptr);
@@ -136,7 +130,7 @@ TEST_F(ReplicationServiceTest, InstanceOperationsRefuseWithTheirWords)
 
 TEST_F(ReplicationServiceTest, AnUnknownMethodIsAnsweredWithNothing)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     zda_test::RecordingResponseHandler handler;
     const Array<CIMParamValue> none;
     provider().invokeMethod(as("viewer"), path, "NoSuchMethod", none, handler);
