@@ -39,20 +39,14 @@ struct Snapshot : ZDA_AssociationFrame::RCopySnapshot
         ADD_FAILURE() << "no group " << name;
         return nullptr;
     }
-    rm_group_vv_wrapper* volume(rm_group_wrapper* g, const char* name)
-    {
-        for (rm_group_vv_wrapper* v = g->gvvs; v; v = v->next)
-            if (std::string(v->gvv.rm_local_name) == name)
-                return v;
-        ADD_FAILURE() << "no volume " << name;
-        return nullptr;
-    }
-    // The far WWN of `volume` on `target`, as text.
+    // The far WWN of `volume` on `target`, as text ("" for no such volume).
     std::string farWWN(const char* groupName, const char* volumeName, int target)
     {
-        rm_group_vv_wrapper* v = volume(group(groupName), volumeName);
         char wwn[API_WWN_TEXT_LEN] = "";
-        api_wwnIntToString(v->maps[target].rm_remote_wwn_re, v->maps[target].rm_remote_wwn, wwn, sizeof wwn);
+        for (rm_group_vv_wrapper* v = group(groupName)->gvvs; v; v = v->next)
+            if (std::string(v->gvv.rm_local_name) == volumeName)
+                api_wwnIntToString(
+                    v->maps[target].rm_remote_wwn_re, v->maps[target].rm_remote_wwn, wwn, sizeof wwn);
         return wwn;
     }
 };
