@@ -109,16 +109,12 @@ TEST_F(CapabilitiesTest, EnumerationAcceptsTheGeneralClassOnly)
     {
         const bool general = std::string(className) == "CIM_ReplicationServiceCapabilities";
         zda_test::RecordingResponseHandler names, instances, unknown;
-        directCall<ZDA_ReplicationServiceCapabilitiesProvider>(
-            names,
-            [&](auto& p, auto& h) {
-                p.enumerateInstanceNames(admin(), CIMObjectPath(className), h);
-                p.enumerateInstances(
-                    admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);
-                p.invokeMethod(admin(), capsPath(), "GetSupportedTokenizedReplicationType",
-                    Array<CIMParamValue>(), unknown);
-            },
-            className);
+        auto& p = directService<ZDA_ReplicationServiceCapabilitiesProvider>();
+        p.enumerateInstanceNames(admin(), CIMObjectPath(className), names);
+        p.enumerateInstances(admin(), CIMObjectPath(className), false, false, CIMPropertyList(), instances);
+        p.invokeMethod(
+            admin(), capsPath(), "GetSupportedTokenizedReplicationType", Array<CIMParamValue>(), unknown);
+        expectLedgersClean(className);
         EXPECT_EQ(names.sequence(), general ? "processing deliver(path) complete" : "") << className;
         EXPECT_EQ(instances.sequence(), general ? "processing deliver(instance) complete" : "") << className;
         if (general)

@@ -235,32 +235,6 @@ protected:
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
     }
 
-    // Runs `call(provider, handler)` on a provider of our own, initialized
-    // on a handle that reaches the in-process host; the ledgers are checked
-    // afterwards, naming `what`.
-    template <class Provider, class Call>
-    void directCall(zda_test::RecordingResponseHandler& handler, Call call, const char* what)
-    {
-        CIMOMHandle handle;
-        attachCIMOMHandleBackend(
-            handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
-        Provider* provider = new Provider();
-        provider->initialize(handle);
-        try
-        {
-            call(*provider, handler);
-        }
-        catch (...)
-        {
-            provider->terminate();
-            attachCIMOMHandleBackend(handle, nullptr);
-            throw;
-        }
-        provider->terminate();
-        attachCIMOMHandleBackend(handle, nullptr);
-        expectLedgersClean(what);
-    }
-
     // Runs `call` on the host's own provider of the association class,
     // outside any request, with a recording handler, and gives what the
     // handler saw ("processing deliver(path) complete"). No delivery may
@@ -327,9 +301,9 @@ protected:
         return thrown == "none" ? returned : thrown;
     }
 
-    // The service as an object of the test, of the class Service that opens
-    // what a test needs of it; its calls into the server are answered from
-    // the host's repository. One per test, terminated at its end.
+    // A provider of the module as an object of the test, of the class
+    // Service that opens what a test needs of it; its calls into the server
+    // are answered by the host. One per test, terminated at its end.
     template <class Service>
     Service& directService()
     {
@@ -340,7 +314,7 @@ protected:
             _direct = new Service();
             _direct->initialize(_handle);
         }
-        return static_cast<Service&>(*_direct);
+        return dynamic_cast<Service&>(*_direct);
     }
 
     // The vvset's member names, or {"<none>"} when the array has no such set.
@@ -430,7 +404,7 @@ protected:
 
 private:
     CIMOMHandle _handle;
-    ZDA_ReplicationServiceProvider* _direct = nullptr;
+    CIMProvider* _direct = nullptr;
 };
 
 // What setMembers gives for a vvset the array does not have.
