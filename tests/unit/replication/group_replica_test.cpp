@@ -32,10 +32,6 @@ public:
 class GroupReplicaTest : public ReplicationTest
 {
 protected:
-    static std::string setNameOf(const CIMObjectPath& path)
-    {
-        return text(ZDA_Common::extractFromInstanceID(ZDA_Common::getStringProperty(path, "InstanceID")));
-    }
     // The names of the array's vvsets, in its order.
     std::vector<std::string> setNames()
     {
@@ -145,7 +141,7 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     const std::string source = outText("SourceGroupName");
     EXPECT_EQ(source.size(), 25u) << source;
     EXPECT_EQ(source.rfind("smisCreated.", 0), 0u) << source;
-    EXPECT_EQ(setNameOf(outPath("SourceGroup")), source);
+    EXPECT_EQ(label(outPath("SourceGroup")), source);
     EXPECT_NE(setMembers(source.c_str()), NO_SET);
 
     // A name no set has yet names the set made of the elements.
@@ -160,7 +156,7 @@ TEST_F(GroupReplicaTest, SetsMadeOfElementsGetGeneratedNames)
     EXPECT_EQ(outcome("CreateGroupReplica",
                   args({{"SyncType", u16(8)}, {"SourceGroup", CIMValue(vvset("set_dom2"))}})),
         "returned 4096");
-    const std::string target = setNameOf(outPath("TargetGroup"));
+    const std::string target = label(outPath("TargetGroup"));
     EXPECT_EQ(target.size(), 25u) << target;
     EXPECT_EQ(target.rfind("copyOfset_dom2.", 0), 0u) << target;
     EXPECT_NE(setMembers(target.c_str()), NO_SET);
@@ -311,7 +307,7 @@ TEST_F(MirrorTest, APeriodicMirrorIsCreatedAdmittedAndStarted)
     EXPECT_EQ(
         outcome("CreateGroupReplicaFromElements", mirror({{"RelationshipName", str("dr")}})), "returned 0");
     EXPECT_EQ(outText("SourceGroupName"), "dr");
-    EXPECT_EQ(setNameOf(outPath("SourceGroup")), "dr");
+    EXPECT_EQ(label(outPath("SourceGroup")), "dr");
     EXPECT_EQ(outPath("SourceGroup").getClassName().getString(), "ZDA_RemoteReplicationGroup");
     EXPECT_EQ(outText("TargetGroupName"), "dr.r");
     EXPECT_FALSE(outPath("Synchronization").getClassName().isNull());
@@ -425,7 +421,7 @@ TEST_F(MirrorTest, ACloneOfARemoteGroupCopiesItsLocalVolumes)
                   args({{"SyncType", u16(8)}, {"SourceGroup", CIMValue(rcopyGroup("gTwo"))}})),
         "returned 4096");
     EXPECT_EQ(outPaths("Jobs").size(), 2u);
-    EXPECT_EQ(setNameOf(outPath("TargetGroup")).rfind("copyOfgTwo.", 0), 0u);
+    EXPECT_EQ(label(outPath("TargetGroup")).rfind("copyOfgTwo.", 0), 0u);
     expectLedgersClean("a clone of a remote group");
 }
 

@@ -98,13 +98,6 @@ protected:
         else
             zdasim_reset_test_array();
     }
-
-    // The row's own provider, called directly (see ReplicationTest::direct).
-    template <class Call>
-    std::string direct(const Row& row, Call call)
-    {
-        return ReplicationTest::direct(row.association, call);
-    }
 };
 
 TEST_F(NavigationTest, EveryWalkWorksBothWays)
@@ -190,7 +183,7 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         for (const Case& c : cases)
         {
             SCOPED_TRACE(c.what);
-            const std::string sequence = direct(row, [&](auto& p, auto&, auto& h) {
+            const std::string sequence = direct(row.association, [&](auto& p, auto&, auto& h) {
                 if (c.references)
                     p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
                 else
@@ -235,7 +228,7 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
         EXPECT_EQ(changeErrors(link), "7 7 7");
 
         // The kinds that check the class enumerate nothing for another one.
-        const std::string other = direct(row, [&](auto&, auto& p, auto& h) {
+        const std::string other = direct(row.association, [&](auto&, auto& p, auto& h) {
             p.enumerateInstanceNames(admin(), CIMObjectPath("ZDA_StorageVolume"), h);
         });
         const bool checksClass = row.kind == Kind::Affects || row.kind == Kind::HostedByWalk;
@@ -280,7 +273,7 @@ TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
     {
         SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
         zdasim_log_clear();
-        EXPECT_EQ(direct(row,
+        EXPECT_EQ(direct(row.association,
                       [&](auto& p, auto&, auto& h) {
                           p.associatorNames(
                               admin(), service, row.association, CIMName(), c.role, c.resultRole, h);
@@ -303,7 +296,7 @@ TEST_F(NavigationTest, AnArrayFailureAnswersEmpty)
         load(row);
         const CIMObjectPath first = firstEnd(row);
         const std::string expected = row.kind == Kind::Deliver ? "processing" : "processing complete";
-        EXPECT_EQ(direct(row,
+        EXPECT_EQ(direct(row.association,
                       [&](auto& p, auto&, auto& h) {
                           zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
                           p.referenceNames(admin(), first, CIMName(), "", h);
