@@ -83,13 +83,9 @@ protected:
     // A far end of the row's class that the array does not have.
     CIMObjectPath missingFarEnd(const Row& row)
     {
-        CIMObjectPath path = namesOf(row.farClass)[0];
-        Array<CIMKeyBinding> keys = path.getKeyBindings();
-        for (Uint32 i = 0; i < keys.size(); i++)
-            if (keys[i].getName().equal("InstanceID") || keys[i].getName().equal("Name"))
-                keys[i] = CIMKeyBinding(keys[i].getName(), "KX_ORLA:no_such", CIMKeyBinding::STRING);
-        path.setKeyBindings(keys);
-        return path;
+        const CIMObjectPath any = namesOf(row.farClass)[0];
+        const bool byID = ZDA_Common::getStringProperty(any, "InstanceID").size() > 0;
+        return withKey(any, byID ? "InstanceID" : "Name", "KX_ORLA:no_such");
     }
     static void load(const Row& row)
     {
