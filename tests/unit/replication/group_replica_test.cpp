@@ -4,7 +4,6 @@
 #include "replication_fixture.h"
 
 #include "RemoteCopyTestArray.h"
-#include "ZDA_CompanionFrame.h"
 #include "ZDA_StoragePoolProvider.h"
 
 using namespace zda_replication_test;
@@ -32,19 +31,8 @@ public:
 class GroupReplicaTest : public ReplicationTest
 {
 protected:
-    // The names of the array's vvsets, in its order.
-    std::vector<std::string> setNames()
-    {
-        std::vector<std::string> names;
-        api_sets_t sets;
-        std::memset(&sets, 0, sizeof sets);
-        if (ZDA_CompanionFrame::statusCall([&] { return api_getVVSets(nullptr, nullptr, 0, &sets); }).code ==
-            0)
-            for (uint32_t s = 0; s < sets.count; s++)
-                names.push_back(sets.sets[s].name);
-        api_freeSets(&sets);
-        return names;
-    }
+    // The names of the array's vvsets, each a replication group.
+    std::multiset<std::string> setNames() { return labels(namesOf("ZDA_ReplicationGroup")); }
 };
 
 // ---- clones and snapshots of local groups -----------------------------------------------
@@ -97,7 +85,7 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
             "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
         {"CreateGroupReplica", Array<CIMParamValue>(), "thrown 5: Invalid number of parameters"},
     };
-    const std::vector<std::string> before = setNames();
+    const std::multiset<std::string> before = setNames();
     zdasim_journal_clear();
     for (const Case& c : cases)
         EXPECT_EQ(outcome(c.method, c.in), c.outcome) << c.method;
@@ -208,7 +196,7 @@ TEST_F(GroupReplicaTest, FailedCopiesTakeAwayTheSetsTheyMade)
     };
     for (const Case& c : cases)
     {
-        const std::vector<std::string> before = setNames();
+        const std::multiset<std::string> before = setNames();
         zdasim_fault_add(c.fault, 1, c.code, "source busy");
         EXPECT_EQ(
             outcome("CreateGroupReplicaFromElements",

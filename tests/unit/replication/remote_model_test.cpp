@@ -77,10 +77,6 @@ protected:
             out.push_back(text(get<String>(instances[i], key)));
         return out;
     }
-    CIMClass moduleClass(const char* name)
-    {
-        return zda_test::ServerHostFixture::host().repository().getClass(ZDA_NS, name, false);
-    }
     // The Name keys of the paths of an output parameter.
     std::vector<std::string> names(const char* parameter)
     {
@@ -121,7 +117,7 @@ TEST_F(RemoteModelTest, RemoteCopyGroupsWithTheirCaptionAndDomain)
     EXPECT_EQ(text(gSync.getPath().getHost()), HOST);
 
     // By name and number: 65535 is no number, and a long name cuts the text.
-    CIMClass groupClass = moduleClass(RC_GROUP);
+    CIMClass groupClass = zda_test::ServerHostFixture::host().repository().getClass(ZDA_NS, RC_GROUP, false);
     CIMInstance unnumbered = ZDA_RemoteReplicationGroupProvider::buildInstance(
         "far", 65535, groupClass, "peer1");
     EXPECT_EQ(text(get<String>(unnumbered, "Caption")), "RemoteReplicationGroup far");

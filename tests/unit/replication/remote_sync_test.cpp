@@ -36,10 +36,9 @@ protected:
     // The local volume's name at one end of a volume pair ("" for a far end).
     std::string localName(const CIMObjectPath& end)
     {
-        if (!end.getClassName().equal(VOLUME) ||
-            ZDA_Common::getStringProperty(end, "SystemName") != SYSTEM_NAME)
-            return "";
-        return text(get<String>(getInstance(end), "ElementName"));
+        const bool local = end.getClassName().equal(VOLUME) &&
+            ZDA_Common::getStringProperty(end, "SystemName") == SYSTEM_NAME;
+        return local ? label(end) : "";
     }
     // Every volume pair by its local volume's name.
     std::map<std::string, CIMInstance> volumePairs()
