@@ -19,21 +19,6 @@ const std::vector<int> ALL_TYPES = {4, 5, 6, 10, 11, 7};
 
 typedef std::vector<int> Ints;
 
-struct Param
-{
-    const char* name;
-    int value;  // -1: a null value
-};
-
-Array<CIMParamValue> params(std::initializer_list<Param> list)
-{
-    Array<CIMParamValue> in;
-    for (const Param& p : list)
-        in.append(
-            CIMParamValue(p.name, p.value < 0 ? CIMValue(CIMTYPE_UINT16, false) : CIMValue(Uint16(p.value))));
-    return in;
-}
-
 Ints uint16sOf(const CIMValue& value)
 {
     Array<Uint16> a;
@@ -57,13 +42,13 @@ protected:
     }
     int askType(const char* method, int replicationType)
     {
-        return ask(method, params({{"ReplicationType", replicationType}}));
+        return ask(method, args({{"ReplicationType", u16(replicationType)}}));
     }
     // GetSupportedMaximum's "<return value> <MaxValue>", 0 for no MaxValue.
     std::string maximum(int replicationType, int component)
     {
-        const int status = ask(
-            "GetSupportedMaximum", params({{"ReplicationType", replicationType}, {"Component", component}}));
+        const int status = ask("GetSupportedMaximum",
+            args({{"ReplicationType", u16(replicationType)}, {"Component", u16(component)}}));
         Uint64 value = 0;
         if (!outParam(out, "MaxValue").isNull())
             outParam(out, "MaxValue").get(value);
@@ -208,17 +193,18 @@ TEST_F(CapabilitiesTest, ReplicationTypesConvertBothWays)
         EXPECT_EQ(outParam(out, "Mode"), CIMValue(Uint16(r.mode))) << r.type;
         EXPECT_EQ(outParam(out, "LocalOrRemote"), CIMValue(Uint16(r.locality))) << r.type;
         ASSERT_EQ(ask("ConvertSyncTypeToReplicationType",
-                      params({{"SyncType", r.syncType}, {"Mode", r.mode}, {"LocalOrRemote", r.locality}})),
+                      args({{"SyncType", u16(r.syncType)}, {"Mode", u16(r.mode)},
+                          {"LocalOrRemote", u16(r.locality)}})),
             0);
         EXPECT_EQ(outParam(out, "SupportedReplicationTypes"), CIMValue(Uint16(r.type)));
     }
     EXPECT_EQ(askType("ConvertReplicationTypeToSyncType", 7), 1);
     // No asynchronous local snapshot; a locality other than local or remote.
-    EXPECT_EQ(
-        ask("ConvertSyncTypeToReplicationType", params({{"SyncType", 7}, {"Mode", 3}, {"LocalOrRemote", 2}})),
+    EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
+                  args({{"SyncType", u16(7)}, {"Mode", u16(3)}, {"LocalOrRemote", u16(2)}})),
         1);
-    EXPECT_EQ(
-        ask("ConvertSyncTypeToReplicationType", params({{"SyncType", 6}, {"Mode", 2}, {"LocalOrRemote", 4}})),
+    EXPECT_EQ(ask("ConvertSyncTypeToReplicationType",
+                  args({{"SyncType", u16(6)}, {"Mode", u16(2)}, {"LocalOrRemote", u16(4)}})),
         1);
     EXPECT_EQ(out.size(), 0u);
 }
@@ -247,7 +233,7 @@ TEST_F(CapabilitiesTest, WaitForCopyStatesByTypeAndMethod)
     for (const Case& c : cases)
     {
         EXPECT_EQ(ask("GetSupportedWaitForCopyStates",
-                      params({{"ReplicationType", c.type}, {"MethodName", c.methodName}})),
+                      args({{"ReplicationType", u16(c.type)}, {"MethodName", u16(c.methodName)}})),
             c.rc)
             << c.type << "/" << c.methodName;
         if (c.rc == 0)
@@ -272,7 +258,7 @@ TEST_F(CapabilitiesTest, ReplicationSettingDataValuesAndDefaultInstance)
     for (const Case& c : cases)
     {
         EXPECT_EQ(ask("GetSupportedReplicationSettingData",
-                      params({{"ReplicationType", c.type}, {"PropertyName", c.property}})),
+                      args({{"ReplicationType", u16(c.type)}, {"PropertyName", u16(c.property)}})),
             c.rc)
             << c.type << "/" << c.property;
         if (c.rc != 0)
@@ -311,7 +297,8 @@ TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
     for (const char* method : needTheType)
     {
         EXPECT_EQ(ask(method, Array<CIMParamValue>()), 5) << method << " without parameters";
-        EXPECT_EQ(ask(method, params({{"ReplicationType", -1}})), 5) << method << " with a null type";
+        EXPECT_EQ(ask(method, args({{"ReplicationType", CIMValue(CIMTYPE_UINT16, false)}})), 5)
+            << method << " with a null type";
         EXPECT_EQ(out.size(), 0u) << method;
     }
 
@@ -322,12 +309,13 @@ TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
         int rc;
     };
     const Case cases[] = {
-        {"ConvertSyncTypeToReplicationType", params({{"SyncType", 6}, {"Mode", 2}}), 5},
-        {"GetSupportedReplicationSettingData", params({{"ReplicationType", 4}}), 5},
-        {"GetSupportedMaximum", params({{"ReplicationType", 4}}), 5},
-        {"GetSupportedOperations", params({{"ReplicationType", 6}, {"SynchronizationType", 3}}), 1},
-        {"GetSupportedListOperations", params({{"ReplicationType", 6}, {"SynchronizationType", 3}}), 1},
-        {"GetSupportedSettingsDefineStateOperations", params({{"ReplicationType", 6}}), 1},
+        {"ConvertSyncTypeToReplicationType", args({{"SyncType", u16(6)}, {"Mode", u16(2)}}), 5},
+        {"GetSupportedReplicationSettingData", args({{"ReplicationType", u16(4)}}), 5},
+        {"GetSupportedMaximum", args({{"ReplicationType", u16(4)}}), 5},
+        {"GetSupportedOperations", args({{"ReplicationType", u16(6)}, {"SynchronizationType", u16(3)}}), 1},
+        {"GetSupportedListOperations", args({{"ReplicationType", u16(6)}, {"SynchronizationType", u16(3)}}),
+            1},
+        {"GetSupportedSettingsDefineStateOperations", args({{"ReplicationType", u16(6)}}), 1},
     };
     for (const Case& c : cases)
     {
@@ -335,7 +323,8 @@ TEST_F(CapabilitiesTest, ParameterRefusalsAreReturnValues)
         EXPECT_EQ(out.size(), 0u) << c.method;
     }
     EXPECT_EQ(
-        ask("GetSupportedOperations", params({{"ReplicationType", 11}, {"SynchronizationType", 2}})), 0);
+        ask("GetSupportedOperations", args({{"ReplicationType", u16(11)}, {"SynchronizationType", u16(2)}})),
+        0);
     EXPECT_EQ(uint16sOf(outParam(out, "SupportedOperations")), Ints({14, 8, 9, 2}));
 }
 
@@ -402,7 +391,7 @@ TEST_F(CapabilitiesTest, RemoteCopyLimitsAreKeptOnceRead)
 
 TEST_F(CapabilitiesTest, MethodsNeedTheCapabilitiesRight)
 {
-    const Array<CIMParamValue> in = params({{"ReplicationType", 6}});
+    const Array<CIMParamValue> in = args({{"ReplicationType", u16(6)}});
     // A viewer is refused (asserted end to end); an unknown answer is no right either.
     zdasim_role_set_right("browse", "zda_replicationservicecapabilities", 3);
     EXPECT_EQ(

@@ -74,10 +74,9 @@ protected:
     // The system (for the hosted associations) or the service.
     CIMObjectPath firstEnd(const Row& row)
     {
-        const char* cls = std::string(row.firstRole) == "Antecedent" ? "ZDA_StorageSystem"
-                                                                     : "ZDA_ReplicationService";
-        Array<CIMObjectPath> paths = namesOf(cls);
-        EXPECT_EQ(paths.size(), 1u) << cls;
+        const bool hosted = std::string(row.firstRole) == "Antecedent";
+        const Array<CIMObjectPath> paths = namesOf(hosted ? "ZDA_StorageSystem" : "ZDA_ReplicationService");
+        EXPECT_EQ(paths.size(), 1u);
         return paths.size() ? paths[0] : CIMObjectPath();
     }
     // A far end of the row's class that the array does not have.
