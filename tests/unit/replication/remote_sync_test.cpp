@@ -4,21 +4,11 @@
 #include "replication_fixture.h"
 
 #include <map>
-#include <string>
-#include <vector>
 
-#include "CimBuilders.h"
-#include "RecordingResponseHandler.h"
 #include "RemoteCopyTestArray.h"
-#include "SemaphoreCheckingHandler.h"
 #include "ZDA_RemoteGroupSynchronizedProvider.h"
-#include "ZDA_RemoteReplicationGroupProvider.h"
-#include "ZDA_RemoteStorageSynchronizedProvider.h"
-#include "ZDA_ReplicationGroupProvider.h"
 
 using namespace zda_replication_test;
-using zda_test::param;
-using zda_test::params;
 
 namespace
 {
@@ -35,16 +25,7 @@ protected:
     void SetUp() override
     {
         ReplicationTest::SetUp();
-        load(zda_test::remoteCopyStateTestArray());
-    }
-    void load(const std::string& description)
-    {
-        char error[512] = "";
-        ASSERT_EQ(
-            zdasim_load_description_text(description.c_str(), "remote copy state array", error, sizeof error),
-            0)
-            << error;
-        ZDA_InternalCacheService::destroy();
+        loadArray(zda_test::remoteCopyStateTestArray());
     }
     void usePolicy(Uint32 flags)
     {
@@ -55,17 +36,15 @@ protected:
     // The local volume's name at one end of a volume pair ("" for a far end).
     std::string localName(const CIMObjectPath& end)
     {
-        if (!end.getClassName().equal(VOLUME) ||
-            ZDA_Common::getStringProperty(end, "SystemName") != SYSTEM_NAME)
-            return "";
-        return text(get<String>(getInstance(end), "ElementName"));
+        const bool local = end.getClassName().equal(VOLUME) &&
+            ZDA_Common::getStringProperty(end, "SystemName") == SYSTEM_NAME;
+        return local ? label(end) : "";
     }
     // Every volume pair by its local volume's name.
     std::map<std::string, CIMInstance> volumePairs()
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> pairs = server().enumerateInstances(
-            admin(), ZDA_NS, VOLUME_SYNC, true, false, false, false, CIMPropertyList());
+        const Array<CIMInstance> pairs = all(VOLUME_SYNC);
         for (Uint32 i = 0; i < pairs.size(); i++)
         {
             const std::string source = localName(endOf(pairs[i].getPath(), "SystemElement"));
@@ -77,72 +56,53 @@ protected:
     std::map<std::string, CIMInstance> groupPairs()
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> pairs = server().enumerateInstances(
-            admin(), ZDA_NS, GROUP_SYNC, true, false, false, false, CIMPropertyList());
+        const Array<CIMInstance> pairs = all(GROUP_SYNC);
         for (Uint32 i = 0; i < pairs.size(); i++)
             out[text(get<String>(pairs[i], "RelationshipName"))] = pairs[i];
         return out;
     }
-    CIMObjectPath service()
-    {
-        return server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_ReplicationService")[0];
-    }
     static std::string classOf(const CIMObjectPath& path) { return text(path.getClassName().getString()); }
-
-    Array<CIMParamValue> out;
 };
 
 // ---- the copy state of a volume ------------------------------------------------------
 
-struct CopyStateRow
+TEST_F(RemoteSyncTest, EachVolumeStatusMapsToItsCopyState)
 {
-    const char* volume;
-    const char* shows;
-    Uint16 copyState;
-    Uint16 syncState;
-    Uint16 progressStatus;
-};
-
-void PrintTo(const CopyStateRow& row, std::ostream* os)
-{
-    *os << row.volume << " (" << row.shows << ")";
-}
-
-class CopyStateTest : public RemoteSyncTest, public ::testing::WithParamInterface<CopyStateRow>
-{};
-
-TEST_P(CopyStateTest, EachVolumeStatusMapsToItsRow)
-{
-    const CopyStateRow& row = GetParam();
+    const struct
+    {
+        const char* volume;
+        const char* shows;
+        Uint16 copyState;
+        Uint16 syncState;
+        Uint16 progressStatus;
+    } rows[] = {{"cv01", "new, group target new", 7, 4, 18},
+        {"cv02", "remote, group target stopped", 7, 4, 18},
+        {"cv03", "new-sync, group target failsafe", 7, 4, 18},
+        {"cv04", "new-no-sync, group target started", 3, 4, 18},
+        {"cv05", "syncing against nature while recovering", 3, 10, 8},
+        {"cv06", "remote syncing against nature, recovered", 3, 10, 8}, {"cv07", "syncing", 3, 5, 6},
+        {"cv08", "synced, option 0x400000", 11, 4, 3},
+        {"cv09", "synced, started, restoring against nature", 4, 6, 12}, {"cv10", "synced, started", 4, 6, 2},
+        {"cv11", "synced, stopped, failing over", 10, 12, 11},
+        {"cv12", "synced, stopped, failed over", 10, 12, 2},
+        {"cv13", "synced, stopped, target failed", 5, 12, 2}, {"cv14", "synced, stopped", 7, 14, 18},
+        {"cv15", "unsynchronized", 5, 12, 2}, {"cv16", "checking", 5, 12, 2}, {"cv17", "stale", 13, 12, 2},
+        {"cv18", "stopped, target failed", 5, 12, 2}, {"cv19", "stopped, target not failed", 7, 14, 18},
+        {"cv20", "repairing", 15, 0, 15}, {"cv21", "failsafe", 15, 0, 15}};
     auto pairs = volumePairs();
-    ASSERT_EQ(pairs.count(row.volume), 1u);
-    const CIMInstance& pair = pairs[row.volume];
-    EXPECT_EQ(get<Uint16>(pair, "CopyState"), row.copyState);
-    EXPECT_EQ(get<Uint16>(pair, "SyncState"), row.syncState);
-    EXPECT_EQ(get<Uint16>(pair, "ProgressStatus"), row.progressStatus);
-    EXPECT_EQ(get<Uint16>(pair, "RequestedCopyState"), row.copyState == 4 ? 15 : 4);
-    EXPECT_EQ(get<Uint16>(pair, "SyncType"), 6);
-    EXPECT_EQ(get<Uint16>(pair, "ReplicaType"), 2);
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(std::string(row.volume) + " (" + row.shows + ")");
+        ASSERT_EQ(pairs.count(row.volume), 1u);
+        const CIMInstance& pair = pairs[row.volume];
+        EXPECT_EQ(get<Uint16>(pair, "CopyState"), row.copyState);
+        EXPECT_EQ(get<Uint16>(pair, "SyncState"), row.syncState);
+        EXPECT_EQ(get<Uint16>(pair, "ProgressStatus"), row.progressStatus);
+        EXPECT_EQ(get<Uint16>(pair, "RequestedCopyState"), row.copyState == 4 ? 15 : 4);
+        EXPECT_EQ(get<Uint16>(pair, "SyncType"), 6);
+        EXPECT_EQ(get<Uint16>(pair, "ReplicaType"), 2);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, CopyStateTest,
-    ::testing::Values(CopyStateRow{"cv01", "new, group target new", 7, 4, 18},
-        CopyStateRow{"cv02", "remote, group target stopped", 7, 4, 18},
-        CopyStateRow{"cv03", "new-sync, group target failsafe", 7, 4, 18},
-        CopyStateRow{"cv04", "new-no-sync, group target started", 3, 4, 18},
-        CopyStateRow{"cv05", "syncing against nature while recovering", 3, 10, 8},
-        CopyStateRow{"cv06", "remote syncing against nature, recovered", 3, 10, 8},
-        CopyStateRow{"cv07", "syncing", 3, 5, 6}, CopyStateRow{"cv08", "synced, option 0x400000", 11, 4, 3},
-        CopyStateRow{"cv09", "synced, started, restoring against nature", 4, 6, 12},
-        CopyStateRow{"cv10", "synced, started", 4, 6, 2},
-        CopyStateRow{"cv11", "synced, stopped, failing over", 10, 12, 11},
-        CopyStateRow{"cv12", "synced, stopped, failed over", 10, 12, 2},
-        CopyStateRow{"cv13", "synced, stopped, target failed", 5, 12, 2},
-        CopyStateRow{"cv14", "synced, stopped", 7, 14, 18}, CopyStateRow{"cv15", "unsynchronized", 5, 12, 2},
-        CopyStateRow{"cv16", "checking", 5, 12, 2}, CopyStateRow{"cv17", "stale", 13, 12, 2},
-        CopyStateRow{"cv18", "stopped, target failed", 5, 12, 2},
-        CopyStateRow{"cv19", "stopped, target not failed", 7, 14, 18},
-        CopyStateRow{"cv20", "repairing", 15, 0, 15}, CopyStateRow{"cv21", "failsafe", 15, 0, 15}));
 
 // ---- the rest of a volume pair ---------------------------------------------------------
 
@@ -217,7 +177,7 @@ TEST_F(RemoteSyncTest, RemoteCopyOffOrInvalidIsNotMaintained)
         SCOPED_TRACE(system);
         std::string description = base;
         description.replace(description.find(on), on.size(), system);
-        load(description);
+        loadArray(description);
         EXPECT_FALSE(get<Boolean>(volumePairs()["cv10"], "SyncMaintained"));
     }
 }
@@ -259,22 +219,19 @@ TEST_F(RemoteSyncTest, DirectionAndFarEndUnderEitherPolicy)
 
 TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
 {
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME_SYNC);
+    Array<CIMObjectPath> paths = namesOf(VOLUME_SYNC);
     // rv1..rv7 with 8 maps, cv01..cv24, and lv0..lv8.
     EXPECT_EQ(paths.size(), 8u + 24u + 9u);
     for (Uint32 i = 0; i < paths.size(); i++)
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]))
-            << text(paths[i].toString());
+        EXPECT_TRUE(foundByPath(paths[i])) << text(paths[i].toString());
 
     const CIMObjectPath pair = volumePairs()["cv10"].getPath();
     const CIMObjectPath local = volume("cv10");
-    const CIMObjectPath far = endOf(pair, "SyncedElement");
-    Array<CIMObjectPath> fromLocal = server().associatorNames(
-        admin(), ZDA_NS, local, VOLUME_SYNC, CIMName(), "", "");
+    const CIMObjectPath farEnd = endOf(pair, "SyncedElement");
+    Array<CIMObjectPath> fromLocal = far(local, VOLUME_SYNC);
     ASSERT_EQ(fromLocal.size(), 1u);
-    EXPECT_TRUE(ZDA_Common::matchObjectPath(fromLocal[0], far));
-    Array<CIMObjectPath> back = server().associatorNames(
-        admin(), ZDA_NS, far, VOLUME_SYNC, CIMName(), "", "");
+    EXPECT_TRUE(ZDA_Common::matchObjectPath(fromLocal[0], farEnd));
+    Array<CIMObjectPath> back = far(farEnd, VOLUME_SYNC);
     ASSERT_EQ(back.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], local));
     Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SystemElement");
@@ -283,14 +240,10 @@ TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SyncedElement").size(), 0u);
 
     // Three keys are refused; a pair that is not there is not found.
-    CIMObjectPath threeKeys = pair;
-    Array<CIMKeyBinding> keys = pair.getKeyBindings();
-    keys.append(CIMKeyBinding("Extra", "x", CIMKeyBinding::STRING));
-    threeKeys.setKeyBindings(keys);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(threeKeys); }), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(pair, "Extra", "x")); }), CIM_ERR_INVALID_PARAMETER);
     CIMObjectPath swapped = pair;
     Array<CIMKeyBinding> swappedKeys;
-    swappedKeys.append(CIMKeyBinding("SystemElement", far));
+    swappedKeys.append(CIMKeyBinding("SystemElement", farEnd));
     swappedKeys.append(CIMKeyBinding("SyncedElement", local));
     swapped.setKeyBindings(swappedKeys);
     EXPECT_EQ(cimErrorOf([&] { getInstance(swapped); }), CIM_ERR_NOT_FOUND);
@@ -318,15 +271,12 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.what);
-        zda_test::RecordingResponseHandler handler;
-        directCall<ZDA_RemoteStorageSynchronizedProvider>(
-            handler,
-            [&](ZDA_RemoteStorageSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
-                p.associatorNames(admin(), local, VOLUME_SYNC,
-                    c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
-            },
-            "a direct volume pair call");
-        EXPECT_EQ(handler.sequence(), c.answer);
+        EXPECT_EQ(direct(VOLUME_SYNC,
+                      [&](auto& p, auto&, auto& h) {
+                          p.associatorNames(admin(), local, VOLUME_SYNC,
+                              c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
+                      }),
+            c.answer);
     }
 }
 
@@ -417,10 +367,9 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "").size(), 3u);
     EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "SyncedElement").size(), 0u);
 
-    Array<CIMObjectPath> paths = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP_SYNC);
+    Array<CIMObjectPath> paths = namesOf(GROUP_SYNC);
     for (Uint32 i = 0; i < paths.size(); i++)
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(getInstance(paths[i]).getPath(), paths[i]))
-            << text(paths[i].toString());
+        EXPECT_TRUE(foundByPath(paths[i])) << text(paths[i].toString());
     // The paths of one group's mirror pairs, as the group replica method takes them.
     Array<CIMObjectPath> mirrors = ZDA_RemoteGroupSynchronizedProvider::createObjectPaths(
         "gTwo", HOST, false);
@@ -436,121 +385,63 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
 
 TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
 {
-    struct Case
+    // The group walk has begun its answer: it ends without complete.
+    for (const char* failing : {"api_getRCopy", ""})
     {
-        const char* function;
-        bool semaphore;
-    };
-    const Case cases[] = {{"api_getRCopy", false}, {nullptr, true}};
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.function ? c.function : "semaphore");
-        auto fault = [&] {
-            if (c.semaphore)
-                zdasim_fault_sem_timeouts(1);
-            else
-                zdasim_fault_add(c.function, 1, API_E_INVALID, "broken");
-        };
-        zda_test::SemaphoreCheckingHandler volumes;
-        directCall<ZDA_RemoteStorageSynchronizedProvider>(
-            volumes,
-            [&](ZDA_RemoteStorageSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
-                fault();
-                p.enumerateInstanceNames(admin(), CIMObjectPath(VOLUME_SYNC), h);
-            },
-            "a failed volume pair enumeration");
-        EXPECT_EQ(volumes.sequence(), "processing complete");
-        // The group walk has begun its answer: it ends without complete.
-        zda_test::SemaphoreCheckingHandler groups;
-        directCall<ZDA_RemoteGroupSynchronizedProvider>(
-            groups,
-            [&](ZDA_RemoteGroupSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
-                fault();
-                p.enumerateInstanceNames(admin(), CIMObjectPath(GROUP_SYNC), h);
-            },
-            "a failed group pair enumeration");
-        EXPECT_EQ(groups.sequence(), "processing");
-        zdasim_faults_clear();
+        EXPECT_EQ(enumerateFailing(VOLUME_SYNC, failing), "processing complete") << failing;
+        EXPECT_EQ(enumerateFailing(GROUP_SYNC, failing), "processing") << failing;
     }
     const CIMObjectPath pair = volumePairs()["cv10"].getPath();
     zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
     EXPECT_EQ(cimErrorOf([&] { getInstance(pair); }), CIM_ERR_NOT_FOUND);
     zdasim_faults_clear();
 
-    // Without faults neither walk delivers under the semaphore.
-    zda_test::SemaphoreCheckingHandler handler;
-    directCall<ZDA_RemoteGroupSynchronizedProvider>(
-        handler,
-        [&](ZDA_RemoteGroupSynchronizedProvider& p, zda_test::RecordingResponseHandler& h) {
-            p.enumerateInstances(admin(), CIMObjectPath(GROUP_SYNC), false, false, CIMPropertyList(), h);
-        },
-        "a group pair enumeration");
-    EXPECT_GT(handler.deliveries(), 0);
-    EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
-    EXPECT_TRUE(handler.completed());
+    // Without faults the walk completes, never delivering under the semaphore.
+    const std::string whole = enumerateFailing(GROUP_SYNC, nullptr, true);
+    EXPECT_EQ(whole.rfind("processing deliver(instance) ", 0), 0u) << whole;
+    EXPECT_EQ(whole.substr(whole.size() - 9), " complete") << whole;
 }
 
 // ---- relationships through the service ----------------------------------------------------
 
 TEST_F(RemoteSyncTest, RelationshipsFilteredByTheirParameters)
 {
-    const size_t volumes = server().enumerateInstanceNames(admin(), ZDA_NS, VOLUME_SYNC).size();
-    const size_t groups = server().enumerateInstanceNames(admin(), ZDA_NS, GROUP_SYNC).size();
-    const size_t local = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized").size();
-    // Paths in the output, or the refusal.
-    auto listed = [&](const char* method, const Array<CIMParamValue>& in) -> std::string {
-        try
-        {
-            const CIMValue rc = call(admin(), service(), method, in, out);
-            const CIMValue value = outParam(out, "Synchronizations");
-            Uint32 count = 0;
-            if (value.getType() == CIMTYPE_OBJECT)
-            {
-                Array<CIMObject> objects;
-                value.get(objects);
-                count = objects.size();
-            }
-            else
-            {
-                Array<CIMObjectPath> paths;
-                value.get(paths);
-                count = paths.size();
-            }
-            return "returned " + text(rc.toString()) + " with " + std::to_string(count);
-        }
-        catch (const CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
-        }
+    const size_t volumes = all(VOLUME_SYNC).size();
+    const size_t groups = all(GROUP_SYNC).size();
+    const size_t local = all("ZDA_StorageSynchronized").size();
+    // The outcome, and for a result how many synchronizations it lists.
+    auto listed = [&](const char* method, const Array<CIMParamValue>& in) {
+        const std::string result = outcome(method, in);
+        const CIMValue value = outParam(out, "Synchronizations");
+        return result.rfind("returned", 0)
+            ? result
+            : result + " with " + std::to_string(value.isNull() ? 0 : value.getArraySize());
     };
-    auto with = [](const char* name, Uint16 value) { return param(name, CIMValue(value)); };
-    const std::string n = " with ";
-    const char* GET = "GetReplicationRelationships";
-    EXPECT_EQ(listed(GET, params({})), "returned 0" + n + std::to_string(volumes + groups + local));
-    EXPECT_EQ(listed(GET, params({with("Type", 3)})), "returned 0" + n + std::to_string(groups));
-    EXPECT_EQ(listed(GET, params({with("Type", 2)})), "returned 0" + n + std::to_string(volumes + local));
-    EXPECT_EQ(
-        listed(GET, params({with("Locality", 3)})), "returned 0" + n + std::to_string(volumes + groups));
-    EXPECT_EQ(listed(GET, params({with("Locality", 2)})), "returned 0" + n + std::to_string(local));
-    EXPECT_EQ(listed(GET, params({with("Type", 3), with("Locality", 2)})), "returned 0 with 0");
-    EXPECT_EQ(listed(GET, params({with("Type", 4)})), "returned 0 with 0");
-    EXPECT_EQ(listed(GET, params({with("Locality", 1), with("CopyState", 1)})), "returned 0 with 0");
-    EXPECT_EQ(listed(GET, params({with("CopyState", 1)})), "thrown 5: Invalid copyState");
-    EXPECT_EQ(listed(GET, params({with("CopyState", 16)})), "thrown 5: Invalid copyState");
-    EXPECT_EQ(listed(GET, params({with("CopyState", 15), param("Type", CIMValue())})), "returned 0 with 4");
+    auto with = [](size_t count) { return "returned 0 with " + std::to_string(count); };
+    const std::pair<Array<CIMParamValue>, std::string> rows[] = {
+        {args({}), with(volumes + groups + local)},
+        {args({{"Type", u16(3)}}), with(groups)},
+        {args({{"Type", u16(2)}}), with(volumes + local)},
+        {args({{"Locality", u16(3)}}), with(volumes + groups)},
+        {args({{"Locality", u16(2)}}), with(local)},
+        {args({{"Type", u16(3)}, {"Locality", u16(2)}}), with(0)},
+        {args({{"Type", u16(4)}}), with(0)},
+        {args({{"Locality", u16(1)}, {"CopyState", u16(1)}}), with(0)},
+        {args({{"CopyState", u16(1)}}), "thrown 5: Invalid copyState"},
+        {args({{"CopyState", u16(16)}}), "thrown 5: Invalid copyState"},
+        {args({{"CopyState", u16(15)}, {"Type", CIMValue()}}), with(4)},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(listed("GetReplicationRelationships", row.first), row.second);
 
     // The instances method gives the instances, each meeting the filters.
-    const Array<CIMParamValue> in = params({with("Locality", 3), with("CopyState", 15)});
-    EXPECT_EQ(listed("GetReplicationRelationshipInstances", in), "returned 0 with 4");
+    EXPECT_EQ(
+        listed("GetReplicationRelationshipInstances", args({{"Locality", u16(3)}, {"CopyState", u16(15)}})),
+        with(4));
     Array<CIMObject> objects;
     outParam(out, "Synchronizations").get(objects);
     for (Uint32 i = 0; i < objects.size(); i++)
-    {
-        CIMInstance instance(objects[i]);
-        Uint16 copyState = 0;
-        EXPECT_EQ(ZDA_Common::getProperty(instance, "CopyState", copyState), 0);
-        EXPECT_EQ(copyState, 15);
-    }
+        EXPECT_EQ(get<Uint16>(CIMInstance(objects[i]), "CopyState"), 15);
 }
 
 }  // namespace

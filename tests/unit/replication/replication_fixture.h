@@ -6,17 +6,25 @@
 #define ZDA_REPLICATION_FIXTURE_H
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMInstanceProvider.h>
 #include <zdasim_control.h>
 
+#include "CimBuilders.h"
 #include "copysvcs_fixture.h"
 #include "SemaphoreCheckingHandler.h"
+#include "ZDA_AssociationFrame.h"
+#include "ZDA_InternalCacheService.h"
+#include "ZDA_RemoteReplicationGroupProvider.h"
+#include "ZDA_RemoteServiceAccessPointProvider.h"
+#include "ZDA_ReplicationGroupProvider.h"
 #include "ZDA_ReplicationServiceProvider.h"
 #include "RecordingResponseHandler.h"
 
@@ -25,6 +33,91 @@ namespace zda_replication_test
 
 using namespace Pegasus;
 using namespace zda_copysvcs_test;
+
+// Short forms of the values tests pass as method parameters.
+inline CIMValue u16(Uint16 value)
+{
+    return CIMValue(value);
+}
+inline CIMValue str(const std::string& value)
+{
+    return CIMValue(String(value.c_str()));
+}
+inline CIMValue refs(std::initializer_list<CIMObjectPath> paths)
+{
+    Array<CIMObjectPath> list;
+    for (const CIMObjectPath& path : paths)
+        list.append(path);
+    return CIMValue(list);
+}
+inline CIMValue texts(std::initializer_list<const char*> values)
+{
+    Array<String> list;
+    for (const char* value : values)
+        list.append(value);
+    return CIMValue(list);
+}
+// Method parameters by name: args({{"SyncType", u16(7)}, ...}).
+inline Array<CIMParamValue> args(std::initializer_list<std::pair<const char*, CIMValue>> list)
+{
+    Array<CIMParamValue> in;
+    for (const auto& p : list)
+        in.append(CIMParamValue(p.first, p.second));
+    return in;
+}
+
+// What `call` throws as "thrown <code>: <message>", or "none".
+inline std::string failure(const std::function<void()>& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const CIMException& e)
+    {
+        return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
+    }
+    return "none";
+}
+
+// An array call's status as "<code>: <text>".
+inline std::string statusText(const api_Status_t& status)
+{
+    char text[API_ERRTEXT_LEN];
+    return std::to_string(status.code) + ": " + api_getErrorTextNoNL(text, sizeof text, &status);
+}
+
+// `path` with the key `name` set to the string `value` (added when absent),
+// or removed when `value` is null.
+inline CIMObjectPath withKey(const CIMObjectPath& path, const char* name, const char* value)
+{
+    Array<CIMKeyBinding> keys = path.getKeyBindings();
+    Uint32 i = 0;
+    while (i < keys.size() && !keys[i].getName().equal(name))
+        i++;
+    if (i < keys.size())
+        keys.remove(i);
+    if (value)
+        keys.insert(i, CIMKeyBinding(name, value, CIMKeyBinding::STRING));
+    CIMObjectPath changed = path;
+    changed.setKeyBindings(keys);
+    return changed;
+}
+
+// Classes from the host's repository and properties read through the host.
+class HostBackend : public RepositoryBackend
+{
+public:
+    explicit HostBackend(zda::server::InProcessHost& host) : RepositoryBackend(host), _host(host) {}
+    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
+        const CIMObjectPath& instanceName, const CIMName& propertyName) override
+    {
+        return _host.dispatcher().getProperty(context, nameSpace, instanceName, propertyName);
+    }
+
+private:
+    zda::server::InProcessHost& _host;
+};
 
 class ReplicationTest : public CopyServicesTest
 {
@@ -39,13 +132,99 @@ protected:
     // The path of volume `like` with a DeviceID the array does not know.
     CIMObjectPath unknownVolume(const char* like)
     {
-        CIMObjectPath path = volume(like);
-        Array<CIMKeyBinding> keys = path.getKeyBindings();
-        for (Uint32 i = 0; i < keys.size(); i++)
-            if (keys[i].getName().equal("DeviceID"))
-                keys[i].setValue("60002AC0000000000000000000009999");
-        path.setKeyBindings(keys);
-        return path;
+        return withKey(volume(like), "DeviceID", "60002AC0000000000000000000009999");
+    }
+    // The volumes of these names as one reference array.
+    CIMValue volumes(std::initializer_list<const char*> names)
+    {
+        Array<CIMObjectPath> paths;
+        for (const char* name : names)
+            paths.append(volume(name));
+        return CIMValue(paths);
+    }
+    static CIMObjectPath vvset(const char* name)
+    {
+        return ZDA_ReplicationGroupProvider::buildObjectPath(HOST, name);
+    }
+    static CIMObjectPath rcopyGroup(const char* name)
+    {
+        return ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, name);
+    }
+    static CIMObjectPath sap(const char* target)
+    {
+        return ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, target);
+    }
+    Array<CIMInstance> all(const char* className)
+    {
+        return server().enumerateInstances(
+            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
+    }
+    Array<CIMObjectPath> namesOf(const char* className)
+    {
+        return server().enumerateInstanceNames(admin(), ZDA_NS, className);
+    }
+    // The far ends of `from` through `association`.
+    Array<CIMObjectPath> far(
+        const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
+    {
+        return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
+    }
+    // Whether getInstance of `path` gives the instance of that path.
+    bool foundByPath(const CIMObjectPath& path)
+    {
+        return ZDA_Common::matchObjectPath(getInstance(path).getPath(), path);
+    }
+    // What names an object: a volume's ElementName, else the name in its
+    // InstanceID, else its Name key.
+    std::string label(const CIMObjectPath& path)
+    {
+        if (path.getClassName().equal("ZDA_StorageVolume"))
+            return text(get<String>(getInstance(path), "ElementName"));
+        const String id = ZDA_Common::getStringProperty(path, "InstanceID");
+        return text(
+            id.size() ? ZDA_Common::extractFromInstanceID(id) : ZDA_Common::getStringProperty(path, "Name"));
+    }
+    std::multiset<std::string> labels(const Array<CIMObjectPath>& paths)
+    {
+        std::multiset<std::string> found;
+        for (Uint32 i = 0; i < paths.size(); i++)
+            found.insert(label(paths[i]));
+        return found;
+    }
+    // The status code of getInstance of `path` as `user`, -1 for none.
+    int readErrorAs(const char* user, const CIMObjectPath& path)
+    {
+        return cimErrorOf(
+            [&] { server().getInstance(as(user), ZDA_NS, path, false, false, false, CIMPropertyList()); });
+    }
+    // The codes the server answers a create, a modify and a delete of the
+    // instance at `path` with ("7 7 7": each refused as not supported).
+    std::string changeErrors(const CIMObjectPath& path)
+    {
+        CIMInstance instance(path.getClassName());
+        instance.setPath(path);
+        const int created = cimErrorOf([&] { server().createInstance(admin(), ZDA_NS, instance); });
+        const int modified = cimErrorOf(
+            [&] { server().modifyInstance(admin(), ZDA_NS, instance, false, CIMPropertyList()); });
+        const int deleted = cimErrorOf([&] { server().deleteInstance(admin(), ZDA_NS, path); });
+        return std::to_string(created) + " " + std::to_string(modified) + " " + std::to_string(deleted);
+    }
+    // Loads an array description in place of the test array.
+    static void loadArray(const std::string& description)
+    {
+        char error[512] = "";
+        ASSERT_EQ(
+            zdasim_load_description_text(description.c_str(), "test description", error, sizeof error), 0)
+            << error;
+        ZDA_InternalCacheService::destroy();
+    }
+    // The synchronization of the local copy `copy` as the server lists it.
+    CIMObjectPath syncOf(const char* copy)
+    {
+        Array<CIMObjectPath> found = server().referenceNames(
+            admin(), ZDA_NS, volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
+        EXPECT_EQ(found.size(), 1u) << copy;
+        return found.size() ? found[0] : CIMObjectPath();
     }
 
     // A method call through the host; out receives the output parameters.
@@ -54,32 +233,6 @@ protected:
     {
         out.clear();
         return server().invokeMethod(context, ZDA_NS, path, method, in, out);
-    }
-
-    // Runs `call(provider, handler)` on a provider of our own, initialized
-    // on a handle that reaches the in-process host; the ledgers are checked
-    // afterwards, naming `what`.
-    template <class Provider, class Call>
-    void directCall(zda_test::RecordingResponseHandler& handler, Call call, const char* what)
-    {
-        CIMOMHandle handle;
-        attachCIMOMHandleBackend(
-            handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
-        Provider* provider = new Provider();
-        provider->initialize(handle);
-        try
-        {
-            call(*provider, handler);
-        }
-        catch (...)
-        {
-            provider->terminate();
-            attachCIMOMHandleBackend(handle, nullptr);
-            throw;
-        }
-        provider->terminate();
-        attachCIMOMHandleBackend(handle, nullptr);
-        expectLedgersClean(what);
     }
 
     // Runs `call` on the host's own provider of the association class,
@@ -103,6 +256,25 @@ protected:
         return handler.sequence();
     }
 
+    // What the host's provider of `association` answers to an enumeration
+    // of its names (or, with `instances`, of its instances) while the array
+    // call `failing` fails ("" for a busy array, null for no failure).
+    std::string enumerateFailing(const char* association, const char* failing, bool instances = false)
+    {
+        const std::string sequence = direct(association, [&](auto&, auto& p, auto& h) {
+            if (failing && *failing)
+                zdasim_fault_add(failing, 1, API_E_INVALID, "broken");
+            else if (failing)
+                zdasim_fault_sem_timeouts(1);
+            if (instances)
+                p.enumerateInstances(admin(), CIMObjectPath(association), false, false, CIMPropertyList(), h);
+            else
+                p.enumerateInstanceNames(admin(), CIMObjectPath(association), h);
+        });
+        zdasim_faults_clear();
+        return sequence;
+    }
+
     void SetUp() override
     {
         CopyServicesTest::SetUp();
@@ -123,30 +295,26 @@ protected:
     // parameters.
     std::string outcome(const char* method, const Array<CIMParamValue>& in, const char* user = "admin")
     {
-        try
-        {
-            return "returned " + text(call(as(user), service, method, in, out).toString());
-        }
-        catch (const CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + text(e.getMessage());
-        }
+        std::string returned;
+        const std::string thrown = failure(
+            [&] { returned = "returned " + text(call(as(user), service, method, in, out).toString()); });
+        return thrown == "none" ? returned : thrown;
     }
 
-    // The service as an object of the test, of the class Service that opens
-    // what a test needs of it; its calls into the server are answered from
-    // the host's repository. One per test, terminated at its end.
+    // A provider of the module as an object of the test, of the class
+    // Service that opens what a test needs of it; its calls into the server
+    // are answered by the host. One per test, terminated at its end.
     template <class Service>
     Service& directService()
     {
         if (!_direct)
         {
             attachCIMOMHandleBackend(
-                _handle, std::make_shared<RepositoryBackend>(zda_test::ServerHostFixture::host()));
+                _handle, std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
             _direct = new Service();
             _direct->initialize(_handle);
         }
-        return static_cast<Service&>(*_direct);
+        return dynamic_cast<Service&>(*_direct);
     }
 
     // The vvset's member names, or {"<none>"} when the array has no such set.
@@ -166,13 +334,81 @@ protected:
         return members;
     }
 
+    // Output parameters of the last call by name; empty when absent.
+    CIMObjectPath outPath(const char* name)
+    {
+        CIMObjectPath path;
+        const CIMValue value = zda_test::paramNamed(out, name);
+        if (!value.isNull())
+            value.get(path);
+        return path;
+    }
+    Array<CIMObjectPath> outPaths(const char* name)
+    {
+        Array<CIMObjectPath> paths;
+        const CIMValue value = zda_test::paramNamed(out, name);
+        if (!value.isNull())
+            value.get(paths);
+        return paths;
+    }
+    std::string outText(const char* name)
+    {
+        String value;
+        const CIMValue v = zda_test::paramNamed(out, name);
+        if (!v.isNull())
+            v.get(value);
+        return text(value);
+    }
+
+    // A remote copy group as the array holds it: whether it runs on its
+    // first target, its volumes and their far names there.
+    struct GroupView
+    {
+        bool exists = false;
+        bool started = false;
+        std::vector<std::string> volumes;
+        std::vector<std::string> remoteNames;
+        std::string target;
+        uint32_t mode = 0;
+        uint32_t period = 0;
+    };
+    static GroupView rcopyGroupView(const std::string& name)
+    {
+        GroupView view;
+        ZDA_AssociationFrame::RCopySnapshot snapshot;
+        EXPECT_EQ(snapshot.read(API_RCOPY_QUERY_TYPE_GROUPS).code, 0);
+        for (rm_group_wrapper* g = snapshot.rcopy.groups; g; g = g->next)
+        {
+            if (name != g->group.rm_hdr.rm_name)
+                continue;
+            view.exists = true;
+            if (g->gtarget_count > 0)
+            {
+                view.target = g->gtargets[0].rm_target;
+                view.mode = g->gtargets[0].rm_mode;
+                view.period = g->gtargets[0].rm_sync_period;
+                // Starting (1) or started (2): the group runs on the target.
+                view.started = g->gtargets[0].rm_state == 1 || g->gtargets[0].rm_state == 2;
+            }
+            for (rm_group_vv_wrapper* vv = g->gvvs; vv; vv = vv->next)
+            {
+                view.volumes.push_back(vv->gvv.rm_local_name);
+                view.remoteNames.push_back(vv->map_count > 0 ? vv->maps[0].rm_remote_name : "");
+            }
+        }
+        return view;
+    }
+
     CIMObjectPath service;
     Array<CIMParamValue> out;
 
 private:
     CIMOMHandle _handle;
-    ZDA_ReplicationServiceProvider* _direct = nullptr;
+    CIMProvider* _direct = nullptr;
 };
+
+// What setMembers gives for a vvset the array does not have.
+const std::set<std::string> NO_SET = {"<none>"};
 
 // The value of the argument `argument` in the journal's last entry of
 // `function` that has it ("" when none): the text of a quoted value, else
@@ -205,10 +441,7 @@ inline std::string lastAuthorizationKey()
 // The output parameter of that name, a null value when absent.
 inline CIMValue outParam(const Array<CIMParamValue>& out, const char* name)
 {
-    for (Uint32 i = 0; i < out.size(); i++)
-        if (String::equalNoCase(out[i].getParameterName(), name))
-            return out[i].getValue();
-    return CIMValue();
+    return zda_test::paramNamed(out, name);
 }
 
 }  // namespace zda_replication_test

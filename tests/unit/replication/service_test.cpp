@@ -4,17 +4,11 @@
 // show the detail (handler calls, keys asked of the array).
 #include "replication_fixture.h"
 
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <Pegasus/Common/MessageLoader.h>
-#include <Pegasus/Common/InternalException.h>
-#include <Pegasus/Provider/ProviderException.h>
-
-#include "RecordingResponseHandler.h"
 #include "ZDA_ConcreteJobProvider.h"
-#include "ZDA_ReplicationServiceProvider.h"
+#include "ZDA_MethodAuthorization.h"
+#include "ZDA_RemoteReplicationCollectionProvider.h"
+#include "ZDA_ReplicationEntityProvider.h"
+#include "ZDA_ReplicationServiceCapabilitiesProvider.h"
 
 extern "C" Pegasus::CIMProvider* PegasusCreateProvider(const Pegasus::String& providerName);
 
@@ -38,68 +32,11 @@ public:
     using ZDA_ReplicationServiceProvider::_returnToResourcePool;
 };
 
-// Classes from the host's repository and properties read through the host.
-class HostBackend : public RepositoryBackend
-{
-public:
-    explicit HostBackend(zda::server::InProcessHost& host) : RepositoryBackend(host), _host(host) {}
-    CIMValue getProperty(const OperationContext& context, const CIMNamespaceName& nameSpace,
-        const CIMObjectPath& instanceName, const CIMName& propertyName) override
-    {
-        return _host.dispatcher().getProperty(context, nameSpace, instanceName, propertyName);
-    }
-
-private:
-    zda::server::InProcessHost& _host;
-};
-
 class ReplicationServiceTest : public ReplicationTest
 {
 protected:
-    void TearDown() override
-    {
-        if (_provider)
-            _provider->terminate();
-        attachCIMOMHandleBackend(_handle, nullptr);
-        ReplicationTest::TearDown();
-    }
-
     // A provider object initialized as the server does it.
-    ServiceUnderTest& provider()
-    {
-        if (!_provider)
-        {
-            attachCIMOMHandleBackend(
-                _handle, std::make_shared<HostBackend>(zda_test::ServerHostFixture::host()));
-            _provider = new ServiceUnderTest();
-            _provider->initialize(_handle);
-        }
-        return *_provider;
-    }
-
-    CIMObjectPath servicePath()
-    {
-        Array<CIMObjectPath> names = server().enumerateInstanceNames(admin(), ZDA_NS, SERVICE);
-        return names.size() == 1 ? names[0] : CIMObjectPath();
-    }
-
-    // The CIMException `call` throws: its code and message; code -1 for none.
-    static std::pair<int, std::string> failureOf(const std::function<void()>& call)
-    {
-        try
-        {
-            call();
-        }
-        catch (const CIMException& e)
-        {
-            return {e.getCode(), text(e.getMessage())};
-        }
-        return {-1, ""};
-    }
-
-private:
-    CIMOMHandle _handle;
-    ServiceUnderTest* _provider = nullptr;
+    ServiceUnderTest& provider() { return directService<ServiceUnderTest>(); }
 };
 
 TEST(ReplicationEntry, NamesCompareWithoutCaseButExactlyOtherwise)
@@ -130,7 +67,7 @@ TEST(ReplicationEntry, NamesCompareWithoutCaseButExactlyOtherwise)
 
 TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     ASSERT_EQ(path.getKeyBindings().size(), 4u);
     EXPECT_EQ(text(path.getNameSpace().getString()), ZDA_NS);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "SystemCreationClassName")), "ZDA_StorageSystem");
@@ -138,11 +75,9 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), SERVICE);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "Name")), SERVICE_NAME);
 
-    Array<CIMInstance> all = server().enumerateInstances(
-        admin(), ZDA_NS, SERVICE, true, false, false, false, CIMPropertyList());
-    ASSERT_EQ(all.size(), 1u);
-    const CIMInstance got = getInstance(path);
-    for (const CIMInstance& service : {all[0], got})
+    const Array<CIMInstance> enumerated = all(SERVICE);
+    ASSERT_EQ(enumerated.size(), 1u);
+    for (const CIMInstance& service : {enumerated[0], getInstance(path)})
     {
         EXPECT_TRUE(ZDA_Common::matchObjectPath(service.getPath(), path));
         EXPECT_EQ(text(get<String>(service, "Caption")), SERVICE_NAME);
@@ -162,123 +97,102 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
 
 TEST_F(ReplicationServiceTest, InstanceOperationsRefuseWithTheirWords)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     ServiceUnderTest& service = provider();
     zda_test::RecordingResponseHandler handler;
-
-    CIMObjectPath threeKeys = path;
-    Array<CIMKeyBinding> keys = path.getKeyBindings();
-    keys.remove(3);
-    threeKeys.setKeyBindings(keys);
-    CIMObjectPath otherName = path;
-    keys = path.getKeyBindings();
-    keys[3] = CIMKeyBinding("Name", "Other", CIMKeyBinding::STRING);
-    otherName.setKeyBindings(keys);
+    const CIMObjectPath threeKeys = withKey(path, "Name", nullptr);
+    const CIMObjectPath otherName = withKey(path, "Name", "Other");
     CIMObjectPath otherClass = path;
     otherClass.setClassName("ZDA_StorageSystem");
+    const CIMPropertyList all;
 
-    const struct
-    {
-        const char* what;
-        std::function<void()> call;
-        int code;
-        const char* message;
-    } cases[] = {
-        {"three keys",
-            [&] { service.getInstance(admin(), threeKeys, false, false, CIMPropertyList(), handler); },
-            CIM_ERR_INVALID_PARAMETER, "ZDA_ReplicationService Expect four keys."},
-        {"no such name",
-            [&] { service.getInstance(admin(), otherName, false, false, CIMPropertyList(), handler); },
-            CIM_ERR_NOT_FOUND, "ZDA_ReplicationService CIM Object not found."},
-        {"another class", [&] { service.enumerateInstanceNames(admin(), otherClass, handler); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService Invalid class nameZDA_StorageSystem"},
-        {"refused user",
-            [&] {
-                service.enumerateInstances(as("noaccess"), path, false, false, CIMPropertyList(), handler);
-            },
-            CIM_ERR_ACCESS_DENIED, "Insufficient privilege for the user"},
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { service.getInstance(admin(), threeKeys, false, false, all, handler); },
+            "thrown 4: ZDA_ReplicationService Expect four keys."},
+        {[&] { service.getInstance(admin(), otherName, false, false, all, handler); },
+            "thrown 6: ZDA_ReplicationService CIM Object not found."},
+        {[&] { service.enumerateInstanceNames(admin(), otherClass, handler); },
+            "thrown 7: ZDA_ReplicationService Invalid class nameZDA_StorageSystem"},
+        {[&] { service.enumerateInstances(as("noaccess"), path, false, false, all, handler); },
+            "thrown 2: Insufficient privilege for the user"},
         // The refusals come before the array is opened, so even a refused user gets them.
-        {"modify",
-            [&] {
-                service.modifyInstance(
-                    as("noaccess"), path, CIMInstance(SERVICE), false, CIMPropertyList(), handler);
-            },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support modifyInstance."},
-        {"create", [&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE), handler); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support createInstance."},
-        {"delete", [&] { service.deleteInstance(as("noaccess"), path, handler); }, CIM_ERR_NOT_SUPPORTED,
-            "ZDA_ReplicationService does not support deleteInstance."},
-        {"path constructor", [] { ZDA_ReplicationServiceProvider byPath((CIMObjectPath())); },
-            CIM_ERR_NOT_SUPPORTED, "ZDA_ReplicationService does not support constructor with object path."},
+        {[&] { service.modifyInstance(as("noaccess"), path, CIMInstance(SERVICE), false, all, handler); },
+            "thrown 7: ZDA_ReplicationService does not support modifyInstance."},
+        {[&] { service.createInstance(as("noaccess"), path, CIMInstance(SERVICE), handler); },
+            "thrown 7: ZDA_ReplicationService does not support createInstance."},
+        {[&] { service.deleteInstance(as("noaccess"), path, handler); },
+            "thrown 7: ZDA_ReplicationService does not support deleteInstance."},
     };
     for (const auto& c : cases)
-    {
-        const auto failure = failureOf(c.call);
-        EXPECT_EQ(failure.first, c.code) << c.what;
-        EXPECT_EQ(failure.second, c.message) << c.what;
-    }
+        EXPECT_EQ(failure(c.first), c.second);
     EXPECT_EQ(handler.sequence(), "");
 }
 
 TEST_F(ReplicationServiceTest, AnUnknownMethodIsAnsweredWithNothing)
 {
-    const CIMObjectPath path = servicePath();
+    const CIMObjectPath path = ReplicationTest::service;
     zda_test::RecordingResponseHandler handler;
-    provider().invokeMethod(as("viewer"), path, "NoSuchMethod", Array<CIMParamValue>(), handler);
+    const Array<CIMParamValue> none;
+    provider().invokeMethod(as("viewer"), path, "NoSuchMethod", none, handler);
     EXPECT_EQ(handler.sequence(), "");
 
     // The path is checked first: an unknown method elsewhere is not found.
-    CIMObjectPath elsewhere = path;
-    Array<CIMKeyBinding> keys = path.getKeyBindings();
-    keys[1] = CIMKeyBinding("SystemName", "other-array", CIMKeyBinding::STRING);
-    elsewhere.setKeyBindings(keys);
-    const auto failure = failureOf([&] {
-        provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", Array<CIMParamValue>(), handler);
-    });
-    EXPECT_EQ(failure.first, CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(failure.second, "ZDA_ReplicationService CIM Object not found.");
-    EXPECT_EQ(cimErrorOf([&] {
-        provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", Array<CIMParamValue>(), handler);
-    }),
-        CIM_ERR_ACCESS_DENIED);
+    const CIMObjectPath elsewhere = withKey(path, "SystemName", "other-array");
+    EXPECT_EQ(failure([&] { provider().invokeMethod(admin(), elsewhere, "NoSuchMethod", none, handler); }),
+        "thrown 6: ZDA_ReplicationService CIM Object not found.");
+    EXPECT_EQ(failure([&] { provider().invokeMethod(as("noaccess"), path, "NoSuchMethod", none, handler); }),
+        "thrown 2: Insufficient privilege for the user");
     EXPECT_EQ(handler.sequence(), "");
 }
 
-TEST_F(ReplicationServiceTest, EachFuncTypeAsksTheArrayForItsKey)
+// Each method asks the array for its right, chosen by the method and what
+// it is asked to do, from the caller's address; a viewer has none of them.
+TEST_F(ReplicationServiceTest, EachMethodAsksTheArrayForItsRight)
 {
-    Array<CIMParamValue> abort;
-    abort.append(CIMParamValue("Operation", CIMValue(Uint16(2))));
+    const auto op = [](Uint16 operation) { return args({{"Operation", u16(operation)}}); };
+    const std::string generic = "thrown 2: Insufficient generic privilege";
+    const std::string refused = "thrown 2: Insufficient privilege for the user";
     const struct
     {
-        int funcType;
+        const char* method;
         Array<CIMParamValue> in;
-        const char* key;
-    } cases[] = {
-        {AUTH_CREATE_ELEMENT_REPLICA, {}, "zda_replicationservice.createelementreplica.createvvcopy"},
-        {AUTH_MODIFY_REPLICA_SYNCHRONIZATION, abort,
-            "zda_replicationservice.modifyreplicasynchronization.abort "},
-        {AUTH_MODIFY_LIST_SYNCHRONIZATION, {}, "zda_replicationservice.modifylistsynchronization.resync"},
-        {AUTH_MODIFY_GROUP_REPLICA_SYNCHRONIZATION, abort,
-            "zda_replicationservice.modifylistsynchronization.abort"},
-        {AUTH_CREATE_GROUP_REPLICA, {}, "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {AUTH_CREATE_CONSISTENT_REPLICA_LIST, {},
-            "zda_replicationservice.creategroupreplica.creategroupvvcopy"},
-        {AUTH_REPLICATION_CAPABILITIES, {}, "zda_replicationservicecapabilities"},
+        const char* key;  // after "zda_replicationservice"
+        const std::string& viewer;
+    } rows[] = {
+        {"CreateElementReplica", args({{"SyncType", u16(8)}}), ".createelementreplica.createvvcopy", refused},
+        {"CreateElementReplica", args({{"SyncType", u16(7)}, {"Mode", u16(3)}}),
+            ".createelementreplica.createsv", refused},
+        {"CreateListReplica", args({{"SyncType", u16(8)}}), ".createelementreplica.createvvcopy", refused},
+        {"ZDA_CreateConsistentReplicaList", {}, ".creategroupreplica.creategroupvvcopy", refused},
+        {"ModifyReplicaSynchronization", op(2), ".modifyreplicasynchronization.abort ", refused},
+        {"ModifyReplicaSynchronization", op(21), ".modifyreplicasynchronization.split", refused},
+        {"ModifyReplicaSynchronization", op(10), ".modifyreplicasynchronization.setrcopygroup", refused},
+        {"ModifyListSynchronization", {}, ".modifylistsynchronization.resync", refused},
+        {"ModifyListSynchronization", op(8), ".modifylistsynchronization.dissolve", refused},
+        {"ZDA_ModifyGroupReplicaSynchronization", op(2), ".modifylistsynchronization.abort", refused},
+        {"ZDA_ModifyGroupReplicaSynchronization",
+            args({{"Operation", u16(19)}, {"TargetGroup", CIMValue(vvset("x"))}}), ".deletegroup", refused},
+        // Without an Operation the right of another method is asked.
+        {"ModifyReplicaSynchronization", {}, ".createelementreplica.createvvcopy", refused},
+        {"CreateGroupReplica", args({{"SyncType", u16(7)}, {"Mode", u16(3)}}),
+            ".creategroupreplica.creategroupsv", refused},
+        {"ZDA_CreateGroupReplica", args({{"SyncType", u16(8)}}), ".creategroupreplica.creategroupvvcopy",
+            refused},
+        {"CreateGroupReplicaFromElements", args({{"SyncType", u16(6)}, {"Mode", u16(3)}}),
+            ".creategroupreplica.createmirror", refused},
+        {"CreateGroup", {}, ".creategroup", generic},
+        {"AddMembers", {}, ".addmembers", generic},
+        {"RemoveMembers", {}, ".removemembers", generic},
+        {"GetPeerSystems", {}, ".getpeersystems", generic},
+        {"GetServiceAccessPoints", {}, ".getserviceaccesspoints", generic},
     };
-    ServiceUnderTest& service = provider();
-    for (const auto& c : cases)
+    for (const auto& row : rows)
     {
-        zdasim_journal_clear();
-        service._authorizeByFuncType(c.funcType, "operator", "192.0.2.7", c.in);
-        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
-        ASSERT_EQ(asked.size(), 1u) << c.funcType;
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
-        EXPECT_NE(asked[0].find("addr=\"192.0.2.7\""), std::string::npos) << asked[0];
-
-        const auto refused = failureOf(
-            [&] { service._authorizeByFuncType(c.funcType, "viewer", "192.0.2.7", c.in); });
-        EXPECT_EQ(refused.first, CIM_ERR_ACCESS_DENIED) << c.funcType;
-        EXPECT_EQ(refused.second, "Insufficient privilege for the user");
+        SCOPED_TRACE(std::string(row.method) + " " + row.key);
+        EXPECT_EQ(outcome(row.method, row.in, "operator").find("privilege"), std::string::npos);
+        EXPECT_EQ(lastAuthorizationKey(), std::string("zda_replicationservice") + row.key);
+        EXPECT_EQ(lastJournalArgument("api_authorizeCIMUser", "addr"), "192.0.2.99");
+        EXPECT_EQ(outcome(row.method, row.in, "viewer"), row.viewer);
     }
 }
 
@@ -290,38 +204,31 @@ TEST_F(ReplicationServiceTest, TheGenericKeyFollowsTheClassTheClientNamed)
         const char* className;
         const char* method;
         const char* key;
-        int code;
-        const char* message;
+        const char* refusal;
     } cases[] = {
-        {"ZDA_ReplicationService", "CreateGroup", "zda_replicationservice.creategroup", -1, ""},
         // The operator has no right under the CIM class's key.
-        {"CIM_ReplicationService", "CreateGroup", "cim_replicationservice.creategroup", CIM_ERR_ACCESS_DENIED,
-            "Insufficient generic privilege"},
-        {"ZDA_ReplicationService", "AddMembers", "zda_replicationservice.addmembers", CIM_ERR_NOT_SUPPORTED,
-            "Does not support in generic!"},
+        {"CIM_ReplicationService", "CreateGroup", "cim_replicationservice.creategroup",
+            "thrown 2: Insufficient generic privilege"},
+        {"ZDA_ReplicationService", "AddMembers", "zda_replicationservice.addmembers",
+            "thrown 7: Does not support in generic!"},
     };
     zdasim_role_set_right("edit", "zda_replicationservice.addmembers", 7);
     for (const auto& c : cases)
     {
-        zdasim_journal_clear();
-        const auto failure = failureOf(
-            [&] { service._authorizeGeneric(c.className, c.method, "operator", ""); });
-        EXPECT_EQ(failure, std::make_pair(c.code, std::string(c.message))) << c.method;
-        const auto asked = zda_test::journalOf("api_authorizeCIMUser");
-        ASSERT_EQ(asked.size(), 1u);
-        EXPECT_NE(asked[0].find(std::string("key=\"") + c.key + "\""), std::string::npos) << asked[0];
+        EXPECT_EQ(
+            failure([&] { service._authorizeGeneric(c.className, c.method, "operator", ""); }), c.refusal);
+        EXPECT_EQ(lastAuthorizationKey(), c.key);
     }
 }
 
 TEST_F(ReplicationServiceTest, AMethodEndsWithItsResultOrThrowsItAsTheStatus)
 {
     ServiceUnderTest& service = provider();
-    Array<CIMParamValue> params;
-    params.append(CIMParamValue("Job", CIMValue(String("x"))));
+    const Array<CIMParamValue> params = args({{"Job", str("x")}});
 
     zda_test::RecordingResponseHandler failed;
-    EXPECT_EQ(failureOf([&] { service._completeMethod(failed, 5, "bad target", params, "_t"); }),
-        std::make_pair(5, std::string("bad target")));
+    EXPECT_EQ(failure([&] { service._completeMethod(failed, 5, "bad target", params, "_t"); }),
+        "thrown 5: bad target");
     EXPECT_EQ(failed.sequence(), "");
 
     // A result without a text is an ordinary answer, parameters included.
@@ -331,10 +238,7 @@ TEST_F(ReplicationServiceTest, AMethodEndsWithItsResultOrThrowsItAsTheStatus)
         service._completeMethod(handler, outstatus, outstatus ? "" : "ignored", params, "_t");
         EXPECT_EQ(handler.sequence(), "processing deliverParamValue deliver(value) complete");
         ASSERT_EQ(handler.returnValues().size(), 1u);
-        EXPECT_EQ(handler.returnValues()[0].getType(), CIMTYPE_UINT32);
-        Uint32 returned = 0;
-        handler.returnValues()[0].get(returned);
-        EXPECT_EQ(returned, outstatus);
+        EXPECT_EQ(handler.returnValues()[0], CIMValue(outstatus));
     }
 }
 
@@ -388,19 +292,13 @@ TEST_F(ReplicationServiceTest, OnlyTheFirstTaskOfAStartedGroupIsItsJob)
         api_rcopy_start_group group{};
         group.sync_task_num = c.count;
         group.sync_task_id = c.ids;
-        Array<CIMParamValue> params;
-        service.setConcreteJobParam(params, group);
-        if (c.job == 0)
-        {
-            EXPECT_EQ(params.size(), 0u);
-            continue;
-        }
-        ASSERT_EQ(params.size(), 1u);
-        EXPECT_EQ(text(params[0].getParameterName()), "Job");
-        CIMObjectPath job;
-        params[0].getValue().get(job);
-        EXPECT_TRUE(ZDA_Common::matchObjectPath(job,
-            ZDA_ConcreteJobProvider::buildObjectPath(HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
+        out.clear();
+        service.setConcreteJobParam(out, group);
+        ASSERT_EQ(out.size(), c.job ? 1u : 0u);
+        EXPECT_TRUE(c.job == 0 ||
+            ZDA_Common::matchObjectPath(outPath("Job"),
+                ZDA_ConcreteJobProvider::buildObjectPath(
+                    HOST, ZDA_ConcreteJobProvider::makeUniqueID(c.job))));
     }
 }
 
@@ -415,19 +313,14 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     Array<CIMObjectPath> toReturn;
     toReturn.append(gone);
     toReturn.append(CIMObjectPath("ZDA_StorageSynchronized"));
-    for (const api_Status_t& status :
-        {service._returnToResourcePool(&event, admin(), toReturn, CIMObjectPath(), false),
-            service._returnToResourcePool(&event, admin(), gone)})
-    {
-        EXPECT_EQ(status.code, 50);
-        char errText[API_ERRTEXT_LEN];
-        EXPECT_STREQ(api_getErrorTextNoNL(errText, sizeof errText, &status),
-            "None of the Synchronized instances exist");
-    }
+    const std::string none = "50: None of the Synchronized instances exist";
+    EXPECT_EQ(
+        statusText(service._returnToResourcePool(&event, admin(), toReturn, CIMObjectPath(), false)), none);
+    EXPECT_EQ(statusText(service._returnToResourcePool(&event, admin(), gone)), none);
     EXPECT_EQ(zda_test::journalOf("api_removeVVs").size(), 0u);
 
     // A snapshot and a clone among them: the snapshot is detached, the clone removed.
-    Array<CIMObjectPath> syncs = server().enumerateInstanceNames(admin(), ZDA_NS, "ZDA_StorageSynchronized");
+    Array<CIMObjectPath> syncs = namesOf("ZDA_StorageSynchronized");
     for (Uint32 i = 0; i < syncs.size(); i++)
     {
         const CIMObjectPath target = endOf(syncs[i], "SyncedElement");
@@ -437,21 +330,60 @@ TEST_F(ReplicationServiceTest, ReturningSynchronizationsRemovesTheTargetsThatSti
     }
     ASSERT_EQ(toReturn.size(), 4u);
     // A target set that cannot be removed ends the walk before any target goes.
-    const auto group = [](const char* set) {
-        Array<CIMKeyBinding> id;
-        id.append(CIMKeyBinding("InstanceID", String("KX_ORLA:") + set, CIMKeyBinding::STRING));
-        return CIMObjectPath(HOST, ZDA_NS, "ZDA_ReplicationGroup", id);
-    };
-    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, group("no_set"), true).code, 0);
+    EXPECT_NE(service._returnToResourcePool(&event, admin(), toReturn, vvset("no_set"), true).code, 0);
     EXPECT_EQ(volumePaths().count("vol1.rw"), 1u);
 
-    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, group("set_one"), true).code, 0);
+    EXPECT_EQ(service._returnToResourcePool(&event, admin(), toReturn, vvset("set_one"), true).code, 0);
     const auto removedSets = zda_test::journalOf("api_removeVVSet");
     ASSERT_EQ(removedSets.size(), 2u);
     EXPECT_NE(removedSets[1].find("set_one"), std::string::npos) << removedSets[1];
     const auto remaining = volumePaths();
     EXPECT_EQ(remaining.count("vol1.rw") + remaining.count("vol2.clone"), 0u);
     EXPECT_EQ(remaining.count("vol1"), 1u);
+}
+
+// The module's providers are made only by the module's entry, never from a path.
+TEST(ReplicationProviders, ConstructionFromAPathIsRefused)
+{
+    const CIMObjectPath path;
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { ZDA_ReplicationServiceProvider p(path); }, "ZDA_ReplicationService"},
+        {[&] { ZDA_ReplicationServiceCapabilitiesProvider p(path); }, "ZDA_ReplicationServiceCapabilities"},
+        {[&] { ZDA_RemoteReplicationGroupProvider p(path); }, "ZDA_RemoteReplicationGroup"},
+        {[&] { ZDA_RemoteReplicationCollectionProvider p(path); }, "ZDA_RemoteReplicationCollection"},
+        {[&] { ZDA_ReplicationEntityProvider p(path); }, "ZDA_ReplicationEntity"},
+        {[&] { ZDA_RemoteServiceAccessPointProvider p(path); }, "ZDA_RemoteServiceAccessPoint"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(failure(c.first),
+            std::string("thrown 7: ") + c.second + " does not support constructor with object path.");
+}
+
+// The choice of a right by a method's authorization kind, and the refusals
+// its result leads to, on the simulator alone.
+using MethodAuthorizationTest = zda_test::SimulatorFixture;
+
+TEST_F(MethodAuthorizationTest, KindsChooseTheirRightAndKindsWithoutOneAskNothing)
+{
+    const Array<CIMParamValue> none;
+    EXPECT_EQ(authorizeMethod(AUTH_REPLICATION_CAPABILITIES, "viewer", "192.0.2.1", none), 1);
+    EXPECT_EQ(lastAuthorizationKey(), "zda_replicationservicecapabilities");
+    EXPECT_EQ(authorizeMethod(AUTH_MODIFY_SETTING_PERSISTENT, "operator", "192.0.2.1", none), 1);
+    EXPECT_EQ(lastAuthorizationKey(), "zda_storagesetting.modifyinstance");
+
+    zdasim_journal_clear();
+    for (int kind : {0, 4, 18, -1})
+        EXPECT_EQ(authorizeMethod(kind, "admin", "192.0.2.1", none), 3) << kind;
+    EXPECT_EQ(zdasim_journal_count_of("api_authorizeCIMUser"), 0u);
+}
+
+TEST_F(MethodAuthorizationTest, ResultsBecomeTheirRefusals)
+{
+    const std::pair<int, const char*> cases[] = {{1, "thrown 2: Insufficient privilege for the user"},
+        {2, "thrown 2: Insufficient privilege for the user"}, {3, "thrown 7: Does not support!"},
+        {-7, "thrown 7: Does not support!"}, {0, "none"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(failure([&] { requireAuthorized(c.first, "File", 1); }).rfind(c.second, 0), 0u) << c.first;
 }
 
 }  // namespace
