@@ -158,10 +158,21 @@ TEST_F(MembershipTest, AnArrayFailureAnswersEmpty)
     }
 }
 
-TEST_F(MembershipTest, EveryVvsetsMembersComeThroughOneMembership)
+TEST_F(MembershipTest, MembersComeInTheGroupsOrderThroughOneMembership)
 {
     const char* ordered = "ZDA_OrderedMemberOfRemoteReplicationGroup";
     EXPECT_EQ(far(rcopyGroup("rcg_empty"), ordered).size(), 0u);
+
+    // A remote copy group's volumes come in the group's order, numbered from 1.
+    Array<CIMObject> links = server().references(
+        admin(), ZDA_NS, rcopyGroup("rcg_mixed"), ordered, "", false, false, CIMPropertyList());
+    const std::vector<std::string> order = {"eng_scratch02", "eng_scratch03", "eng_build06", "eng_build04"};
+    ASSERT_EQ(links.size(), order.size());
+    for (Uint32 i = 0; i < links.size(); i++)
+    {
+        EXPECT_EQ(label(endOf(links[i].getPath(), "Member")), order[i]);
+        EXPECT_EQ(get<Uint64>(CIMInstance(links[i]), "AssignedSequence"), Uint64(i + 1));
+    }
 
     // Every vvset's members are reached through exactly one membership
     // association: the remote copy ones here, the others by the plain one.

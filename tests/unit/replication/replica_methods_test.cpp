@@ -151,6 +151,21 @@ TEST_F(ReplicaMethodsTest, ACloneIsAJobKeptSynchronizedUnlessAskedOtherwise)
     EXPECT_EQ(nameOf(outPath("TargetElement")), "vol3.c3");
     EXPECT_TRUE(ZDA_Common::matchObjectPath(
         endOf(outPath("Synchronization"), "SyncedElement"), outPath("TargetElement")));
+
+    // The job follows the array's clock: part-way, then done at 100%.
+    const CIMObjectPath job = outPath("Job");
+    Uint16 percent = get<Uint16>(getInstance(job), "PercentComplete");
+    bool sawPartWay = false;
+    for (int step = 0; step < 1000 && get<Uint16>(getInstance(job), "JobState") != 7; step++)
+    {
+        zdasim_clock_advance(1);
+        const Uint16 now = get<Uint16>(getInstance(job), "PercentComplete");
+        EXPECT_GE(now, percent);
+        sawPartWay = sawPartWay || (now > 0 && now < 100);
+        percent = now;
+    }
+    EXPECT_TRUE(sawPartWay);
+    EXPECT_EQ(percent, 100);
 }
 
 TEST_F(ReplicaMethodsTest, ASnapshotOfOneVolumeNeedsNoJob)
