@@ -24,12 +24,17 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
     EXPECT_EQ(task(tid).type, API_TASK_PHYSICAL_COPY);
     EXPECT_STREQ(task(tid).user, "admin");
 
-    // 10240 MiB at the array's copy speed.
-    zdasim_clock_advance(10240 / API_COPY_MIB_PER_SECOND);
+    // 10240 MiB at the array's copy speed; looked at later, the copy keeps
+    // the time it finished.
+    const time_t finished = kT0 + 10240 / API_COPY_MIB_PER_SECOND;
+    zdasim_clock_set(finished + 100);
     v = volume("vol1.pc");
     EXPECT_EQ(v.copyProgress, 100);
     EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
-    EXPECT_EQ(task(tid).state, API_TASK_DONE);
+    EXPECT_EQ(v.curWhenSynced, finished);
+    const api_task_t t = task(tid);
+    EXPECT_EQ(
+        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, finished));
 }
 
 TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
@@ -191,36 +196,6 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
     EXPECT_EQ(settings().size(), 1u);
 }
 
-TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete)
-{
-    uint32_t tid = 0;
-    ASSERT_EQ(zdasim_clone_start("vol1", "vol1.full", 200, -1, &tid), 0);
-    ASSERT_NE(tid, 0u);
-    api_VVObj_t v = volume("vol1.full");
-    EXPECT_EQ(v.type, API_VV_TYPE_PHYSICAL_COPY);
-    EXPECT_STREQ(v.copyOfName, "vol1");
-    EXPECT_EQ(v.copyProgress, 0);
-    EXPECT_TRUE(v.state & API_VV_STATE_COPYING);
-    api_task_t t = task(tid);
-    EXPECT_EQ(
-        std::make_tuple(t.type, t.percentDone, t.startTime), std::make_tuple(API_TASK_PHYSICAL_COPY, 0, kT0));
-    EXPECT_STREQ(t.name, "vol1.full");
-
-    zdasim_clock_advance(50);
-    EXPECT_EQ(volume("vol1.full").copyProgress, 25);
-    EXPECT_EQ(task(tid).percentDone, 25);
-
-    zdasim_clock_advance(1000);
-    v = volume("vol1.full");
-    EXPECT_EQ(v.copyProgress, 100);
-    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
-    EXPECT_EQ(v.curWhenSynced, kT0 + 200);  // when it finished, not when it was looked at
-    t = task(tid);
-    EXPECT_EQ(
-        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, kT0 + 200));
-    EXPECT_STREQ(t.detail, "");
-}
-
 TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
 {
     uint32_t bySelf = 0, byControl = 0;
@@ -233,18 +208,13 @@ TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
     EXPECT_EQ(task(byControl).state, API_TASK_FAILED);  // at the next step, which this query is
     zdasim_clock_advance(70);
 
-    api_task_t t = task(bySelf);
+    const api_task_t t = task(bySelf);
     EXPECT_EQ(
         std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_FAILED, 60, kT0 + 60));
-    EXPECT_THAT(t.detail, HasSubstr("60%"));
     const api_VVObj_t v = volume("vol2.bad");
-    EXPECT_EQ(v.copyProgress, 60);
-    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(std::make_tuple(v.type, v.copyProgress), std::make_tuple(API_VV_TYPE_PHYSICAL_COPY, 60));
+    EXPECT_STREQ(v.copyOfName, "vol2");
     EXPECT_EQ(v.curWhenSynced, 0);
-
-    t = task(byControl);
-    EXPECT_EQ(t.percentDone, 30);
-    EXPECT_STREQ(t.detail, "the source could not be read");
     EXPECT_EQ(volume("vol4.bad").copyProgress, 30);
     // A finished task cannot be failed again.
     EXPECT_EQ(zdasim_task_fail(byControl, "again"), API_E_NOT_FOUND);
