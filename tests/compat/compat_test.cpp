@@ -5,8 +5,6 @@
 #include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMOMHandleBackend.h>
-#include <Pegasus/Client/CIMClient.h>
-#include <Pegasus/Client/CIMClientTransport.h>
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
@@ -51,21 +49,13 @@ protected:
     }
 
     // The host side the providers see through their CIMOMHandle.
-    void SetUp() override
-    {
-        for (const char* system : {"sys1", "sys2", "sys3"})
-            backend->instanceNames.append(CIMObjectPath(String("Compat_System.Name=\"") + system + "\""));
-        backend->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
-        attachCIMOMHandleBackend(cimom, backend);
-        CIMClientTransports::setLoopbackTransportFactory(nullptr);
-    }
+    void SetUp() override { attachCIMOMHandleBackend(cimom, backend); }
 
     void TearDown() override
     {
         for (CIMProvider* provider : created)
             provider->terminate();
         attachCIMOMHandleBackend(cimom, nullptr);
-        CIMClientTransports::setLoopbackTransportFactory(nullptr);
     }
 
     // Creates and initializes a provider as a server does.
@@ -199,39 +189,6 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
         EXPECT_NE(std::string::npos, text(e.getFile()).find("CompatProviders.cpp"));
         EXPECT_GT(e.getLine(), 0u);
     }
-}
-
-TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
-{
-    auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
-    ASSERT_NE(nullptr, provider);
-    const OperationContext context = request();
-
-    RecordingResponseHandler count;
-    provider->invokeMethod(context, volume("vol1"), "CountSystems", Array<CIMParamValue>(), count);
-    EXPECT_EQ(CIMValue(Uint32(3)), count.returnValues()[0]);
-    EXPECT_EQ("enumerateInstanceNames root/compat Compat_System", backend->lastCall().call);
-    EXPECT_EQ("<none>", backend->lastCall().user) << "the provider passed an empty context";
-
-    auto systemName = [&] {
-        RecordingResponseHandler handler;
-        provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(), handler);
-        return text(handler.paramValues().at(0).getValue().toString());
-    };
-
-    // No local server: connectLocal fails and the provider asks its CIMOMHandle.
-    EXPECT_EQ("S-from-cimom", systemName());
-    const size_t upcalls = backend->calls().size();
-
-    // The local server a CIMClient reaches through connectLocal().
-    CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
-        auto local = std::make_unique<zda_test::RecordingClientTransport>(
-            std::make_shared<std::vector<std::string>>());
-        local->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
-        return std::unique_ptr<CIMClientTransport>(std::move(local));
-    });
-    EXPECT_EQ("S-from-local-client", systemName());
-    EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
 }
 
 TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
