@@ -72,9 +72,10 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 25);
     EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_COPYING);
-    EXPECT_EQ(audited(api_stopCopy, "vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(audited(api_restoreCopy, "vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
 
+    // Stopping what does not run, restoring from an incomplete copy, the
+    // restore's flag and a busy parent are refused or shown through the
+    // copy services; here the tasks and records behind them.
     uint32_t again = 0;
     ASSERT_EQ(audited(api_resyncCopy, "vol2.pc", &again).code, 0);
     EXPECT_NE(again, tid);
@@ -84,13 +85,9 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
 
     uint32_t back = 0;
     ASSERT_EQ(audited(api_restoreCopy, "vol2.pc", &back).code, 0);
-    EXPECT_TRUE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     EXPECT_STREQ(task(back).name, "vol2->vol2.pc");
-    // The parent is busy: its other copy cannot be resynchronised meanwhile.
-    EXPECT_EQ(audited(api_resyncCopy, "vol2.clone", nullptr).code, API_E_IN_USE);
     zdasim_clock_advance(80);
-    EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).state, API_TASK_DONE);
 
     ASSERT_EQ(audited(api_promoteCopy, "vol2.pc").code, 0);
@@ -103,17 +100,13 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     EXPECT_EQ(audited(api_resyncCopy, "gone", nullptr).code, API_E_NOT_FOUND);
 }
 
-TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask)
+// A snapshot's resync needs no task and its restore one, as the copy
+// services show; its new point in time and its refused promotion show here.
+TEST_F(ArrayTest, SnapshotsResyncToNowAndAreNotPromoted)
 {
     zdasim_clock_advance(100);
-    uint32_t tid = 7;
-    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", &tid).code, 0);
-    EXPECT_EQ(tid, 0u);
+    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", nullptr).code, 0);
     EXPECT_EQ(volume("vol1.rw").creationTime, kT0 + 100);
-    ASSERT_EQ(audited(api_restoreCopy, "vol1.ro", &tid).code, 0);
-    EXPECT_NE(tid, 0u);
-    EXPECT_EQ(audited(api_stopCopy, "vol1.ro").code, 0);
-    EXPECT_FALSE(volume("vol1.ro").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(audited(api_promoteCopy, "vol1.ro").code, API_E_INVALID);
 }
 

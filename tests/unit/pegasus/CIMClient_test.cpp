@@ -70,22 +70,19 @@ protected:
 
 }  // namespace
 
+// The socket the variable names is reached in the server's own tests.
 TEST_F(CIMClientTest, ConnectLocalPrefersTheInProcessLoopbackOverTheSocket)
 {
-    std::string socketPathSeen;
-    CIMClientTransports::setLocalSocketTransportFactory([&](const String& path, Uint32) {
-        socketPathSeen = text(path);
+    bool socketUsed = false;
+    CIMClientTransports::setLocalSocketTransportFactory([&](const String&, Uint32) {
+        socketUsed = true;
         return fakeTransport();
     });
     setenv(SOCKET_VARIABLE, "/tmp/zda.sock", 1);
-
-    CIMClient viaSocket;
-    viaSocket.connectLocal();
-    EXPECT_EQ("/tmp/zda.sock", socketPathSeen);
-
     installLoopback();
-    CIMClient viaLoopback;
-    viaLoopback.connectLocal();
+    CIMClient client;
+    client.connectLocal();
+    EXPECT_FALSE(socketUsed);
     EXPECT_EQ("setTimeout 20000", lastLogged());
     EXPECT_EQ("loopback", (*log)[log->size() - 2]);
 }
