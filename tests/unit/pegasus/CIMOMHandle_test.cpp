@@ -31,7 +31,7 @@ const CIMNamespaceName NS("root/zda");
 const std::string V = "ZDA_StorageVolume.DeviceID=\"vol-1\",SystemName=\"S1\"";
 const CIMObjectPath VOLUME(V.c_str());
 
-// Answers enumerateInstanceNames, invokeMethod and getResponseContext with
+// Answers invokeMethod and getResponseContext with
 // recognisable results and can run a hook inside getInstance, before it
 // answers.
 class HostBackend : public zda_test::RecordingCIMOMBackend
@@ -41,7 +41,6 @@ public:
 
     HostBackend()
     {
-        instanceNames.append(CIMObjectPath("ZDA_StorageSystem.Name=\"one\""));
         outParameters.append(CIMParamValue("Job", CIMValue(String("job-1"))));
         returnValue = CIMValue(Uint32(4096));
     }
@@ -178,11 +177,8 @@ TEST_F(CIMOMHandleTest, ForwardsEveryOperationWithItsArgumentsAndTheCallersConte
 
 TEST_F(CIMOMHandleTest, ReturnsWhatTheBackendAnswered)
 {
+    // Instance names returned to a provider are counted in the server's upcall tests.
     const OperationContext context;
-    Array<CIMObjectPath> names = handle.enumerateInstanceNames(context, NS, "ZDA_StorageSystem");
-    ASSERT_EQ(1u, names.size());
-    EXPECT_EQ(String("ZDA_StorageSystem.Name=\"one\""), names[0].toString());
-
     Array<CIMParamValue> out;
     out.append(CIMParamValue("Kept", CIMValue(Uint32(1))));
     EXPECT_EQ(
