@@ -1,5 +1,4 @@
 // Volume look-ups, filters and chunked queries, removal, group snapshots.
-#include <cstring>
 #include <map>
 #include <tuple>
 
@@ -45,9 +44,8 @@ TEST_F(VolumeTest, LookUpByNameOrWwn)
     EXPECT_STREQ(r.usrCpgName, "FC_r5");
     EXPECT_STREQ(r.cpgName, "FC_r1");
     EXPECT_STREQ(r.domain, "dom1");
-    EXPECT_EQ(std::strlen(r.wwnText), 32u);
-    // The WWN text is where callers read it, and agrees with the numbers.
-    EXPECT_STREQ(reinterpret_cast<const char*>(&r) + 102, r.wwnText);
+    // The WWN text agrees with the numbers (its place in the record is fixed
+    // by the layout test).
     char wwn[33];
     api_wwnIntToString(r.wwn_re, r.wwn, wwn, sizeof wwn);
     EXPECT_STREQ(wwn, r.wwnText);
