@@ -1,7 +1,5 @@
 // VVsets: listing with and without conditions, creation with key-values,
 // changes, membership, key-value queries.
-#include <algorithm>
-#include <cstring>
 #include <functional>
 #include <map>
 #include <tuple>
