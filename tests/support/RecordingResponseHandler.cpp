@@ -31,98 +31,82 @@ void RecordingResponseHandler::record(HandlerEvent event)
 
 namespace
 {
-HandlerEvent makeEvent(HandlerEvent::Kind kind, bool fromArray)
+HandlerEvent eventOf(HandlerEvent::Kind kind)
 {
     HandlerEvent event;
     event.kind = kind;
-    event.fromArray = fromArray;
     return event;
 }
 }  // namespace
 
 void RecordingResponseHandler::processing()
 {
-    record(makeEvent(HandlerEvent::PROCESSING, false));
+    record(eventOf(HandlerEvent::PROCESSING));
 }
 
 void RecordingResponseHandler::complete()
 {
-    record(makeEvent(HandlerEvent::COMPLETE, false));
+    record(eventOf(HandlerEvent::COMPLETE));
 }
 
 void RecordingResponseHandler::deliver(const CIMInstance& instance)
 {
-    HandlerEvent event = makeEvent(HandlerEvent::DELIVER_INSTANCE, false);
+    HandlerEvent event = eventOf(HandlerEvent::DELIVER_INSTANCE);
     event.instance = instance;
     record(std::move(event));
 }
 
-void RecordingResponseHandler::deliver(const Array<CIMInstance>& instances)
-{
-    for (Uint32 i = 0; i < instances.size(); i++)
-    {
-        HandlerEvent event = makeEvent(HandlerEvent::DELIVER_INSTANCE, true);
-        event.instance = instances[i];
-        record(std::move(event));
-    }
-}
-
 void RecordingResponseHandler::deliver(const CIMObjectPath& objectPath)
 {
-    HandlerEvent event = makeEvent(HandlerEvent::DELIVER_OBJECT_PATH, false);
+    HandlerEvent event = eventOf(HandlerEvent::DELIVER_OBJECT_PATH);
     event.objectPath = objectPath;
     record(std::move(event));
 }
 
-void RecordingResponseHandler::deliver(const Array<CIMObjectPath>& objectPaths)
-{
-    for (Uint32 i = 0; i < objectPaths.size(); i++)
-    {
-        HandlerEvent event = makeEvent(HandlerEvent::DELIVER_OBJECT_PATH, true);
-        event.objectPath = objectPaths[i];
-        record(std::move(event));
-    }
-}
-
 void RecordingResponseHandler::deliver(const CIMObject& object)
 {
-    HandlerEvent event = makeEvent(HandlerEvent::DELIVER_OBJECT, false);
+    HandlerEvent event = eventOf(HandlerEvent::DELIVER_OBJECT);
     event.object = object;
     record(std::move(event));
 }
 
-void RecordingResponseHandler::deliver(const Array<CIMObject>& objects)
-{
-    for (Uint32 i = 0; i < objects.size(); i++)
-    {
-        HandlerEvent event = makeEvent(HandlerEvent::DELIVER_OBJECT, true);
-        event.object = objects[i];
-        record(std::move(event));
-    }
-}
-
 void RecordingResponseHandler::deliver(const CIMValue& returnValue)
 {
-    HandlerEvent event = makeEvent(HandlerEvent::DELIVER_RETURN_VALUE, false);
+    HandlerEvent event = eventOf(HandlerEvent::DELIVER_RETURN_VALUE);
     event.value = returnValue;
     record(std::move(event));
 }
 
 void RecordingResponseHandler::deliverParamValue(const CIMParamValue& outParamValue)
 {
-    HandlerEvent event = makeEvent(HandlerEvent::DELIVER_PARAM_VALUE, false);
+    HandlerEvent event = eventOf(HandlerEvent::DELIVER_PARAM_VALUE);
     event.paramValue = outParamValue;
     record(std::move(event));
+}
+
+// An array delivery is recorded as one delivery per element.
+void RecordingResponseHandler::deliver(const Array<CIMInstance>& instances)
+{
+    for (Uint32 i = 0; i < instances.size(); i++)
+        deliver(instances[i]);
+}
+
+void RecordingResponseHandler::deliver(const Array<CIMObjectPath>& objectPaths)
+{
+    for (Uint32 i = 0; i < objectPaths.size(); i++)
+        deliver(objectPaths[i]);
+}
+
+void RecordingResponseHandler::deliver(const Array<CIMObject>& objects)
+{
+    for (Uint32 i = 0; i < objects.size(); i++)
+        deliver(objects[i]);
 }
 
 void RecordingResponseHandler::deliverParamValue(const Array<CIMParamValue>& outParamValues)
 {
     for (Uint32 i = 0; i < outParamValues.size(); i++)
-    {
-        HandlerEvent event = makeEvent(HandlerEvent::DELIVER_PARAM_VALUE, true);
-        event.paramValue = outParamValues[i];
-        record(std::move(event));
-    }
+        deliverParamValue(outParamValues[i]);
 }
 
 std::vector<HandlerEvent> RecordingResponseHandler::events() const

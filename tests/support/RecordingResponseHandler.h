@@ -34,8 +34,6 @@ struct HandlerEvent
     };
 
     Kind kind;
-    // True when the item came in an array delivery (one event per element).
-    bool fromArray = false;
     // Only the member matching kind is set.
     Pegasus::CIMInstance instance;
     Pegasus::CIMObjectPath objectPath;

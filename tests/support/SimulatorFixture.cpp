@@ -53,4 +53,19 @@ std::vector<std::pair<int, std::string>> logLines()
     return out;
 }
 
+api_VVObj_t vvRecordOf(const char* name, const char* wwn)
+{
+    api_VVObj_t record{};
+    api_VVObj_t* vv = nullptr;
+    int count = 0;
+    if (cim_sem_wait() == 0)
+    {
+        if (api_getVVs(name, wwn, &count, &vv, 1) == 0 && count == 1)
+            record = vv[0];
+        cim_sem_post();
+    }
+    free_if_not_null(vv);
+    return record;
+}
+
 }  // namespace zda_test

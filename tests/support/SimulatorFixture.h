@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include <zdaapi.h>
+
 namespace zda_test
 {
 
@@ -33,6 +35,9 @@ private:
 std::vector<std::string> journalOf(const std::string& function);
 // The captured log lines as (level, text without the newline).
 std::vector<std::pair<int, std::string>> logLines();
+// The array's record of the volume of this name, or of this WWN text when
+// the name is null, read under the semaphore; all zero when there is none.
+api_VVObj_t vvRecordOf(const char* name, const char* wwn = nullptr);
 
 }  // namespace zda_test
 

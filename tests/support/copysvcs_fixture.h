@@ -21,22 +21,7 @@ using namespace zda_companions_test;
 const char SYSTEM_NAME[] = "zda-sim";
 const char HOST[] = "zda-sim.local";
 
-// The array's record of the volume of this name, or of this WWN text when
-// the name is null; all zero when the array has none.
-inline api_VVObj_t vvRecordOf(const char* name, const char* wwn = nullptr)
-{
-    api_VVObj_t record{};
-    api_VVObj_t* vv = nullptr;
-    int count = 0;
-    if (cim_sem_wait() == 0)
-    {
-        if (api_getVVs(name, wwn, &count, &vv, 1) == 0 && count == 1)
-            record = vv[0];
-        cim_sem_post();
-    }
-    free_if_not_null(vv);
-    return record;
-}
+using zda_test::vvRecordOf;
 
 class CopyServicesTest : public CompanionsTest
 {

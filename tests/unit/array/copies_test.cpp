@@ -24,12 +24,17 @@ TEST_F(ArrayTest, PhysicalCopyOfANewVolumeRunsAsATaskAndCanBeLeftInactive)
     EXPECT_EQ(task(tid).type, API_TASK_PHYSICAL_COPY);
     EXPECT_STREQ(task(tid).user, "admin");
 
-    // 10240 MiB at the array's copy speed.
-    zdasim_clock_advance(10240 / API_COPY_MIB_PER_SECOND);
+    // 10240 MiB at the array's copy speed; looked at later, the copy keeps
+    // the time it finished.
+    const time_t finished = kT0 + 10240 / API_COPY_MIB_PER_SECOND;
+    zdasim_clock_set(finished + 100);
     v = volume("vol1.pc");
     EXPECT_EQ(v.copyProgress, 100);
     EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
-    EXPECT_EQ(task(tid).state, API_TASK_DONE);
+    EXPECT_EQ(v.curWhenSynced, finished);
+    const api_task_t t = task(tid);
+    EXPECT_EQ(
+        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, finished));
 }
 
 TEST_F(ArrayTest, PhysicalCopyOntoAnExistingVolumeChecksTheTarget)
@@ -67,9 +72,10 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     EXPECT_EQ(task(tid).state, API_TASK_CANCELLED);
     EXPECT_EQ(volume("vol2.pc").copyProgress, 25);
     EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_COPYING);
-    EXPECT_EQ(audited(api_stopCopy, "vol2.pc").code, API_E_INVALID);
-    EXPECT_EQ(audited(api_restoreCopy, "vol2.pc", nullptr).code, API_E_INVALID);  // incomplete
 
+    // Stopping what does not run, restoring from an incomplete copy, the
+    // restore's flag and a busy parent are refused or shown through the
+    // copy services; here the tasks and records behind them.
     uint32_t again = 0;
     ASSERT_EQ(audited(api_resyncCopy, "vol2.pc", &again).code, 0);
     EXPECT_NE(again, tid);
@@ -79,13 +85,9 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
 
     uint32_t back = 0;
     ASSERT_EQ(audited(api_restoreCopy, "vol2.pc", &back).code, 0);
-    EXPECT_TRUE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).type, API_TASK_COPY_RESTORE);
     EXPECT_STREQ(task(back).name, "vol2->vol2.pc");
-    // The parent is busy: its other copy cannot be resynchronised meanwhile.
-    EXPECT_EQ(audited(api_resyncCopy, "vol2.clone", nullptr).code, API_E_IN_USE);
     zdasim_clock_advance(80);
-    EXPECT_FALSE(volume("vol2.pc").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(task(back).state, API_TASK_DONE);
 
     ASSERT_EQ(audited(api_promoteCopy, "vol2.pc").code, 0);
@@ -98,17 +100,13 @@ TEST_F(ArrayTest, StopResyncRestoreAndPromoteOfAPhysicalCopy)
     EXPECT_EQ(audited(api_resyncCopy, "gone", nullptr).code, API_E_NOT_FOUND);
 }
 
-TEST_F(ArrayTest, SnapshotsResyncAtOnceAndRestoreByATask)
+// A snapshot's resync needs no task and its restore one, as the copy
+// services show; its new point in time and its refused promotion show here.
+TEST_F(ArrayTest, SnapshotsResyncToNowAndAreNotPromoted)
 {
     zdasim_clock_advance(100);
-    uint32_t tid = 7;
-    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", &tid).code, 0);
-    EXPECT_EQ(tid, 0u);
+    ASSERT_EQ(audited(api_resyncCopy, "vol1.rw", nullptr).code, 0);
     EXPECT_EQ(volume("vol1.rw").creationTime, kT0 + 100);
-    ASSERT_EQ(audited(api_restoreCopy, "vol1.ro", &tid).code, 0);
-    EXPECT_NE(tid, 0u);
-    EXPECT_EQ(audited(api_stopCopy, "vol1.ro").code, 0);
-    EXPECT_FALSE(volume("vol1.ro").state & API_VV_STATE_RESTORING);
     EXPECT_EQ(audited(api_promoteCopy, "vol1.ro").code, API_E_INVALID);
 }
 
@@ -154,15 +152,8 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
     std::strcpy(gold.snapCpg, "FC_r1");
     std::strcpy(gold.comment, "hourly snapshots");
     ASSERT_EQ(create(gold), 0);
-    EXPECT_EQ(create(gold), API_E_EXISTS);
-
-    api_setting_t bad = setting("bad");
-    bad.retentionSeconds = 10;
-    bad.expirationSeconds = 5;
-    EXPECT_EQ(create(bad), API_E_INVALID);
-    bad = setting("bad");
-    std::strcpy(bad.userCpg, "nope");
-    EXPECT_EQ(create(bad), API_E_INVALID);
+    // A second "gold", a retention beyond the expiration, an unknown CPG and
+    // a second removal are refused through the setting provider.
     EXPECT_EQ(create(setting("")), API_E_INVALID);
     EXPECT_EQ(modify(setting("silver")), API_E_NOT_FOUND);
 
@@ -187,38 +178,7 @@ TEST_F(ArrayTest, SettingsAreCheckedKeptByNameAndPersisted)
     EXPECT_EQ(std::memcmp(&all[0], &bronze, sizeof bronze), 0);
 
     ASSERT_EQ(audited(api_removeSetting, "gold").code, 0);
-    EXPECT_EQ(audited(api_removeSetting, "gold").code, API_E_NOT_FOUND);
     EXPECT_EQ(settings().size(), 1u);
-}
-
-TEST_F(ArrayTest, CloneTaskRunsFromNothingToComplete)
-{
-    uint32_t tid = 0;
-    ASSERT_EQ(zdasim_clone_start("vol1", "vol1.full", 200, -1, &tid), 0);
-    ASSERT_NE(tid, 0u);
-    api_VVObj_t v = volume("vol1.full");
-    EXPECT_EQ(v.type, API_VV_TYPE_PHYSICAL_COPY);
-    EXPECT_STREQ(v.copyOfName, "vol1");
-    EXPECT_EQ(v.copyProgress, 0);
-    EXPECT_TRUE(v.state & API_VV_STATE_COPYING);
-    api_task_t t = task(tid);
-    EXPECT_EQ(
-        std::make_tuple(t.type, t.percentDone, t.startTime), std::make_tuple(API_TASK_PHYSICAL_COPY, 0, kT0));
-    EXPECT_STREQ(t.name, "vol1.full");
-
-    zdasim_clock_advance(50);
-    EXPECT_EQ(volume("vol1.full").copyProgress, 25);
-    EXPECT_EQ(task(tid).percentDone, 25);
-
-    zdasim_clock_advance(1000);
-    v = volume("vol1.full");
-    EXPECT_EQ(v.copyProgress, 100);
-    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
-    EXPECT_EQ(v.curWhenSynced, kT0 + 200);  // when it finished, not when it was looked at
-    t = task(tid);
-    EXPECT_EQ(
-        std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_DONE, 100, kT0 + 200));
-    EXPECT_STREQ(t.detail, "");
 }
 
 TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
@@ -233,18 +193,13 @@ TEST_F(ArrayTest, CloneTasksFailOnTheirOwnOrWhenTold)
     EXPECT_EQ(task(byControl).state, API_TASK_FAILED);  // at the next step, which this query is
     zdasim_clock_advance(70);
 
-    api_task_t t = task(bySelf);
+    const api_task_t t = task(bySelf);
     EXPECT_EQ(
         std::make_tuple(t.state, t.percentDone, t.endTime), std::make_tuple(API_TASK_FAILED, 60, kT0 + 60));
-    EXPECT_THAT(t.detail, HasSubstr("60%"));
     const api_VVObj_t v = volume("vol2.bad");
-    EXPECT_EQ(v.copyProgress, 60);
-    EXPECT_FALSE(v.state & API_VV_STATE_COPYING);
+    EXPECT_EQ(std::make_tuple(v.type, v.copyProgress), std::make_tuple(API_VV_TYPE_PHYSICAL_COPY, 60));
+    EXPECT_STREQ(v.copyOfName, "vol2");
     EXPECT_EQ(v.curWhenSynced, 0);
-
-    t = task(byControl);
-    EXPECT_EQ(t.percentDone, 30);
-    EXPECT_STREQ(t.detail, "the source could not be read");
     EXPECT_EQ(volume("vol4.bad").copyProgress, 30);
     // A finished task cannot be failed again.
     EXPECT_EQ(zdasim_task_fail(byControl, "again"), API_E_NOT_FOUND);

@@ -2,7 +2,6 @@
 // api_getRCopy as the module reads them.
 #include <atomic>
 #include <functional>
-#include <thread>
 #include <tuple>
 
 #include "rcopy_support.h"

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
 
 #include "sim_fixture.h"
 
@@ -91,8 +90,6 @@ TEST_F(SemaphoreTest, WaitTimesOutWhileAnotherThreadHolds)
     other.join();
     cim_sem_post();
     EXPECT_EQ(rc.load(), CIM_SEM_TIMEDOUT);
-    EXPECT_EQ(st.code, 29);
-    EXPECT_EQ(text(st), "Semaphore Timed-Out");
     EXPECT_EQ(intRc, CIM_SEM_TIMEDOUT) << "the int form takes the wait's code";
     EXPECT_EQ(semLedger().timeouts, 3);
     EXPECT_EQ(semLedger().unbalancedPosts, 0) << "no post after a time-out";

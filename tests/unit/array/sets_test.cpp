@@ -1,7 +1,5 @@
 // VVsets: listing with and without conditions, creation with key-values,
 // changes, membership, key-value queries.
-#include <algorithm>
-#include <cstring>
 #include <functional>
 #include <map>
 #include <tuple>
@@ -168,10 +166,7 @@ TEST_F(SetTest, RenameCommentAndRemove)
     // Removing a set keeps its volumes.
     EXPECT_EQ(api_removeVVSet(&e, "renamed").code, 0);
     EXPECT_EQ(api_removeVVSet(&e, "renamed").code, API_E_NOT_FOUND);
-    int count = 0;
-    api_VVObj_t* list = nullptr;
-    EXPECT_EQ(api_getVVs("vol1", nullptr, &count, &list, 1), 0);
-    free_if_not_null(list);
+    EXPECT_EQ(getVVs("vol1").rc, 0);
     EXPECT_EQ(zdasim_event_count(), 8u) << "every change keeps its audit record";
 }
 

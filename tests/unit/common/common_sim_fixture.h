@@ -56,20 +56,10 @@ inline bool logged(int level, const std::string& text)
     return false;
 }
 
-// The WWN text of a volume of the array, read under the semaphore.
+// The WWN text of a volume of the array, empty when there is none.
 inline std::string wwnOf(const std::string& name)
 {
-    int count = 0;
-    api_VVObj_t* vv = nullptr;
-    std::string wwn;
-    if (cim_sem_wait() == 0)
-    {
-        if (api_getVVs(name.c_str(), nullptr, &count, &vv, 1) == 0 && count == 1)
-            wwn = vv[0].wwnText;
-        cim_sem_post();
-    }
-    free_if_not_null(vv);
-    return wwn;
+    return zda_test::vvRecordOf(name.c_str()).wwnText;
 }
 
 template <class T>

@@ -16,7 +16,6 @@
 #include <Pegasus/Common/CIMValue.h>
 #include <Pegasus/Common/MessageLoader.h>
 #include <Pegasus/Common/InternalException.h>
-#include <Pegasus/Common/AcceptLanguageList.h>
 #include <Pegasus/Provider/ProviderException.h>
 #include <Pegasus/Client/CIMClientException.h>
 
