@@ -1,5 +1,6 @@
 // zda-cimserver as users meet it: started as a program, reached over HTTP,
 // HTTPS and the local socket by wbemcli, CIMClient and raw requests.
+#include "../unit/server/cim_error_of.h"
 #include "SdkText.h"
 #include "ServerProcess.h"
 
@@ -23,6 +24,7 @@
 #include <sstream>
 
 using namespace zda_it;
+using zda_test::cimErrorOf;
 using zda_test::text;
 PEGASUS_USING_PEGASUS;
 
@@ -54,23 +56,6 @@ std::string outParameter(const Array<CIMParamValue>& out, const char* name)
         if (out[i].getParameterName() == name)
             return text(out[i].getValue().toString());
     return "<missing>";
-}
-
-// The CIM error a call ends with (CIM_ERR_SUCCESS when none), and its text.
-template <class Call>
-CIMStatusCode errorOf(Call&& call, std::string* message = nullptr)
-{
-    try
-    {
-        call();
-        return CIM_ERR_SUCCESS;
-    }
-    catch (const CIMException& e)
-    {
-        if (message)
-            *message = text(e.getMessage());
-        return e.getCode();
-    }
 }
 
 // A path as class and keys: the traditional operations name instances
@@ -215,14 +200,6 @@ TEST_F(CimServerTest, InvalidRequestsGetTheirHttpStatusAndCimError)
             "CIMError: request-not-well-formed"},
         {"not a CIM message", request("POST", kAdmin + kCimHeaders, "<html/>"), "400",
             "CIMError: request-not-valid"},
-        {"a reference to a lone surrogate",
-            request("POST", kAdmin + kCimHeaders,
-                std::regex_replace(kEnumerateDisks, std::regex("Test_Disk"), "Test_&#xD800;")),
-            "400", "CIMError: request-not-well-formed"},
-        {"a second SIMPLEREQ",
-            request("POST", kAdmin + kCimHeaders,
-                std::regex_replace(kEnumerateDisks, std::regex("</SIMPLEREQ>"), "</SIMPLEREQ><SIMPLEREQ/>")),
-            "400", "CIMError: request-not-valid"},
         {"headers disagree with the body",
             request("POST",
                 kAdmin +
@@ -376,7 +353,7 @@ TEST_F(CimServerTest, PulledEnumerationsReturnWhatTheTraditionalOperationsReturn
     client.closeEnumeration(context);
     EXPECT_TRUE(context.isNull());
     context = opened;
-    EXPECT_EQ(errorOf([&] { client.closeEnumeration(context); }), CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { client.closeEnumeration(context); }), CIM_ERR_INVALID_ENUMERATION_CONTEXT);
 }
 
 // What the pull operations refuse, and the limits that keep abandoned
@@ -393,7 +370,7 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
     auto open = [&](CIMEnumerationContext& context, const char* query, Uint32Arg timeout,
                     bool continueOnError, std::string* message = nullptr) {
         Boolean end = false;
-        return errorOf(
+        return cimErrorOf(
             [&] {
                 client.openEnumerateInstances(context, end, "root/test", "Test_Bulk", true, false,
                     CIMPropertyList(), "", query, timeout, continueOnError, 0);
@@ -416,8 +393,8 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
     // another open fits again.
     std::this_thread::sleep_for(std::chrono::milliseconds(2500));
     Boolean end = false;
-    EXPECT_EQ(
-        errorOf([&] { client.pullInstancesWithPath(first, end, 3); }), CIM_ERR_INVALID_ENUMERATION_CONTEXT);
+    EXPECT_EQ(cimErrorOf([&] { client.pullInstancesWithPath(first, end, 3); }),
+        CIM_ERR_INVALID_ENUMERATION_CONTEXT);
     EXPECT_EQ(open(third, "", Uint32Arg(), false), CIM_ERR_SUCCESS);
     EXPECT_EQ(server.stop(), 0) << server.log();
 }
@@ -442,11 +419,6 @@ TEST_F(CimServerTest, CimClientReachesProvidersOverTcpAndTheLocalSocket)
         client.invokeMethod("root/test", service, "User", Array<CIMParamValue>(), out);
         EXPECT_EQ(outParameter(out, "User"), "viewer");
         EXPECT_EQ(outParameter(out, "Address"), "127.0.0.1");
-    }
-    {
-        CIMClient wrong;
-        wrong.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "admin-demo");
-        EXPECT_ANY_THROW(wrong.enumerateInstanceNames("root/test", "Test_Disk"));
     }
     {
         // The local socket trusts its peer (this test runs as the server's
@@ -511,12 +483,8 @@ TEST_F(CimServerTest, TheInternalNamespaceIsNotServedToClients)
 {
     CIMClient client;
     client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
-    EXPECT_EQ(errorOf([&] { client.enumerateClassNames("root/PG_Internal", CIMName(), true); }),
+    EXPECT_EQ(cimErrorOf([&] { client.enumerateClassNames("root/PG_Internal", CIMName(), true); }),
         CIM_ERR_INVALID_NAMESPACE);
-    // The storage system asks the internal cache for its identity.
-    Array<CIMObjectPath> systems = client.enumerateInstanceNames("root/zda", "ZDA_StorageSystem");
-    ASSERT_EQ(systems.size(), 1u);
-    EXPECT_NE(text(systems[0].toString()).find("zda-demo"), std::string::npos);
 }
 
 // A server of its own with small limits.

@@ -546,16 +546,14 @@ TEST_F(DispatchTest, UpcallsCarryTheRequestsIdentityAndLocalClientsTheLocalOne)
 
     Array<CIMParamValue> upcalls;
     EXPECT_EQ(invoke("Upcalls", Array<CIMParamValue>(), upcalls, alice), CIMValue(Uint32(0)));
-    EXPECT_EQ(paramNamed(upcalls, "HandleUser"), CIMValue(String("alice")));
-    EXPECT_EQ(paramNamed(upcalls, "HandleDisks"), CIMValue(Uint32(3)));
-    EXPECT_EQ(paramNamed(upcalls, "ClientUser"), CIMValue(String("admin")));
-    EXPECT_EQ(paramNamed(upcalls, "ClientTapes"), CIMValue(Uint32(2)));
+    EXPECT_EQ(paramNamed(upcalls, "Handle"), CIMValue(String("alice disks=3")));
+    EXPECT_EQ(paramNamed(upcalls, "Client"), CIMValue(String("admin tapes=2")));
 
     localUser = "operator";
     restartHost();
     Array<CIMParamValue> again;
     invoke("Upcalls", Array<CIMParamValue>(), again, alice);
-    EXPECT_EQ(paramNamed(again, "ClientUser"), CIMValue(String("operator")));
+    EXPECT_EQ(paramNamed(again, "Client"), CIMValue(String("operator tapes=2")));
 }
 
 TEST_F(DispatchTest, ProvidersMayCallBackDuringTheirOwnInitialize)
@@ -664,7 +662,8 @@ TEST_F(ConcurrencyTest, ConcurrentRequestsGetFullAnswersAndInitializeEachProvide
                     ++failures;
                 Array<CIMParamValue> out;
                 server().invokeMethod(context, TEST_NS, service(), "Upcalls", Array<CIMParamValue>(), out);
-                if (paramNamed(out, "HandleUser") != CIMValue(String(("user" + std::to_string(n)).c_str())))
+                if (paramNamed(out, "Handle") !=
+                    CIMValue(String(("user" + std::to_string(n) + " disks=3").c_str())))
                     ++failures;
                 CIMClient client;
                 client.connectLocal();
