@@ -149,30 +149,15 @@ std::string serverProgram()
 {
     return ZDA_IT_SERVER;
 }
-std::string projectMofDirectory()
-{
-    return ZDA_IT_PROJECT_MOF;
-}
-std::string testMofDirectory()
-{
-    return ZDA_IT_TEST_MOF;
-}
-std::string modulesDirectory()
-{
-    return ZDA_IT_MODULES;
-}
 
 ServerProcess::ServerProcess(
     const std::string& stateDir, const std::vector<std::string>& extraArguments, bool withTestMof)
     : _stateDir(stateDir)
 {
     std::vector<std::string> argv = {serverProgram(), "--http-port", "0", "--https-port", "0", "--state-dir",
-        stateDir, "--mof-dir", projectMofDirectory(), "--modules-dir", modulesDirectory()};
+        stateDir, "--mof-dir", ZDA_IT_PROJECT_MOF, "--modules-dir", ZDA_IT_MODULES};
     if (withTestMof)
-    {
-        argv.push_back("--mof-dir");
-        argv.push_back(testMofDirectory());
-    }
+        argv.insert(argv.end(), {"--mof-dir", ZDA_IT_TEST_MOF});
     argv.insert(argv.end(), extraArguments.begin(), extraArguments.end());
 
     int out[2];

@@ -38,11 +38,8 @@ private:
     std::string _path;
 };
 
-// The test build's paths.
+// The test build's zda-cimserver.
 std::string serverProgram();
-std::string projectMofDirectory();
-std::string testMofDirectory();
-std::string modulesDirectory();
 
 class ServerProcess
 {

@@ -472,9 +472,7 @@ TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
     EXPECT_EQ(zda_test_providers::notesStartingWith("Test_ComponentProvider").back(),
         "Test_ComponentProvider.associatorNames assoc=Test_Component result=Test_Disk role= resultRole= user=alice");
 
-    Array<CIMObjectPath> references = server().referenceNames(
-        alice, TEST_NS, disk("Disk1"), CIMName(), String());
-    EXPECT_EQ(references.size(), 3u);
+    EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), String()).size(), 3u);
     EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), "Test_Backup", String()).size(), 2u);
     EXPECT_EQ(server().referenceNames(alice, TEST_NS, disk("Disk1"), CIMName(), "Part").size(), 1u);
     Array<CIMObject> links = server().references(
@@ -482,7 +480,6 @@ TEST_F(DispatchTest, AssociationFiltersChooseTheAssociationsAndResults)
     ASSERT_EQ(links.size(), 1u);
     EXPECT_EQ(links[0].getPath().getHost(), "testhost");
 
-    std::string message;
     EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("Disk1"), "Test_Nothing"); }), CIM_ERR_INVALID_PARAMETER);
     EXPECT_EQ(cimErrorOf([&] { associatorNames(disk("X", "Test_Nothing")); }), CIM_ERR_INVALID_PARAMETER);
 }
