@@ -3,14 +3,7 @@
 // replication service to its capabilities and to every element it affects,
 // from a remote copy group to its ordered volumes, access points and ports,
 // from a job to what it acts on, and back, with wbemcli and CIMClient.
-#include "ServerProcess.h"
-
-#include <cimxml/ClientTransport.h>
-
-#include <Pegasus/Client/CIMClient.h>
-#include <Pegasus/Common/Exception.h>
-
-#include <gtest/gtest.h>
+#include "DemoArrayTest.h"
 
 #include <map>
 
@@ -21,9 +14,6 @@ namespace
 {
 
 const char SYSTEM[] = "ZDA_StorageSystem.CreationClassName=\"ZDA_StorageSystem\",Name=\"zda-demo\"";
-const char SERVICE[] = "ZDA_ReplicationService.CreationClassName=\"ZDA_ReplicationService\","
-                       "Name=\"KX_ORLA_ReplicationService\",SystemCreationClassName="
-                       "\"ZDA_StorageSystem\",SystemName=\"zda-demo\"";
 
 // One association: the object it starts from and the class of its far ends.
 struct Walk
@@ -53,21 +43,11 @@ std::string objectOf(const std::string& line)
     return line.substr(line.find(':', line.find('/')) + 1);
 }
 
-class NavigationWalkTest : public SharedServerTest
-{
-protected:
-    // As admin.
-    static CommandResult wbemcli(
-        const std::string& verb, const std::string& object, const std::vector<std::string>& options = {})
-    {
-        return SharedServerTest::wbemcli(verb, "admin:admin-demo", object, options);
-    }
-};
+class NavigationWalkTest : public DemoArrayTest
+{};
 
 TEST_F(NavigationWalkTest, CimClientReadsTheAssociationsAndTheirEnds)
 {
-    CIMClient client;
-    client.connect("127.0.0.1", Uint32(server->httpPort()), "admin", "admin-demo");
     for (const Walk& walk : WALKS)
     {
         SCOPED_TRACE(walk.association);
@@ -125,7 +105,7 @@ TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffe
     };
     for (const Case& c : cases)
     {
-        CommandResult r = wbemcli("ain", c.from, {"-ac", c.association});
+        CommandResult r = admin("ain", c.from, {}, {"-ac", c.association});
         SCOPED_TRACE(std::string(c.from) + " " + c.association + "\n" + r.output);
         ASSERT_EQ(r.exitCode, 0);
         std::map<std::string, size_t> found;
@@ -134,12 +114,12 @@ TEST_F(NavigationWalkTest, WbemcliWalksGroupsToVolumesPortsAndJobsToWhatTheyAffe
         EXPECT_EQ(found, c.found);
     }
     // The link's sequence, the port's own words, and the array's IP ports.
-    CommandResult links = wbemcli("ri", "ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_mixed\"",
+    CommandResult links = admin("ri", "ZDA_RemoteReplicationGroup.InstanceID=\"KX_ORLA:rcg_mixed\"", {},
         {"-arc", "ZDA_OrderedMemberOfRemoteReplicationGroup"});
     EXPECT_NE(links.output.find("AssignedSequence=4"), std::string::npos) << links.output;
-    CommandResult port = wbemcli("gi", FC_PORT);
+    CommandResult port = admin("gi", FC_PORT);
     EXPECT_NE(port.output.find("FC port 0:1:2"), std::string::npos) << port.output;
-    EXPECT_EQ(outputLines(wbemcli("ein", "ZDA_IPProtocolEndpoint").output).size(), 2u);
+    EXPECT_EQ(outputLines(admin("ein", "ZDA_IPProtocolEndpoint").output).size(), 2u);
 }
 
 }  // namespace

@@ -801,30 +801,31 @@ private:
 namespace zda_test_providers
 {
 
-int initializeCount(const std::string& providerName)
+namespace
+{
+int countOf(const std::map<std::string, int>& counts, const std::string& providerName)
 {
     std::lock_guard<std::mutex> lock(state().mutex);
-    auto it = state().initialized.find(providerName);
-    return it == state().initialized.end() ? 0 : it->second;
+    auto it = counts.find(providerName);
+    return it == counts.end() ? 0 : it->second;
+}
+}  // namespace
+
+int initializeCount(const std::string& providerName)
+{
+    return countOf(state().initialized, providerName);
 }
 
 int terminateCount(const std::string& providerName)
 {
-    std::lock_guard<std::mutex> lock(state().mutex);
-    auto it = state().terminated.find(providerName);
-    return it == state().terminated.end() ? 0 : it->second;
-}
-
-std::vector<std::string> notes()
-{
-    std::lock_guard<std::mutex> lock(state().mutex);
-    return state().notes;
+    return countOf(state().terminated, providerName);
 }
 
 std::vector<std::string> notesStartingWith(const std::string& prefix)
 {
+    std::lock_guard<std::mutex> lock(state().mutex);
     std::vector<std::string> out;
-    for (const std::string& line : notes())
+    for (const std::string& line : state().notes)
         if (line.compare(0, prefix.size(), prefix) == 0)
             out.push_back(line);
     return out;
