@@ -401,28 +401,24 @@ TEST(CimServerPullTest, RefusalsLimitsAndTimeOuts)
 
 TEST_F(CimServerTest, CimClientReachesProvidersOverTcpAndTheLocalSocket)
 {
-    const CIMObjectPath service("Test_Service.Name=\"svc\"");
-    {
-        CIMClient client;
-        client.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "viewer-demo");
-        EXPECT_EQ(client.enumerateInstanceNames("root/test", "Test_Disk").size(), 3u);
+    // "<user>@<address>" as the service sees the client.
+    auto caller = [](CIMClient& client) {
         Array<CIMParamValue> out;
-        client.invokeMethod("root/test", service, "User", Array<CIMParamValue>(), out);
-        EXPECT_EQ(outParameter(out, "User"), "viewer");
-        EXPECT_EQ(outParameter(out, "Address"), "127.0.0.1");
-    }
-    {
-        // The local socket trusts its peer (this test runs as the server's
-        // user): the request runs as the server's local user.
-        ::setenv("ZDA_CIMSERVER_SOCKET", server->socketPath().c_str(), 1);
-        CIMClient local;
-        local.connectLocal();
-        Array<CIMParamValue> out;
-        local.invokeMethod("root/test", service, "User", Array<CIMParamValue>(), out);
-        ::unsetenv("ZDA_CIMSERVER_SOCKET");
-        EXPECT_EQ(outParameter(out, "User"), "admin");
-        EXPECT_EQ(outParameter(out, "Address"), "");
-    }
+        client.invokeMethod(
+            "root/test", CIMObjectPath("Test_Service.Name=\"svc\""), "User", Array<CIMParamValue>(), out);
+        return outParameter(out, "User") + "@" + outParameter(out, "Address");
+    };
+    CIMClient client;
+    client.connect("127.0.0.1", Uint32(server->httpPort()), "viewer", "viewer-demo");
+    EXPECT_EQ(client.enumerateInstanceNames("root/test", "Test_Disk").size(), 3u);
+    EXPECT_EQ(caller(client), "viewer@127.0.0.1");
+    // The local socket trusts its peer (this test runs as the server's
+    // user): the request runs as the server's local user.
+    ::setenv("ZDA_CIMSERVER_SOCKET", server->socketPath().c_str(), 1);
+    CIMClient local;
+    local.connectLocal();
+    ::unsetenv("ZDA_CIMSERVER_SOCKET");
+    EXPECT_EQ(caller(local), "admin@");
 }
 
 TEST_F(CimServerTest, SimulatorControlsDriveTheArrayThroughTheWire)

@@ -345,7 +345,6 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
             "Content-Length: 2\r\n\r\nhi",
             Malformed},
         {"not cim-xml", answer("", "<html/>"), BadXml},
-        {"truncated xml", answer("", names.substr(0, names.size() - 20)), BadXml},
         {"another message", answer("", otherMessage), WrongAnswer},
     };
     for (const Case& c : cases)

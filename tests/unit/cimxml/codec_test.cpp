@@ -356,21 +356,6 @@ TEST(CimXmlValues, NotANumberSurvives)
     EXPECT_TRUE(std::isnan(back));
 }
 
-TEST(CimXmlValues, ClassDeclarationsSurviveWithQualifiersMethodsAndParameters)
-{
-    OperationResponse r;
-    r.operation = Intrinsic::GetClass;
-    r.returnValue = CIMValue(CIMObject(sampleClass()));
-    CIMObject back;
-    responseRoundTrip(r).returnValue.get(back);
-    ASSERT_TRUE(back.isClass());
-    CIMClass c(back);
-    EXPECT_TRUE(c.identical(sampleClass())) << encode(r);
-    // The embedded-instance qualifier types the parameter.
-    CIMConstMethod m = c.getMethod(c.findMethod("CreateElementReplica"));
-    EXPECT_EQ(CIMTYPE_INSTANCE, m.getParameter(m.findParameter("Goal")).getType());
-}
-
 // ---- operations ----
 
 namespace
