@@ -33,7 +33,6 @@ TEST_F(ReplicationModelIT, WbemcliReadsCallsAndChangesTheModel)
     const Case cases[] = {
         {"viewer", "ein", "ZDA_ReplicationService", "", true, "Name=\"KX_ORLA_ReplicationService\""},
         {"admin", "gi", SERVICE, "", true, "Started=TRUE"},
-        {"viewer", "ein", "ZDA_ReplicationServiceCapabilities", "", true, CAPS},
         {"admin", "gi", CAPS, "", true, "SupportedReplicationTypes=4,5,6,10,11"},
         {"operator", "cm", CAPS, "GetSupportedFeatures.ReplicationType=6", true,
             "GetSupportedFeatures: 0, Features (uint16): 2,10,16"},
