@@ -16,8 +16,7 @@ namespace zda_it
 
 struct CommandResult
 {
-    int exitCode = -1;  // -1 when it did not exit normally or timed out
-    bool timedOut = false;
+    int exitCode = -1;   // -1 when it did not exit normally or timed out
     std::string output;  // stdout and stderr, interleaved
 };
 
