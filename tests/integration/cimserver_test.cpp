@@ -44,11 +44,6 @@ const std::string kCimHeaders = "Content-Type: application/xml; charset=\"utf-8\
                                 "CIMOperation: MethodCall\r\nCIMMethod: EnumerateInstanceNames\r\n"
                                 "CIMObject: root%2Ftest\r\n";
 
-std::string statusLine(const std::string& response)
-{
-    return response.substr(0, response.find("\r\n"));
-}
-
 std::string outParameter(const Array<CIMParamValue>& out, const char* name)
 {
     for (Uint32 i = 0; i < out.size(); i++)

@@ -156,6 +156,12 @@ std::size_t countOccurrences(const std::string& output, const std::string& what)
 std::string enumerateBody(
     const std::string& operation, const std::string& className, const std::string& nameSpace);
 
+// The status line of an HTTP response.
+inline std::string statusLine(const std::string& response)
+{
+    return response.substr(0, response.find("\r\n"));
+}
+
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);
 

@@ -26,17 +26,13 @@ namespace
 
 using zda_test::text;
 
-CIMObjectPath volumePath(const char* id = "vol-1")
+// A volume's path with string (one with quotes and brackets), numeric and
+// boolean keys.
+CIMObjectPath volumePath(const std::string& id = "vol-1")
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("DeviceID", id, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("SystemName", "array \"A\" <1>", CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("Slot", "7", CIMKeyBinding::NUMERIC));
-    keys.append(CIMKeyBinding("Primary", "TRUE", CIMKeyBinding::BOOLEAN));
-    CIMObjectPath path;
-    path.setClassName("ZDA_StorageVolume");
-    path.setKeyBindings(keys);
-    return path;
+    return CIMObjectPath(String(
+        ("ZDA_StorageVolume.DeviceID=\"" + id + "\",SystemName=\"array \\\"A\\\" <1>\",Slot=7,Primary=TRUE")
+            .c_str()));
 }
 
 CIMInstance embeddedInstance()
