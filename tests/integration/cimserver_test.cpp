@@ -5,7 +5,6 @@
 #include "ServerProcess.h"
 
 #include <cimxml/ClientTransport.h>
-#include <cimxml/Codec.h>
 
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMParamValue.h>
@@ -16,12 +15,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <thread>
 #include <fstream>
-#include <memory>
 #include <regex>
-#include <sstream>
 
 using namespace zda_it;
 using zda_test::cimErrorOf;

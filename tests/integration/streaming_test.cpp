@@ -4,8 +4,6 @@
 #include "../unit/server/cim_error_of.h"
 #include "ServerProcess.h"
 
-#include <cimxml/ClientTransport.h>
-
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/Exception.h>
 

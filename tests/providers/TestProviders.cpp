@@ -5,6 +5,8 @@
 // initialize, never call complete().
 #include "TestProviderControl.h"
 
+#include <SdkText.h>
+
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMProperty.h>
@@ -51,17 +53,8 @@ void note(const std::string& line)
     state().notes.push_back(line);
 }
 
-std::string text(const String& s)
-{
-    return (const char*)s.getCString();
-}
-
-std::string userOf(const OperationContext& context)
-{
-    if (!context.contains(IdentityContainer::NAME))
-        return "<none>";
-    return text(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName());
-}
+using zda_test::text;
+using zda_test::userOf;
 
 std::string keyOf(const CIMObjectPath& path, const char* key)
 {
