@@ -5,6 +5,7 @@
 #ifndef ZDA_TESTS_DEMO_ARRAY_TEST_H
 #define ZDA_TESTS_DEMO_ARRAY_TEST_H
 
+#include "../unit/server/cim_error_of.h"
 #include "SdkText.h"
 #include "ServerProcess.h"
 
@@ -63,16 +64,12 @@ protected:
     std::string call(const char* method, const Pegasus::Array<Pegasus::CIMParamValue>& in,
         Pegasus::Array<Pegasus::CIMParamValue>& out)
     {
-        try
-        {
-            Pegasus::Uint32 result = 0;
-            client.invokeMethod("root/zda", service, method, in, out).get(result);
-            return "returned " + std::to_string(result);
-        }
-        catch (const Pegasus::CIMException& e)
-        {
-            return "thrown " + std::to_string(e.getCode()) + ": " + zda_test::text(e.getMessage());
-        }
+        Pegasus::Uint32 result = 0;
+        std::string message;
+        const int code = zda_test::cimErrorOf(
+            [&] { client.invokeMethod("root/zda", service, method, in, out).get(result); }, &message);
+        return code ? "thrown " + std::to_string(code) + ": " + message
+                    : "returned " + std::to_string(result);
     }
     static Pegasus::CIMValue outValue(const Pegasus::Array<Pegasus::CIMParamValue>& out, const char* name)
     {

@@ -45,11 +45,12 @@ TEST_F(ReplicationMethodsTest, AGroupIsCreatedRenamedAndDeleted)
     EXPECT_NO_THROW(client.getInstance("root/zda", members[1]));
 }
 
-// Each class of the remote replication model, listed by wbemcli and every
-// path it lists fetched again, carrying its keys. The demo array has 13
-// remote copy groups and 8 targets; 15 far groups (one per group and
-// target) and 23 far volumes (one per group volume and target it has a map
-// for); 23 pairs of volumes and 17 of groups.
+// Each class of the remote replication model, listed and every path it
+// lists fetched again, carrying its keys: plain and reference keys as
+// CIMClient sends and reads them. The demo array has 13 remote copy groups
+// and 8 targets; 15 far groups (one per group and target) and 23 far
+// volumes (one per group volume and target it has a map for); 23 pairs of
+// volumes and 17 of groups.
 TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
 {
     const std::vector<std::pair<const char*, size_t>> classes = {{"ZDA_RemoteReplicationGroup", 13},
@@ -58,21 +59,14 @@ TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
         {"ZDA_RemoteGroupSynchronized", 17}};
     for (const auto& c : classes)
     {
-        CommandResult listed = admin("ein", c.first);
-        ASSERT_EQ(listed.exitCode, 0) << listed.output;
         Array<CIMObjectPath> paths = client.enumerateInstanceNames("root/zda", c.first);
         EXPECT_EQ(paths.size(), c.second) << c.first;
-        EXPECT_EQ(outputLines(listed.output).size(), paths.size()) << listed.output;
         for (Uint32 i = 0; i < paths.size(); i++)
         {
-            const std::string path = text(paths[i].toString());
-            SCOPED_TRACE(path);
-            // The instance fetched by the path carries the path's keys; a
-            // path of plain keys is written alike by both clients.
+            SCOPED_TRACE(text(paths[i].toString()));
             const CIMInstance fetched = client.getInstance("root/zda", paths[i], false);
             EXPECT_EQ(text(fetched.getClassName().getString()), c.first);
             const Array<CIMKeyBinding> keys = paths[i].getKeyBindings();
-            bool plain = true;
             for (Uint32 k = 0; k < keys.size(); k++)
             {
                 const Uint32 at = fetched.findProperty(keys[k].getName());
@@ -80,7 +74,6 @@ TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
                 const CIMValue value = fetched.getProperty(at).getValue();
                 if (keys[k].getType() == CIMKeyBinding::REFERENCE)
                 {
-                    plain = false;
                     CIMObjectPath end;
                     value.get(end);
                     EXPECT_TRUE(end.getClassName().equal(CIMObjectPath(keys[k].getValue()).getClassName()));
@@ -89,11 +82,6 @@ TEST_F(ReplicationMethodsTest, TheRemoteModelIsListedAndFetched)
                 {
                     EXPECT_EQ(text(value.toString()), text(keys[k].getValue()));
                 }
-            }
-            if (plain)
-            {
-                EXPECT_NE(listed.output.find(path.substr(path.find(':') + 1)), std::string::npos)
-                    << listed.output;
             }
         }
     }

@@ -32,11 +32,7 @@ TEST_F(ReplicationModelIT, WbemcliReadsCallsAndChangesTheModel)
     const std::string renamed = "ZDA_ReplicationGroup.InstanceID=\"KX_ORLA:single_renamed\"";
     const Case cases[] = {
         {"viewer", "ein", "ZDA_ReplicationService", "", true, "Name=\"KX_ORLA_ReplicationService\""},
-        {"viewer", "ein", "ZDA_ReplicationService", "", true, "SystemName=\"zda-demo\""},
-        {"admin", "gi", SERVICE, "", true, "StartMode=\"Automatic\""},
         {"admin", "gi", SERVICE, "", true, "Started=TRUE"},
-        {"viewer", "ein", "ZDA_ReplicationServiceCapabilities", "", true, CAPS},
-        {"admin", "gi", CAPS, "", true, "ElementName=\"Capabililites of ReplicationServiceCapabilities\""},
         {"admin", "gi", CAPS, "", true, "SupportedReplicationTypes=4,5,6,10,11"},
         {"operator", "cm", CAPS, "GetSupportedFeatures.ReplicationType=6", true,
             "GetSupportedFeatures: 0, Features (uint16): 2,10,16"},
@@ -44,8 +40,6 @@ TEST_F(ReplicationModelIT, WbemcliReadsCallsAndChangesTheModel)
             "SupportedCopyStates (uint16): 3,4,5, HostAccessible (boolean): TRUE,TRUE,FALSE"},
         {"operator", "cm", CAPS, "GetSupportedMaximum.ReplicationType=4,Component=8", true,
             "MaxValue (uint64): 2"},
-        {"operator", "cm", CAPS, "GetSupportedGroupOperations.ReplicationType=10", true,
-            "GetSupportedGroupOperations: 1"},
         {"operator", "cm", CAPS, "GetSupportedFeatures", true, "GetSupportedFeatures: 5"},
         {"operator", "cm", CAPS, "GetDefaultGroupPersistency", true, "DefaultGroupPersistency (uint16): 2"},
         {"viewer", "cm", CAPS, "GetSupportedFeatures.ReplicationType=6", false,

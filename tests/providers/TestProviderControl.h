@@ -14,10 +14,8 @@ namespace zda_test_providers
 int initializeCount(const std::string& providerName);
 int terminateCount(const std::string& providerName);
 
-// Notes in the order written, e.g.
+// The notes that begin with `prefix`, in the order written, e.g.
 // "Test_ComponentProvider.associatorNames assoc=Test_Component result= role=Part resultRole=".
-std::vector<std::string> notes();
-// The notes that begin with `prefix`.
 std::vector<std::string> notesStartingWith(const std::string& prefix);
 
 // Makes Test_CycleA's and Test_CycleB's initialize wait for each other

@@ -5,6 +5,8 @@
 // initialize, never call complete().
 #include "TestProviderControl.h"
 
+#include <SdkText.h>
+
 #include <Pegasus/Client/CIMClient.h>
 #include <Pegasus/Common/CIMDateTime.h>
 #include <Pegasus/Common/CIMProperty.h>
@@ -51,17 +53,8 @@ void note(const std::string& line)
     state().notes.push_back(line);
 }
 
-std::string text(const String& s)
-{
-    return (const char*)s.getCString();
-}
-
-std::string userOf(const OperationContext& context)
-{
-    if (!context.contains(IdentityContainer::NAME))
-        return "<none>";
-    return text(IdentityContainer(context.get(IdentityContainer::NAME)).getUserName());
-}
+using zda_test::text;
+using zda_test::userOf;
 
 std::string keyOf(const CIMObjectPath& path, const char* key)
 {
@@ -102,6 +95,33 @@ void resetData()
     disks.clear();
     disks["Disk1"] = makeDisk("Test_Disk", "Disk1", 10, 100, nullptr);
     disks["Disk2"] = makeDisk("Test_Disk", "Disk2", 20, 200, nullptr);
+}
+
+const CIMObjectPath SERVICE("root/test:Test_Service.Name=\"svc\"");
+
+// Who the service says the caller is, and how many disks there are, asked
+// through a provider's handle: "<user> disks=<count>".
+std::string askThroughHandle(CIMOMHandle& cimom)
+{
+    Array<CIMParamValue> out;
+    cimom.invokeMethod(OperationContext(), TEST_NS, SERVICE, "User", Array<CIMParamValue>(), out);
+    String user;
+    out[0].getValue().get(user);
+    return text(user) + " disks=" +
+        std::to_string(cimom.enumerateInstanceNames(OperationContext(), TEST_NS, "Test_Disk").size());
+}
+
+// The same asked as a local client, which counts tapes: "<user> tapes=<count>".
+std::string askAsLocalClient()
+{
+    CIMClient client;
+    client.connectLocal();
+    Array<CIMParamValue> out;
+    client.invokeMethod(TEST_NS, SERVICE, "User", Array<CIMParamValue>(), out);
+    String user;
+    out[0].getValue().get(user);
+    return text(user) +
+        " tapes=" + std::to_string(client.enumerateInstanceNames(TEST_NS, "Test_Tape").size());
 }
 
 // Counts its life and refuses every operation it does not override.
@@ -477,7 +497,7 @@ class ServiceProvider : public TestInstanceProvider, public CIMMethodProvider
 public:
     ServiceProvider() : TestInstanceProvider("Test_ServiceProvider") {}
 
-    void invokeMethod(const OperationContext& context, const CIMObjectPath& ref, const CIMName& method,
+    void invokeMethod(const OperationContext& context, const CIMObjectPath&, const CIMName& method,
         const Array<CIMParamValue>& in, MethodResultResponseHandler& handler) override
     {
         if (method.equal("Echo"))
@@ -533,7 +553,7 @@ public:
             return;
         }
         if (method.equal("Upcalls"))
-            return upcalls(ref, handler);
+            return upcalls(handler);
         throw CIMMethodNotFoundException(method.getString());
     }
 
@@ -556,27 +576,11 @@ private:
 
     // Asks who it is, once through its handle with an empty context and once
     // as a local client, and counts instances both ways.
-    void upcalls(const CIMObjectPath& ref, MethodResultResponseHandler& handler)
+    void upcalls(MethodResultResponseHandler& handler)
     {
-        Array<CIMParamValue> out;
-        _cimom.invokeMethod(OperationContext(), TEST_NS, ref, "User", Array<CIMParamValue>(), out);
-        String handleUser;
-        out[0].getValue().get(handleUser);
-        Uint32 disks = _cimom.enumerateInstanceNames(OperationContext(), TEST_NS, "Test_Disk").size();
-
-        CIMClient client;
-        client.connectLocal();
-        Array<CIMParamValue> clientOut;
-        client.invokeMethod(TEST_NS, ref, "User", Array<CIMParamValue>(), clientOut);
-        String clientUser;
-        clientOut[0].getValue().get(clientUser);
-        Uint32 tapes = client.enumerateInstanceNames(TEST_NS, "Test_Tape").size();
-        client.disconnect();
-
-        handler.deliverParamValue(CIMParamValue("HandleUser", CIMValue(handleUser)));
-        handler.deliverParamValue(CIMParamValue("HandleDisks", CIMValue(disks)));
-        handler.deliverParamValue(CIMParamValue("ClientUser", CIMValue(clientUser)));
-        handler.deliverParamValue(CIMParamValue("ClientTapes", CIMValue(tapes)));
+        handler.deliverParamValue(
+            CIMParamValue("Handle", CIMValue(String(askThroughHandle(_cimom).c_str()))));
+        handler.deliverParamValue(CIMParamValue("Client", CIMValue(String(askAsLocalClient().c_str()))));
         handler.deliver(CIMValue(Uint32(0)));
         handler.complete();
     }
@@ -731,26 +735,8 @@ public:
 protected:
     void onInitialize() override
     {
-        CIMObjectPath service("root/test:Test_Service.Name=\"svc\"");
-        tryCall("handle", [&] {
-            Array<CIMParamValue> out;
-            _cimom.invokeMethod(OperationContext(), TEST_NS, service, "User", Array<CIMParamValue>(), out);
-            String user;
-            out[0].getValue().get(user);
-            return text(user) + " disks=" +
-                std::to_string(
-                    _cimom.enumerateInstanceNames(OperationContext(), TEST_NS, "Test_Disk").size());
-        });
-        tryCall("client", [&] {
-            CIMClient client;
-            client.connectLocal();
-            Array<CIMParamValue> out;
-            client.invokeMethod(TEST_NS, service, "User", Array<CIMParamValue>(), out);
-            String user;
-            out[0].getValue().get(user);
-            return text(user) +
-                " tapes=" + std::to_string(client.enumerateInstanceNames(TEST_NS, "Test_Tape").size());
-        });
+        tryCall("handle", [&] { return askThroughHandle(_cimom); });
+        tryCall("client", [&] { return askAsLocalClient(); });
     }
 };
 
@@ -808,30 +794,31 @@ private:
 namespace zda_test_providers
 {
 
-int initializeCount(const std::string& providerName)
+namespace
+{
+int countOf(const std::map<std::string, int>& counts, const std::string& providerName)
 {
     std::lock_guard<std::mutex> lock(state().mutex);
-    auto it = state().initialized.find(providerName);
-    return it == state().initialized.end() ? 0 : it->second;
+    auto it = counts.find(providerName);
+    return it == counts.end() ? 0 : it->second;
+}
+}  // namespace
+
+int initializeCount(const std::string& providerName)
+{
+    return countOf(state().initialized, providerName);
 }
 
 int terminateCount(const std::string& providerName)
 {
-    std::lock_guard<std::mutex> lock(state().mutex);
-    auto it = state().terminated.find(providerName);
-    return it == state().terminated.end() ? 0 : it->second;
-}
-
-std::vector<std::string> notes()
-{
-    std::lock_guard<std::mutex> lock(state().mutex);
-    return state().notes;
+    return countOf(state().terminated, providerName);
 }
 
 std::vector<std::string> notesStartingWith(const std::string& prefix)
 {
+    std::lock_guard<std::mutex> lock(state().mutex);
     std::vector<std::string> out;
-    for (const std::string& line : notes())
+    for (const std::string& line : state().notes)
         if (line.compare(0, prefix.size(), prefix) == 0)
             out.push_back(line);
     return out;

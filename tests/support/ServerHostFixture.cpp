@@ -5,23 +5,13 @@
 namespace zda_test
 {
 
-std::string projectMofDirectory()
-{
-    return ZDA_PROJECT_MOF_DIR;
-}
-
-std::string builtModulesDirectory()
-{
-    return ZDA_BUILT_MODULES_DIR;
-}
-
 zda::server::HostOptions hostOptions(const std::vector<std::string>& extraMofDirectories)
 {
     zda::server::HostOptions options;
-    options.mofDirectories.push_back(projectMofDirectory());
+    options.mofDirectories.push_back(ZDA_PROJECT_MOF_DIR);
     options.mofDirectories.insert(
         options.mofDirectories.end(), extraMofDirectories.begin(), extraMofDirectories.end());
-    options.modulesDirectory = builtModulesDirectory();
+    options.modulesDirectory = ZDA_BUILT_MODULES_DIR;
     options.hostName = "testhost";
     return options;
 }

@@ -30,12 +30,8 @@
 namespace zda_test
 {
 
-// The project's MOF folder and the folder holding the built provider
-// modules (lib<Location>.so).
-std::string projectMofDirectory();
-std::string builtModulesDirectory();
-
-// Host options for the project's MOF followed by `extraMofDirectories`.
+// Host options for the project's MOF followed by `extraMofDirectories`,
+// with the built provider modules (lib<Location>.so).
 zda::server::HostOptions hostOptions(const std::vector<std::string>& extraMofDirectories = {});
 
 class ServerHostFixture : public SimulatorFixture

@@ -79,6 +79,41 @@ int waitUntil(pid_t pid, Clock::time_point deadline)
         ::poll(nullptr, 0, 10);
     }
 }
+
+// Sends `signal` (0: none) and waits up to `patience` for the exit, then
+// kills the child; its exit status, -1 when it did not exit normally.
+int endChild(pid_t pid, int signal, std::chrono::seconds patience)
+{
+    if (signal)
+        ::kill(pid, signal);
+    int status = waitUntil(pid, Clock::now() + patience);
+    if (status == -2)
+    {
+        ::kill(pid, SIGKILL);
+        waitUntil(pid, Clock::now() + std::chrono::seconds(10));
+        status = -1;
+    }
+    return status;
+}
+
+// Starts argv[0] (found on PATH) with `actions`, which it destroys, and
+// closes here the pipe ends `childEnds` handed to the child and, when the
+// start fails, `parentEnds` before it throws.
+pid_t spawn(const std::vector<std::string>& argv, posix_spawn_file_actions_t& actions,
+    std::initializer_list<int> childEnds, std::initializer_list<int> parentEnds)
+{
+    pid_t pid = -1;
+    auto args = cArgs(argv);
+    const int rc = ::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    for (int fd : childEnds)
+        ::close(fd);
+    if (rc == 0)
+        return pid;
+    for (int fd : parentEnds)
+        ::close(fd);
+    throw std::runtime_error("cannot run " + argv[0] + ": " + std::strerror(rc));
+}
 }  // namespace
 
 CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs, const std::string& input)
@@ -91,18 +126,7 @@ CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs, co
     posix_spawn_file_actions_adddup2(&actions, in[0], 0);
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
     posix_spawn_file_actions_adddup2(&actions, out[1], 2);
-    pid_t pid = -1;
-    auto args = cArgs(argv);
-    int rc = ::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(out[1]);
-    ::close(in[0]);
-    if (rc != 0)
-    {
-        ::close(out[0]);
-        ::close(in[1]);
-        throw std::runtime_error("cannot run " + argv[0] + ": " + std::strerror(rc));
-    }
+    const pid_t pid = spawn(argv, actions, {out[1], in[0]}, {out[0], in[1]});
     if (!input.empty())
     {
         ssize_t ignored = ::write(in[1], input.data(), input.size());
@@ -115,19 +139,10 @@ CommandResult runCommand(const std::vector<std::string>& argv, int timeoutMs, co
     int got;
     while ((got = readSome(out[0], result.output, deadline)) > 0)
     {}
-    if (got < 0)
-    {
-        result.timedOut = true;
-        ::kill(pid, SIGKILL);
-    }
     ::close(out[0]);
-    int status = waitUntil(pid, Clock::now() + std::chrono::seconds(10));
-    if (status == -2)
-    {
-        ::kill(pid, SIGKILL);
-        status = waitUntil(pid, Clock::now() + std::chrono::seconds(10));
-    }
-    result.exitCode = result.timedOut ? -1 : status;
+    const bool timedOut = got < 0;
+    const int status = endChild(pid, timedOut ? SIGKILL : 0, std::chrono::seconds(10));
+    result.exitCode = timedOut ? -1 : status;
     return result;
 }
 
@@ -149,30 +164,15 @@ std::string serverProgram()
 {
     return ZDA_IT_SERVER;
 }
-std::string projectMofDirectory()
-{
-    return ZDA_IT_PROJECT_MOF;
-}
-std::string testMofDirectory()
-{
-    return ZDA_IT_TEST_MOF;
-}
-std::string modulesDirectory()
-{
-    return ZDA_IT_MODULES;
-}
 
 ServerProcess::ServerProcess(
     const std::string& stateDir, const std::vector<std::string>& extraArguments, bool withTestMof)
     : _stateDir(stateDir)
 {
     std::vector<std::string> argv = {serverProgram(), "--http-port", "0", "--https-port", "0", "--state-dir",
-        stateDir, "--mof-dir", projectMofDirectory(), "--modules-dir", modulesDirectory()};
+        stateDir, "--mof-dir", ZDA_IT_PROJECT_MOF, "--modules-dir", ZDA_IT_MODULES};
     if (withTestMof)
-    {
-        argv.push_back("--mof-dir");
-        argv.push_back(testMofDirectory());
-    }
+        argv.insert(argv.end(), {"--mof-dir", ZDA_IT_TEST_MOF});
     argv.insert(argv.end(), extraArguments.begin(), extraArguments.end());
 
     int out[2];
@@ -184,15 +184,7 @@ ServerProcess::ServerProcess(
     posix_spawn_file_actions_adddup2(&actions, out[1], 1);
     posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    auto args = cArgs(argv);
-    int rc = ::posix_spawn(&_pid, args[0], &actions, nullptr, args.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    ::close(out[1]);
-    if (rc != 0)
-    {
-        ::close(out[0]);
-        throw std::runtime_error("cannot start " + argv[0] + ": " + std::strerror(rc));
-    }
+    _pid = spawn(argv, actions, {out[1]}, {out[0]});
     _stdoutFd = out[0];
 
     // The ready line names the URLs; until then the server writes nothing
@@ -222,14 +214,7 @@ int ServerProcess::stop()
 {
     if (_pid > 0)
     {
-        ::kill(_pid, SIGTERM);
-        _exitStatus = waitUntil(_pid, Clock::now() + std::chrono::seconds(60));
-        if (_exitStatus == -2)
-        {
-            ::kill(_pid, SIGKILL);
-            _exitStatus = waitUntil(_pid, Clock::now() + std::chrono::seconds(10));
-            _exitStatus = -1;
-        }
+        _exitStatus = endChild(_pid, SIGTERM, std::chrono::seconds(60));
         _pid = -1;
     }
     if (_stdoutFd >= 0)

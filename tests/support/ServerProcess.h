@@ -16,8 +16,7 @@ namespace zda_it
 
 struct CommandResult
 {
-    int exitCode = -1;  // -1 when it did not exit normally or timed out
-    bool timedOut = false;
+    int exitCode = -1;   // -1 when it did not exit normally or timed out
     std::string output;  // stdout and stderr, interleaved
 };
 
@@ -38,11 +37,8 @@ private:
     std::string _path;
 };
 
-// The test build's paths.
+// The test build's zda-cimserver.
 std::string serverProgram();
-std::string projectMofDirectory();
-std::string testMofDirectory();
-std::string modulesDirectory();
 
 class ServerProcess
 {
@@ -159,6 +155,12 @@ std::size_t countOccurrences(const std::string& output, const std::string& what)
 // parameter in `nameSpace` ("root/zda").
 std::string enumerateBody(
     const std::string& operation, const std::string& className, const std::string& nameSpace);
+
+// The status line of an HTTP response.
+inline std::string statusLine(const std::string& response)
+{
+    return response.substr(0, response.find("\r\n"));
+}
 
 // "Basic ..." for the user and password.
 std::string basicAuthorization(const std::string& user, const std::string& password);

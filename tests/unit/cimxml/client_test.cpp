@@ -33,15 +33,10 @@ namespace
 using zda_test::cimErrorOf;
 using zda_test::text;
 
-CIMObjectPath volume(const char* id)
+// A volume's path: a string key and a numeric one.
+CIMObjectPath volume(const std::string& id)
 {
-    Array<CIMKeyBinding> keys;
-    keys.append(CIMKeyBinding("DeviceID", id, CIMKeyBinding::STRING));
-    keys.append(CIMKeyBinding("Size", "100", CIMKeyBinding::NUMERIC));
-    CIMObjectPath path;
-    path.setClassName("ZDA_StorageVolume");
-    path.setKeyBindings(keys);
-    return path;
+    return CIMObjectPath(String(("ZDA_StorageVolume.DeviceID=\"" + id + "\",Size=100").c_str()));
 }
 
 // Records like its base and answers a few operations with data or errors.
@@ -106,8 +101,7 @@ std::vector<std::pair<const char*, Operation>> everyOperation()
     CIMInstance named("ZDA_StorageVolume");
     named.addProperty(CIMProperty("DeviceID", CIMValue(String("v9"))));
     named.setPath(volume("v9"));
-    CIMObjectPath classOnly;
-    classOnly.setClassName("ZDA_StorageVolume");
+    const CIMObjectPath classOnly("ZDA_StorageVolume");
     return {
         {"getClass", [=](CIMClient& c) { c.getClass(kNs, "ZDA_A", false, false, true, props); }},
         {"enumerateClasses",
@@ -345,7 +339,6 @@ TEST_F(CimXmlClient, BrokenAnswersSurfaceAsTheClientsExceptionClasses)
             "Content-Length: 2\r\n\r\nhi",
             Malformed},
         {"not cim-xml", answer("", "<html/>"), BadXml},
-        {"truncated xml", answer("", names.substr(0, names.size() - 20)), BadXml},
         {"another message", answer("", otherMessage), WrongAnswer},
     };
     for (const Case& c : cases)
@@ -403,18 +396,6 @@ TEST_F(CimXmlClient, ReconnectsWhenTheServerClosesBetweenRequests)
     EXPECT_EQ(3u, listener.connectionsAccepted());
 }
 
-namespace
-{
-Boolean acceptAnything(SSLCertificateInfo&)
-{
-    return true;
-}
-Boolean refuseEverything(SSLCertificateInfo& info)
-{
-    return info.getSubjectName().size() == 0;  // never empty for a real certificate
-}
-}  // namespace
-
 TEST_F(CimXmlClient, HttpsVerifiesTheServerUnlessTheCallerRelaxesIt)
 {
     const std::string cert = ensureSelfSignedCertificate(folder).certificate;
@@ -438,8 +419,12 @@ TEST_F(CimXmlClient, HttpsVerifiesTheServerUnlessTheCallerRelaxesIt)
         {"trusted by host name", cert, nullptr, "localhost", true},
         {"untrusted", otherCert, nullptr, "127.0.0.1", false},
         {"relaxed: no trust store", "", nullptr, "127.0.0.1", true},
-        {"callback accepts", otherCert, &acceptAnything, "127.0.0.1", true},
-        {"callback refuses", cert, &refuseEverything, "127.0.0.1", false},
+        {"callback accepts", otherCert, [](SSLCertificateInfo&) -> Boolean { return true; }, "127.0.0.1",
+            true},
+        // A real certificate's subject is never empty.
+        {"callback refuses", cert,
+            [](SSLCertificateInfo& info) -> Boolean { return info.getSubjectName().size() == 0; },
+            "127.0.0.1", false},
     };
     for (const Case& c : cases)
     {

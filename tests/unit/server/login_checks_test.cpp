@@ -80,16 +80,11 @@ TEST(LoginChecksTest, FailuresFromOneAddressEarnGrowingWaits)
         throttle.failed("10.0.0.1", "admin", t0);
     }
     // Free failures are spent: each further failure doubles the wait after it.
-    struct Step
-    {
-        std::chrono::milliseconds wait;
-    };
-    const Step steps[] = {{250ms}, {500ms}, {1000ms}, {2000ms}, {4000ms}, {8000ms}, {8000ms}};
     auto now = t0;
-    for (const Step& s : steps)
+    for (std::chrono::milliseconds wait : {250ms, 500ms, 1000ms, 2000ms, 4000ms, 8000ms, 8000ms})
     {
-        EXPECT_EQ(throttle.admit("10.0.0.1", now), now + s.wait) << s.wait.count();
-        now += s.wait;
+        EXPECT_EQ(throttle.admit("10.0.0.1", now), now + wait) << wait.count();
+        now += wait;
         throttle.failed("10.0.0.1", "admin", now);
     }
     // Parallel attempts queue one wait apart, and are refused unchecked

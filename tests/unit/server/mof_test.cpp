@@ -136,12 +136,12 @@ TEST(MofParser, IncludesAreRelativeAndKeepTheirNamespaceToThemselves)
     EXPECT_EQ(body<ClassDeclaration>(decls[1]).where.file, "top/sub/two.mof");
 }
 
-TEST(MofParser, IncludeFaultsPointAtThePragma)
+// A missing include is a row of the compiler's fault table below.
+TEST(MofParser, AnIncludeCycleIsReportedAtThePragma)
 {
     auto reader = memoryReader({
         {"a.mof", "class X {};\n  #pragma include(\"b.mof\")"},
         {"b.mof", "#pragma include(\"a.mof\")"},
-        {"c.mof", "\n\n #pragma include(\"missing.mof\")"},
     });
     try
     {
@@ -152,16 +152,6 @@ TEST(MofParser, IncludeFaultsPointAtThePragma)
     {
         EXPECT_EQ(e.where().file, "b.mof");
         EXPECT_NE(e.message().find("includes itself"), std::string::npos) << e.what();
-    }
-    try
-    {
-        parseMofFile("c.mof", "root", reader);
-        FAIL() << "a missing include was accepted";
-    }
-    catch (const MofError& e)
-    {
-        EXPECT_EQ(e.where().toString(), "c.mof:3:2");
-        EXPECT_NE(e.message().find("missing.mof"), std::string::npos);
     }
 }
 
@@ -377,7 +367,7 @@ TEST(MofCompiler, FaultsNameTheirPositionAndWhatIsWrong)
         {"Qualifier Q : boolean, Scope(klass);", 1, 30, "expected a scope"},
         {"Qualifier Q : boolean, Scope(any), Flavor(Sticky);", 1, 43, "expected a flavor"},
         {"#pragma locale(\"en\")\n#pragma source(\"x\")", 2, 9, "unsupported pragma 'source'"},
-        {"#pragma include(\"nowhere.mof\")", 1, 1, "cannot open"},
+        {"class A {};\n  #pragma include(\"nowhere.mof\")", 2, 3, "cannot open \"nowhere.mof\""},
         {"#pragma namespace(\"/\")", 1, 9, "needs a namespace name"},
         {"#pragmatic", 1, 1, "expected 'pragma' after '#'"},
         {"instance of A { X = 1; x = 2; };", 1, 24, "property 'x' given twice"},
