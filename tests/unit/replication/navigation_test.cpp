@@ -108,8 +108,8 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
 
         // From the first end: every object of the far class, as names, as
-        // instances with the roles named, and through the association's links
-        // (counts and classes as a client sees them are the server tests').
+        // instances with the roles named, and through the association's links,
+        // which are all the association's instances.
         Array<CIMObjectPath> ends = far(first, row.association);
         EXPECT_EQ(labels(ends), every);
         EXPECT_EQ(server()
@@ -120,6 +120,7 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         Array<CIMObjectPath> links = server().referenceNames(
             admin(), ZDA_NS, first, row.association, firstRole);
         EXPECT_EQ(links.size(), ends.size());
+        EXPECT_EQ(all(row.association).size(), ends.size());
         for (Uint32 i = 0; i < links.size(); i++)
         {
             EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(links[i], row.firstRole), first));
