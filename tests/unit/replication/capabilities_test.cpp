@@ -58,7 +58,7 @@ protected:
 
 TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 {
-    const Array<CIMInstance> enumerated = all(CAPS);
+    const Array<CIMInstance> enumerated = instancesOf(CAPS);
     ASSERT_EQ(enumerated.size(), 1u);
     const CIMInstance& caps = enumerated[0];
     EXPECT_EQ(text(get<String>(caps, "InstanceID")), CAPS_ID);

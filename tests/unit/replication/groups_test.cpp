@@ -47,7 +47,7 @@ protected:
 
 TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
 {
-    const Array<CIMInstance> every = all(GROUP);
+    const Array<CIMInstance> every = instancesOf(GROUP);
     Array<CIMObjectPath> paths = namesOf(GROUP);
     ASSERT_EQ(every.size(), 5u);
     ASSERT_EQ(paths.size(), 5u);
@@ -70,7 +70,7 @@ TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
 {
     members(vvset("set1"));  // the providers and the identity cache are up
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(all(GROUP).size(), 0u);
+    EXPECT_EQ(instancesOf(GROUP).size(), 0u);
     zdasim_fault_add("api_getVVSets", 1, API_E_INVALID, "broken");
     EXPECT_EQ(namesOf(GROUP).size(), 0u);
     zdasim_fault_sem_timeouts(1);
@@ -142,7 +142,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
 TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
 {
     Array<CIMObjectPath> paths = namesOf(MEMBER_OF);
-    const Array<CIMInstance> every = all(MEMBER_OF);
+    const Array<CIMInstance> every = instancesOf(MEMBER_OF);
     const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"}, {"set_overlap", "vol1"}};
     EXPECT_EQ(pairs(paths), expected);
     ASSERT_EQ(every.size(), paths.size());
@@ -184,17 +184,11 @@ TEST_F(GroupsTest, NavigationBothWays)
     {
         SCOPED_TRACE(text(c.object.toString()));
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        EXPECT_EQ(
-            labels(server().associatorNames(admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "")),
-            c.expected);
-        Array<CIMObject> objects = server().associators(
-            admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "", false, false, CIMPropertyList());
-        EXPECT_EQ(objects.size(), c.expected.size());
-        EXPECT_EQ(
-            server().referenceNames(admin(), ZDA_NS, c.object, MEMBER_OF, c.role).size(), c.expected.size());
+        EXPECT_EQ(labels(assocNames(c.object, MEMBER_OF, c.role, "", resultClass)), c.expected);
+        EXPECT_EQ(assocObjects(c.object, MEMBER_OF, c.role, "", resultClass).size(), c.expected.size());
+        EXPECT_EQ(refNames(c.object, MEMBER_OF, c.role).size(), c.expected.size());
     }
-    Array<CIMObject> refs = server().references(
-        admin(), ZDA_NS, volume("vol1"), MEMBER_OF, "", false, false, CIMPropertyList());
+    Array<CIMObject> refs = refObjects(volume("vol1"), MEMBER_OF);
     Array<CIMObjectPath> refPaths;
     for (Uint32 i = 0; i < refs.size(); i++)
         refPaths.append(refs[i].getPath());

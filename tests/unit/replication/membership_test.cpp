@@ -59,7 +59,7 @@ protected:
     // "<object>-><other>").
     CIMObjectPath job(const std::string& name)
     {
-        const Array<CIMInstance> jobs = all("ZDA_ConcreteJob");
+        const Array<CIMInstance> jobs = instancesOf("ZDA_ConcreteJob");
         for (Uint32 i = 0; i < jobs.size(); i++)
             if (text(get<String>(jobs[i], "ElementName")) == name)
                 return jobs[i].getPath();
@@ -73,7 +73,7 @@ TEST_F(MembershipTest, EveryPairIsFoundFromBothEndsAndByItsPath)
     for (const Row& row : ROWS)
     {
         SCOPED_TRACE(row.association);
-        Array<CIMInstance> links = all(row.association);
+        Array<CIMInstance> links = instancesOf(row.association);
         ASSERT_GT(links.size(), 0u);
         for (Uint32 i = 0; i < links.size() && i < 6; i++)
         {
@@ -86,13 +86,11 @@ TEST_F(MembershipTest, EveryPairIsFoundFromBothEndsAndByItsPath)
             EXPECT_EQ(labels(fromSecond).count(label(first)), 1u);
             // The instances of the far ends are those the class's own
             // provider serves.
-            Array<CIMObject> objects = server().associators(
-                admin(), ZDA_NS, first, row.association, CIMName(), "", "", false, false, CIMPropertyList());
+            Array<CIMObject> objects = assocObjects(first, row.association);
             ASSERT_EQ(objects.size(), fromFirst.size());
             const CIMInstance served = getInstance(objects[0].getPath());
             EXPECT_EQ(CIMInstance(objects[0]).getPropertyCount(), served.getPropertyCount());
-            EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, first, row.association, row.firstRole).size(),
-                fromFirst.size());
+            EXPECT_EQ(refNames(first, row.association, row.firstRole).size(), fromFirst.size());
         }
     }
 }
@@ -164,8 +162,7 @@ TEST_F(MembershipTest, MembersComeInTheGroupsOrderThroughOneMembership)
     EXPECT_EQ(far(rcopyGroup("rcg_empty"), ordered).size(), 0u);
 
     // A remote copy group's volumes come in the group's order, numbered from 1.
-    Array<CIMObject> links = server().references(
-        admin(), ZDA_NS, rcopyGroup("rcg_mixed"), ordered, "", false, false, CIMPropertyList());
+    Array<CIMObject> links = refObjects(rcopyGroup("rcg_mixed"), ordered);
     const std::vector<std::string> order = {"eng_scratch02", "eng_scratch03", "eng_build06", "eng_build04"};
     ASSERT_EQ(links.size(), order.size());
     for (Uint32 i = 0; i < links.size(); i++)
@@ -202,8 +199,8 @@ TEST_F(MembershipTest, GroupsReplicateOverTheirTargetsAndLinkPorts)
     // IP links give the IP ports; the port two targets' links share once.
     EXPECT_EQ(labels(far(rcopyGroup("rcg_two_targets"), available)),
         (std::multiset<std::string>{"siteB_ip", "0:3:1", "1:3:1", "siteC"}));
-    Array<CIMObject> endpoints = server().associators(admin(), ZDA_NS, rcopyGroup("rcg_fin_sync"), available,
-        "ZDA_SCSIProtocolFCEndpoint", "", "", false, false, CIMPropertyList());
+    Array<CIMObject> endpoints = assocObjects(
+        rcopyGroup("rcg_fin_sync"), available, "", "", "ZDA_SCSIProtocolFCEndpoint");
     ASSERT_EQ(endpoints.size(), 1u);
     EXPECT_EQ(get<Uint16>(CIMInstance(endpoints[0]), "ConnectionType"), 2);
 
@@ -285,7 +282,7 @@ TEST_F(MembershipTest, PortEndpointsOfTheArray)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.className);
-        const Array<CIMInstance> every = all(c.className);
+        const Array<CIMInstance> every = instancesOf(c.className);
         Array<CIMObjectPath> paths;
         for (Uint32 i = 0; i < every.size(); i++)
             paths.append(every[i].getPath());
@@ -299,7 +296,7 @@ TEST_F(MembershipTest, PortEndpointsOfTheArray)
     }
     // An IP port shows its address and whether its link is up.
     std::map<std::string, CIMInstance> ip;
-    const Array<CIMInstance> ports = all("ZDA_IPProtocolEndpoint");
+    const Array<CIMInstance> ports = instancesOf("ZDA_IPProtocolEndpoint");
     for (Uint32 i = 0; i < ports.size(); i++)
         ip[text(get<String>(ports[i], "Name"))] = ports[i];
     EXPECT_EQ(text(get<String>(ip["0:3:1"], "IPv4Address")), "198.51.100.10");

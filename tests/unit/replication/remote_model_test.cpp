@@ -64,7 +64,7 @@ protected:
     std::map<std::string, CIMInstance> byKey(const char* className, const char* key)
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> instances = all(className);
+        Array<CIMInstance> instances = instancesOf(className);
         for (Uint32 i = 0; i < instances.size(); i++)
             out[text(get<String>(instances[i], key))] = instances[i];
         return out;
@@ -72,7 +72,7 @@ protected:
     std::vector<std::string> keysOf(const char* className, const char* key)
     {
         std::vector<std::string> out;
-        Array<CIMInstance> instances = all(className);
+        Array<CIMInstance> instances = instancesOf(className);
         for (Uint32 i = 0; i < instances.size(); i++)
             out.push_back(text(get<String>(instances[i], key)));
         return out;
@@ -329,7 +329,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         SCOPED_TRACE(c.first);
         ASSERT_EQ(text(getInstance(c.second).getPath().getClassName().getString()), c.first);
         zdasim_fault_sem_timeouts(1);
-        EXPECT_EQ(all(c.first).size(), 0u);
+        EXPECT_EQ(instancesOf(c.first).size(), 0u);
         zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
         EXPECT_EQ(namesOf(c.first).size(), 0u);
         zdasim_fault_sem_timeouts(1);

@@ -154,20 +154,11 @@ protected:
     {
         return ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, target);
     }
-    Array<CIMInstance> all(const char* className)
-    {
-        return server().enumerateInstances(
-            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
-    }
-    Array<CIMObjectPath> namesOf(const char* className)
-    {
-        return server().enumerateInstanceNames(admin(), ZDA_NS, className);
-    }
     // The far ends of `from` through `association`.
     Array<CIMObjectPath> far(
         const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
     {
-        return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
+        return assocNames(from, association, "", "", resultClass);
     }
     // Whether getInstance of `path` gives the instance of that path.
     bool foundByPath(const CIMObjectPath& path)
@@ -221,8 +212,7 @@ protected:
     // The synchronization of the local copy `copy` as the server lists it.
     CIMObjectPath syncOf(const char* copy)
     {
-        Array<CIMObjectPath> found = server().referenceNames(
-            admin(), ZDA_NS, volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
+        Array<CIMObjectPath> found = refNames(volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
         EXPECT_EQ(found.size(), 1u) << copy;
         return found.size() ? found[0] : CIMObjectPath();
     }
@@ -335,30 +325,18 @@ protected:
     }
 
     // Output parameters of the last call by name; empty when absent.
-    CIMObjectPath outPath(const char* name)
+    template <class T>
+    T outValue(const char* name)
     {
-        CIMObjectPath path;
-        const CIMValue value = zda_test::paramNamed(out, name);
-        if (!value.isNull())
-            value.get(path);
-        return path;
-    }
-    Array<CIMObjectPath> outPaths(const char* name)
-    {
-        Array<CIMObjectPath> paths;
-        const CIMValue value = zda_test::paramNamed(out, name);
-        if (!value.isNull())
-            value.get(paths);
-        return paths;
-    }
-    std::string outText(const char* name)
-    {
-        String value;
+        T value;
         const CIMValue v = zda_test::paramNamed(out, name);
         if (!v.isNull())
             v.get(value);
-        return text(value);
+        return value;
     }
+    CIMObjectPath outPath(const char* name) { return outValue<CIMObjectPath>(name); }
+    Array<CIMObjectPath> outPaths(const char* name) { return outValue<Array<CIMObjectPath>>(name); }
+    std::string outText(const char* name) { return text(outValue<String>(name)); }
 
     // A remote copy group as the array holds it: whether it runs on its
     // first target, its volumes and their far names there.

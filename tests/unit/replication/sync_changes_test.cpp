@@ -181,8 +181,7 @@ TEST_F(SyncChangesTest, RequestsRefusedBeforeTheArrayIsAsked)
 TEST_F(SyncChangesTest, ReturnOfAGroupsSnapshotSetRemovesItAndItsVolumes)
 {
     loadRemoteArray();
-    Array<CIMObjectPath> pairs = server().referenceNames(
-        admin(), ZDA_NS, vvset("gTwo_part"), "ZDA_RemoteGroupSynchronized", "SyncedElement");
+    Array<CIMObjectPath> pairs = refNames(vvset("gTwo_part"), "ZDA_RemoteGroupSynchronized", "SyncedElement");
     ASSERT_EQ(pairs.size(), 1u);
     EXPECT_EQ(modify(19, pairs[0]), "returned 0");
     EXPECT_EQ(setMembers("gTwo_part"), NO_SET);
