@@ -32,7 +32,7 @@ class GroupReplicaTest : public ReplicationTest
 {
 protected:
     // The names of the array's vvsets, each a replication group.
-    std::multiset<std::string> setNames() { return labels(namesOf("ZDA_ReplicationGroup")); }
+    Labels setNames() { return labels(namesOf("ZDA_ReplicationGroup")); }
 };
 
 // ---- clones and snapshots of local groups -----------------------------------------------
@@ -85,7 +85,7 @@ TEST_F(GroupReplicaTest, LocalLegRefusalsMakeNothing)
             "thrown 5: Only waitForCopyState Sync and Inactive are are supported for physical copy"},
         {"CreateGroupReplica", Array<CIMParamValue>(), "thrown 5: Invalid number of parameters"},
     };
-    const std::multiset<std::string> before = setNames();
+    const Labels before = setNames();
     zdasim_journal_clear();
     for (const Case& c : cases)
         EXPECT_EQ(outcome(c.method, c.in), c.outcome) << c.method;
@@ -189,7 +189,7 @@ TEST_F(GroupReplicaTest, FailedCopiesTakeAwayTheSetsTheyMade)
     };
     for (const Case& c : cases)
     {
-        const std::multiset<std::string> before = setNames();
+        const Labels before = setNames();
         zdasim_fault_add(c.fault, 1, c.code, "source busy");
         EXPECT_EQ(
             outcome("CreateGroupReplicaFromElements",

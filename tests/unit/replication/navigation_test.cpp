@@ -102,7 +102,7 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         SCOPED_TRACE(row.association);
         load(row);
         const CIMObjectPath first = firstEnd(row);
-        const std::multiset<std::string> every = labels(namesOf(row.farClass));
+        const Labels every = labels(namesOf(row.farClass));
         ASSERT_EQ(every.count(row.sample), 1u);
         const char* firstRole = row.rolesMatchNothing ? "" : row.firstRole;
         const char* secondRole = row.rolesMatchNothing ? "" : row.secondRole;
@@ -170,13 +170,8 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         for (const Case& c : cases)
         {
             SCOPED_TRACE(c.what);
-            const std::string sequence = direct(row.association, [&](auto& p, auto&, auto& h) {
-                if (c.references)
-                    p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
-                else
-                    p.associatorNames(
-                        admin(), c.object, row.association, c.resultClass, c.role, c.resultRole, h);
-            });
+            const std::string sequence = directNames(
+                row.association, c.object, c.references, c.resultClass, c.role, c.resultRole);
             const bool namesRoles = c.role.size() || c.resultRole.size();
             if (c.answered && !(namesRoles && row.rolesMatchNothing))
                 EXPECT_EQ(sequence.rfind("processing deliver(path)", 0), 0u) << sequence;
@@ -209,9 +204,9 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
         const int oneKeyError = row.kind == Kind::Affects ? int(CIM_ERR_NOT_FOUND)
             : row.kind == Kind::HostedByWalk              ? int(CIM_ERR_FAILED)
                                                           : int(CIM_ERR_INVALID_PARAMETER);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
-        EXPECT_EQ(readErrorAs("noaccess", link), CIM_ERR_ACCESS_DENIED);
+        EXPECT_EQ(readError(oneKey), oneKeyError);
+        EXPECT_EQ(readError(elsewhere), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(readError(link, "noaccess"), CIM_ERR_ACCESS_DENIED);
         EXPECT_EQ(changeErrors(link), "7 7 7");
 
         // The kinds that check the class enumerate nothing for another one.
@@ -260,12 +255,7 @@ TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
     {
         SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
         zdasim_log_clear();
-        EXPECT_EQ(direct(row.association,
-                      [&](auto& p, auto&, auto& h) {
-                          p.associatorNames(
-                              admin(), service, row.association, CIMName(), c.role, c.resultRole, h);
-                      }),
-            "");
+        EXPECT_EQ(directNames(row.association, service, false, CIMName(), c.role, c.resultRole), "");
         EXPECT_EQ(logLinesWith("invalid params"), c.refused ? 1u : 0u);
     }
     zdasim_log_capture(0);

@@ -234,9 +234,9 @@ TEST_F(RemoteModelTest, EntitiesOfFarGroupsAndVolumes)
     };
     EXPECT_EQ(text(get<String>(getInstance(entity(PEER1_WWN, rv1)), "Name")), rv1);
     EXPECT_EQ(text(get<String>(getInstance(entity("tUnknown", "rv7")), "Name")), "rv7");
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity("tSyncOnly", "rv1")); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity("tSyncOnly", rv1)); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity(PEER9_WWN, rv6)); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity("tSyncOnly", "rv1")), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity("tSyncOnly", rv1)), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity(PEER9_WWN, rv6)), CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(RemoteModelTest, EntityInstanceIDsSplitWithTheHostWhole)
@@ -333,7 +333,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
         EXPECT_EQ(namesOf(c.first).size(), 0u);
         zdasim_fault_sem_timeouts(1);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(c.second); }), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(readError(c.second), CIM_ERR_NOT_FOUND);
     }
     // Keys that name nothing.
     const std::pair<CIMObjectPath, int> keys[] = {
@@ -342,7 +342,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         {instancePath(ZDA_NS, SAP, {{"Name", "tReady"}}), CIM_ERR_INVALID_PARAMETER},
     };
     for (const auto& k : keys)
-        EXPECT_EQ(cimErrorOf([&] { getInstance(k.first); }), k.second) << text(k.first.toString());
+        EXPECT_EQ(readError(k.first), k.second) << text(k.first.toString());
 }
 
 // The model is read-only and its classes have no methods.

@@ -214,12 +214,12 @@ TEST_F(SyncChangesTest, ALocalCopyGoesToTheCopyServicesAndTheirCodesAreMapped)
 TEST_F(SyncChangesTest, VolumesJoinAndLeaveAVvset)
 {
     EXPECT_EQ(membership("AddMembers", vvset("set1"), {"vol3"}), "returned 0");
-    EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol1", "vol2", "vol3"}));
+    EXPECT_EQ(setMembers("set1"), Names({"vol1", "vol2", "vol3"}));
     EXPECT_EQ(membership("RemoveMembers", vvset("set1"), {"vol1", "vol3"}), "returned 0");
-    EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol2"}));
+    EXPECT_EQ(setMembers("set1"), Names({"vol2"}));
     // The set stays when it keeps members, and when emptied without the flag.
     EXPECT_EQ(membership("RemoveMembers", vvset("set1"), {"vol2"}, CIMValue(false)), "returned 0");
-    EXPECT_EQ(setMembers("set1"), std::set<std::string>());
+    EXPECT_EQ(setMembers("set1"), Names());
     EXPECT_EQ(membership("AddMembers", vvset("set1"), {"vol2"}), "returned 0");
     EXPECT_EQ(membership("RemoveMembers", vvset("set1"), {"vol2"}, CIMValue(true)), "returned 0");
     EXPECT_EQ(setMembers("set1"), NO_SET);
@@ -243,7 +243,7 @@ TEST_F(SyncChangesTest, VvsetMembershipRefusals)
     {
         EXPECT_EQ(membership(row.method, vvset(row.set), row.members), row.expected)
             << row.method << " " << row.set;
-        EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol1", "vol2"}));
+        EXPECT_EQ(setMembers("set1"), Names({"vol1", "vol2"}));
     }
     EXPECT_EQ(outcome("AddMembers", Array<CIMParamValue>()), "thrown 5:  Invalid number of parameters");
     EXPECT_EQ(outcome("RemoveMembers", args({{"Members", volumes({"vol1"})}})),
@@ -255,7 +255,7 @@ TEST_F(SyncChangesTest, VvsetMembershipRefusals)
     zdasim_fault_add("api_removeVVSet", 1, 99, "cannot remove now");
     EXPECT_EQ(membership("RemoveMembers", vvset("set1"), {"vol1", "vol2"}, CIMValue(true)),
         "thrown 4: cannot remove now");
-    EXPECT_EQ(setMembers("set1"), std::set<std::string>());
+    EXPECT_EQ(setMembers("set1"), Names());
 }
 
 // ---- membership of remote copy groups ----------------------------------------------------
@@ -264,14 +264,14 @@ TEST_F(SyncChangesTest, VolumesLeaveAndRejoinARemoteCopyGroupWhichGoesWhenEmptie
 {
     loadRemoteArray();
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5"}), "returned 0");
-    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv6"}));
+    EXPECT_EQ(groupVolumes("gTwo"), Names({"rv6"}));
     // The far copy goes with it; the local volume stays.
     EXPECT_EQ(lastJournalArgument("api_dismissRCopyVV", "removevv_flag"), "1");
     EXPECT_FALSE(volume("rv5").getClassName().isNull());
     // It comes back with a far copy on each of the group's two targets,
     // named after the local volume.
     EXPECT_EQ(membership("AddMembers", rcopyGroup("gTwo"), {"rv5"}), "returned 0");
-    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+    EXPECT_EQ(groupVolumes("gTwo"), Names({"rv5", "rv6"}));
     EXPECT_EQ(lastJournalArgument("api_admitRCopyVV", "nummaps"), "2");
     EXPECT_EQ(lastJournalArgument("api_admitRCopyVV", "vvmaps[1].rm_target"), "tComputed");
     EXPECT_EQ(lastJournalArgument("api_admitRCopyVV", "vvmaps[1].rm_remote_name"), "rv5_remote");
@@ -279,7 +279,7 @@ TEST_F(SyncChangesTest, VolumesLeaveAndRejoinARemoteCopyGroupWhichGoesWhenEmptie
     EXPECT_EQ(groupVolumes("gTwo"), NO_SET);
     // Without the flag the emptied group stays.
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gNoDomain"), {"rv3"}), "returned 0");
-    EXPECT_EQ(groupVolumes("gNoDomain"), std::set<std::string>());
+    EXPECT_EQ(groupVolumes("gNoDomain"), Names());
 }
 
 TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
@@ -290,7 +290,7 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
         "thrown 8: Member " + text(rv1) + " not in RemoteReplicationGroup gTwo");
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gNope"), {"rv5"}),
         "thrown 7: RemoteReplicationGroup gNope does not exist");
-    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+    EXPECT_EQ(groupVolumes("gTwo"), Names({"rv5", "rv6"}));
 
     // Admission: a missing group, an unknown volume among known ones (no
     // volume is admitted), and the array's refusal.
@@ -304,7 +304,7 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
     EXPECT_EQ(calls("api_admitRCopyVV"), admitted);
     zdasim_fault_add("api_admitRCopyVV", 1, 99, "link lost");
     EXPECT_EQ(membership("AddMembers", rcopyGroup("gEmpty"), {"rv1"}), "thrown 4: link lost");
-    EXPECT_EQ(groupVolumes("gEmpty"), std::set<std::string>());
+    EXPECT_EQ(groupVolumes("gEmpty"), Names());
 
     zdasim_fault_add("api_getRCopy", 1, 99, "configuration locked");
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5"}),
@@ -314,15 +314,15 @@ TEST_F(SyncChangesTest, RemoteCopyGroupMembershipRefusalsAndFailures)
     EXPECT_EQ(membership("RemoveMembers", rcopyGroup("gTwo"), {"rv5", "rv6"}, CIMValue(true)),
         "thrown 4: link lost");
     EXPECT_EQ(calls("api_dismissRCopyVV"), 1u);
-    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+    EXPECT_EQ(groupVolumes("gTwo"), Names({"rv5", "rv6"}));
 
     // The set behind a remote copy group changes only through the group.
     EXPECT_EQ(
         membership("RemoveMembers", vvset("RCP_gTwo"), {"rv5"}).rfind("thrown 4: VV set RCP_gTwo ", 0), 0u);
     EXPECT_EQ(
         membership("AddMembers", vvset("RCP_gTwo"), {"rv1"}).rfind("thrown 4: VV set RCP_gTwo ", 0), 0u);
-    EXPECT_EQ(setMembers("RCP_gTwo"), std::set<std::string>({"rv5", "rv6"}));
-    EXPECT_EQ(groupVolumes("gTwo"), std::set<std::string>({"rv5", "rv6"}));
+    EXPECT_EQ(setMembers("RCP_gTwo"), Names({"rv5", "rv6"}));
+    EXPECT_EQ(groupVolumes("gTwo"), Names({"rv5", "rv6"}));
 }
 
 }  // namespace
