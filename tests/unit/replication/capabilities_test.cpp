@@ -58,7 +58,7 @@ protected:
 
 TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 {
-    const Array<CIMInstance> enumerated = all(CAPS);
+    const Array<CIMInstance> enumerated = instancesOf(CAPS);
     ASSERT_EQ(enumerated.size(), 1u);
     const CIMInstance& caps = enumerated[0];
     EXPECT_EQ(text(get<String>(caps, "InstanceID")), CAPS_ID);
@@ -78,11 +78,10 @@ TEST_F(CapabilitiesTest, TheOneInstanceDescribesTheArray)
 TEST_F(CapabilitiesTest, InstanceRefusals)
 {
     const CIMObjectPath path = capsPath();
-    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(path, "Extra", "x")); }), CIM_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(
-        cimErrorOf([&] { getInstance(withKey(path, "InstanceID", "KX_ORLA:Other")); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(withKey(path, "Extra", "x")), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(readError(withKey(path, "InstanceID", "KX_ORLA:Other")), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(changeErrors(path), "7 7 7");
-    EXPECT_EQ(readErrorAs("noaccess", path), CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(readError(path, "noaccess"), CIM_ERR_ACCESS_DENIED);
 }
 
 // The provider answers the general class on enumeration with its own

@@ -47,9 +47,9 @@ TEST_F(GroupMethodsTest, CreateGroupMakesAVvsetOrRefuses)
                       {"Persistent", CIMValue(true)}, {"DeleteOnEmptyElement", CIMValue()}})),
         "returned 0");
     EXPECT_TRUE(ZDA_Common::matchObjectPath(outPath("ReplicationGroup"), vvset("grp_new")));
-    EXPECT_EQ(setMembers("grp_new"), std::set<std::string>({"vol1", "vol3"}));
+    EXPECT_EQ(setMembers("grp_new"), Names({"vol1", "vol3"}));
     EXPECT_EQ(outcome("CreateGroup", args({{"GroupName", str("grp_empty")}})), "returned 0");
-    EXPECT_EQ(setMembers("grp_empty"), std::set<std::string>());
+    EXPECT_EQ(setMembers("grp_empty"), Names());
 
     const CIMValue name(String("grp_refused"));
     const std::pair<Array<CIMParamValue>, std::string> refusals[] = {
@@ -82,7 +82,7 @@ TEST_F(GroupMethodsTest, DeleteGroupOfAVvsetKeepsItsVolumes)
         return outcome("DeleteGroup", in);
     };
     EXPECT_EQ(deleteGroup("set1", CIMValue(false)), "thrown 6: Cannot remove Group because it is not empty");
-    EXPECT_EQ(setMembers("set1"), std::set<std::string>({"vol1", "vol2"}));
+    EXPECT_EQ(setMembers("set1"), Names({"vol1", "vol2"}));
     EXPECT_EQ(deleteGroup("set_empty", CIMValue(false)), "returned 0");
     EXPECT_EQ(deleteGroup("set1", CIMValue()), "returned 0");  // RemoveElements true by default
     EXPECT_EQ(setMembers("set1"), NO_SET);
@@ -157,7 +157,7 @@ TEST_F(GroupMethodsTest, AvailableTargetsAreWorkingBaseVolumesAtLeastAsLarge)
     // and smaller volumes do not qualify; one of the same size does.
     ASSERT_EQ(zdasim_volume_add("same", "FC_r5", "", 10240), 0);
     ASSERT_EQ(zdasim_volume_add("smaller", "FC_r5", "", 10239), 0);
-    const std::multiset<std::string> larger = {"same", "vol2", "vol4", "vol5"};
+    const Labels larger = {"same", "vol2", "vol4", "vol5"};
     zdasim_log_capture(1);
     for (const char* pool : {(const char*)nullptr, "FC_r1"})
     {

@@ -17,12 +17,14 @@ typedef std::set<std::pair<std::string, std::string>> Pairs;
 class GroupsTest : public ReplicationTest
 {
 protected:
-    // (vvset, volume) of each membership path.
-    Pairs pairs(const Array<CIMObjectPath>& paths)
+    // (vvset, volume) of each membership, given as paths or instances.
+    template <class Links>
+    Pairs pairs(const Links& links)
     {
         Pairs out;
-        for (Uint32 i = 0; i < paths.size(); i++)
-            out.insert({label(endOf(paths[i], "Collection")), label(endOf(paths[i], "Member"))});
+        for (Uint32 i = 0; i < links.size(); i++)
+            out.insert(
+                {label(endOf(pathOf(links[i]), "Collection")), label(endOf(pathOf(links[i]), "Member"))});
         return out;
     }
     Array<CIMObjectPath> members(const CIMObjectPath& groupPath) { return far(groupPath, MEMBER_OF); }
@@ -47,7 +49,7 @@ protected:
 
 TEST_F(GroupsTest, EveryVvsetIsAGroupWithItsShape)
 {
-    const Array<CIMInstance> every = all(GROUP);
+    const Array<CIMInstance> every = instancesOf(GROUP);
     Array<CIMObjectPath> paths = namesOf(GROUP);
     ASSERT_EQ(every.size(), 5u);
     ASSERT_EQ(paths.size(), 5u);
@@ -70,16 +72,15 @@ TEST_F(GroupsTest, ReadFailuresAnswerEmptyOrNotFound)
 {
     members(vvset("set1"));  // the providers and the identity cache are up
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(all(GROUP).size(), 0u);
+    EXPECT_EQ(instancesOf(GROUP).size(), 0u);
     zdasim_fault_add("api_getVVSets", 1, API_E_INVALID, "broken");
     EXPECT_EQ(namesOf(GROUP).size(), 0u);
     zdasim_fault_sem_timeouts(1);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(vvset("set1")); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(vvset("set1")), CIM_ERR_NOT_FOUND);
 
-    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(vvset("set1"), "InstanceID", "KX_ORLAset1")); }),
-        CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(vvset("no_such_set")); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(readErrorAs("noaccess", vvset("set1")), CIM_ERR_ACCESS_DENIED);
+    EXPECT_EQ(readError(withKey(vvset("set1"), "InstanceID", "KX_ORLAset1")), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(vvset("no_such_set")), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(vvset("set1"), "noaccess"), CIM_ERR_ACCESS_DENIED);
 }
 
 TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
@@ -132,7 +133,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
         -1);
     EXPECT_EQ(zdasim_journal_count_of("api_setVVSet"), 1u);
     EXPECT_EQ(text(get<String>(getInstance(vvset("renamed")), "Description")), "moved");
-    EXPECT_EQ(labels(members(vvset("renamed"))), (std::multiset<std::string>{"vol1", "vol2"}));
+    EXPECT_EQ(labels(members(vvset("renamed"))), (Labels{"vol1", "vol2"}));
 
     zdasim_fault_add("api_setVVSet", 1, API_E_INVALID, "no rename today");
     EXPECT_EQ(
@@ -142,7 +143,7 @@ TEST_F(GroupsTest, ModifyChangesOnlyNameAndComment)
 TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
 {
     Array<CIMObjectPath> paths = namesOf(MEMBER_OF);
-    const Array<CIMInstance> every = all(MEMBER_OF);
+    const Array<CIMInstance> every = instancesOf(MEMBER_OF);
     const Pairs expected = {{"set1", "vol1"}, {"set1", "vol2"}, {"set_one", "vol3"}, {"set_overlap", "vol1"}};
     EXPECT_EQ(pairs(paths), expected);
     ASSERT_EQ(every.size(), paths.size());
@@ -158,7 +159,7 @@ TEST_F(GroupsTest, MembershipPairsSkipEmptyAndRemoteCopySets)
     keys.append(CIMKeyBinding("Collection", vvset("set_dom2").toString(), CIMKeyBinding::REFERENCE));
     keys.append(CIMKeyBinding("Member", volume("vol4").toString(), CIMKeyBinding::REFERENCE));
     remote.setKeyBindings(keys);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(remote); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(remote), CIM_ERR_NOT_FOUND);
     EXPECT_EQ(changeErrors(paths[0]), "7 7 7");
 }
 
@@ -169,7 +170,7 @@ TEST_F(GroupsTest, NavigationBothWays)
         CIMObjectPath object;
         const char* resultClass;
         const char* role;
-        std::multiset<std::string> expected;
+        Labels expected;
     };
     const Case cases[] = {
         {vvset("set1"), nullptr, "", {"vol1", "vol2"}},
@@ -184,21 +185,12 @@ TEST_F(GroupsTest, NavigationBothWays)
     {
         SCOPED_TRACE(text(c.object.toString()));
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        EXPECT_EQ(
-            labels(server().associatorNames(admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "")),
-            c.expected);
-        Array<CIMObject> objects = server().associators(
-            admin(), ZDA_NS, c.object, MEMBER_OF, resultClass, c.role, "", false, false, CIMPropertyList());
-        EXPECT_EQ(objects.size(), c.expected.size());
-        EXPECT_EQ(
-            server().referenceNames(admin(), ZDA_NS, c.object, MEMBER_OF, c.role).size(), c.expected.size());
+        EXPECT_EQ(labels(assocNames(c.object, MEMBER_OF, c.role, "", resultClass)), c.expected);
+        EXPECT_EQ(assocObjects(c.object, MEMBER_OF, c.role, "", resultClass).size(), c.expected.size());
+        EXPECT_EQ(refNames(c.object, MEMBER_OF, c.role).size(), c.expected.size());
     }
-    Array<CIMObject> refs = server().references(
-        admin(), ZDA_NS, volume("vol1"), MEMBER_OF, "", false, false, CIMPropertyList());
-    Array<CIMObjectPath> refPaths;
-    for (Uint32 i = 0; i < refs.size(); i++)
-        refPaths.append(refs[i].getPath());
-    EXPECT_EQ(pairs(refPaths), (Pairs{{"set1", "vol1"}, {"set_overlap", "vol1"}}));
+    EXPECT_EQ(
+        pairs(refObjects(volume("vol1"), MEMBER_OF)), (Pairs{{"set1", "vol1"}, {"set_overlap", "vol1"}}));
 }
 
 TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
@@ -231,14 +223,7 @@ TEST_F(GroupsTest, RequestsThatCannotMatchAnswerNothingWithoutComplete)
     {
         SCOPED_TRACE(c.what);
         const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
-        EXPECT_EQ(direct(MEMBER_OF,
-                      [&](auto& p, auto&, auto& h) {
-                          if (c.references)
-                              p.referenceNames(admin(), c.object, resultClass, c.role, h);
-                          else
-                              p.associatorNames(
-                                  admin(), c.object, MEMBER_OF, resultClass, c.role, c.resultRole, h);
-                      }),
+        EXPECT_EQ(directNames(MEMBER_OF, c.object, c.references, resultClass, c.role, c.resultRole),
             c.answered ? "processing deliver(path) deliver(path) complete" : "");
     }
 }
@@ -270,7 +255,7 @@ TEST_F(GroupsTest, LongMemberListsAreQueriedInPieces)
     {
         SCOPED_TRACE(c.set);
         std::vector<std::string> volumes;
-        std::multiset<std::string> expected;
+        Labels expected;
         for (int i = 0; i < c.count; i++)
         {
             std::string name = std::string(c.set) + std::to_string(i);

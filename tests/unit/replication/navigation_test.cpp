@@ -102,25 +102,21 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         SCOPED_TRACE(row.association);
         load(row);
         const CIMObjectPath first = firstEnd(row);
-        const std::multiset<std::string> every = labels(namesOf(row.farClass));
+        const Labels every = labels(namesOf(row.farClass));
         ASSERT_EQ(every.count(row.sample), 1u);
-        const String firstRole = row.rolesMatchNothing ? "" : row.firstRole;
-        const String secondRole = row.rolesMatchNothing ? "" : row.secondRole;
+        const char* firstRole = row.rolesMatchNothing ? "" : row.firstRole;
+        const char* secondRole = row.rolesMatchNothing ? "" : row.secondRole;
 
         // From the first end: every object of the far class, as names, as
         // instances with the roles named, and through the association's links,
         // which are all the association's instances.
         Array<CIMObjectPath> ends = far(first, row.association);
         EXPECT_EQ(labels(ends), every);
-        EXPECT_EQ(server()
-                      .associators(admin(), ZDA_NS, first, row.association, row.farClass, firstRole,
-                          secondRole, false, false, CIMPropertyList())
-                      .size(),
-            ends.size());
-        Array<CIMObjectPath> links = server().referenceNames(
-            admin(), ZDA_NS, first, row.association, firstRole);
+        EXPECT_EQ(
+            assocObjects(first, row.association, firstRole, secondRole, row.farClass).size(), ends.size());
+        Array<CIMObjectPath> links = refNames(first, row.association, firstRole);
         EXPECT_EQ(links.size(), ends.size());
-        EXPECT_EQ(all(row.association).size(), ends.size());
+        EXPECT_EQ(instancesOf(row.association).size(), ends.size());
         for (Uint32 i = 0; i < links.size(); i++)
         {
             EXPECT_TRUE(ZDA_Common::matchObjectPath(endOf(links[i], row.firstRole), first));
@@ -130,15 +126,10 @@ TEST_F(NavigationTest, EveryWalkWorksBothWays)
         // From a far end: the first end alone, and each far end's one link.
         for (Uint32 i = 0; i < ends.size(); i++)
         {
-            Array<CIMObjectPath> back = server().associatorNames(
-                admin(), ZDA_NS, ends[i], row.association, CIMName(), secondRole, "");
+            Array<CIMObjectPath> back = assocNames(ends[i], row.association, secondRole);
             ASSERT_EQ(back.size(), 1u) << label(ends[i]);
             EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], first));
-            EXPECT_EQ(server()
-                          .references(
-                              admin(), ZDA_NS, ends[i], row.association, "", false, false, CIMPropertyList())
-                          .size(),
-                1u);
+            EXPECT_EQ(refObjects(ends[i], row.association).size(), 1u);
         }
     }
 }
@@ -179,13 +170,8 @@ TEST_F(NavigationTest, RequestsThatCannotMatchAnswerNothing)
         for (const Case& c : cases)
         {
             SCOPED_TRACE(c.what);
-            const std::string sequence = direct(row.association, [&](auto& p, auto&, auto& h) {
-                if (c.references)
-                    p.referenceNames(admin(), c.object, c.resultClass, c.role, h);
-                else
-                    p.associatorNames(
-                        admin(), c.object, row.association, c.resultClass, c.role, c.resultRole, h);
-            });
+            const std::string sequence = directNames(
+                row.association, c.object, c.references, c.resultClass, c.role, c.resultRole);
             const bool namesRoles = c.role.size() || c.resultRole.size();
             if (c.answered && !(namesRoles && row.rolesMatchNothing))
                 EXPECT_EQ(sequence.rfind("processing deliver(path)", 0), 0u) << sequence;
@@ -218,9 +204,9 @@ TEST_F(NavigationTest, GetInstanceKeysAndRefusals)
         const int oneKeyError = row.kind == Kind::Affects ? int(CIM_ERR_NOT_FOUND)
             : row.kind == Kind::HostedByWalk              ? int(CIM_ERR_FAILED)
                                                           : int(CIM_ERR_INVALID_PARAMETER);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(oneKey); }), oneKeyError);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(elsewhere); }), CIM_ERR_NOT_FOUND);
-        EXPECT_EQ(readErrorAs("noaccess", link), CIM_ERR_ACCESS_DENIED);
+        EXPECT_EQ(readError(oneKey), oneKeyError);
+        EXPECT_EQ(readError(elsewhere), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(readError(link, "noaccess"), CIM_ERR_ACCESS_DENIED);
         EXPECT_EQ(changeErrors(link), "7 7 7");
 
         // The kinds that check the class enumerate nothing for another one.
@@ -269,12 +255,7 @@ TEST_F(NavigationTest, EntitiesAreAskedForWithTheRolesOfASynchronization)
     {
         SCOPED_TRACE(std::string(c.role) + "/" + c.resultRole);
         zdasim_log_clear();
-        EXPECT_EQ(direct(row.association,
-                      [&](auto& p, auto&, auto& h) {
-                          p.associatorNames(
-                              admin(), service, row.association, CIMName(), c.role, c.resultRole, h);
-                      }),
-            "");
+        EXPECT_EQ(directNames(row.association, service, false, CIMName(), c.role, c.resultRole), "");
         EXPECT_EQ(logLinesWith("invalid params"), c.refused ? 1u : 0u);
     }
     zdasim_log_capture(0);
@@ -308,7 +289,7 @@ TEST_F(NavigationTest, AccessPointsNameTheSystemByItsHostName)
 {
     const Row& row = rowOf("ZDA_HostedRemoteSAP");
     load(row);
-    Array<CIMInstance> links = all(row.association);
+    Array<CIMInstance> links = instancesOf(row.association);
     // One per remote copy target, each seen as an access point.
     ASSERT_EQ(links.size(), namesOf(row.farClass).size());
     ASSERT_GT(links.size(), 0u);

@@ -64,7 +64,7 @@ protected:
     std::map<std::string, CIMInstance> byKey(const char* className, const char* key)
     {
         std::map<std::string, CIMInstance> out;
-        Array<CIMInstance> instances = all(className);
+        Array<CIMInstance> instances = instancesOf(className);
         for (Uint32 i = 0; i < instances.size(); i++)
             out[text(get<String>(instances[i], key))] = instances[i];
         return out;
@@ -72,7 +72,7 @@ protected:
     std::vector<std::string> keysOf(const char* className, const char* key)
     {
         std::vector<std::string> out;
-        Array<CIMInstance> instances = all(className);
+        Array<CIMInstance> instances = instancesOf(className);
         for (Uint32 i = 0; i < instances.size(); i++)
             out.push_back(text(get<String>(instances[i], key)));
         return out;
@@ -234,9 +234,9 @@ TEST_F(RemoteModelTest, EntitiesOfFarGroupsAndVolumes)
     };
     EXPECT_EQ(text(get<String>(getInstance(entity(PEER1_WWN, rv1)), "Name")), rv1);
     EXPECT_EQ(text(get<String>(getInstance(entity("tUnknown", "rv7")), "Name")), "rv7");
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity("tSyncOnly", "rv1")); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity("tSyncOnly", rv1)); }), CIM_ERR_NOT_FOUND);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(entity(PEER9_WWN, rv6)); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity("tSyncOnly", "rv1")), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity("tSyncOnly", rv1)), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(entity(PEER9_WWN, rv6)), CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(RemoteModelTest, EntityInstanceIDsSplitWithTheHostWhole)
@@ -329,11 +329,11 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         SCOPED_TRACE(c.first);
         ASSERT_EQ(text(getInstance(c.second).getPath().getClassName().getString()), c.first);
         zdasim_fault_sem_timeouts(1);
-        EXPECT_EQ(all(c.first).size(), 0u);
+        EXPECT_EQ(instancesOf(c.first).size(), 0u);
         zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
         EXPECT_EQ(namesOf(c.first).size(), 0u);
         zdasim_fault_sem_timeouts(1);
-        EXPECT_EQ(cimErrorOf([&] { getInstance(c.second); }), CIM_ERR_NOT_FOUND);
+        EXPECT_EQ(readError(c.second), CIM_ERR_NOT_FOUND);
     }
     // Keys that name nothing.
     const std::pair<CIMObjectPath, int> keys[] = {
@@ -342,7 +342,7 @@ TEST_F(RemoteModelTest, ReadFailuresAnswerEmptyOrNotFound)
         {instancePath(ZDA_NS, SAP, {{"Name", "tReady"}}), CIM_ERR_INVALID_PARAMETER},
     };
     for (const auto& k : keys)
-        EXPECT_EQ(cimErrorOf([&] { getInstance(k.first); }), k.second) << text(k.first.toString());
+        EXPECT_EQ(readError(k.first), k.second) << text(k.first.toString());
 }
 
 // The model is read-only and its classes have no methods.

@@ -44,7 +44,7 @@ protected:
     std::map<std::string, CIMInstance> volumePairs()
     {
         std::map<std::string, CIMInstance> out;
-        const Array<CIMInstance> pairs = all(VOLUME_SYNC);
+        const Array<CIMInstance> pairs = instancesOf(VOLUME_SYNC);
         for (Uint32 i = 0; i < pairs.size(); i++)
         {
             const std::string source = localName(endOf(pairs[i].getPath(), "SystemElement"));
@@ -56,7 +56,7 @@ protected:
     std::map<std::string, CIMInstance> groupPairs()
     {
         std::map<std::string, CIMInstance> out;
-        const Array<CIMInstance> pairs = all(GROUP_SYNC);
+        const Array<CIMInstance> pairs = instancesOf(GROUP_SYNC);
         for (Uint32 i = 0; i < pairs.size(); i++)
             out[text(get<String>(pairs[i], "RelationshipName"))] = pairs[i];
         return out;
@@ -234,19 +234,19 @@ TEST_F(RemoteSyncTest, VolumePairsByPathAndByEitherEnd)
     Array<CIMObjectPath> back = far(farEnd, VOLUME_SYNC);
     ASSERT_EQ(back.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(back[0], local));
-    Array<CIMObjectPath> refs = server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SystemElement");
+    Array<CIMObjectPath> refs = refNames(local, VOLUME_SYNC, "SystemElement");
     ASSERT_EQ(refs.size(), 1u);
     EXPECT_TRUE(ZDA_Common::matchObjectPath(refs[0], pair));
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, local, VOLUME_SYNC, "SyncedElement").size(), 0u);
+    EXPECT_EQ(refNames(local, VOLUME_SYNC, "SyncedElement").size(), 0u);
 
     // Three keys are refused; a pair that is not there is not found.
-    EXPECT_EQ(cimErrorOf([&] { getInstance(withKey(pair, "Extra", "x")); }), CIM_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(readError(withKey(pair, "Extra", "x")), CIM_ERR_INVALID_PARAMETER);
     CIMObjectPath swapped = pair;
     Array<CIMKeyBinding> swappedKeys;
     swappedKeys.append(CIMKeyBinding("SystemElement", farEnd));
     swappedKeys.append(CIMKeyBinding("SyncedElement", local));
     swapped.setKeyBindings(swappedKeys);
-    EXPECT_EQ(cimErrorOf([&] { getInstance(swapped); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(swapped), CIM_ERR_NOT_FOUND);
 }
 
 TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
@@ -271,12 +271,8 @@ TEST_F(RemoteSyncTest, RequestsThatCannotMatchAnswerNothing)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.what);
-        EXPECT_EQ(direct(VOLUME_SYNC,
-                      [&](auto& p, auto&, auto& h) {
-                          p.associatorNames(admin(), local, VOLUME_SYNC,
-                              c.resultClass ? CIMName(c.resultClass) : CIMName(), c.role, c.resultRole, h);
-                      }),
-            c.answer);
+        const CIMName resultClass = c.resultClass ? CIMName(c.resultClass) : CIMName();
+        EXPECT_EQ(directNames(VOLUME_SYNC, local, false, resultClass, c.role, c.resultRole), c.answer);
     }
 }
 
@@ -350,8 +346,7 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
     const CIMObjectPath gTwo = ZDA_RemoteReplicationGroupProvider::buildObjectPath(HOST, "gTwo");
     auto related = [&](const CIMObjectPath& from, const char* resultClass) {
         std::vector<std::string> out;
-        Array<CIMObjectPath> found = server().associatorNames(
-            admin(), ZDA_NS, from, GROUP_SYNC, resultClass ? CIMName(resultClass) : CIMName(), "", "");
+        Array<CIMObjectPath> found = far(from, GROUP_SYNC, resultClass ? CIMName(resultClass) : CIMName());
         for (Uint32 i = 0; i < found.size(); i++)
             out.push_back(text(ZDA_Common::getStringProperty(found[i], "InstanceID")));
         return out;
@@ -364,8 +359,8 @@ TEST_F(RemoteSyncTest, GroupNavigationBothWays)
         (std::vector<std::string>{"KX_ORLA:RG:gTwo.r:peer1", "KX_ORLA:RG:gTwo.r:peer9"}));
     EXPECT_EQ(related(ZDA_ReplicationGroupProvider::buildObjectPath(HOST, "gTwo_part"), nullptr),
         std::vector<std::string>{"KX_ORLA:gTwo"});
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "").size(), 3u);
-    EXPECT_EQ(server().referenceNames(admin(), ZDA_NS, gTwo, GROUP_SYNC, "SyncedElement").size(), 0u);
+    EXPECT_EQ(refNames(gTwo, GROUP_SYNC).size(), 3u);
+    EXPECT_EQ(refNames(gTwo, GROUP_SYNC, "SyncedElement").size(), 0u);
 
     Array<CIMObjectPath> paths = namesOf(GROUP_SYNC);
     for (Uint32 i = 0; i < paths.size(); i++)
@@ -393,7 +388,7 @@ TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
     }
     const CIMObjectPath pair = volumePairs()["cv10"].getPath();
     zdasim_fault_add("api_getRCopy", 1, API_E_INVALID, "broken");
-    EXPECT_EQ(cimErrorOf([&] { getInstance(pair); }), CIM_ERR_NOT_FOUND);
+    EXPECT_EQ(readError(pair), CIM_ERR_NOT_FOUND);
     zdasim_faults_clear();
 
     // Without faults the walk completes, never delivering under the semaphore.
@@ -406,9 +401,9 @@ TEST_F(RemoteSyncTest, ArrayFailuresGiveEmptyAnswers)
 
 TEST_F(RemoteSyncTest, RelationshipsFilteredByTheirParameters)
 {
-    const size_t volumes = all(VOLUME_SYNC).size();
-    const size_t groups = all(GROUP_SYNC).size();
-    const size_t local = all("ZDA_StorageSynchronized").size();
+    const size_t volumes = instancesOf(VOLUME_SYNC).size();
+    const size_t groups = instancesOf(GROUP_SYNC).size();
+    const size_t local = instancesOf("ZDA_StorageSynchronized").size();
     // The outcome, and for a result how many synchronizations it lists.
     auto listed = [&](const char* method, const Array<CIMParamValue>& in) {
         const std::string result = outcome(method, in);

@@ -34,6 +34,10 @@ namespace zda_replication_test
 using namespace Pegasus;
 using namespace zda_copysvcs_test;
 
+// What labels() gives for some objects, and the member names of a set or group.
+using Labels = std::multiset<std::string>;
+using Names = std::set<std::string>;
+
 // Short forms of the values tests pass as method parameters.
 inline CIMValue u16(Uint16 value)
 {
@@ -154,20 +158,11 @@ protected:
     {
         return ZDA_RemoteServiceAccessPointProvider::buildObjectPath(HOST, target);
     }
-    Array<CIMInstance> all(const char* className)
-    {
-        return server().enumerateInstances(
-            admin(), ZDA_NS, className, true, false, false, false, CIMPropertyList());
-    }
-    Array<CIMObjectPath> namesOf(const char* className)
-    {
-        return server().enumerateInstanceNames(admin(), ZDA_NS, className);
-    }
     // The far ends of `from` through `association`.
     Array<CIMObjectPath> far(
         const CIMObjectPath& from, const char* association, const CIMName& resultClass = CIMName())
     {
-        return server().associatorNames(admin(), ZDA_NS, from, association, resultClass, "", "");
+        return assocNames(from, association, "", "", resultClass);
     }
     // Whether getInstance of `path` gives the instance of that path.
     bool foundByPath(const CIMObjectPath& path)
@@ -184,18 +179,21 @@ protected:
         return text(
             id.size() ? ZDA_Common::extractFromInstanceID(id) : ZDA_Common::getStringProperty(path, "Name"));
     }
-    std::multiset<std::string> labels(const Array<CIMObjectPath>& paths)
+    template <class Objects>
+    Labels labels(const Objects& objects)
     {
-        std::multiset<std::string> found;
-        for (Uint32 i = 0; i < paths.size(); i++)
-            found.insert(label(paths[i]));
+        Labels found;
+        for (Uint32 i = 0; i < objects.size(); i++)
+            found.insert(label(pathOf(objects[i])));
         return found;
     }
-    // The status code of getInstance of `path` as `user`, -1 for none.
-    int readErrorAs(const char* user, const CIMObjectPath& path)
+    // The status code of getInstance of `path` as `user` (else as admin), -1 for none.
+    int readError(const CIMObjectPath& path, const char* user = nullptr)
     {
-        return cimErrorOf(
-            [&] { server().getInstance(as(user), ZDA_NS, path, false, false, false, CIMPropertyList()); });
+        return cimErrorOf([&] {
+            server().getInstance(
+                user ? as(user) : admin(), ZDA_NS, path, false, false, false, CIMPropertyList());
+        });
     }
     // The codes the server answers a create, a modify and a delete of the
     // instance at `path` with ("7 7 7": each refused as not supported).
@@ -221,8 +219,7 @@ protected:
     // The synchronization of the local copy `copy` as the server lists it.
     CIMObjectPath syncOf(const char* copy)
     {
-        Array<CIMObjectPath> found = server().referenceNames(
-            admin(), ZDA_NS, volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
+        Array<CIMObjectPath> found = refNames(volume(copy), "ZDA_StorageSynchronized", "SyncedElement");
         EXPECT_EQ(found.size(), 1u) << copy;
         return found.size() ? found[0] : CIMObjectPath();
     }
@@ -254,6 +251,20 @@ protected:
         EXPECT_EQ(handler.deliveriesUnderSemaphore(), 0);
         expectLedgersClean(std::string("a direct call of ") + association);
         return handler.sequence();
+    }
+
+    // What the host's provider of `association` answers, outside any request,
+    // to the associator names of `object` (or, with `references`, its
+    // reference names).
+    std::string directNames(const char* association, const CIMObjectPath& object, bool references = false,
+        const CIMName& resultClass = CIMName(), const String& role = "", const String& resultRole = "")
+    {
+        return direct(association, [&](auto& p, auto&, auto& h) {
+            if (references)
+                p.referenceNames(admin(), object, resultClass, role, h);
+            else
+                p.associatorNames(admin(), object, association, resultClass, role, resultRole, h);
+        });
     }
 
     // What the host's provider of `association` answers to an enumeration
@@ -335,30 +346,18 @@ protected:
     }
 
     // Output parameters of the last call by name; empty when absent.
-    CIMObjectPath outPath(const char* name)
+    template <class T>
+    T outValue(const char* name)
     {
-        CIMObjectPath path;
-        const CIMValue value = zda_test::paramNamed(out, name);
-        if (!value.isNull())
-            value.get(path);
-        return path;
-    }
-    Array<CIMObjectPath> outPaths(const char* name)
-    {
-        Array<CIMObjectPath> paths;
-        const CIMValue value = zda_test::paramNamed(out, name);
-        if (!value.isNull())
-            value.get(paths);
-        return paths;
-    }
-    std::string outText(const char* name)
-    {
-        String value;
+        T value;
         const CIMValue v = zda_test::paramNamed(out, name);
         if (!v.isNull())
             v.get(value);
-        return text(value);
+        return value;
     }
+    CIMObjectPath outPath(const char* name) { return outValue<CIMObjectPath>(name); }
+    Array<CIMObjectPath> outPaths(const char* name) { return outValue<Array<CIMObjectPath>>(name); }
+    std::string outText(const char* name) { return text(outValue<String>(name)); }
 
     // A remote copy group as the array holds it: whether it runs on its
     // first target, its volumes and their far names there.
@@ -408,7 +407,7 @@ private:
 };
 
 // What setMembers gives for a vvset the array does not have.
-const std::set<std::string> NO_SET = {"<none>"};
+const Names NO_SET = {"<none>"};
 
 // The value of the argument `argument` in the journal's last entry of
 // `function` that has it ("" when none): the text of a quoted value, else

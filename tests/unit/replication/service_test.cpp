@@ -75,7 +75,7 @@ TEST_F(ReplicationServiceTest, TheOneInstanceWithItsKeysAndTheArraysOwner)
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "CreationClassName")), SERVICE);
     EXPECT_EQ(text(ZDA_Common::getStringProperty(path, "Name")), SERVICE_NAME);
 
-    const Array<CIMInstance> enumerated = all(SERVICE);
+    const Array<CIMInstance> enumerated = instancesOf(SERVICE);
     ASSERT_EQ(enumerated.size(), 1u);
     for (const CIMInstance& service : {enumerated[0], getInstance(path)})
     {
