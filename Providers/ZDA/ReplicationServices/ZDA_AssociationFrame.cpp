@@ -95,6 +95,15 @@ Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objec
     return false;
 }
 
+void logAssociationRequest(const char* provider, const char* operation, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role)
+{
+    log_message(4, "--> %s::%s()\n", provider, operation);
+    log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
+        (const char*)objectName.toString().getCString(), (const char*)role.getCString(),
+        (const char*)nameText(resultClass).getCString());
+}
+
 void logRefusedRequest(const char* provider, const String& method, const CIMName& resultClass)
 {
     log_message(2, "%s::%s: invalid params: resultClass = %s \n", provider, (const char*)method.getCString(),

@@ -93,6 +93,11 @@ bool isOneOf(const CIMName& name, const std::vector<const char*>& names);
 Boolean invalidRequest(const AssociationShape& shape, const CIMObjectPath& objectName, const String& role,
     const String& resultRole, const CIMName& resultClass, const String& method);
 
+// The level 4 lines of an association request as it arrives: the entry
+// "--> <provider>::<operation>()", then the object, role and result class.
+void logAssociationRequest(const char* provider, const char* operation, const CIMObjectPath& objectName,
+    const CIMName& resultClass, const String& role);
+
 // The level 2 line of a refused request: "<provider>::<method>: invalid
 // params: resultClass = <class>".
 void logRefusedRequest(const char* provider, const String& method, const CIMName& resultClass);

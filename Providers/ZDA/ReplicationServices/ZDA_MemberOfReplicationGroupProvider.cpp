@@ -37,16 +37,6 @@ const AssociationShape SHAPE = {
         "CIM_ManagedElement"},
 };
 
-// Trace of a request's object and filters.
-void logRequest(
-    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
-{
-    log_message(4, "--> ZDA_MemberOfReplicationGroupProvider::%s()\n", operation);
-    log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
-        (const char*)objectName.toString().getCString(), (const char*)role.getCString(),
-        (const char*)nameText(resultClass).getCString());
-}
-
 }  // namespace
 
 ZDA_MemberOfReplicationGroupProvider::ZDA_MemberOfReplicationGroupProvider()
@@ -216,7 +206,7 @@ void ZDA_MemberOfReplicationGroupProvider::associators(const OperationContext& c
     const Boolean includeClassOrigin, const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
-    logRequest("associators", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associators", objectName, resultClass, role);
     (void)associationClass;
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
@@ -234,7 +224,7 @@ void ZDA_MemberOfReplicationGroupProvider::associatorNames(const OperationContex
     const String& role, const String& resultRole, ObjectPathResponseHandler& handler)
 {
     const String method = "associatorNames";
-    logRequest("associatorNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associatorNames", objectName, resultClass, role);
     (void)associationClass;
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
@@ -253,7 +243,7 @@ void ZDA_MemberOfReplicationGroupProvider::references(const OperationContext& co
     ObjectResponseHandler& handler)
 {
     const String method = "references";
-    logRequest("references", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "references", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {
@@ -270,7 +260,7 @@ void ZDA_MemberOfReplicationGroupProvider::referenceNames(const OperationContext
     ObjectPathResponseHandler& handler)
 {
     const String method = "referenceNames";
-    logRequest("referenceNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "referenceNames", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {

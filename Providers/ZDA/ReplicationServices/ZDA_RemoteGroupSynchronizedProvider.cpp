@@ -145,15 +145,6 @@ void forEachVolumeState(
     }
 }
 
-void logRequest(
-    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
-{
-    log_message(4, "--> ZDA_RemoteGroupSynchronizedProvider::%s()\n", operation);
-    log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
-        (const char*)objectName.toString().getCString(), (const char*)role.getCString(),
-        (const char*)nameText(resultClass).getCString());
-}
-
 }  // namespace
 
 ZDA_RemoteGroupSynchronizedProvider::ZDA_RemoteGroupSynchronizedProvider()
@@ -726,7 +717,7 @@ void ZDA_RemoteGroupSynchronizedProvider::associators(const OperationContext& co
     const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
-    logRequest("associators", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associators", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
     {
@@ -743,7 +734,7 @@ void ZDA_RemoteGroupSynchronizedProvider::associatorNames(const OperationContext
     const String& resultRole, ObjectPathResponseHandler& handler)
 {
     const String method = "associatorNames";
-    logRequest("associatorNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associatorNames", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
     {
@@ -761,7 +752,7 @@ void ZDA_RemoteGroupSynchronizedProvider::references(const OperationContext& con
     ObjectResponseHandler& handler)
 {
     const String method = "references";
-    logRequest("references", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "references", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {
@@ -778,7 +769,7 @@ void ZDA_RemoteGroupSynchronizedProvider::referenceNames(const OperationContext&
     ObjectPathResponseHandler& handler)
 {
     const String method = "referenceNames";
-    logRequest("referenceNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "referenceNames", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {

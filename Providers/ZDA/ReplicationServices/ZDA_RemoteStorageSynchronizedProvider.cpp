@@ -81,15 +81,6 @@ String wwnText(api_u64_t wwnRe, api_u64_t wwn)
     return String(buffer);
 }
 
-void logRequest(
-    const char* operation, const CIMObjectPath& objectName, const CIMName& resultClass, const String& role)
-{
-    log_message(4, "--> ZDA_RemoteStorageSynchronizedProvider::%s()\n", operation);
-    log_message(4, "objectName = %s \n role = %s, resultClass = %s \n",
-        (const char*)objectName.toString().getCString(), (const char*)role.getCString(),
-        (const char*)nameText(resultClass).getCString());
-}
-
 }  // namespace
 
 ZDA_RemoteStorageSynchronizedProvider::ZDA_RemoteStorageSynchronizedProvider()
@@ -568,7 +559,7 @@ void ZDA_RemoteStorageSynchronizedProvider::associators(const OperationContext& 
     const CIMPropertyList& propertyList, ObjectResponseHandler& handler)
 {
     const String method = "associators";
-    logRequest("associators", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associators", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
     {
@@ -589,7 +580,7 @@ void ZDA_RemoteStorageSynchronizedProvider::associatorNames(const OperationConte
     const String& resultRole, ObjectPathResponseHandler& handler)
 {
     const String method = "associatorNames";
-    logRequest("associatorNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "associatorNames", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, resultRole, resultClass, method))
     {
@@ -611,7 +602,7 @@ void ZDA_RemoteStorageSynchronizedProvider::references(const OperationContext& c
     ObjectResponseHandler& handler)
 {
     const String method = "references";
-    logRequest("references", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "references", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {
@@ -633,7 +624,7 @@ void ZDA_RemoteStorageSynchronizedProvider::referenceNames(const OperationContex
     ObjectPathResponseHandler& handler)
 {
     const String method = "referenceNames";
-    logRequest("referenceNames", objectName, resultClass, role);
+    logAssociationRequest(SOURCE_FILE, "referenceNames", objectName, resultClass, role);
     ZDA_CompanionFrame::openArrayForCaller(context, SOURCE_FILE, __LINE__);
     if (_invalidParms(objectName, role, String::EMPTY, resultClass, method))
     {
